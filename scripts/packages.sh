@@ -1,0 +1,25 @@
+# Debian packages of the build and of the checks; sourced by scripts/run and scripts/test.
+
+FOLIDOC_BUILD_PACKAGES=(
+    g++ cmake ninja-build pkg-config
+    qt6-base-dev libqt6svg6-dev
+    libmupdf-dev libharfbuzz-dev libfreetype-dev libjbig2dec0-dev libopenjp2-7-dev
+    libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
+)
+FOLIDOC_RUN_PACKAGES=(xvfb xauth)
+FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick)
+
+# Installs the named packages that dpkg does not report as installed; a second call installs nothing.
+folidoc_install_missing()
+{
+    local missing=() pkg
+    for pkg in "$@"; do
+        dpkg -s "$pkg" >/dev/null 2>&1 || missing+=("$pkg")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local sudo=()
+    [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+    "${sudo[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+// Helpers shared by every test executable: external checking tools and process runs.
+
+#include <QString>
+#include <QStringList>
+
+namespace TestTools {
+
+// Full path of a command on PATH (Debian's python3 is preferred for pikepdf), or empty.
+QString findTool(const QString &name);
+
+struct RunResult
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs a command to completion (at most timeoutMs) and captures its output.
+RunResult run(const QString &program, const QStringList &arguments, int timeoutMs = 60000);
+
+} // namespace TestTools
+
+// Skips the current test with a message when a checking tool is not installed.
+#define FOLIDOC_REQUIRE_TOOL(path, name)                                                           \
+    const QString path = TestTools::findTool(QStringLiteral(name));                                \
+    if (path.isEmpty())                                                                            \
+    QSKIP("checking tool '" name "' is not installed")
