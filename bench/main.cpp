@@ -1,11 +1,39 @@
-#include <QCoreApplication>
+#include "BenchCommand.h"
+
+#include <QApplication>
 #include <QTextStream>
+
+#include <cstdio>
+
+std::map<QString, BenchCommand> &benchCommands()
+{
+    static std::map<QString, BenchCommand> commands;
+    return commands;
+}
+
+void benchPrint(const QString &name, double value)
+{
+    std::printf("%s: %.2f\n", qPrintable(name), value);
+    std::fflush(stdout);
+}
 
 // folidoc-bench SUBCOMMAND ARGS: one "name: value" line per figure.
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
-    QTextStream err(stderr);
-    err << "usage: folidoc-bench engine FILE.pdf | view FILE.pdf | roundtrip IN.pdf OUT.pdf\n";
-    return 2;
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    const auto &commands = benchCommands();
+    const auto found = arguments.isEmpty() ? commands.end() : commands.find(arguments.first());
+    if (found == commands.end()) {
+        QTextStream err(stderr);
+        err << "usage:\n";
+        for (const auto &[name, command] : commands)
+            err << "  folidoc-bench " << name << ' ' << command.usage << '\n';
+        return 2;
+    }
+    arguments.removeFirst();
+    return found->second.run(arguments);
 }
