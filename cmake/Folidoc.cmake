@@ -25,7 +25,7 @@ function(folidoc_layer name kind)
     if(NOT sources)
         # A layer that later work fills still exists as a target.
         set(sources ${CMAKE_CURRENT_BINARY_DIR}/${name}_empty.cpp)
-        file(WRITE ${sources} "")
+        file(WRITE ${sources} "// This layer has no sources yet.\n")
     endif()
     add_library(${name} ${kind} ${sources})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
