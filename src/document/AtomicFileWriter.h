@@ -1,0 +1,19 @@
+#pragma once
+
+// Replaces a file's bytes so that at every moment the file holds either its old or its new
+// contents, keeping its permissions, owner and "user." extended attributes. Stateless; any thread.
+
+#include <QByteArray>
+#include <QString>
+
+class AtomicFileWriter
+{
+public:
+    AtomicFileWriter() = delete;
+
+    // Writes data to path (a symbolic link is written through to its target and stays a link):
+    // a temporary file in the target's folder, synced, given the original's metadata, renamed
+    // over the target, then the folder synced. Answers an empty string on success, otherwise a
+    // readable reason; on failure the original is untouched and no temporary file is left.
+    static QString write(const QString &path, const QByteArray &data);
+};

@@ -1,0 +1,11 @@
+# A helper process for the document tests: death tests of fatal assertions, and a writer that
+# saves in a loop so that a test can kill it in the middle of a save.
+add_executable(document_helper ${CMAKE_CURRENT_SOURCE_DIR}/document/tools/DocumentHelper.cpp)
+target_compile_options(document_helper PRIVATE ${FOLIDOC_WARNINGS})
+target_link_libraries(document_helper PRIVATE folidoc_app)
+foreach(src IN LISTS tests)
+    get_filename_component(name ${src} NAME_WE)
+    target_compile_definitions(${name} PRIVATE
+        FOLIDOC_DOCUMENT_HELPER="$<TARGET_FILE:document_helper>")
+    add_dependencies(${name} document_helper)
+endforeach()
