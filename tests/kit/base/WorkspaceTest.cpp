@@ -1,0 +1,232 @@
+#include <kit/base/Workspace.h>
+
+#include <support/TestTools.h>
+
+#include <QBuffer>
+#include <QDBusConnection>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+// A one-page PDF with a correct cross-reference table.
+QByteArray minimalPdf()
+{
+    const QList<QByteArray> objects {
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>",
+    };
+    QByteArray pdf("%PDF-1.4\n%\xe2\xe3\xcf\xd3\n");
+    QList<qsizetype> offsets;
+    for (qsizetype i = 0; i < objects.size(); ++i) {
+        offsets.append(pdf.size());
+        pdf += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const qsizetype xref = pdf.size();
+    pdf += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
+    for (const qsizetype offset : std::as_const(offsets))
+        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    pdf += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
+        + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+    return pdf;
+}
+
+} // namespace
+
+// Records the URLs the desktop services would have opened.
+class UrlRecorder : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl &url) { opened.append(url); }
+};
+
+// Stands in for the desktop's file manager on the private bus, receiving real D-Bus calls.
+class FileManagerService : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    QStringList shown;
+public slots:
+    void ShowItems(const QStringList &uris, const QString &) { shown += uris; }
+};
+
+class WorkspaceTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_recorder, "open");
+        QDesktopServices::setUrlHandler(QStringLiteral("folidoc-test"), &m_recorder, "open");
+        startPrivateBus();
+    }
+
+    void cleanupTestCase()
+    {
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("folidoc-test"));
+        if (m_bus.state() != QProcess::NotRunning) {
+            m_bus.terminate();
+            m_bus.waitForFinished(5000);
+        }
+    }
+
+    void init() { m_recorder.opened.clear(); }
+
+    void fileTypesGoByContentThenName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("mimeType");
+        QTest::addColumn<bool>("pdf");
+        QTest::addColumn<bool>("image");
+        const QByteArray pdf = minimalPdf();
+        const QByteArray png = pngBytes();
+        const QByteArray text("Plain words on a line.\nAnother line.\n");
+        QTest::newRow("pdf") << "doc.pdf" << pdf << "application/pdf" << true << false;
+        QTest::newRow("pdf without extension")
+            << "doc" << pdf << "application/pdf" << true << false;
+        QTest::newRow("pdf named as text")
+            << "doc.txt" << pdf << "application/pdf" << true << false;
+        QTest::newRow("png") << "pic.png" << png << "image/png" << false << true;
+        QTest::newRow("png named pdf") << "pic.pdf" << png << "image/png" << false << true;
+        QTest::newRow("text") << "notes.txt" << text << "text/plain" << false << false;
+        QTest::newRow("text named pdf") << "notes.pdf" << text << "text/plain" << false << false;
+        QTest::newRow("text named csv")
+            << "table.csv" << QByteArray("a,b\n1,2\n") << "text/csv" << false << false;
+        QTest::newRow("empty file named pdf")
+            << "empty.pdf" << QByteArray() << "application/pdf" << true << false;
+    }
+    void fileTypesGoByContentThenName()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, mimeType);
+        QFETCH(bool, pdf);
+        QFETCH(bool, image);
+        const QString path = writeFile(name, bytes);
+        QCOMPARE(Workspace::mimeTypeOf(path), mimeType);
+        QCOMPARE(Workspace::isPDF(path), pdf);
+        QCOMPARE(Workspace::conformsToImage(path), image);
+    }
+
+    void openURLUsesTheDesktopHandler()
+    {
+        const QUrl url(QStringLiteral("folidoc-test:page?3"));
+        QVERIFY(Workspace::openURL(url));
+        QCOMPARE(m_recorder.opened, QList<QUrl> { url });
+        QVERIFY(!Workspace::openURL(QUrl()));
+    }
+
+    void revealWithoutFileManagerOpensEachFolderOnce()
+    {
+        const QString a = writeFile(QStringLiteral("one/a.pdf"), minimalPdf());
+        const QString b = writeFile(QStringLiteral("one/b.pdf"), minimalPdf());
+        const QString c = writeFile(QStringLiteral("two/c.pdf"), minimalPdf());
+        if (QDBusConnection::sessionBus().isConnected())
+            QTest::ignoreMessage(QtInfoMsg, QRegularExpression(QStringLiteral("ServiceUnknown")));
+        Workspace::activateFileViewerSelectingURLs(
+            { QUrl::fromLocalFile(a), QUrl::fromLocalFile(b), QUrl::fromLocalFile(c) });
+        const QList<QUrl> folders { QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("one"))),
+            QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("two"))) };
+        QTRY_COMPARE_WITH_TIMEOUT(m_recorder.opened, folders, 10000);
+    }
+
+    void revealAsksTheFileManagerOverDBus()
+    {
+        if (m_busAddress.isEmpty())
+            QSKIP("dbus-daemon is not installed; the D-Bus path cannot be exercised");
+        // The file manager is a second connection, so the call really crosses the bus.
+        QDBusConnection fileManagerBus
+            = QDBusConnection::connectToBus(m_busAddress, QStringLiteral("file-manager"));
+        QVERIFY(fileManagerBus.isConnected());
+        FileManagerService service;
+        QVERIFY(fileManagerBus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"),
+            &service, QDBusConnection::ExportAllSlots));
+        QVERIFY(fileManagerBus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+
+        const QString path = writeFile(QStringLiteral("with space/ü.pdf"), minimalPdf());
+        Workspace::activateFileViewerSelectingURLs({ QUrl::fromLocalFile(path) });
+        const QString uri = QString::fromUtf8(QUrl::fromLocalFile(path).toEncoded());
+        QVERIFY(uri.contains(QLatin1String("with%20space/%C3%BC.pdf")));
+        QTRY_COMPARE_WITH_TIMEOUT(service.shown, QStringList { uri }, 10000);
+        // Answered by the file manager: no folder is opened as well.
+        QCoreApplication::processEvents();
+        QVERIFY(m_recorder.opened.isEmpty());
+
+        fileManagerBus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("file-manager"));
+    }
+
+private:
+    // A bus of our own, without service activation, so no real file manager can start.
+    void startPrivateBus()
+    {
+        const QString daemon = TestTools::findTool(QStringLiteral("dbus-daemon"));
+        if (daemon.isEmpty()) {
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+            return;
+        }
+        const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
+        QFile file(config);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
+                   "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+                   "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+                   "<auth>EXTERNAL</auth><policy context=\"default\">"
+                   "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+                   "<allow own=\"*\"/></policy></busconfig>\n");
+        file.close();
+        m_bus.start(daemon,
+            { QStringLiteral("--config-file=") + config, QStringLiteral("--nofork"),
+                QStringLiteral("--print-address=1") });
+        QVERIFY(m_bus.waitForStarted(10000));
+        while (!m_bus.canReadLine() && m_bus.waitForReadyRead(10000)) { }
+        m_busAddress = QString::fromUtf8(m_bus.readLine()).trimmed();
+        QVERIFY2(!m_busAddress.isEmpty(), m_bus.readAllStandardError().constData());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_busAddress.toUtf8());
+        QVERIFY(QDBusConnection::sessionBus().isConnected());
+    }
+
+    QString writeFile(const QString &relativePath, const QByteArray &bytes)
+    {
+        const QString path = m_dir.filePath(relativePath);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(path));
+        return path;
+    }
+
+    static QByteArray pngBytes()
+    {
+        QImage image(4, 3, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        return bytes;
+    }
+
+    QTemporaryDir m_dir;
+    UrlRecorder m_recorder;
+    QProcess m_bus;
+    QString m_busAddress;
+};
+
+QTEST_MAIN(WorkspaceTest)
+#include "WorkspaceTest.moc"
