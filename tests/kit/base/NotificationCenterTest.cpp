@@ -7,7 +7,7 @@
 
 namespace {
 
-// Records "observer:name" for every delivery it sees.
+// Records "tag:name" for every delivery it sees.
 struct Recorder
 {
     QStringList log;
@@ -17,13 +17,12 @@ struct Recorder
     }
 };
 
-char senderA;
-char senderB;
+char senders[3];
 
-// Test tables name senders by number: 0 none, 1 A, 2 B.
-const void *senderNumbered(int number)
+// Tables name senders by number: 0 for none.
+const void *senderNo(int number)
 {
-    return number == 1 ? &senderA : number == 2 ? &senderB : nullptr;
+    return number ? &senders[number] : nullptr;
 }
 
 } // namespace
@@ -33,174 +32,122 @@ class NotificationCenterTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void deliveryFiltersByNameAndSender_data();
-    void deliveryFiltersByNameAndSender();
-    void deliveryFollowsRegistrationOrderAndCarriesUserInfo();
-    void removalDuringDeliverySkipsTheRemoved();
-    void additionDuringDeliveryWaitsForTheNextPost();
-    void removeObserverTakesAllOrOneKind();
-    void destroyedQObjectStopsObserving();
-    void centresAreSeparate();
+    void deliveryFiltersByNameAndSender_data()
+    {
+        QTest::addColumn<QString>("observed");
+        QTest::addColumn<int>("observedSender");
+        QTest::addColumn<QString>("posted");
+        QTest::addColumn<int>("postedSender");
+        QTest::addColumn<bool>("delivered");
+        QTest::newRow("any sender") << "Changed" << 0 << "Changed" << 1 << true;
+        QTest::newRow("other name") << "Changed" << 0 << "Closed" << 1 << false;
+        QTest::newRow("case sensitive") << "Changed" << 0 << "changed" << 1 << false;
+        QTest::newRow("its sender") << "Changed" << 1 << "Changed" << 1 << true;
+        QTest::newRow("another sender") << "Changed" << 1 << "Changed" << 2 << false;
+        QTest::newRow("posted without sender") << "Changed" << 1 << "Changed" << 0 << false;
+        QTest::newRow("any name of its sender") << "" << 1 << "Closed" << 1 << true;
+    }
+
+    void deliveryFiltersByNameAndSender()
+    {
+        QFETCH(QString, observed);
+        QFETCH(int, observedSender);
+        QFETCH(QString, posted);
+        QFETCH(int, postedSender);
+        QFETCH(bool, delivered);
+        NotificationCenter center;
+        Recorder r;
+        center.addObserver(&r, observed, senderNo(observedSender), r.callback("r"));
+        center.post(posted, senderNo(postedSender));
+        QCOMPARE(r.log.size(), delivered ? 1 : 0);
+    }
+
+    void deliveryFollowsRegistrationOrderAndCarriesUserInfo()
+    {
+        NotificationCenter center;
+        Recorder r;
+        Notification seen;
+        center.addObserver(&r, "Added", nullptr, r.callback("first"));
+        center.addObserver(&seen, "Added", senderNo(1), [&](const Notification &n) { seen = n; });
+        center.addObserver(&r, "Added", senderNo(1), r.callback("third"));
+        center.post("Added", senderNo(1), { { "Index", 3 } });
+        QCOMPARE(r.log, QStringList({ "first:Added", "third:Added" }));
+        QCOMPARE(seen.userInfo, QVariantMap({ { "Index", 3 } }));
+        QCOMPARE(seen.sender, senderNo(1));
+    }
+
+    void changesDuringDeliveryTakeEffectForTheNextPost()
+    {
+        NotificationCenter center;
+        Recorder r;
+        int removed = 0;
+        // The first adds an observer, removes itself and the one registered after it.
+        center.addObserver(&center, "Tick", nullptr, [&](const Notification &) {
+            r.log << "changer";
+            center.addObserver(&r, "Tick", nullptr, r.callback("added"));
+            center.removeObserver(&center);
+            center.removeObserver(&removed);
+            center.post("Nested"); // delivered at once
+        });
+        center.addObserver(&removed, "Tick", nullptr, [&](const Notification &) { ++removed; });
+        center.addObserver(&r, "Nested", nullptr, r.callback("nested"));
+        center.post("Tick");
+        center.post("Tick");
+        QCOMPARE(r.log, QStringList({ "changer", "nested:Nested", "added:Tick" }));
+        QCOMPARE(removed, 0);
+    }
+
+    void removeObserverTakesAllOrOneKind()
+    {
+        NotificationCenter center;
+        Recorder r;
+        center.addObserver(&r, "A", nullptr, r.callback("r"));
+        center.addObserver(&r, "B", senderNo(1), r.callback("r"));
+        center.addObserver(&r, "B", senderNo(2), r.callback("r"));
+        center.removeObserver(&r, "B", senderNo(1));
+        center.post("B", senderNo(1));
+        center.post("B", senderNo(2));
+        center.removeObserver(&r);
+        center.post("A");
+        center.post("B", senderNo(2));
+        QCOMPARE(r.log, QStringList({ "r:B" }));
+    }
+
+    void destroyedQObjectStopsObserving()
+    {
+        NotificationCenter center;
+        int calls = 0;
+        const auto count = [&](const Notification &) { ++calls; };
+        auto first = std::make_unique<QObject>();
+        auto doomed = std::make_unique<QObject>();
+        // The first observer destroys the second in the middle of a delivery.
+        center.addObserver(first.get(), "Tick", nullptr, [&](const Notification &) {
+            ++calls;
+            doomed.reset();
+        });
+        center.addObserver(doomed.get(), "Tick", nullptr, count);
+        center.post("Tick");
+        first.reset();
+        // Removed and registered again, it is still cleaned up when destroyed.
+        auto again = std::make_unique<QObject>();
+        center.addObserver(again.get(), "Tick", nullptr, count);
+        center.removeObserver(again.get());
+        center.addObserver(again.get(), "Tick", nullptr, count);
+        again.reset();
+        center.post("Tick");
+        QCOMPARE(calls, 1);
+    }
+
+    void centresAreSeparate()
+    {
+        Recorder r;
+        NotificationCenter::qkCenter().addObserver(&r, "Tick", nullptr, r.callback("qk"));
+        NotificationCenter::defaultCenter().post("Tick");
+        NotificationCenter::qkCenter().post("Tick");
+        NotificationCenter::qkCenter().removeObserver(&r);
+        QCOMPARE(r.log, QStringList({ "qk:Tick" }));
+    }
 };
-
-void NotificationCenterTest::deliveryFiltersByNameAndSender_data()
-{
-    QTest::addColumn<QString>("observedName");
-    QTest::addColumn<int>("observedSender");
-    QTest::addColumn<QString>("postedName");
-    QTest::addColumn<int>("postedSender");
-    QTest::addColumn<bool>("delivered");
-
-    const int a = 1;
-    const int b = 2;
-    QTest::newRow("same name, any sender") << "Changed" << 0 << "Changed" << a << true;
-    QTest::newRow("same name, null sender") << "Changed" << 0 << "Changed" << 0 << true;
-    QTest::newRow("other name") << "Changed" << 0 << "Closed" << a << false;
-    QTest::newRow("name is case sensitive") << "Changed" << 0 << "changed" << a << false;
-    QTest::newRow("its sender") << "Changed" << a << "Changed" << a << true;
-    QTest::newRow("another sender") << "Changed" << a << "Changed" << b << false;
-    QTest::newRow("posted without sender") << "Changed" << a << "Changed" << 0 << false;
-    QTest::newRow("any name of its sender") << "" << a << "Closed" << a << true;
-    QTest::newRow("any name, another sender") << "" << a << "Closed" << b << false;
-}
-
-void NotificationCenterTest::deliveryFiltersByNameAndSender()
-{
-    QFETCH(QString, observedName);
-    QFETCH(int, observedSender);
-    QFETCH(QString, postedName);
-    QFETCH(int, postedSender);
-    QFETCH(bool, delivered);
-
-    NotificationCenter center;
-    Recorder recorder;
-    center.addObserver(
-        &recorder, observedName, senderNumbered(observedSender), recorder.callback("r"));
-    center.post(postedName, senderNumbered(postedSender));
-    QCOMPARE(recorder.log.size(), delivered ? 1 : 0);
-}
-
-void NotificationCenterTest::deliveryFollowsRegistrationOrderAndCarriesUserInfo()
-{
-    NotificationCenter center;
-    Recorder recorder;
-    QVariantMap seenInfo;
-    const void *seenSender = nullptr;
-    center.addObserver(&recorder, "Added", nullptr, recorder.callback("first"));
-    center.addObserver(&seenInfo, "Added", &senderA, [&](const Notification &n) {
-        recorder.log << "second:" + n.name;
-        seenInfo = n.userInfo;
-        seenSender = n.sender;
-    });
-    center.addObserver(&recorder, "Added", &senderA, recorder.callback("third"));
-
-    center.post("Added", &senderA, { { "Index", 3 } });
-    QCOMPARE(recorder.log, QStringList({ "first:Added", "second:Added", "third:Added" }));
-    QCOMPARE(seenInfo, QVariantMap({ { "Index", 3 } }));
-    QCOMPARE(seenSender, &senderA);
-}
-
-void NotificationCenterTest::removalDuringDeliverySkipsTheRemoved()
-{
-    NotificationCenter center;
-    Recorder recorder;
-    int later = 0;
-    // The first removes itself and the one registered after it.
-    center.addObserver(&recorder, "Tick", nullptr, [&](const Notification &) {
-        recorder.log << "remover";
-        center.removeObserver(&recorder);
-        center.removeObserver(&later);
-    });
-    center.addObserver(&later, "Tick", nullptr, [&](const Notification &) { ++later; });
-    center.addObserver(&recorder, "Tick", nullptr, recorder.callback("own second"));
-
-    center.post("Tick");
-    center.post("Tick");
-    QCOMPARE(recorder.log, QStringList({ "remover" }));
-    QCOMPARE(later, 0);
-}
-
-void NotificationCenterTest::additionDuringDeliveryWaitsForTheNextPost()
-{
-    NotificationCenter center;
-    Recorder recorder;
-    center.addObserver(&center, "Tick", nullptr, [&](const Notification &) {
-        recorder.log << "adder";
-        center.addObserver(&recorder, "Tick", nullptr, recorder.callback("added"));
-        // A post from inside a delivery is delivered at once, to the new observer as well.
-        center.post("Nested");
-    });
-    center.addObserver(&recorder, "Nested", nullptr, recorder.callback("nested"));
-
-    center.post("Tick");
-    QCOMPARE(recorder.log, QStringList({ "adder", "nested:Nested" }));
-    center.removeObserver(&center);
-    center.post("Tick");
-    QCOMPARE(recorder.log.last(), QString("added:Tick"));
-}
-
-void NotificationCenterTest::removeObserverTakesAllOrOneKind()
-{
-    NotificationCenter center;
-    Recorder recorder;
-    Recorder other;
-    center.addObserver(&recorder, "A", nullptr, recorder.callback("r"));
-    center.addObserver(&recorder, "B", &senderA, recorder.callback("r"));
-    center.addObserver(&recorder, "B", &senderB, recorder.callback("r"));
-    center.addObserver(&other, "A", nullptr, other.callback("o"));
-
-    center.removeObserver(&recorder, "B", &senderA);
-    center.post("B", &senderA);
-    center.post("B", &senderB);
-    center.post("A");
-    QCOMPARE(recorder.log, QStringList({ "r:B", "r:A" }));
-
-    center.removeObserver(&recorder);
-    center.post("A");
-    center.post("B", &senderB);
-    QCOMPARE(recorder.log.size(), 2);
-    QCOMPARE(other.log, QStringList({ "o:A", "o:A" }));
-}
-
-void NotificationCenterTest::destroyedQObjectStopsObserving()
-{
-    NotificationCenter center;
-    int calls = 0;
-    auto first = std::make_unique<QObject>();
-    auto doomed = std::make_unique<QObject>();
-    // The first observer destroys the second in the middle of a delivery.
-    center.addObserver(first.get(), "Tick", nullptr, [&](const Notification &) {
-        ++calls;
-        doomed.reset();
-    });
-    center.addObserver(doomed.get(), "Tick", nullptr, [&](const Notification &) { calls += 100; });
-    center.post("Tick");
-    QCOMPARE(calls, 1);
-
-    first.reset();
-    center.post("Tick");
-    QCOMPARE(calls, 1);
-
-    // A removed QObject observer that registers again is still cleaned up on destruction.
-    auto again = std::make_unique<QObject>();
-    center.addObserver(again.get(), "Tick", nullptr, [&](const Notification &) { ++calls; });
-    center.removeObserver(again.get());
-    center.addObserver(again.get(), "Tick", nullptr, [&](const Notification &) { ++calls; });
-    again.reset();
-    center.post("Tick");
-    QCOMPARE(calls, 1);
-}
-
-void NotificationCenterTest::centresAreSeparate()
-{
-    Recorder recorder;
-    NotificationCenter::qkCenter().addObserver(&recorder, "Tick", nullptr, recorder.callback("qk"));
-    NotificationCenter::defaultCenter().post("Tick");
-    QVERIFY(recorder.log.isEmpty());
-    NotificationCenter::qkCenter().post("Tick");
-    QCOMPARE(recorder.log, QStringList({ "qk:Tick" }));
-    NotificationCenter::qkCenter().removeObserver(&recorder);
-}
 
 QTEST_GUILESS_MAIN(NotificationCenterTest)
 #include "NotificationCenterTest.moc"

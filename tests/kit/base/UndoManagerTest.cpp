@@ -14,8 +14,7 @@ struct Value
 
     void set(int newValue)
     {
-        const int old = value;
-        undo.registerUndo(this, [this, old] { set(old); });
+        undo.registerUndo(this, [this, old = value] { set(old); });
         undo.setActionName(name);
         value = newValue;
     }
@@ -34,267 +33,127 @@ class UndoManagerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void registrationsOfOneTurnAreOneStep();
-    void undoClosesTheOpenTurnFirst();
-    void undoAndRedoWalkTheStacks();
-    void freshRegistrationClearsRedo();
-    void explicitGroupsNestAndSpanTurns();
-    void explicitGroupInsideATurnWaitsForItsEnd();
-    void menuTitles_data();
-    void menuTitles();
-    void removeAllActionsWithTargetDropsEmptiedSteps();
-    void registrationCanBeSuspended();
-    void levelsOfUndoDropTheOldest();
-    void changedIsEmittedOncePerUndo();
+    // A script of steps: a digit sets the value, "t" ends the turn, "u"/"r" undo/redo, "[" and
+    // "]" begin and end a group, "-"/"+" disable and enable registration, "x" drops the value's
+    // actions, "L" keeps two levels. The trace holds the value after each undo or redo, and "g" the
+    // grouping level.
+    void stacks_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("trace");
+        QTest::addColumn<bool>("canUndo");
+        QTest::addColumn<bool>("canRedo");
+        QTest::addColumn<bool>("warns");
+        const auto row = [](const char *name, const char *script, const char *trace, bool canUndo,
+                             bool canRedo, bool warns = false) {
+            QTest::newRow(name) << QString(script) << QString(trace) << canUndo << canRedo << warns;
+        };
+        row("one step per turn", "1 2 g t g 3 t u u", "g1 g0 2 0", false, true);
+        row("undo closes the open turn", "1 t 2 u 3 t u u", "1 1 0", false, true);
+        row("walk both ways", "1 t 2 t 3 t u u r r u u u u r", "2 1 2 3 2 1 0 0 1", true, true);
+        row("fresh registration clears redo", "1 t 2 t u 5 t u r", "1 1 5", true, false);
+        row("groups span turns and nest", "[ 1 t [ 2 ] t g 3 ] g u r", "g1 g0 0 3", true, false);
+        row("group inside a turn waits", "1 [ 2 t g ] g t g u", "g2 g1 g0 0", false, true);
+        row("no undo inside a group", "[ 1 u ] u", "1 0", false, true, true);
+        row("unbalanced end ignored", "1 ] g t g u", "g1 g0 0", false, true, true);
+        row("registration suspended", "- - 1 + 2 t + 3 t u", "2", false, true);
+        row("actions of a target removed", "1 t 2 x t", "", false, false);
+        row("oldest levels dropped", "L 1 t 2 t 3 t u u u", "2 1 1", false, true);
+    }
+
+    void stacks()
+    {
+        QFETCH(QString, script);
+        QFETCH(QString, trace);
+        QFETCH(bool, canUndo);
+        QFETCH(bool, canRedo);
+        QFETCH(bool, warns);
+
+        UndoManager undo;
+        Value v { undo };
+        QStringList seen;
+        if (warns)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("UndoManager: .*"));
+        for (const QString &step : script.split(' ')) {
+            const QChar op = step.at(0);
+            if (op.isDigit())
+                v.set(op.digitValue());
+            else if (op == 't')
+                finishTurn();
+            else if (op == 'u' || op == 'r') {
+                op == 'u' ? undo.undo() : undo.redo();
+                seen << QString::number(v.value);
+            } else if (op == 'g')
+                seen << "g" + QString::number(undo.groupingLevel());
+            else if (op == '[' || op == ']')
+                op == '[' ? undo.beginUndoGrouping() : undo.endUndoGrouping();
+            else if (op == '-' || op == '+')
+                op == '-' ? undo.disableUndoRegistration() : undo.enableUndoRegistration();
+            else if (op == 'x')
+                undo.removeAllActionsWithTarget(&v);
+            else if (op == 'L')
+                undo.setLevelsOfUndo(2);
+        }
+        QCOMPARE(seen.join(' '), trace);
+        QCOMPARE(undo.canUndo(), canUndo);
+        QCOMPARE(undo.canRedo(), canRedo);
+    }
+
+    void stepRunsItsClosuresInReverseAndDropsRemovedOnes()
+    {
+        UndoManager undo;
+        QStringList log;
+        int first = 0;
+        int second = 0;
+        undo.registerUndo(&first, [&] { log << "a"; });
+        undo.registerUndo(&second, [&] { log << "b"; });
+        undo.registerUndo(&first, [&] { log << "c"; });
+        undo.registerUndo(&second, [&] { log << "d"; });
+        finishTurn();
+        undo.registerUndo(&first, [&] { log << "e"; });
+        finishTurn();
+        undo.removeAllActionsWithTarget(&first);
+        undo.undo();
+        QCOMPARE(log, QStringList({ "d", "b" }));
+        QVERIFY(!undo.canUndo());
+    }
+
+    void menuTitles_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("nameWhileUndoing");
+        QTest::addColumn<QString>("undoTitle");
+        QTest::addColumn<QString>("redoTitle");
+        QTest::newRow("unnamed") << ""
+                                 << ""
+                                 << "Undo"
+                                 << "Redo";
+        QTest::newRow("renamed while undoing") << "Add Note"
+                                               << "Delete Annotation"
+                                               << "Undo Add Note"
+                                               << "Redo Delete Annotation";
+    }
+
+    void menuTitles()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, nameWhileUndoing);
+        QFETCH(QString, undoTitle);
+        QFETCH(QString, redoTitle);
+        UndoManager undo;
+        Value v { undo, 0, name };
+        v.set(1);
+        QCOMPARE(undo.undoMenuItemTitle(), undoTitle);
+        finishTurn();
+        QCOMPARE(undo.undoMenuItemTitle(), undoTitle);
+        v.name = nameWhileUndoing;
+        QSignalSpy changed(&undo, &UndoManager::changed);
+        undo.undo();
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(undo.redoMenuItemTitle(), redoTitle);
+        QCOMPARE(undo.undoMenuItemTitle(), QString("Undo"));
+    }
 };
-
-void UndoManagerTest::registrationsOfOneTurnAreOneStep()
-{
-    UndoManager undo;
-    QStringList log;
-    undo.registerUndo(&log, [&] { log << "a"; });
-    undo.registerUndo(&log, [&] { log << "b"; });
-    QCOMPARE(undo.groupingLevel(), 1);
-    finishTurn();
-    QCOMPARE(undo.groupingLevel(), 0);
-    undo.registerUndo(&log, [&] { log << "c"; });
-    finishTurn();
-
-    undo.undo();
-    QCOMPARE(log, QStringList({ "c" }));
-    undo.undo();
-    QCOMPARE(log, QStringList({ "c", "b", "a" }));
-    QVERIFY(!undo.canUndo());
-}
-
-void UndoManagerTest::undoClosesTheOpenTurnFirst()
-{
-    UndoManager undo;
-    Value v { undo };
-    v.set(1);
-    finishTurn();
-    v.set(2);
-    QVERIFY(undo.canUndo());
-    undo.undo();
-    QCOMPARE(v.value, 1);
-    QCOMPARE(undo.groupingLevel(), 0);
-    // The close that was pending for that turn must not disturb what follows.
-    v.set(3);
-    finishTurn();
-    undo.undo();
-    QCOMPARE(v.value, 1);
-    undo.undo();
-    QCOMPARE(v.value, 0);
-}
-
-void UndoManagerTest::undoAndRedoWalkTheStacks()
-{
-    UndoManager undo;
-    Value v { undo };
-    for (int i = 1; i <= 3; ++i) {
-        v.set(i);
-        finishTurn();
-    }
-    undo.undo();
-    undo.undo();
-    QCOMPARE(v.value, 1);
-    QVERIFY(undo.canRedo());
-    undo.redo();
-    QCOMPARE(v.value, 2);
-    undo.redo();
-    QCOMPARE(v.value, 3);
-    QVERIFY(!undo.canRedo());
-    undo.undo();
-    undo.undo();
-    undo.undo();
-    QCOMPARE(v.value, 0);
-    QVERIFY(!undo.canUndo());
-    undo.undo();
-    QCOMPARE(v.value, 0);
-    undo.redo();
-    QCOMPARE(v.value, 1);
-}
-
-void UndoManagerTest::freshRegistrationClearsRedo()
-{
-    UndoManager undo;
-    Value v { undo };
-    v.set(1);
-    finishTurn();
-    v.set(2);
-    finishTurn();
-    undo.undo();
-    QVERIFY(undo.canRedo());
-    v.set(5);
-    QVERIFY(!undo.canRedo());
-    undo.undo();
-    QCOMPARE(v.value, 1);
-    undo.redo();
-    QCOMPARE(v.value, 5);
-}
-
-void UndoManagerTest::explicitGroupsNestAndSpanTurns()
-{
-    UndoManager undo;
-    Value v { undo };
-    QStringList log;
-    undo.beginUndoGrouping();
-    v.set(1);
-    undo.registerUndo(&log, [&] { log << "first"; });
-    finishTurn();
-    undo.beginUndoGrouping();
-    QCOMPARE(undo.groupingLevel(), 2);
-    v.set(2);
-    undo.registerUndo(&log, [&] { log << "second"; });
-    undo.endUndoGrouping();
-    finishTurn();
-    QCOMPARE(undo.groupingLevel(), 1);
-    QVERIFY(!undo.canUndo());
-    v.set(3);
-    undo.endUndoGrouping();
-    QCOMPARE(undo.groupingLevel(), 0);
-
-    undo.undo();
-    QCOMPARE(v.value, 0);
-    QCOMPARE(log, QStringList({ "second", "first" }));
-    QVERIFY(!undo.canUndo());
-    undo.redo();
-    QCOMPARE(v.value, 3);
-}
-
-void UndoManagerTest::explicitGroupInsideATurnWaitsForItsEnd()
-{
-    UndoManager undo;
-    Value v { undo };
-    v.set(1);
-    undo.beginUndoGrouping();
-    v.set(2);
-    finishTurn();
-    QCOMPARE(undo.groupingLevel(), 2);
-    QTest::ignoreMessage(QtWarningMsg, "UndoManager: undo or redo inside an open undo group");
-    undo.undo();
-    QCOMPARE(v.value, 2);
-    undo.endUndoGrouping();
-    QTest::ignoreMessage(
-        QtWarningMsg, "UndoManager: endUndoGrouping without a matching beginUndoGrouping");
-    undo.endUndoGrouping();
-    QCOMPARE(undo.groupingLevel(), 1);
-    finishTurn();
-    QCOMPARE(undo.groupingLevel(), 0);
-    undo.undo();
-    QCOMPARE(v.value, 0);
-}
-
-void UndoManagerTest::menuTitles_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("nameDuringUndo");
-    QTest::addColumn<QString>("undoTitle");
-    QTest::addColumn<QString>("redoTitle");
-    QTest::newRow("named") << "Add Note"
-                           << ""
-                           << "Undo Add Note"
-                           << "Redo Add Note";
-    QTest::newRow("unnamed") << ""
-                             << ""
-                             << "Undo"
-                             << "Redo";
-    QTest::newRow("renamed while undoing") << "Add Note"
-                                           << "Delete Annotation"
-                                           << "Undo Add Note"
-                                           << "Redo Delete Annotation";
-}
-
-void UndoManagerTest::menuTitles()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, nameDuringUndo);
-    QFETCH(QString, undoTitle);
-    QFETCH(QString, redoTitle);
-
-    UndoManager undo;
-    Value v { undo, 0, name };
-    v.set(1);
-    QCOMPARE(undo.undoMenuItemTitle(), undoTitle);
-    finishTurn();
-    QCOMPARE(undo.undoMenuItemTitle(), undoTitle);
-    QCOMPARE(undo.redoMenuItemTitle(), QString("Redo"));
-    if (!nameDuringUndo.isEmpty())
-        v.name = nameDuringUndo;
-    undo.undo();
-    QCOMPARE(undo.redoMenuItemTitle(), redoTitle);
-    QCOMPARE(undo.undoMenuItemTitle(), QString("Undo"));
-}
-
-void UndoManagerTest::removeAllActionsWithTargetDropsEmptiedSteps()
-{
-    UndoManager undo;
-    QStringList log;
-    int first = 0;
-    int second = 0;
-    undo.registerUndo(&first, [&] { log << "a"; });
-    finishTurn();
-    undo.registerUndo(&first, [&] { log << "b"; });
-    undo.registerUndo(&second, [&] { log << "c"; });
-    finishTurn();
-    undo.registerUndo(&first, [&] { log << "d"; });
-    undo.removeAllActionsWithTarget(&first);
-    finishTurn();
-
-    QVERIFY(undo.canUndo());
-    undo.undo();
-    QCOMPARE(log, QStringList({ "c" }));
-    QVERIFY(!undo.canUndo());
-}
-
-void UndoManagerTest::registrationCanBeSuspended()
-{
-    UndoManager undo;
-    Value v { undo };
-    undo.disableUndoRegistration();
-    undo.disableUndoRegistration();
-    v.set(1);
-    undo.enableUndoRegistration();
-    v.set(2);
-    finishTurn();
-    QVERIFY(!undo.canUndo());
-    undo.enableUndoRegistration();
-    v.set(3);
-    finishTurn();
-    undo.undo();
-    QCOMPARE(v.value, 2);
-    undo.redo();
-    undo.removeAllActions();
-    QVERIFY(!undo.canUndo());
-    QVERIFY(!undo.canRedo());
-}
-
-void UndoManagerTest::levelsOfUndoDropTheOldest()
-{
-    UndoManager undo;
-    Value v { undo };
-    undo.setLevelsOfUndo(2);
-    for (int i = 1; i <= 4; ++i) {
-        v.set(i);
-        finishTurn();
-    }
-    undo.undo();
-    undo.undo();
-    QCOMPARE(v.value, 2);
-    QVERIFY(!undo.canUndo());
-}
-
-void UndoManagerTest::changedIsEmittedOncePerUndo()
-{
-    UndoManager undo;
-    Value v { undo };
-    v.set(1);
-    finishTurn();
-    QSignalSpy spy(&undo, &UndoManager::changed);
-    undo.undo();
-    QCOMPARE(spy.count(), 1);
-    QVERIFY(undo.canRedo());
-}
 
 QTEST_GUILESS_MAIN(UndoManagerTest)
 #include "UndoManagerTest.moc"
