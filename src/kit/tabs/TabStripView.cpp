@@ -1,0 +1,489 @@
+#include "TabStripView.h"
+
+#include "QKDrawing.h"
+#include "QKThemeProvider.h"
+#include "TabContents.h"
+#include "TabStripModel.h"
+
+#include <kit/base/NotificationCenter.h>
+
+#include <QApplication>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QToolTip>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// Sizes in device-independent pixels.
+constexpr int kStripHeight = 36;
+constexpr double kTabTop = 6;
+constexpr double kStripMargin = 8;
+constexpr double kTabMaxWidth = 232;
+constexpr double kTabMinWidth = 64;
+// Below this width only the selected tab keeps its close button.
+constexpr double kTabCloseButtonMinWidth = 96;
+constexpr double kCornerRadius = 8;
+// The outward curves at the foot of the selected tab.
+constexpr double kFootRadius = 6;
+constexpr double kTitleInset = 14;
+constexpr double kCloseButtonSize = 18;
+constexpr double kCloseButtonInset = 8;
+constexpr double kNewTabButtonSize = 28;
+constexpr double kNewTabButtonGap = 6;
+
+QPainterPath selectedTabShape(const QRectF &r)
+{
+    const double x0 = r.left(), x1 = r.right(), y0 = r.top(), y1 = r.bottom();
+    QPainterPath path;
+    path.moveTo(x0 - kFootRadius, y1);
+    path.quadTo(x0, y1, x0, y1 - kFootRadius);
+    path.lineTo(x0, y0 + kCornerRadius);
+    path.quadTo(x0, y0, x0 + kCornerRadius, y0);
+    path.lineTo(x1 - kCornerRadius, y0);
+    path.quadTo(x1, y0, x1, y0 + kCornerRadius);
+    path.lineTo(x1, y1 - kFootRadius);
+    path.quadTo(x1, y1, x1 + kFootRadius, y1);
+    path.closeSubpath();
+    return path;
+}
+
+const QKTheme &theme()
+{
+    return QKThemeProvider::sharedInstance().current();
+}
+
+} // namespace
+
+TabStripView::TabStripView(TabStripModel *model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+{
+    setObjectName(QStringLiteral("TabStripView"));
+    setFixedHeight(kStripHeight);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    if (m_model)
+        m_model->addObserver(this);
+    NotificationCenter::qkCenter().addObserver(this, QKThemeProvider::QKThemeDidChangeNotification,
+        nullptr, [this](const Notification &) { update(); });
+}
+
+TabStripView::~TabStripView()
+{
+    if (m_model)
+        m_model->removeObserver(this);
+}
+
+QSize TabStripView::sizeHint() const
+{
+    return { 480, kStripHeight };
+}
+
+TabStripView::Layout TabStripView::layout() const
+{
+    Layout result;
+    result.left = kStripMargin;
+    const int count = m_model ? m_model->count() : 0;
+    if (count == 0)
+        return result;
+    const double available
+        = width() - 2 * kStripMargin - kNewTabButtonGap - kNewTabButtonSize - kFootRadius;
+    result.tabWidth = std::clamp(std::floor(available / count), kTabMinWidth, kTabMaxWidth);
+    return result;
+}
+
+QRectF TabStripView::tabRectF(int index) const
+{
+    if (!m_model || !m_model->containsIndex(index))
+        return {};
+    const Layout l = layout();
+    return { l.left + index * l.tabWidth, kTabTop, l.tabWidth, height() - kTabTop };
+}
+
+QRect TabStripView::tabRectAt(int index) const
+{
+    return tabRectF(index).toAlignedRect();
+}
+
+QRectF TabStripView::drawnTabRect(int index) const
+{
+    QRectF rect = tabRectF(index);
+    if (m_dragging && m_pressContents && m_model->getTabContentsAtIndex(index) == m_pressContents) {
+        const Layout l = layout();
+        const double maxX = l.left + (m_model->count() - 1) * l.tabWidth;
+        rect.moveLeft(std::clamp(m_dragX, l.left, maxX));
+    }
+    return rect;
+}
+
+QRectF TabStripView::closeButtonRectIn(const QRectF &tabRect) const
+{
+    return { tabRect.right() - kCloseButtonInset - kCloseButtonSize,
+        tabRect.center().y() - kCloseButtonSize / 2, kCloseButtonSize, kCloseButtonSize };
+}
+
+bool TabStripView::showsCloseButton(int index) const
+{
+    return layout().tabWidth >= kTabCloseButtonMinWidth
+        || (m_model && index == m_model->selectedIndex());
+}
+
+QRect TabStripView::closeButtonRectAt(int index) const
+{
+    if (!m_model || !m_model->containsIndex(index) || !showsCloseButton(index))
+        return {};
+    return closeButtonRectIn(drawnTabRect(index)).toAlignedRect();
+}
+
+QRect TabStripView::newTabButtonRect() const
+{
+    const int count = m_model ? m_model->count() : 0;
+    const double x = kStripMargin + count * layout().tabWidth + kNewTabButtonGap
+        + (count > 0 ? kFootRadius : 0);
+    const double y = kTabTop + (height() - kTabTop - kNewTabButtonSize) / 2;
+    return QRectF(x, y, kNewTabButtonSize, kNewTabButtonSize).toAlignedRect();
+}
+
+int TabStripView::tabIndexAt(QPoint point) const
+{
+    if (!m_model)
+        return -1;
+    for (int i = 0; i < m_model->count(); ++i) {
+        if (drawnTabRect(i).contains(point))
+            return i;
+    }
+    return -1;
+}
+
+void TabStripView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QKTheme &t = theme();
+    painter.fillRect(rect(), t.color(QKTheme::TabStripBackground));
+
+    const double lineWidth = qk_lineWidth(this);
+    painter.setPen(t.tabStripBottomLineColor());
+    qk_strokeHoriLine(painter, 0, width(), height() - lineWidth / 2, lineWidth);
+
+    if (m_model) {
+        const int selected = m_model->selectedIndex();
+        // Unselected tabs first, then the selected one over its neighbours' separators, and a
+        // dragged tab above all.
+        int dragged = -1;
+        for (int i = 0; i < m_model->count(); ++i) {
+            if (m_dragging && m_model->getTabContentsAtIndex(i) == m_pressContents)
+                dragged = i;
+            else if (i != selected)
+                paintTab(painter, i, drawnTabRect(i));
+        }
+        if (selected >= 0 && selected != dragged)
+            paintTab(painter, selected, drawnTabRect(selected));
+        if (dragged >= 0)
+            paintTab(painter, dragged, drawnTabRect(dragged));
+    }
+    paintNewTabButton(painter);
+}
+
+void TabStripView::paintTab(QPainter &painter, int index, const QRectF &rect) const
+{
+    const QKTheme &t = theme();
+    const bool selected = index == m_model->selectedIndex();
+    const bool hovered = index == m_hoverIndex && !m_dragging;
+    const double lineWidth = qk_lineWidth(this);
+
+    if (selected) {
+        painter.fillPath(selectedTabShape(rect), t.color(QKTheme::SelectedTabBackground));
+    } else if (hovered
+        || (m_dragging && m_model->getTabContentsAtIndex(index) == m_pressContents)) {
+        const QRectF pill = rect.adjusted(3, 2, -3, -5);
+        QPainterPath path;
+        path.addRoundedRect(pill, kCornerRadius - 2, kCornerRadius - 2);
+        painter.fillPath(path, t.color(QKTheme::HoveredTabBackground));
+    } else {
+        // A separator on the right, unless the next tab is selected or hovered.
+        const int next = index + 1;
+        if (next < m_model->count() && next != m_model->selectedIndex() && next != m_hoverIndex) {
+            const double x = std::round(rect.right() * devicePixelRatioF()) / devicePixelRatioF();
+            painter.save();
+            painter.setRenderHint(QPainter::Antialiasing, false);
+            painter.setPen(QPen(t.color(QKTheme::TabSeparator), lineWidth));
+            painter.drawLine(QPointF(x, rect.top() + 9), QPointF(x, rect.bottom() - 9));
+            painter.restore();
+        }
+    }
+
+    TabContents *const contents = m_model->getTabContentsAtIndex(index);
+    const bool closeShown = showsCloseButton(index);
+    const QRectF closeRect = closeButtonRectIn(rect);
+    const double titleRight = closeShown ? closeRect.left() - 4 : rect.right() - kTitleInset;
+    const QRectF titleRect(rect.left() + kTitleInset, rect.top(),
+        std::max(0.0, titleRight - rect.left() - kTitleInset), rect.height() - 2);
+    const QString title
+        = fontMetrics().elidedText(contents->title(), Qt::ElideRight, int(titleRect.width()));
+    painter.setPen(t.color(selected ? QKTheme::SelectedTabText : QKTheme::TabText));
+    painter.setFont(font());
+    painter.drawText(titleRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, title);
+
+    if (closeShown) {
+        const bool closeHovered = hovered && m_hoverClose;
+        const bool closePressed = closeHovered && m_pressedCloseContents == contents;
+        paintCloseButton(painter, closeRect, closeHovered, closePressed, selected);
+    }
+}
+
+void TabStripView::paintCloseButton(
+    QPainter &painter, const QRectF &rect, bool hovered, bool pressed, bool selected) const
+{
+    const QKTheme &t = theme();
+    if (hovered) {
+        QColor background = t.color(QKTheme::TabCloseButtonHoverBackground);
+        if (pressed)
+            background.setAlphaF(std::min(1.0f, background.alphaF() * 2));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(background);
+        painter.drawEllipse(rect);
+    }
+    QColor cross = t.color(QKTheme::TabCloseButton);
+    if (!selected && !hovered)
+        cross.setAlphaF(cross.alphaF() * 0.75f);
+    const double arm = 3.5;
+    const QPointF c = rect.center();
+    painter.setPen(QPen(cross, 1.4, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(c + QPointF(-arm, -arm), c + QPointF(arm, arm));
+    painter.drawLine(c + QPointF(-arm, arm), c + QPointF(arm, -arm));
+    painter.setBrush(Qt::NoBrush);
+}
+
+void TabStripView::paintNewTabButton(QPainter &painter) const
+{
+    const QKTheme &t = theme();
+    const QRectF rect = newTabButtonRect();
+    if (m_hoverNewTab) {
+        QPainterPath path;
+        path.addRoundedRect(rect, 6, 6);
+        QColor background = t.color(QKTheme::TabCloseButtonHoverBackground);
+        if (m_pressedNewTab)
+            background.setAlphaF(std::min(1.0f, background.alphaF() * 2));
+        painter.fillPath(path, background);
+    }
+    const double arm = 6;
+    const QPointF c = rect.center();
+    painter.setPen(QPen(t.color(QKTheme::TabCloseButton), 1.6, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(c + QPointF(-arm, 0), c + QPointF(arm, 0));
+    painter.drawLine(c + QPointF(0, -arm), c + QPointF(0, arm));
+}
+
+bool TabStripView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip && m_model) {
+        const auto *help = static_cast<QHelpEvent *>(event);
+        const int index = tabIndexAt(help->pos());
+        QString text;
+        if (newTabButtonRect().contains(help->pos()))
+            text = tr("New Tab");
+        else if (index >= 0 && closeButtonRectAt(index).contains(help->pos()))
+            text = tr("Close Tab");
+        else if (index >= 0)
+            text = m_model->getTabContentsAtIndex(index)->title();
+        if (text.isEmpty())
+            QToolTip::hideText();
+        else
+            QToolTip::showText(help->globalPos(), text, this);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+void TabStripView::mousePressEvent(QMouseEvent *event)
+{
+    if (!m_model)
+        return;
+    const QPoint point = event->position().toPoint();
+    const int index = tabIndexAt(point);
+    if (event->button() == Qt::MiddleButton) {
+        m_middlePressContents = m_model->getTabContentsAtIndex(index);
+        return;
+    }
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (newTabButtonRect().contains(point)) {
+        m_pressedNewTab = true;
+        update();
+        return;
+    }
+    if (index < 0)
+        return;
+    if (closeButtonRectAt(index).contains(point)) {
+        m_pressedCloseContents = m_model->getTabContentsAtIndex(index);
+        update();
+        return;
+    }
+    m_pressContents = m_model->getTabContentsAtIndex(index);
+    m_pressPoint = point;
+    m_grabOffset = point.x() - tabRectF(index).left();
+    m_model->selectTabContentsAt(index, true);
+}
+
+void TabStripView::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint point = event->position().toPoint();
+    if (m_pressContents && (event->buttons() & Qt::LeftButton)) {
+        if (!m_dragging
+            && (point - m_pressPoint).manhattanLength() >= QApplication::startDragDistance()) {
+            m_dragging = true;
+        }
+        if (m_dragging) {
+            dragTo(point.x());
+            return;
+        }
+    }
+    updateHover(point);
+}
+
+void TabStripView::dragTo(double pointerX)
+{
+    const int from = m_model->getIndexOfTabContents(m_pressContents);
+    if (from < 0) {
+        endDrag();
+        return;
+    }
+    m_dragX = pointerX - m_grabOffset;
+    const Layout l = layout();
+    // The dragged tab takes the place its centre is over.
+    const double centre = m_dragX + l.tabWidth / 2;
+    const int to
+        = std::clamp(int(std::floor((centre - l.left) / l.tabWidth)), 0, m_model->count() - 1);
+    if (to != from)
+        m_model->moveTabContentsAt(from, to, false);
+    update();
+}
+
+void TabStripView::endDrag()
+{
+    m_dragging = false;
+    m_pressContents = nullptr;
+    update();
+}
+
+void TabStripView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (!m_model)
+        return;
+    const QPoint point = event->position().toPoint();
+    const int index = tabIndexAt(point);
+    if (event->button() == Qt::MiddleButton) {
+        TabContents *const pressed = m_middlePressContents;
+        m_middlePressContents = nullptr;
+        if (pressed && m_model->getTabContentsAtIndex(index) == pressed)
+            closeTab(pressed);
+        return;
+    }
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_pressedNewTab) {
+        m_pressedNewTab = false;
+        update();
+        if (newTabButtonRect().contains(point))
+            emit newTabButtonClicked();
+        return;
+    }
+    if (m_pressedCloseContents) {
+        TabContents *const pressed = m_pressedCloseContents;
+        m_pressedCloseContents = nullptr;
+        update();
+        if (m_model->getTabContentsAtIndex(index) == pressed
+            && closeButtonRectAt(index).contains(point)) {
+            closeTab(pressed);
+        }
+        return;
+    }
+    if (m_pressContents)
+        endDrag();
+    updateHover(point);
+}
+
+void TabStripView::closeTab(TabContents *contents)
+{
+    const int index = m_model->getIndexOfTabContents(contents);
+    if (index >= 0)
+        m_model->closeTabContentsAtIndex(index, TabStripModel::CloseUserGesture);
+    // The window may be gone now that its last tab closed; this widget is still alive (deletion
+    // is deferred), so refreshing the hover state is safe.
+    updateHover(mapFromGlobal(QCursor::pos()));
+}
+
+void TabStripView::updateHover(QPoint point)
+{
+    const bool inside = rect().contains(point);
+    const int index = inside ? tabIndexAt(point) : -1;
+    const bool onClose = index >= 0 && closeButtonRectAt(index).contains(point);
+    const bool onNewTab = inside && newTabButtonRect().contains(point);
+    if (index != m_hoverIndex || onClose != m_hoverClose || onNewTab != m_hoverNewTab) {
+        m_hoverIndex = index;
+        m_hoverClose = onClose;
+        m_hoverNewTab = onNewTab;
+        update();
+    }
+}
+
+void TabStripView::leaveEvent(QEvent *event)
+{
+    QWidget::leaveEvent(event);
+    m_hoverIndex = -1;
+    m_hoverClose = false;
+    m_hoverNewTab = false;
+    update();
+}
+
+void TabStripView::tabInsertedAt(TabContents *, int, bool)
+{
+    update();
+}
+
+void TabStripView::tabDetachedAt(TabContents *contents, int)
+{
+    if (contents == m_pressContents)
+        endDrag();
+    m_hoverIndex = -1;
+    update();
+}
+
+void TabStripView::tabSelectedAt(TabContents *, TabContents *, int, bool)
+{
+    update();
+}
+
+void TabStripView::tabMoved(TabContents *, int, int)
+{
+    update();
+}
+
+void TabStripView::tabChangedAt(TabContents *, int, TabChangeType)
+{
+    update();
+}
+
+void TabStripView::tabReplacedAt(TabContents *oldContents, TabContents *, int)
+{
+    if (oldContents == m_pressContents)
+        endDrag();
+    update();
+}
+
+void TabStripView::tabStripEmpty()
+{
+    update();
+}
+
+void TabStripView::tabStripModelDeleted(TabStripModel *)
+{
+    m_model = nullptr;
+    m_dragging = false;
+    update();
+}

@@ -1,0 +1,123 @@
+#pragma once
+
+// A tabbed main window: a tab strip above a toolbar area above the selected tab's view. It owns
+// the TabStripModel, keeps the window in step with it (the view shown, the title, closing with
+// the last tab), and keeps the list of open windows. Subclasses override the hooks; commonInit
+// runs once, right after construction when made by create(), else at first use.
+// Main thread only.
+
+#include "TabStripModelDelegate.h"
+#include "TabStripModelObserver.h"
+
+#include <QList>
+#include <QMainWindow>
+#include <QPointer>
+
+#include <memory>
+
+class ContentsToolbarController;
+class QStackedWidget;
+class QTimer;
+class TabContents;
+class TabStripModel;
+class TabStripView;
+
+class TabWindowController : public QMainWindow,
+                            protected TabStripModelObserver,
+                            private TabStripModelDelegate
+{
+    Q_OBJECT
+
+public:
+    // The window deletes itself once closed.
+    explicit TabWindowController(QWidget *parent = nullptr);
+    ~TabWindowController() override;
+
+    // Constructs a controller and runs its commonInit.
+    template <class T, class... Args> static T *create(Args &&...args)
+    {
+        auto *controller = new T(std::forward<Args>(args)...);
+        controller->ensureCommonInit();
+        return controller;
+    }
+
+    // Open windows, in the order they were made; a closed window leaves the list.
+    static QList<TabWindowController *> allControllers();
+    // The open window activated most recently (or, before any activation, shown most recently).
+    static TabWindowController *main();
+    // The controller whose window holds view, or whose tab has view as its view.
+    static TabWindowController *fromView(const QWidget *view);
+
+    TabStripModel *tabStripModel();
+    TabStripView *tabStripView();
+    ContentsToolbarController *contentsToolbarController();
+    QMainWindow *window() { return this; }
+
+    // Remembers the window frame in the user defaults under "TabWindowFrame " + name, and moves
+    // the window to the frame remembered there, if any.
+    void setWindowFrameAutosaveName(const QString &name);
+    QString windowFrameAutosaveName() const { return m_frameAutosaveName; }
+
+    // Runs commonInit if it has not run yet.
+    void ensureCommonInit();
+
+    // Overridable operations.
+    // Asked when the user closes the window: by default each tab's shouldClose, in order,
+    // stopping at the first refusal. The tabs still open afterwards close without asking.
+    virtual bool windowShouldClose(QWidget *sender);
+    // Asked before the tab at index closes: by default its shouldClose.
+    virtual bool shouldCloseContentsAt(int index);
+    // After the selected tab changed; the base shows the new tab's toolbar.
+    virtual void tabSelectedWithContents(
+        TabContents *newContents, TabContents *previousContents, int index, bool userGesture);
+    // After contents took the place of the tab at index; the base refreshes the toolbar when the
+    // tab is the selected one.
+    virtual void tabReplacedWithContents(TabContents *contents, int index);
+    // The tab the new-tab button and the keyboard open; null (the default) opens nothing.
+    virtual std::unique_ptr<TabContents> createBlankTabContents();
+    // Makes the toolbar controller, once, during commonInit.
+    virtual std::unique_ptr<ContentsToolbarController> createToolbarController();
+
+protected:
+    // Builds the toolbar area and the key bindings. An override calls the base first.
+    virtual void commonInit();
+
+    bool event(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+    // TabStripModelObserver
+    void tabInsertedAt(TabContents *contents, int index, bool foreground) override;
+    void tabDetachedAt(TabContents *contents, int index) override;
+    void tabSelectedAt(
+        TabContents *oldContents, TabContents *newContents, int index, bool userGesture) override;
+    void tabChangedAt(TabContents *contents, int index, TabChangeType change) override;
+    void tabReplacedAt(TabContents *oldContents, TabContents *newContents, int index) override;
+    void tabStripEmpty() override;
+
+private:
+    // TabStripModelDelegate
+    bool canCloseContentsAt(int index) override;
+
+    void openBlankTab();
+    void updateWindowTitle();
+    void updateColors();
+    void scheduleFrameSave();
+    void saveFrame();
+    void forgetWindow();
+
+    std::unique_ptr<TabStripModel> m_model;
+    TabStripView *m_stripView = nullptr;
+    QWidget *m_toolbarSlot = nullptr;
+    QStackedWidget *m_contentsArea = nullptr;
+    // Shown in the contents area while no tab is selected.
+    QWidget *m_noSelectionView = nullptr;
+    ContentsToolbarController *m_toolbarController = nullptr;
+    QTimer *m_frameSaveTimer = nullptr;
+    QString m_frameAutosaveName;
+    bool m_didCommonInit = false;
+    // True from the moment the window starts closing; an emptied strip then closes nothing.
+    bool m_isClosing = false;
+    bool m_isRestoringFrame = false;
+};
