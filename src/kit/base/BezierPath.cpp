@@ -1,5 +1,7 @@
 #include "BezierPath.h"
 
+#include "BezierMath.h"
+
 #include <QDataStream>
 #include <QIODevice>
 #include <QPainter>
@@ -7,11 +9,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
 constexpr double ovalKappa = 0.5522847498307936; // 4/3 (sqrt(2) - 1): a quarter circle
-constexpr int maxFlatteningDepth = 12;
 constexpr double containsFlatness = 0.05;
 
 int pointCount(BezierPath::ElementType type)
@@ -28,94 +30,9 @@ int pointCount(BezierPath::ElementType type)
     return 0;
 }
 
-QPointF lerp(QPointF a, QPointF b, double t)
+double radians(double degrees)
 {
-    return a + (b - a) * t;
-}
-
-QPointF cubicAt(QPointF p0, QPointF c1, QPointF c2, QPointF p3, double t)
-{
-    const double u = 1 - t;
-    return p0 * (u * u * u) + c1 * (3 * u * u * t) + c2 * (3 * u * t * t) + p3 * (t * t * t);
-}
-
-// Parameters in (0, 1) where one coordinate of a cubic has a zero derivative.
-int derivativeRoots(double p0, double c1, double c2, double p3, double roots[2])
-{
-    // d/dt of the cubic, divided by 3: a t^2 + b t + c.
-    const double a = -p0 + 3 * c1 - 3 * c2 + p3;
-    const double b = 2 * (p0 - 2 * c1 + c2);
-    const double c = c1 - p0;
-    int count = 0;
-    const auto keep = [&](double t) {
-        if (t > 0 && t < 1)
-            roots[count++] = t;
-    };
-    const double scale = std::max({ std::abs(a), std::abs(b), std::abs(c) });
-    if (scale == 0)
-        return 0;
-    if (std::abs(a) <= 1e-12 * scale) {
-        if (b != 0)
-            keep(-c / b);
-        return count;
-    }
-    const double discriminant = b * b - 4 * a * c;
-    if (discriminant < 0)
-        return 0;
-    const double root = std::sqrt(discriminant);
-    keep((-b + root) / (2 * a));
-    keep((-b - root) / (2 * a));
-    return count;
-}
-
-double distanceToSegment(QPointF p, QPointF a, QPointF b)
-{
-    const QPointF ab = b - a;
-    const double length2 = QPointF::dotProduct(ab, ab);
-    double t = 0;
-    if (length2 > 0)
-        t = std::clamp(QPointF::dotProduct(p - a, ab) / length2, 0.0, 1.0);
-    const QPointF d = p - (a + ab * t);
-    return std::hypot(d.x(), d.y());
-}
-
-void flattenCurve(
-    QPointF p0, QPointF c1, QPointF c2, QPointF p3, double flatness, int depth, BezierPath &out)
-{
-    if (depth >= maxFlatteningDepth
-        || (distanceToSegment(c1, p0, p3) <= flatness
-            && distanceToSegment(c2, p0, p3) <= flatness)) {
-        out.lineTo(p3);
-        return;
-    }
-    // de Casteljau split at the middle.
-    const QPointF a = lerp(p0, c1, 0.5);
-    const QPointF b = lerp(c1, c2, 0.5);
-    const QPointF c = lerp(c2, p3, 0.5);
-    const QPointF ab = lerp(a, b, 0.5);
-    const QPointF bc = lerp(b, c, 0.5);
-    const QPointF mid = lerp(ab, bc, 0.5);
-    flattenCurve(p0, a, ab, mid, flatness, depth + 1, out);
-    flattenCurve(mid, bc, c, p3, flatness, depth + 1, out);
-}
-
-// Adds one closed polygon's edges to a winding number (crossings counted with direction).
-int polygonWinding(const std::vector<QPointF> &polygon, QPointF p)
-{
-    int winding = 0;
-    const size_t n = polygon.size();
-    for (size_t i = 0; i < n; ++i) {
-        const QPointF a = polygon[i];
-        const QPointF b = polygon[(i + 1) % n];
-        const double side = (b.x() - a.x()) * (p.y() - a.y()) - (p.x() - a.x()) * (b.y() - a.y());
-        if (a.y() <= p.y()) {
-            if (b.y() > p.y() && side > 0)
-                ++winding;
-        } else if (b.y() <= p.y() && side < 0) {
-            --winding;
-        }
-    }
-    return winding;
+    return degrees * std::numbers::pi / 180;
 }
 
 void growBounds(QRectF &box, bool &any, QPointF p)
@@ -246,6 +163,99 @@ void BezierPath::appendOval(QRectF rect)
     closePath();
 }
 
+void BezierPath::appendRoundedRect(QRectF rect, double xRadius, double yRadius)
+{
+    const double rx = std::min(xRadius, std::abs(rect.width()) / 2);
+    const double ry = std::min(yRadius, std::abs(rect.height()) / 2);
+    if (!(rx > 0) || !(ry > 0)) {
+        appendRect(rect);
+        return;
+    }
+    const double x0 = rect.x();
+    const double y0 = rect.y();
+    const double x1 = rect.x() + rect.width();
+    const double y1 = rect.y() + rect.height();
+    const double kx = rx * (1 - ovalKappa);
+    const double ky = ry * (1 - ovalKappa);
+    moveTo(QPointF(x0 + rx, y0));
+    lineTo(QPointF(x1 - rx, y0));
+    curveTo(QPointF(x1, y0 + ry), QPointF(x1 - kx, y0), QPointF(x1, y0 + ky));
+    lineTo(QPointF(x1, y1 - ry));
+    curveTo(QPointF(x1 - rx, y1), QPointF(x1, y1 - ky), QPointF(x1 - kx, y1));
+    lineTo(QPointF(x0 + rx, y1));
+    curveTo(QPointF(x0, y1 - ry), QPointF(x0 + kx, y1), QPointF(x0, y1 - ky));
+    lineTo(QPointF(x0, y0 + ry));
+    curveTo(QPointF(x0 + rx, y0), QPointF(x0, y0 + ky), QPointF(x0 + kx, y0));
+    closePath();
+}
+
+void BezierPath::appendArc(
+    QPointF center, double radius, double startAngle, double endAngle, bool clockwise)
+{
+    double sweep = endAngle - startAngle;
+    if (!std::isfinite(sweep) || !std::isfinite(radius))
+        return;
+    // Reduce to one turn at most, in the asked direction; a whole turn stays whole.
+    if (clockwise) {
+        sweep = std::fmod(sweep, 360.0);
+        if (sweep > 0)
+            sweep -= 360;
+        if (sweep == 0 && endAngle != startAngle)
+            sweep = -360;
+    } else {
+        sweep = std::fmod(sweep, 360.0);
+        if (sweep < 0)
+            sweep += 360;
+        if (sweep == 0 && endAngle != startAngle)
+            sweep = 360;
+    }
+    const double start = radians(startAngle);
+    const QPointF first = center + radius * QPointF(std::cos(start), std::sin(start));
+    if (hasCurrentPoint())
+        lineTo(first);
+    else
+        moveTo(first);
+    for (const BezierMath::Cubic &cubic :
+        BezierMath::arcCubics(center, radius, start, radians(sweep)))
+        append(CurveTo, cubic.control1, cubic.control2, cubic.end);
+}
+
+void BezierPath::appendArcFromPoint(QPointF point1, QPointF point2, double radius)
+{
+    if (!hasCurrentPoint()) {
+        moveTo(point1);
+        return;
+    }
+    const QPointF current = currentPoint();
+    const QPointF toCurrent = current - point1;
+    const QPointF toNext = point2 - point1;
+    const double lengthA = std::hypot(toCurrent.x(), toCurrent.y());
+    const double lengthB = std::hypot(toNext.x(), toNext.y());
+    const double cross = toCurrent.x() * toNext.y() - toCurrent.y() * toNext.x();
+    if (!(radius > 0) || lengthA == 0 || lengthB == 0 || cross == 0) {
+        lineTo(point1); // no corner to round
+        return;
+    }
+    const QPointF a = toCurrent / lengthA;
+    const QPointF b = toNext / lengthB;
+    const double half = std::acos(std::clamp(QPointF::dotProduct(a, b), -1.0, 1.0)) / 2;
+    const double tangentDistance = radius / std::tan(half);
+    const QPointF start = point1 + a * tangentDistance;
+    const QPointF end = point1 + b * tangentDistance;
+    const QPointF bisector = (a + b) / std::hypot((a + b).x(), (a + b).y());
+    const QPointF center = point1 + bisector * (radius / std::sin(half));
+    const double from = std::atan2(start.y() - center.y(), start.x() - center.x());
+    double sweep = std::atan2(end.y() - center.y(), end.x() - center.x()) - from;
+    // Between the two tangent points the arc always turns the short way.
+    if (sweep > std::numbers::pi)
+        sweep -= 2 * std::numbers::pi;
+    else if (sweep <= -std::numbers::pi)
+        sweep += 2 * std::numbers::pi;
+    lineTo(start);
+    for (const BezierMath::Cubic &cubic : BezierMath::arcCubics(center, radius, from, sweep))
+        append(CurveTo, cubic.control1, cubic.control2, cubic.end);
+}
+
 BezierPath::ElementType BezierPath::elementAt(int index, QPointF points[3]) const
 {
     if (index < 0 || index >= elementCount())
@@ -319,12 +329,14 @@ QRectF BezierPath::bounds() const
             growBounds(box, any, current);
             growBounds(box, any, end);
             double roots[2];
-            const int nx = derivativeRoots(current.x(), c1.x(), c2.x(), end.x(), roots);
+            const int nx
+                = BezierMath::extremaParameters(current.x(), c1.x(), c2.x(), end.x(), roots);
             for (int i = 0; i < nx; ++i)
-                growBounds(box, any, cubicAt(current, c1, c2, end, roots[i]));
-            const int ny = derivativeRoots(current.y(), c1.y(), c2.y(), end.y(), roots);
+                growBounds(box, any, BezierMath::cubicAt(current, c1, c2, end, roots[i]));
+            const int ny
+                = BezierMath::extremaParameters(current.y(), c1.y(), c2.y(), end.y(), roots);
             for (int i = 0; i < ny; ++i)
-                growBounds(box, any, cubicAt(current, c1, c2, end, roots[i]));
+                growBounds(box, any, BezierMath::cubicAt(current, c1, c2, end, roots[i]));
             current = end;
             break;
         }
@@ -369,8 +381,8 @@ BezierPath BezierPath::flattened(double flatness) const
         case CurveTo:
             if (out.m_elements.empty())
                 out.append(MoveTo, current);
-            flattenCurve(current, element.points[0], element.points[1], element.points[2],
-                tolerance, 0, out);
+            BezierMath::flattenCubic(current, element.points[0], element.points[1],
+                element.points[2], tolerance, [&out](QPointF p) { out.append(LineTo, p); });
             current = element.points[2];
             break;
         case ClosePath:
@@ -391,7 +403,7 @@ bool BezierPath::containsPoint(QPointF point) const
     std::vector<QPointF> polygon;
     const auto closePolygon = [&]() {
         if (polygon.size() > 2)
-            winding += polygonWinding(polygon, point);
+            winding += BezierMath::polygonWinding(polygon, point);
         polygon.clear();
     };
     QPointF start(0, 0);

@@ -39,6 +39,17 @@ public:
     void appendRect(QRectF rect);
     // Four quarter curves from (maxX, midY), then a close: six elements.
     void appendOval(QRectF rect);
+    // Corners rounded by quarter ellipses; radii are capped at half the sides, and a radius
+    // that is not positive gives the plain rect.
+    void appendRoundedRect(QRectF rect, double xRadius, double yRadius);
+    // An arc of a circle, angles in degrees from the x axis, counter-clockwise in y-up space
+    // unless clockwise. A line joins the current point to the arc's start (a move when there is
+    // no current point).
+    void appendArc(
+        QPointF center, double radius, double startAngle, double endAngle, bool clockwise = false);
+    // A line towards point1, rounded off by an arc of the radius tangent to the lines from the
+    // current point to point1 and from point1 to point2; ends at the second tangent point.
+    void appendArcFromPoint(QPointF point1, QPointF point2, double radius);
 
     int elementCount() const { return int(m_elements.size()); }
     bool isEmpty() const { return m_elements.empty(); }
