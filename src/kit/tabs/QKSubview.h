@@ -1,7 +1,8 @@
 #pragma once
 
 // Adding a child widget that keeps filling its parent, less a padding, as the parent resizes;
-// the counterpart of a subview with flexible width and height. Main thread only.
+// the counterpart of a subview with flexible width and height. A hidden parent's resize reaches
+// the child when the parent is shown, as Qt delivers it. Main thread only.
 
 class QWidget;
 

@@ -1,0 +1,126 @@
+// The view helpers as the application's views use them: filling subviews, the view life cycle,
+// hairline widths and colours from 0-255 components.
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/tabs/QKColor.h>
+#include <kit/tabs/QKDrawing.h>
+#include <kit/tabs/QKSubview.h>
+#include <kit/tabs/QKThemeProvider.h>
+#include <kit/tabs/QKView.h>
+
+#include <QTest>
+
+namespace {
+
+class LifeCycleView : public QKView
+{
+public:
+    QStringList calls;
+
+protected:
+    void onViewInit() override { calls << "init"; }
+    void onViewWillShow() override { calls << "show"; }
+    void onViewWillHide() override { calls << "hide"; }
+    void onThemeChanged(const Notification &notification) override
+    {
+        calls << "theme " + notification.name;
+    }
+};
+
+} // namespace
+
+class QKViewTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void addedSubviewKeepsFillingItsParent_data()
+    {
+        QTest::addColumn<double>("horizontal");
+        QTest::addColumn<double>("vertical");
+        QTest::newRow("no padding") << 0.0 << 0.0;
+        QTest::newRow("padding") << 5.0 << 8.0;
+    }
+    void addedSubviewKeepsFillingItsParent()
+    {
+        QFETCH(double, horizontal);
+        QFETCH(double, vertical);
+        QWidget parent;
+        parent.resize(200, 100);
+        parent.show();
+        auto *child = new QWidget;
+        qk_addSubview(&parent, child, horizontal, vertical, QKWindowOrderingMode::Above, nullptr);
+        const int h = int(horizontal), v = int(vertical);
+        QCOMPARE(child->parentWidget(), &parent);
+        QCOMPARE(child->geometry(), QRect(h, v, 200 - 2 * h, 100 - 2 * v));
+        parent.resize(300, 250);
+        QCOMPARE(child->geometry(), QRect(h, v, 300 - 2 * h, 250 - 2 * v));
+
+        // Once moved to another parent it no longer follows the first.
+        QWidget other;
+        child->setParent(&other);
+        parent.resize(120, 90);
+        QCOMPARE(child->geometry(), QRect(h, v, 300 - 2 * h, 250 - 2 * v));
+    }
+
+    void subviewIsOrderedAboveOrBelowItsSiblings()
+    {
+        QWidget parent;
+        auto *a = new QWidget(&parent);
+        auto *b = new QWidget(&parent);
+        auto *c = new QWidget;
+        qk_addSubview(&parent, c);
+        QCOMPARE(parent.children().last(), c);
+        auto *d = new QWidget;
+        qk_addSubview(&parent, d, 0, 0, QKWindowOrderingMode::Below, nullptr);
+        QCOMPARE(parent.children().first(), d);
+        auto *e = new QWidget;
+        qk_addSubview(&parent, e, 0, 0, QKWindowOrderingMode::Above, a);
+        QCOMPARE(parent.children().indexOf(e), parent.children().indexOf(a) + 1);
+        auto *f = new QWidget;
+        qk_addSubview(&parent, f, 0, 0, QKWindowOrderingMode::Below, b);
+        QCOMPARE(parent.children().indexOf(f), parent.children().indexOf(b) - 1);
+    }
+
+    void viewLifeCycleRunsInOrder()
+    {
+        LifeCycleView view;
+        view.show();
+        view.hide();
+        view.show();
+        QKThemeProvider::sharedInstance().setCurrent(QKThemeProvider::sharedInstance().night());
+        QKThemeProvider::sharedInstance().setCurrent(QKThemeProvider::sharedInstance().day());
+        const QString theme = "theme " + QKThemeProvider::QKThemeDidChangeNotification;
+        QCOMPARE(view.calls, QStringList({ "init", "show", "hide", "show", theme, theme }));
+    }
+
+    void lineWidthIsOneDevicePixel()
+    {
+        QCOMPARE(qk_lineWidth(nullptr), 1.0);
+        QWidget unshown;
+        QCOMPARE(qk_lineWidth(&unshown), 1.0);
+        QWidget window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(qk_lineWidth(&window), 1.0 / window.windowHandle()->devicePixelRatio());
+    }
+
+    void colourFromComponents_data()
+    {
+        QTest::addColumn<QColor>("made");
+        QTest::addColumn<QColor>("expected");
+        QTest::newRow("opaque") << QKColor(58, 123, 226) << QColor(58, 123, 226, 255);
+        QTest::newRow("alpha on 0-255") << QKColor(0, 0, 0, 51) << QColor(0, 0, 0, 51);
+        QTest::newRow("out of range clamps") << QKColor(300, -4, 128) << QColor(255, 0, 128);
+        QTest::newRow("gray") << QKGray(0.5, 0.5) << QColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f);
+    }
+    void colourFromComponents()
+    {
+        QFETCH(QColor, made);
+        QFETCH(QColor, expected);
+        QCOMPARE(made.toRgb().rgba(), expected.toRgb().rgba());
+    }
+};
+
+QTEST_MAIN(QKViewTest)
+#include "QKViewTest.moc"

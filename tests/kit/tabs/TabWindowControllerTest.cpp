@@ -1,0 +1,290 @@
+// The tabbed window as a user drives it under the offscreen platform: the list of windows, the
+// strip's mouse and keyboard handling, the window following its tabs, and the remembered frame.
+
+#include <kit/base/Geometry.h>
+#include <kit/base/UserDefaults.h>
+#include <kit/tabs/ContentsToolbarController.h>
+#include <kit/tabs/QKThemeProvider.h>
+#include <kit/tabs/TabContents.h>
+#include <kit/tabs/TabStripModel.h>
+#include <kit/tabs/TabStripView.h>
+#include <kit/tabs/TabWindowController.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+class Page : public TabContents
+{
+public:
+    explicit Page(const QString &title, bool allowClose = true)
+        : m_allowClose(allowClose)
+    {
+        setTitle(title);
+    }
+    bool shouldClose() override { return m_allowClose; }
+    bool m_allowClose;
+
+protected:
+    std::unique_ptr<QWidget> loadView() override { return std::make_unique<QLabel>(title()); }
+};
+
+// Records what the window asks of its toolbar.
+class RecordingToolbar : public ContentsToolbarController
+{
+public:
+    void updateToolbarWithContents(TabContents *contents, bool shouldRestoreState) override
+    {
+        calls << QStringLiteral("update %1 %2").arg(contents->title()).arg(shouldRestoreState);
+    }
+    void removeCurrentToolbar() override { calls << QStringLiteral("remove"); }
+    QStringList calls;
+};
+
+class Window : public TabWindowController
+{
+public:
+    std::unique_ptr<TabContents> createBlankTabContents() override
+    {
+        return std::make_unique<Page>(QStringLiteral("Blank"));
+    }
+    std::unique_ptr<ContentsToolbarController> createToolbarController() override
+    {
+        return std::make_unique<RecordingToolbar>();
+    }
+    RecordingToolbar *toolbar()
+    {
+        return static_cast<RecordingToolbar *>(contentsToolbarController());
+    }
+};
+
+Window *makeWindow(const QStringList &titles, int selected = 0)
+{
+    auto *window = TabWindowController::create<Window>();
+    for (int i = 0; i < titles.size(); ++i)
+        window->tabStripModel()->appendTabContents(
+            std::make_unique<Page>(titles[i]), i == selected);
+    window->show();
+    return window;
+}
+
+QStringList titlesOf(TabWindowController *window)
+{
+    QStringList result;
+    for (int i = 0; i < window->tabStripModel()->count(); ++i)
+        result << window->tabStripModel()->getTabContentsAtIndex(i)->title();
+    return result;
+}
+
+} // namespace
+
+class TabWindowControllerTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir configHome;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(configHome.isValid());
+        qputenv("XDG_CONFIG_HOME", configHome.path().toLocal8Bit());
+    }
+    void cleanup()
+    {
+        const auto windows = TabWindowController::allControllers();
+        for (TabWindowController *window : windows) {
+            window->tabStripModel()->closeAllTabs();
+            window->close();
+        }
+        QTRY_VERIFY(TabWindowController::allControllers().isEmpty());
+        QKThemeProvider::sharedInstance().setCurrent(QKThemeProvider::sharedInstance().day());
+    }
+
+    void controllersAreListedInCreationOrderAndMainFollowsActivation()
+    {
+        Window *a = makeWindow({ "a" });
+        Window *b = makeWindow({ "b" });
+        Window *c = makeWindow({ "c" });
+        QCOMPARE(TabWindowController::allControllers(), QList<TabWindowController *>({ a, b, c }));
+        QCOMPARE(TabWindowController::main(), c);
+
+        b->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(b));
+        QCOMPARE(TabWindowController::main(), b);
+        QCOMPARE(TabWindowController::allControllers(), QList<TabWindowController *>({ a, b, c }));
+
+        b->close();
+        QCOMPARE(TabWindowController::allControllers(), QList<TabWindowController *>({ a, c }));
+        QVERIFY(TabWindowController::main() != b);
+    }
+
+    void fromViewFindsTheWindowOfAnyWidgetInIt()
+    {
+        Window *a = makeWindow({ "a1", "a2" });
+        Window *b = makeWindow({ "b1" });
+        QCOMPARE(
+            TabWindowController::fromView(a->tabStripModel()->getTabContentsAtIndex(1)->view()), a);
+        QCOMPARE(TabWindowController::fromView(b->tabStripView()), b);
+        QLabel stranger;
+        QCOMPARE(TabWindowController::fromView(&stranger), nullptr);
+        QCOMPARE(TabWindowController::fromView(nullptr), nullptr);
+    }
+
+    void contentsAreaShowsTheSelectedTab()
+    {
+        Window *w = makeWindow({ "a", "b", "c" }, 1);
+        TabStripModel *model = w->tabStripModel();
+        QVERIFY(model->getTabContentsAtIndex(1)->view()->isVisible());
+        QVERIFY(!model->getTabContentsAtIndex(0)->view()->isVisible());
+        model->selectTabContentsAt(2, true);
+        QVERIFY(model->getTabContentsAtIndex(2)->view()->isVisible());
+        QVERIFY(!model->getTabContentsAtIndex(1)->view()->isVisible());
+        QCOMPARE(w->toolbar()->calls, QStringList({ "update b 0", "update c 1" }));
+    }
+
+    void windowTitleFollowsTheSelectedTab()
+    {
+        Window *w = makeWindow({ "First", "Second" });
+        QCOMPARE(w->windowTitle(), "First");
+        w->tabStripModel()->getTabContentsAtIndex(1)->setTitle("Background");
+        QCOMPARE(w->windowTitle(), "First");
+        w->tabStripModel()->getTabContentsAtIndex(0)->setTitle("* First");
+        QCOMPARE(w->windowTitle(), "* First");
+        w->tabStripModel()->selectTabContentsAt(1, true);
+        QCOMPARE(w->windowTitle(), "Background");
+    }
+
+    void closingTheLastTabClosesTheWindow()
+    {
+        QPointer<Window> w = makeWindow({ "only" });
+        TabStripView *strip = w->tabStripView();
+        QTest::mouseClick(strip, Qt::LeftButton, {}, strip->closeButtonRectAt(0).center());
+        QVERIFY(!w->isVisible());
+        QVERIFY(!TabWindowController::allControllers().contains(w.data()));
+        QCOMPARE(w->toolbar()->calls.last(), "remove");
+        QTRY_VERIFY(!w);
+    }
+
+    void windowCloseAsksEveryTabAndStopsAtARefusal()
+    {
+        QPointer<Window> w = makeWindow({ "a", "dirty", "c" });
+        auto *dirty = static_cast<Page *>(w->tabStripModel()->getTabContentsAtIndex(1));
+        dirty->m_allowClose = false;
+        QVERIFY(!w->close());
+        QVERIFY(w->isVisible());
+        QCOMPARE(titlesOf(w), QStringList({ "a", "dirty", "c" }));
+
+        dirty->m_allowClose = true;
+        QPointer<TabContents> a = w->tabStripModel()->getTabContentsAtIndex(0);
+        QVERIFY(w->close());
+        QTRY_VERIFY(!w);
+        QTRY_VERIFY(!a);
+    }
+
+    void keyboardSwitchesTabs_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("expected");
+        const Qt::KeyboardModifiers ctrl = Qt::ControlModifier;
+        const Qt::KeyboardModifiers ctrlShift = Qt::ControlModifier | Qt::ShiftModifier;
+        QTest::newRow("Ctrl+Tab") << int(Qt::Key_Tab) << ctrl << 0 << 1;
+        QTest::newRow("Ctrl+Tab wraps") << int(Qt::Key_Tab) << ctrl << 2 << 0;
+        QTest::newRow("Ctrl+Shift+Tab") << int(Qt::Key_Backtab) << ctrlShift << 1 << 0;
+        QTest::newRow("Ctrl+Shift+Tab wraps") << int(Qt::Key_Backtab) << ctrlShift << 0 << 2;
+        QTest::newRow("Ctrl+PgDown") << int(Qt::Key_PageDown) << ctrl << 1 << 2;
+        QTest::newRow("Ctrl+PgUp wraps") << int(Qt::Key_PageUp) << ctrl << 0 << 2;
+    }
+    void keyboardSwitchesTabs()
+    {
+        QFETCH(int, key);
+        QFETCH(Qt::KeyboardModifiers, modifiers);
+        QFETCH(int, start);
+        QFETCH(int, expected);
+        Window *w = makeWindow({ "a", "b", "c" }, start);
+        w->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(w));
+        QWidget *target = w->tabStripModel()->getSelectedTabContents()->view();
+        QTest::keyClick(target, Qt::Key(key), modifiers);
+        QCOMPARE(w->tabStripModel()->selectedIndex(), expected);
+    }
+
+    void stripMouseSelectsClosesAndOpensTabs()
+    {
+        Window *w = makeWindow({ "a", "b", "c" });
+        TabStripView *strip = w->tabStripView();
+        TabStripModel *model = w->tabStripModel();
+        QTest::mouseClick(strip, Qt::LeftButton, {}, strip->tabRectAt(2).center());
+        QCOMPARE(model->selectedIndex(), 2);
+        QTest::mouseClick(strip, Qt::MiddleButton, {}, strip->tabRectAt(0).center());
+        QCOMPARE(titlesOf(w), QStringList({ "b", "c" }));
+        QTest::mouseClick(strip, Qt::LeftButton, {}, strip->newTabButtonRect().center());
+        QCOMPARE(titlesOf(w), QStringList({ "b", "c", "Blank" }));
+        QCOMPARE(model->selectedIndex(), 2);
+        // A press on a close button that is released elsewhere closes nothing.
+        QTest::mousePress(strip, Qt::LeftButton, {}, strip->closeButtonRectAt(0).center());
+        QTest::mouseRelease(strip, Qt::LeftButton, {}, strip->tabRectAt(1).center());
+        QCOMPARE(model->count(), 3);
+    }
+
+    void draggingATabReordersTheStrip()
+    {
+        Window *w = makeWindow({ "a", "b", "c" });
+        TabStripView *strip = w->tabStripView();
+        const QPoint start = strip->tabRectAt(0).center();
+        const QPoint end = strip->tabRectAt(2).center();
+        QTest::mousePress(strip, Qt::LeftButton, {}, start);
+        for (int x = start.x(); x <= end.x(); x += 10) {
+            QMouseEvent move(QEvent::MouseMove, QPointF(x, start.y()),
+                strip->mapToGlobal(QPointF(x, start.y())), Qt::NoButton, Qt::LeftButton,
+                Qt::NoModifier);
+            QApplication::sendEvent(strip, &move);
+        }
+        QTest::mouseRelease(strip, Qt::LeftButton, {}, end);
+        QCOMPARE(titlesOf(w), QStringList({ "b", "c", "a" }));
+        QCOMPARE(w->tabStripModel()->selectedIndex(), 2);
+    }
+
+    void stripFollowsTheThemeAtOnce()
+    {
+        Window *w = makeWindow({ "a" });
+        TabStripView *strip = w->tabStripView();
+        const QPoint emptySpot(strip->width() - 3, 2);
+        QKThemeProvider &provider = QKThemeProvider::sharedInstance();
+        const QColor day = strip->grab().toImage().pixelColor(emptySpot);
+        QCOMPARE(day, provider.day().color(QKTheme::TabStripBackground));
+        provider.setCurrent(provider.night());
+        const QColor night = strip->grab().toImage().pixelColor(emptySpot);
+        QCOMPARE(night, provider.night().color(QKTheme::TabStripBackground));
+        QVERIFY(day != night);
+    }
+
+    void windowFrameIsRememberedUnderItsAutosaveName()
+    {
+        const QRect frame(40, 50, 520, 380);
+        Window *first = makeWindow({ "a" });
+        first->setWindowFrameAutosaveName("Test");
+        first->setGeometry(frame);
+        QVERIFY(first->close());
+        QCOMPARE(
+            Geometry::rectFromString(UserDefaults::standard().stringForKey("TabWindowFrame Test")),
+            QRectF(frame));
+
+        Window *second = makeWindow({ "b" });
+        second->setWindowFrameAutosaveName("Test");
+        QCOMPARE(second->geometry(), frame);
+        Window *third = makeWindow({ "c" });
+        const QRect before = third->geometry();
+        third->setWindowFrameAutosaveName("Other");
+        QCOMPARE(third->geometry(), before);
+    }
+};
+
+QTEST_MAIN(TabWindowControllerTest)
+#include "TabWindowControllerTest.moc"
