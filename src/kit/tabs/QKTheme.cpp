@@ -20,6 +20,7 @@ QKTheme QKTheme::dayTheme()
     theme.setColor(TabStripBottomLine, QKColor(197, 199, 203));
     theme.setColor(ToolbarBackground, QKColor(248, 249, 250));
     theme.setColor(WindowBackground, QKColor(237, 237, 237));
+    theme.setColor(WindowText, QKColor(32, 33, 36));
     theme.setColor(TabText, QKColor(72, 76, 82));
     theme.setColor(SelectedTabText, QKColor(32, 33, 36));
     theme.setColor(SelectedTabBackground, QKColor(248, 249, 250));
@@ -37,6 +38,7 @@ QKTheme QKTheme::nightTheme()
     theme.setColor(TabStripBottomLine, QKColor(16, 16, 18));
     theme.setColor(ToolbarBackground, QKColor(53, 54, 58));
     theme.setColor(WindowBackground, QKColor(40, 41, 44));
+    theme.setColor(WindowText, QKColor(232, 234, 237));
     theme.setColor(TabText, QKColor(174, 177, 182));
     theme.setColor(SelectedTabText, QKColor(241, 243, 244));
     theme.setColor(SelectedTabBackground, QKColor(53, 54, 58));

@@ -16,6 +16,8 @@ public:
         TabStripBottomLine,
         ToolbarBackground,
         WindowBackground,
+        // Text drawn straight on the window background.
+        WindowText,
         TabText,
         SelectedTabText,
         SelectedTabBackground,

@@ -24,7 +24,8 @@ constexpr int kStripHeight = 36;
 constexpr double kTabTop = 6;
 constexpr double kStripMargin = 8;
 constexpr double kTabMaxWidth = 232;
-constexpr double kTabMinWidth = 64;
+// Tabs shrink to share the strip down to this width; more tabs than fit run off its end.
+constexpr double kTabMinWidth = 40;
 // Below this width only the selected tab keeps its close button.
 constexpr double kTabCloseButtonMinWidth = 96;
 constexpr double kCornerRadius = 8;
@@ -328,6 +329,18 @@ void TabStripView::mousePressEvent(QMouseEvent *event)
     m_pressPoint = point;
     m_grabOffset = point.x() - tabRectF(index).left();
     m_model->selectTabContentsAt(index, true);
+}
+
+void TabStripView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    // A double click on the free part of the strip opens a tab, as the new-tab button does.
+    const QPoint point = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && tabIndexAt(point) < 0
+        && !newTabButtonRect().contains(point)) {
+        emit newTabButtonClicked();
+        return;
+    }
+    mousePressEvent(event);
 }
 
 void TabStripView::mouseMoveEvent(QMouseEvent *event)

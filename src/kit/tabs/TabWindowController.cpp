@@ -304,6 +304,7 @@ void TabWindowController::tabStripEmpty()
     updateWindowTitle();
     if (!m_isClosing) {
         m_isClosing = true;
+        m_closesWithoutAsking = true;
         close();
     }
 }
@@ -319,6 +320,7 @@ void TabWindowController::updateColors()
     const QKTheme &theme = QKThemeProvider::sharedInstance().current();
     QPalette palette = m_contentsArea->palette();
     palette.setColor(QPalette::Window, theme.windowBackgroundColor());
+    palette.setColor(QPalette::WindowText, theme.color(QKTheme::WindowText));
     m_contentsArea->setPalette(palette);
     m_contentsArea->setAutoFillBackground(true);
 }
@@ -339,7 +341,8 @@ bool TabWindowController::event(QEvent *event)
 
 void TabWindowController::closeEvent(QCloseEvent *event)
 {
-    if (!m_model->isEmpty()) {
+    // A window whose last tab just closed goes without asking: there is nobody left to ask.
+    if (!m_closesWithoutAsking) {
         const bool wasClosing = m_isClosing;
         m_isClosing = true;
         if (!windowShouldClose(this)) {
@@ -347,9 +350,10 @@ void TabWindowController::closeEvent(QCloseEvent *event)
             event->ignore();
             return;
         }
-        m_model->closeAllTabs();
     }
     m_isClosing = true;
+    if (!m_model->isEmpty())
+        m_model->closeAllTabs();
     saveFrame();
     forgetWindow();
     QMainWindow::closeEvent(event);

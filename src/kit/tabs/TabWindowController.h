@@ -51,7 +51,7 @@ public:
     TabStripModel *tabStripModel();
     TabStripView *tabStripView();
     ContentsToolbarController *contentsToolbarController();
-    QMainWindow *window() { return this; }
+    QMainWindow *window() const { return const_cast<TabWindowController *>(this); }
 
     // Remembers the window frame in the user defaults under "TabWindowFrame " + name, and moves
     // the window to the frame remembered there, if any.
@@ -62,8 +62,9 @@ public:
     void ensureCommonInit();
 
     // Overridable operations.
-    // Asked when the user closes the window: by default each tab's shouldClose, in order,
-    // stopping at the first refusal. The tabs still open afterwards close without asking.
+    // Asked at every close of the window except the one that follows its last tab's close: by
+    // default each tab's shouldClose, in order, stopping at the first refusal. The tabs still
+    // open afterwards close without asking.
     virtual bool windowShouldClose(QWidget *sender);
     // Asked before the tab at index closes: by default its shouldClose.
     virtual bool shouldCloseContentsAt(int index);
@@ -119,5 +120,6 @@ private:
     bool m_didCommonInit = false;
     // True from the moment the window starts closing; an emptied strip then closes nothing.
     bool m_isClosing = false;
+    bool m_closesWithoutAsking = false;
     bool m_isRestoringFrame = false;
 };

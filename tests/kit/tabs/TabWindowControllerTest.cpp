@@ -4,6 +4,7 @@
 #include <kit/base/Geometry.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/tabs/ContentsToolbarController.h>
+#include <kit/tabs/QKSubview.h>
 #include <kit/tabs/QKThemeProvider.h>
 #include <kit/tabs/TabContents.h>
 #include <kit/tabs/TabStripModel.h>
@@ -43,6 +44,48 @@ public:
     }
     void removeCurrentToolbar() override { calls << QStringLiteral("remove"); }
     QStringList calls;
+};
+
+// Shows a 40-pixel bar per tab, put into the area through its layout or as a plain child.
+class BarToolbar : public ContentsToolbarController
+{
+public:
+    explicit BarToolbar(bool asPlainChild)
+        : m_asPlainChild(asPlainChild)
+    { }
+    void updateToolbarWithContents(TabContents *, bool) override
+    {
+        m_bar = std::make_unique<QWidget>();
+        m_bar->setFixedHeight(40);
+        if (m_asPlainChild)
+            qk_addSubview(view(), m_bar.get());
+        else
+            setCurrentToolbar(m_bar.get());
+    }
+    void removeCurrentToolbar() override
+    {
+        ContentsToolbarController::removeCurrentToolbar();
+        m_bar.reset();
+    }
+
+private:
+    bool m_asPlainChild;
+    std::unique_ptr<QWidget> m_bar;
+};
+
+class BarWindow : public TabWindowController
+{
+public:
+    explicit BarWindow(bool asPlainChild)
+        : m_asPlainChild(asPlainChild)
+    { }
+    std::unique_ptr<ContentsToolbarController> createToolbarController() override
+    {
+        return std::make_unique<BarToolbar>(m_asPlainChild);
+    }
+
+private:
+    bool m_asPlainChild;
 };
 
 class Window : public TabWindowController
@@ -147,6 +190,24 @@ private slots:
         QCOMPARE(w->toolbar()->calls, QStringList({ "update b 0", "update c 1" }));
     }
 
+    void toolbarSitsBetweenStripAndContents_data()
+    {
+        QTest::addColumn<bool>("asPlainChild");
+        QTest::newRow("in the area's layout") << false;
+        QTest::newRow("as a plain child") << true;
+    }
+    void toolbarSitsBetweenStripAndContents()
+    {
+        QFETCH(bool, asPlainChild);
+        auto *w = TabWindowController::create<BarWindow>(asPlainChild);
+        w->tabStripModel()->appendTabContents(std::make_unique<Page>("a"), true);
+        w->show();
+        QWidget *view = w->tabStripModel()->getSelectedTabContents()->view();
+        const int stripBottom
+            = w->tabStripView()->mapTo(w, QPoint(0, w->tabStripView()->height())).y();
+        QTRY_COMPARE(view->mapTo(w, QPoint(0, 0)).y(), stripBottom + 40);
+    }
+
     void windowTitleFollowsTheSelectedTab()
     {
         Window *w = makeWindow({ "First", "Second" });
@@ -227,10 +288,13 @@ private slots:
         QTest::mouseClick(strip, Qt::LeftButton, {}, strip->newTabButtonRect().center());
         QCOMPARE(titlesOf(w), QStringList({ "b", "c", "Blank" }));
         QCOMPARE(model->selectedIndex(), 2);
+        QTest::mouseDClick(
+            strip, Qt::LeftButton, {}, QPoint(strip->width() - 8, strip->height() / 2));
+        QCOMPARE(titlesOf(w), QStringList({ "b", "c", "Blank", "Blank" }));
         // A press on a close button that is released elsewhere closes nothing.
         QTest::mousePress(strip, Qt::LeftButton, {}, strip->closeButtonRectAt(0).center());
         QTest::mouseRelease(strip, Qt::LeftButton, {}, strip->tabRectAt(1).center());
-        QCOMPARE(model->count(), 3);
+        QCOMPARE(model->count(), 4);
     }
 
     void draggingATabReordersTheStrip()
