@@ -396,7 +396,10 @@ BezierPath BezierPath::flattened(double flatness) const
 
 bool BezierPath::containsPoint(QPointF point) const
 {
-    if (m_elements.empty())
+    // The control points enclose the curves, so a point outside them needs no flattening.
+    const QRectF hull = controlPointBounds();
+    if (m_elements.empty() || point.x() < hull.left() || point.x() > hull.right()
+        || point.y() < hull.top() || point.y() > hull.bottom())
         return false;
     const BezierPath flat = flattened(containsFlatness);
     int winding = 0;

@@ -25,6 +25,8 @@ public:
     static inline const QString URLType = QStringLiteral("text/uri-list");
 
     static Pasteboard &general();
+    Pasteboard(const Pasteboard &) = delete;
+    Pasteboard &operator=(const Pasteboard &) = delete;
 
     // Empties the clipboard; the writes that follow form its new contents together.
     void clearContents();
