@@ -96,14 +96,6 @@ private slots:
         QCOMPARE(Archiver::archivedData(read), bytes);
     }
 
-    void stringListsComeBackAsLists()
-    {
-        const QStringList names { QStringLiteral("a"), QStringLiteral("b") };
-        const QVariant read = Archiver::unarchive(Archiver::archivedData(names));
-        QCOMPARE(read.metaType(), QMetaType::fromType<QVariantList>());
-        QCOMPARE(read.toStringList(), names);
-    }
-
     void unsupportedValuesGiveNoBytes_data()
     {
         QTest::addColumn<QVariant>("value");

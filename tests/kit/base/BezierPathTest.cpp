@@ -107,8 +107,6 @@ private slots:
             << QList<QPointF> { { 0, 0 }, { -20, 30 }, { 40, -15 }, { 10, 5 } };
         QTest::newRow("s curve") << QList<QPointF> { { 0, 0 }, { 30, 10 }, { -20, 20 },
             { 10, 30 } };
-        QTest::newRow("within ends") << QList<QPointF> { { 0, 0 }, { 2, 1 }, { 8, 3 }, { 10, 10 } };
-        QTest::newRow("straight") << QList<QPointF> { { 1, 1 }, { 2, 2 }, { 3, 3 }, { 4, 4 } };
     }
     void boundsIncludeCurveExtrema()
     {
@@ -280,23 +278,6 @@ private slots:
         for (const int x : std::as_const(clearXs))
             QVERIFY2(!painted(image, x, 10), qPrintable(QString::number(x)));
         QVERIFY(!painted(image, 5, 5)); // 4 wide: reaches 8..12 only
-    }
-
-    void fillUsesWindingRule()
-    {
-        BezierPath path = BezierPath::bezierPathWithRect(QRectF(0, 0, 40, 40));
-        path.appendRect(QRectF(10, 10, 20, 20));
-        for (const auto rule : { BezierPath::NonZero, BezierPath::EvenOdd }) {
-            path.setWindingRule(rule);
-            QImage image(40, 40, QImage::Format_ARGB32_Premultiplied);
-            image.fill(Qt::transparent);
-            QPainter painter(&image);
-            painter.setBrush(Qt::red);
-            path.fill(painter);
-            painter.end();
-            QVERIFY(painted(image, 5, 5));
-            QCOMPARE(painted(image, 20, 20), rule == BezierPath::NonZero);
-        }
     }
 };
 

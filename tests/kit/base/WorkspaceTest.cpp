@@ -100,8 +100,6 @@ private slots:
         QTest::newRow("png named pdf") << "pic.pdf" << png << "image/png" << false << true;
         QTest::newRow("text") << "notes.txt" << text << "text/plain" << false << false;
         QTest::newRow("text named pdf") << "notes.pdf" << text << "text/plain" << false << false;
-        QTest::newRow("empty file named pdf")
-            << "empty.pdf" << QByteArray() << "application/pdf" << true << false;
     }
     void fileTypesGoByContentThenName()
     {
