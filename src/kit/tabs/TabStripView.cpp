@@ -32,6 +32,8 @@ constexpr double kCornerRadius = 8;
 // The outward curves at the foot of the selected tab.
 constexpr double kFootRadius = 6;
 constexpr double kTitleInset = 14;
+// Narrower title space than this many average characters fades the title instead of eliding it.
+constexpr int kMinElidedTitleChars = 5;
 constexpr double kCloseButtonSize = 18;
 constexpr double kCloseButtonInset = 8;
 constexpr double kNewTabButtonSize = 28;
@@ -225,11 +227,29 @@ void TabStripView::paintTab(QPainter &painter, int index, const QRectF &rect) co
     const double titleRight = closeShown ? closeRect.left() - 4 : rect.right() - kTitleInset;
     const QRectF titleRect(rect.left() + kTitleInset, rect.top(),
         std::max(0.0, titleRight - rect.left() - kTitleInset), rect.height() - 2);
-    const QString title
-        = fontMetrics().elidedText(contents->title(), Qt::ElideRight, int(titleRect.width()));
-    painter.setPen(t.color(selected ? QKTheme::SelectedTabText : QKTheme::TabText));
+    const QColor textColor = t.color(selected ? QKTheme::SelectedTabText : QKTheme::TabText);
     painter.setFont(font());
-    painter.drawText(titleRect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, title);
+    const QFontMetrics metrics = fontMetrics();
+    const int flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine;
+    if (titleRect.width() >= kMinElidedTitleChars * metrics.averageCharWidth()
+        || metrics.horizontalAdvance(contents->title()) <= titleRect.width()) {
+        painter.setPen(textColor);
+        painter.drawText(titleRect, flags,
+            metrics.elidedText(contents->title(), Qt::ElideRight, int(titleRect.width())));
+    } else {
+        // Too narrow for an ellipsis to leave anything readable: the first letters fade out.
+        QLinearGradient fade(titleRect.topLeft(), titleRect.topRight());
+        QColor clear = textColor;
+        clear.setAlpha(0);
+        fade.setColorAt(0, textColor);
+        fade.setColorAt(0.6, textColor);
+        fade.setColorAt(1, clear);
+        painter.save();
+        painter.setClipRect(titleRect);
+        painter.setPen(QPen(QBrush(fade), 1));
+        painter.drawText(titleRect, flags, contents->title());
+        painter.restore();
+    }
 
     if (closeShown) {
         const bool closeHovered = hovered && m_hoverClose;
