@@ -49,6 +49,7 @@ public:
         QPointF center, double radius, double startAngle, double endAngle, bool clockwise = false);
     // A line towards point1, rounded off by an arc of the radius tangent to the lines from the
     // current point to point1 and from point1 to point2; ends at the second tangent point.
+    // Without a current point it only moves to point1; without a corner, it only lines to it.
     void appendArcFromPoint(QPointF point1, QPointF point2, double radius);
 
     int elementCount() const { return int(m_elements.size()); }
