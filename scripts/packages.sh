@@ -7,7 +7,7 @@ FOLIDOC_BUILD_PACKAGES=(
     libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
 )
 FOLIDOC_RUN_PACKAGES=(xvfb xauth)
-FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick)
+FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon)
 
 # Installs the named packages that dpkg does not report as installed; a second call installs nothing.
 folidoc_install_missing()
