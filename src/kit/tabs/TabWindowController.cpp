@@ -123,8 +123,8 @@ TabWindowController *TabWindowController::fromView(const QWidget *view)
     if (!view)
         return nullptr;
     for (const QWidget *w = view; w; w = w->parentWidget()) {
-        if (auto *controller = qobject_cast<TabWindowController *>(const_cast<QWidget *>(w)))
-            return controller;
+        if (auto *controller = qobject_cast<const TabWindowController *>(w))
+            return const_cast<TabWindowController *>(controller);
     }
     // A tab's view that is not in its window at the moment.
     for (TabWindowController *controller : creationOrder()) {
@@ -176,20 +176,36 @@ void TabWindowController::commonInit()
         column->insertWidget(1, area);
     }
 
-    auto addTabAction = [this](const QList<QKeySequence> &keys, void (TabStripModel::*select)()) {
+    auto makeTabAction = [this](const QList<QKeySequence> &keys, void (TabStripModel::*select)()) {
         auto *action = new QAction(this);
         action->setShortcuts(keys);
         action->setShortcutContext(Qt::WindowShortcut);
         connect(action, &QAction::triggered, this, [this, select] { (m_model.get()->*select)(); });
         addAction(action);
+        return action;
     };
-    addTabAction(
+    m_selectNextTabAction = makeTabAction(
         { QKeySequence(Qt::CTRL | Qt::Key_Tab), QKeySequence(Qt::CTRL | Qt::Key_PageDown) },
         &TabStripModel::selectNextTab);
-    addTabAction({ QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab),
-                     QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab),
-                     QKeySequence(Qt::CTRL | Qt::Key_PageUp) },
-        &TabStripModel::selectPreviousTab);
+    m_selectNextTabAction->setText(tr("Select Next Tab"));
+    m_selectPreviousTabAction
+        = makeTabAction({ QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab),
+                            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab),
+                            QKeySequence(Qt::CTRL | Qt::Key_PageUp) },
+            &TabStripModel::selectPreviousTab);
+    m_selectPreviousTabAction->setText(tr("Select Previous Tab"));
+}
+
+QAction *TabWindowController::selectNextTabAction()
+{
+    ensureCommonInit();
+    return m_selectNextTabAction;
+}
+
+QAction *TabWindowController::selectPreviousTabAction()
+{
+    ensureCommonInit();
+    return m_selectPreviousTabAction;
 }
 
 std::unique_ptr<ContentsToolbarController> TabWindowController::createToolbarController()

@@ -16,6 +16,7 @@
 #include <memory>
 
 class ContentsToolbarController;
+class QAction;
 class QStackedWidget;
 class QTimer;
 class TabContents;
@@ -51,6 +52,11 @@ public:
     TabStripModel *tabStripModel();
     TabStripView *tabStripView();
     ContentsToolbarController *contentsToolbarController();
+    // The window's key bindings for tab switching (Ctrl+Tab, Ctrl+PgDown; Ctrl+Shift+Tab,
+    // Ctrl+PgUp). A menu shows these actions rather than binding the same keys a second time,
+    // which would make both bindings ambiguous and dead.
+    QAction *selectNextTabAction();
+    QAction *selectPreviousTabAction();
     QMainWindow *window() const { return const_cast<TabWindowController *>(this); }
 
     // Remembers the window frame in the user defaults under "TabWindowFrame " + name, and moves
@@ -116,6 +122,8 @@ private:
     QWidget *m_noSelectionView = nullptr;
     ContentsToolbarController *m_toolbarController = nullptr;
     QTimer *m_frameSaveTimer = nullptr;
+    QAction *m_selectNextTabAction = nullptr;
+    QAction *m_selectPreviousTabAction = nullptr;
     QString m_frameAutosaveName;
     bool m_didCommonInit = false;
     // True from the moment the window starts closing; an emptied strip then closes nothing.
