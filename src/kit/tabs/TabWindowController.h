@@ -2,16 +2,15 @@
 
 // A tabbed main window: a tab strip above a toolbar area above the selected tab's view. It owns
 // the TabStripModel, keeps the window in step with it (the view shown, the title, closing with
-// the last tab), and keeps the list of open windows. Subclasses override the hooks; commonInit
-// runs once, right after construction when made by create(), else at first use.
-// Main thread only.
+// the last tab), and keeps the list of open windows. Subclasses override the hooks. Make
+// controllers with create<T>(), which runs commonInit at once; one made with new runs it at its
+// first show, first tab or first use of its toolbar controller. Main thread only.
 
 #include "TabStripModelDelegate.h"
 #include "TabStripModelObserver.h"
 
 #include <QList>
 #include <QMainWindow>
-#include <QPointer>
 
 #include <memory>
 
