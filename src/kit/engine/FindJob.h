@@ -1,0 +1,41 @@
+#pragma once
+
+// One asynchronous find: a snapshot of the page objects taken on the main thread, searched page
+// by page on a worker thread under the document's lock. The worker reports ranges per page slot;
+// it never touches PDFPage or PDFDocument.
+
+#include "PDFSelection.h"
+#include "mupdf/DocumentHandle.h"
+
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <vector>
+
+class FindJob
+{
+public:
+    // Takes over the references to the page objects.
+    FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
+        const QString &needle, bool caseInsensitive);
+    ~FindJob();
+    FindJob(const FindJob &) = delete;
+    FindJob &operator=(const FindJob &) = delete;
+
+    using PageHits = std::function<void(int slot, std::vector<PDFTextRange> hits)>;
+    // Runs on the worker: onPage for each page with hits, in order; onEnd unless cancelled.
+    void run(const PageHits &onPage, const std::function<void()> &onEnd);
+    void cancel() { m_cancelled = true; }
+
+    // Ranges of needle in text; whitespace of either side matches any whitespace.
+    static std::vector<PDFTextRange> matches(
+        const QString &text, const QString &needle, bool caseInsensitive);
+
+private:
+    std::shared_ptr<mu::DocumentHandle> m_handle;
+    std::vector<pdf_obj *> m_pages;
+    QString m_needle;
+    bool m_caseInsensitive;
+    std::atomic<bool> m_cancelled { false };
+};

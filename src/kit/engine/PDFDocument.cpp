@@ -1,0 +1,631 @@
+#include "PDFDocument.h"
+
+#include "OutlineIO.h"
+#include "PDFDocumentDelegate.h"
+#include "PDFDocumentPrivate.h"
+#include "PDFOutline.h"
+#include "PDFPage.h"
+#include "PDFPagePrivate.h"
+#include "PDFSelection.h"
+
+#include <kit/base/MainQueue.h>
+#include <kit/base/NotificationCenter.h>
+
+#include <QFile>
+#include <QHash>
+#include <QSaveFile>
+
+#include <algorithm>
+
+const QString PDFDocument::DidFindMatchNotification
+    = QStringLiteral("PDFDocumentDidFindMatchNotification");
+const QString PDFDocument::DidEndFindNotification
+    = QStringLiteral("PDFDocumentDidEndFindNotification");
+const QString PDFDocument::FoundSelectionKey = QStringLiteral("PDFDocumentFoundSelection");
+
+namespace {
+
+// Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
+// outline items) but never renumbers the live document, so pages and handles stay valid.
+constexpr const char *WriteOptions = "garbage=1";
+
+} // namespace
+
+PDFDocumentPrivate::~PDFDocumentPrivate()
+{
+    stopFind();
+}
+
+void PDFDocumentPrivate::stopFind()
+{
+    if (findJob)
+        findJob->cancel();
+    if (findThread.joinable())
+        findThread.join();
+    findJob.reset();
+}
+
+bool PDFDocumentPrivate::adopt(pdf_document *doc)
+{
+    handle = std::make_shared<mu::DocumentHandle>(doc);
+    {
+        const mu::Lock lock(handle->mutex());
+        fz_context *ctx = mu::context();
+        mu::Error failure;
+        mu::run(ctx, failure, [&] {
+            repaired = pdf_was_repaired(ctx, doc);
+            encrypted = pdf_dict_get(ctx, pdf_trailer(ctx, doc), PDF_NAME(Encrypt)) != nullptr;
+            locked = fz_needs_password(ctx, &doc->super);
+        });
+        if (failure.failed) {
+            error = failure.text();
+            return false;
+        }
+    }
+    return locked || loadContent();
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage() const
+{
+    const auto owner = delegate.lock();
+    const PDFPageFactory factory = owner ? owner->classForPage() : PDFPageFactory();
+    std::shared_ptr<PDFPage> page = factory ? factory() : nullptr;
+    if (!page)
+        page = std::make_shared<PDFPage>();
+    page->d->factory = factory;
+    return page;
+}
+
+bool PDFDocumentPrivate::loadContent()
+{
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = handle->doc();
+    std::vector<pdf_obj *> objects;
+    std::vector<int> numbers;
+    mu::Error failure;
+    {
+        const mu::Lock lock(handle->mutex());
+        int count = 0;
+        bool treeLoaded = false;
+        mu::run(ctx, failure, [&] {
+            pdf_load_page_tree(ctx, doc);
+            treeLoaded = true;
+            count = pdf_count_pages(ctx, doc);
+        });
+        objects.assign(static_cast<size_t>(std::max(count, 0)), nullptr);
+        numbers.assign(objects.size(), 0);
+        pdf_obj **const out = objects.data();
+        int *const outNumbers = numbers.data();
+        if (!failure.failed) {
+            mu::run(ctx, failure, [&] {
+                for (int i = 0; i < count; ++i) {
+                    // The page tree cache answers resolved dictionaries; pages are kept as
+                    // indirect references, the form the page tree itself holds.
+                    pdf_obj *obj = pdf_lookup_page_obj(ctx, doc, i);
+                    if (pdf_is_indirect(ctx, obj))
+                        out[i] = pdf_keep_obj(ctx, obj);
+                    else
+                        out[i] = pdf_new_indirect(ctx, doc, pdf_obj_parent_num(ctx, obj), 0);
+                    outNumbers[i] = pdf_to_num(ctx, out[i]);
+                }
+            });
+        }
+        if (treeLoaded)
+            mu::runQuietly(ctx, [&] { pdf_drop_page_tree(ctx, doc); });
+        if (failure.failed) {
+            for (pdf_obj *obj : objects)
+                mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+            error = failure.text();
+            return false;
+        }
+        labels = PageLabels::read(ctx, doc);
+    }
+
+    pages.clear();
+    pages.reserve(objects.size());
+    QHash<int, std::shared_ptr<PDFPage>> byNumber;
+    for (size_t i = 0; i < objects.size(); ++i) {
+        auto page = makePage();
+        page->d->handle = handle;
+        page->d->object = objects[i];
+        page->d->document = q.weak_from_this();
+        pages.push_back(page);
+        byNumber.insert(numbers[i], page);
+    }
+    {
+        const mu::Lock lock(handle->mutex());
+        outlineRoot = OutlineIO::read(ctx, doc, [&](int number) { return byNumber.value(number); });
+    }
+    if (outlineRoot)
+        outlineRoot->m_document = q.weak_from_this();
+    contentLoaded = true;
+    return true;
+}
+
+void PDFDocumentPrivate::renumberLocked()
+{
+    for (size_t i = 0; i < pages.size(); ++i) {
+        PDFPagePrivate &page = *pages[i]->d;
+        if (page.page && page.handle == handle)
+            page.page->super.number = static_cast<int>(i);
+    }
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
+{
+    if (index < 0 || index >= static_cast<int>(pages.size()))
+        return nullptr;
+    auto page = pages[static_cast<size_t>(index)];
+    {
+        const mu::Lock lock(handle->mutex());
+        fz_context *ctx = mu::context();
+        mu::Error failure;
+        // Loaded now, because once out of the page tree it can no longer be found by number.
+        pdf_page *loaded = page->d->pageLocked(ctx, index, failure);
+        pdf_document *const doc = handle->doc();
+        pdf_obj *const obj = page->d->object;
+        mu::run(ctx, failure, [&] {
+            pdf_flatten_inheritable_page_items(ctx, obj);
+            pdf_delete_page(ctx, doc, index);
+        });
+        if (loaded)
+            loaded->super.number = -1;
+        pages.erase(pages.begin() + index);
+        renumberLocked();
+    }
+    page->d->document.reset();
+    page->noteContentChanged();
+    return page;
+}
+
+QString PDFDocumentPrivate::labelForIndex(int index) const
+{
+    if (index < 0)
+        return {};
+    return labels.labelForIndex(index);
+}
+
+QByteArray PDFDocumentPrivate::writeLocked(const mu::DocumentHandle &handle, QString *errorText)
+{
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = handle.doc();
+    mu::Buffer buffer;
+    mu::Output output;
+    mu::Error failure;
+    unsigned char *data = nullptr;
+    size_t length = 0;
+    mu::run(ctx, failure, [&] {
+        pdf_write_options options;
+        pdf_parse_write_options(ctx, &options, WriteOptions);
+        buffer.p = fz_new_buffer(ctx, 64 * 1024);
+        output.p = fz_new_output_with_buffer(ctx, buffer.p);
+        pdf_write_document(ctx, doc, output.p, &options);
+        fz_close_output(ctx, output.p);
+        length = fz_buffer_storage(ctx, buffer.p, &data);
+    });
+    if (failure.failed) {
+        if (errorText)
+            *errorText = failure.text();
+        return {};
+    }
+    return QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(length));
+}
+
+QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *errorText)
+{
+    const mu::Lock lock(handle.mutex());
+    return writeLocked(handle, errorText);
+}
+
+PDFDocument::PDFDocument()
+    : d(std::make_unique<PDFDocumentPrivate>(*this))
+{ }
+
+PDFDocument::~PDFDocument()
+{
+    d->stopFind();
+}
+
+bool PDFDocument::init()
+{
+    QString failure;
+    d->handle = mu::DocumentHandle::createEmpty(&failure);
+    if (!d->handle) {
+        d->error = failure;
+        return false;
+    }
+    d->contentLoaded = true;
+    return true;
+}
+
+bool PDFDocument::initWithURL(const QUrl &url)
+{
+    d->url = url;
+    const QString path
+        = url.isLocalFile() || url.scheme().isEmpty() ? url.toLocalFile() : QString();
+    if (path.isEmpty()) {
+        d->error = QStringLiteral("Only local files can be opened: %1").arg(url.toString());
+        return false;
+    }
+    if (!QFile::exists(path)) {
+        d->error = QStringLiteral("The file does not exist: %1").arg(path);
+        return false;
+    }
+    const QByteArray name = QFile::encodeName(path);
+    const char *const filename = name.constData();
+    fz_context *ctx = mu::context();
+    pdf_document *doc = nullptr;
+    mu::Error failure;
+    mu::run(ctx, failure, [&] { doc = pdf_open_document(ctx, filename); });
+    if (failure.failed) {
+        d->error
+            = QStringLiteral("The file is not a readable PDF document: %1").arg(failure.text());
+        return false;
+    }
+    return d->adopt(doc);
+}
+
+bool PDFDocument::initWithData(const QByteArray &data)
+{
+    if (data.isEmpty()) {
+        d->error = QStringLiteral("The data is empty");
+        return false;
+    }
+    fz_context *ctx = mu::context();
+    const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
+    const size_t size = static_cast<size_t>(data.size());
+    mu::Buffer buffer;
+    mu::Stream stream;
+    pdf_document *doc = nullptr;
+    mu::Error failure;
+    mu::run(ctx, failure, [&] {
+        buffer.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
+        stream.p = fz_open_buffer(ctx, buffer.p);
+        doc = pdf_open_document_with_stream(ctx, stream.p);
+    });
+    if (failure.failed) {
+        d->error
+            = QStringLiteral("The data is not a readable PDF document: %1").arg(failure.text());
+        return false;
+    }
+    return d->adopt(doc);
+}
+
+QString PDFDocument::errorString() const
+{
+    return d->error;
+}
+
+void PDFDocument::setDelegate(const std::weak_ptr<PDFDocumentDelegate> &delegate)
+{
+    d->delegate = delegate;
+}
+
+std::shared_ptr<PDFDocumentDelegate> PDFDocument::delegate() const
+{
+    return d->delegate.lock();
+}
+
+QUrl PDFDocument::documentURL() const
+{
+    return d->url;
+}
+
+bool PDFDocument::wasRepaired() const
+{
+    return d->repaired;
+}
+
+int PDFDocument::pageCount() const
+{
+    return static_cast<int>(d->pages.size());
+}
+
+std::shared_ptr<PDFPage> PDFDocument::pageAtIndex(int index) const
+{
+    if (index < 0 || index >= pageCount())
+        return nullptr;
+    return d->pages[static_cast<size_t>(index)];
+}
+
+int PDFDocument::indexForPage(const std::shared_ptr<PDFPage> &page) const
+{
+    if (!page)
+        return -1;
+    const auto found = std::find(d->pages.begin(), d->pages.end(), page);
+    return found == d->pages.end() ? -1 : static_cast<int>(found - d->pages.begin());
+}
+
+void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
+{
+    if (!page || !d->handle || d->locked || index < 0)
+        return;
+    if (const auto owner = page->document()) {
+        if (owner.get() == this && index > pageCount() - 1)
+            index = pageCount() - 1;
+        owner->d->takePage(owner->indexForPage(page));
+    }
+    if (index > pageCount())
+        return;
+    if (!page->d->handle && !page->init())
+        return;
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = d->handle->doc();
+    mu::Error failure;
+    if (page->d->handle == d->handle) {
+        const mu::Lock lock(d->handle->mutex());
+        pdf_obj *const obj = page->d->object;
+        mu::run(ctx, failure, [&] { pdf_insert_page(ctx, doc, index, obj); });
+        if (failure.failed)
+            return;
+        d->pages.insert(d->pages.begin() + index, page);
+        d->renumberLocked();
+    } else {
+        const auto source = page->d->handle;
+        const std::scoped_lock locks(d->handle->mutex(), source->mutex());
+        pdf_obj *grafted
+            = PDFPageInternals::graftPage(ctx, doc, source->doc(), page->d->object, failure);
+        if (!grafted)
+            return;
+        mu::run(ctx, failure, [&] { pdf_insert_page(ctx, doc, index, grafted); });
+        if (failure.failed) {
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, grafted); });
+            return;
+        }
+        page->d->bind(d->handle, grafted, true);
+        d->pages.insert(d->pages.begin() + index, page);
+        d->renumberLocked();
+    }
+    page->d->document = weak_from_this();
+    page->noteContentChanged();
+}
+
+void PDFDocument::removePageAtIndex(int index)
+{
+    d->takePage(index);
+}
+
+void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
+{
+    if (index == otherIndex || index < 0 || otherIndex < 0 || index >= pageCount()
+        || otherIndex >= pageCount())
+        return;
+    const int low = std::min(index, otherIndex);
+    const int high = std::max(index, otherIndex);
+    pdf_obj *const lowObject = d->pages[static_cast<size_t>(low)]->d->object;
+    pdf_obj *const highObject = d->pages[static_cast<size_t>(high)]->d->object;
+    const mu::Lock lock(d->handle->mutex());
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = d->handle->doc();
+    mu::Error failure;
+    mu::run(ctx, failure, [&] {
+        pdf_flatten_inheritable_page_items(ctx, lowObject);
+        pdf_flatten_inheritable_page_items(ctx, highObject);
+        pdf_delete_page(ctx, doc, high);
+        pdf_delete_page(ctx, doc, low);
+        pdf_insert_page(ctx, doc, low, highObject);
+        pdf_insert_page(ctx, doc, high, lowObject);
+    });
+    if (failure.failed) {
+        d->error = failure.text();
+        return;
+    }
+    std::swap(d->pages[static_cast<size_t>(low)], d->pages[static_cast<size_t>(high)]);
+    d->renumberLocked();
+}
+
+std::shared_ptr<PDFOutline> PDFDocument::outlineRoot() const
+{
+    return d->outlineRoot;
+}
+
+void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
+{
+    d->outlineRoot = root;
+    if (root)
+        root->m_document = weak_from_this();
+}
+
+QByteArray PDFDocument::dataRepresentation() const
+{
+    if (!d->handle) {
+        d->error = QStringLiteral("The document has no content");
+        return {};
+    }
+    const mu::Lock lock(d->handle->mutex());
+    if (d->contentLoaded) {
+        fz_context *ctx = mu::context();
+        mu::Error failure;
+        const auto objectForPage = [this](const PDFPage &page) -> pdf_obj * {
+            return page.d->handle == d->handle && page.d->document.lock().get() == this
+                ? page.d->object
+                : nullptr;
+        };
+        if (!OutlineIO::write(
+                ctx, d->handle->doc(), d->outlineRoot.get(), objectForPage, failure)) {
+            d->error = failure.text();
+            return {};
+        }
+    }
+    return PDFDocumentPrivate::writeLocked(*d->handle, &d->error);
+}
+
+bool PDFDocument::writeToURL(const QUrl &url) const
+{
+    const QByteArray bytes = dataRepresentation();
+    if (bytes.isEmpty())
+        return false;
+    QSaveFile file(url.toLocalFile());
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        d->error = file.errorString();
+        return false;
+    }
+    return true;
+}
+
+bool PDFDocument::isEncrypted() const
+{
+    return d->encrypted;
+}
+
+bool PDFDocument::isLocked() const
+{
+    return d->locked;
+}
+
+bool PDFDocument::unlockWithPassword(const QString &password)
+{
+    if (!d->handle)
+        return false;
+    const QByteArray utf8 = password.toUtf8();
+    const char *const text = utf8.constData();
+    int result = 0;
+    {
+        const mu::Lock lock(d->handle->mutex());
+        fz_context *ctx = mu::context();
+        pdf_document *const doc = d->handle->doc();
+        mu::Error failure;
+        mu::run(ctx, failure, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
+    }
+    if (!result)
+        return false;
+    if (d->locked) {
+        d->locked = false;
+        if (!d->loadContent())
+            return false;
+    }
+    return true;
+}
+
+namespace {
+
+bool hasPermission(const PDFDocumentPrivate &d, fz_permission permission)
+{
+    if (!d.handle)
+        return false;
+    const mu::Lock lock(d.handle->mutex());
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = d.handle->doc();
+    int allowed = 0;
+    mu::Error failure;
+    mu::run(ctx, failure, [&] { allowed = fz_has_permission(ctx, &doc->super, permission); });
+    return allowed != 0;
+}
+
+} // namespace
+
+bool PDFDocument::allowsPrinting() const
+{
+    return hasPermission(*d, FZ_PERMISSION_PRINT);
+}
+
+bool PDFDocument::allowsCopying() const
+{
+    return hasPermission(*d, FZ_PERMISSION_COPY);
+}
+
+void PDFDocument::beginFindString(const QString &string, int options)
+{
+    cancelFindString();
+    d->stopFind();
+    if (!d->handle || string.trimmed().isEmpty())
+        return;
+    std::vector<pdf_obj *> objects;
+    d->findPages.clear();
+    {
+        const mu::Lock lock(d->handle->mutex());
+        fz_context *ctx = mu::context();
+        for (const auto &page : d->pages) {
+            if (page->d->handle != d->handle)
+                continue;
+            pdf_obj *const obj = page->d->object;
+            mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, obj); });
+            objects.push_back(obj);
+            d->findPages.push_back(page);
+        }
+    }
+    d->findJob = std::make_shared<FindJob>(
+        d->handle, std::move(objects), string, (options & CaseInsensitiveSearch) != 0);
+    d->finding = true;
+    const quint64 generation = ++d->findGeneration;
+    const std::weak_ptr<PDFDocument> weakSelf = weak_from_this();
+    // Delivery happens on the main thread, and only while this find is the current one.
+    const auto current = [weakSelf, generation]() -> std::shared_ptr<PDFDocument> {
+        auto self = weakSelf.lock();
+        return self && self->d->finding && self->d->findGeneration == generation ? self : nullptr;
+    };
+    const auto onPage = [current](int slot, std::vector<PDFTextRange> hits) {
+        MainQueue::async([current, slot, hits = std::move(hits)] {
+            for (const PDFTextRange &hit : hits) {
+                const auto self = current();
+                if (!self)
+                    return;
+                auto selection = std::make_shared<PDFSelection>(self);
+                if (const auto page = self->d->findPages[static_cast<size_t>(slot)].lock())
+                    selection->addRange(page, hit);
+                NotificationCenter::defaultCenter().post(DidFindMatchNotification, self.get(),
+                    { { FoundSelectionKey, QVariant::fromValue(selection) } });
+            }
+        });
+    };
+    const auto onEnd = [current] {
+        MainQueue::async([current] {
+            if (const auto self = current()) {
+                self->d->finding = false;
+                NotificationCenter::defaultCenter().post(DidEndFindNotification, self.get());
+            }
+        });
+    };
+    d->findThread = std::thread([job = d->findJob, onPage, onEnd] { job->run(onPage, onEnd); });
+}
+
+void PDFDocument::cancelFindString()
+{
+    ++d->findGeneration;
+    d->finding = false;
+    if (d->findJob)
+        d->findJob->cancel();
+}
+
+bool PDFDocument::isFinding() const
+{
+    return d->finding;
+}
+
+std::shared_ptr<PDFSelection> PDFDocument::selectionFromPage(
+    const std::shared_ptr<PDFPage> &startPage, const QPointF &startPoint,
+    const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint) const
+{
+    if (!startPage || !endPage)
+        return nullptr;
+    int first = indexForPage(startPage);
+    int last = indexForPage(endPage);
+    if (startPage == endPage || first < 0 || last < 0)
+        return startPage == endPage ? startPage->selectionFromPointToPoint(startPoint, endPoint)
+                                    : nullptr;
+    auto fromPage = startPage;
+    auto toPage = endPage;
+    QPointF fromPoint = startPoint;
+    QPointF toPoint = endPoint;
+    if (first > last) {
+        std::swap(first, last);
+        std::swap(fromPage, toPage);
+        std::swap(fromPoint, toPoint);
+    }
+    auto selection
+        = std::make_shared<PDFSelection>(std::const_pointer_cast<PDFDocument>(shared_from_this()));
+    const auto startLayout = PDFPageInternals::textLayout(*fromPage);
+    const int start = startLayout->nearestIndex(fromPoint);
+    if (start >= 0)
+        selection->addRange(fromPage, { start, startLayout->size() - start });
+    for (int i = first + 1; i < last; ++i) {
+        const auto page = pageAtIndex(i);
+        const int size = PDFPageInternals::textLayout(*page)->size();
+        if (size > 0)
+            selection->addRange(page, { 0, size });
+    }
+    const int end = PDFPageInternals::textLayout(*toPage)->nearestIndex(toPoint);
+    if (end >= 0)
+        selection->addRange(toPage, { 0, end + 1 });
+    return selection->isEmpty() ? nullptr : selection;
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+// A PDF document: its pages in order, its outline tree, saving, permissions and an asynchronous
+// find. Main thread only, except dataRepresentation() of a document no other thread touches.
+// Subclasses override the initialisers and the three page mutators.
+
+#include "PDFDisplayBox.h"
+
+#include <QByteArray>
+#include <QPointF>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+#include <vector>
+
+class PDFDocumentDelegate;
+class PDFOutline;
+class PDFPage;
+class PDFSelection;
+struct PDFDocumentPrivate;
+
+class PDFDocument : public std::enable_shared_from_this<PDFDocument>
+{
+public:
+    // Posted on NotificationCenter::defaultCenter() on the main thread with the document as sender.
+    static const QString DidFindMatchNotification; // "PDFDocumentDidFindMatchNotification"
+    static const QString DidEndFindNotification; // "PDFDocumentDidEndFindNotification"
+    static const QString FoundSelectionKey; // "PDFDocumentFoundSelection"
+
+    // Find options, as the platform numbers them.
+    static constexpr int CaseInsensitiveSearch = 1;
+
+    PDFDocument();
+    virtual ~PDFDocument();
+    PDFDocument(const PDFDocument &) = delete;
+    PDFDocument &operator=(const PDFDocument &) = delete;
+
+    // Two-phase construction: make_shared, setDelegate if wanted, then one initialiser. Each
+    // answers false with errorString() on failure; pages are built through the delegate.
+    virtual bool init(); // an empty document with no pages
+    virtual bool initWithURL(const QUrl &url);
+    virtual bool initWithData(const QByteArray &data);
+    QString errorString() const;
+
+    // Not owned: a delegate that goes away means the engine's own classes again.
+    void setDelegate(const std::weak_ptr<PDFDocumentDelegate> &delegate);
+    std::shared_ptr<PDFDocumentDelegate> delegate() const;
+
+    QUrl documentURL() const;
+    bool wasRepaired() const;
+
+    int pageCount() const;
+    std::shared_ptr<PDFPage> pageAtIndex(int index) const; // null out of range
+    int indexForPage(const std::shared_ptr<PDFPage> &page) const; // -1 when not in this document
+
+    // A page in another document is taken out of it first; a page from elsewhere is copied into
+    // this document's file and stays the same object. Out-of-range indexes do nothing.
+    virtual void insertPage(const std::shared_ptr<PDFPage> &page, int index);
+    // The removed page lives on without a document, with its content.
+    virtual void removePageAtIndex(int index);
+    virtual void exchangePageAtIndex(int index, int otherIndex);
+
+    std::shared_ptr<PDFOutline> outlineRoot() const; // null when the document has none
+    void setOutlineRoot(const std::shared_ptr<PDFOutline> &root);
+
+    // The bytes of the current state: pages, rotations, outline. Empty on failure (see
+    // errorString()). Main thread, or a worker when no other thread uses the document.
+    QByteArray dataRepresentation() const;
+    // Writes atomically (a temporary file in the same folder, then a rename).
+    bool writeToURL(const QUrl &url) const;
+
+    bool isEncrypted() const;
+    bool isLocked() const;
+    bool unlockWithPassword(const QString &password);
+    bool allowsPrinting() const;
+    bool allowsCopying() const;
+
+    // Find runs page by page on a worker; hits and the end arrive as notifications.
+    void beginFindString(const QString &string, int options);
+    void cancelFindString();
+    bool isFinding() const;
+
+    // The text between two page points, in reading order, for a drag across pages.
+    std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,
+        const QPointF &startPoint, const std::shared_ptr<PDFPage> &endPage,
+        const QPointF &endPoint) const;
+
+private:
+    friend class PDFPage;
+    friend class PDFSelection;
+    friend struct PDFDocumentPrivate;
+    std::unique_ptr<PDFDocumentPrivate> d;
+};

@@ -1,0 +1,199 @@
+#include "PDFCancellation.h"
+#include "PDFDisplayList.h"
+#include "PDFPageRenderSource.h"
+#include "PDFRenderPrivate.h"
+
+#include <algorithm>
+
+namespace mu {
+
+fz_matrix toFz(const QTransform &t)
+{
+    return fz_make_matrix(static_cast<float>(t.m11()), static_cast<float>(t.m12()),
+        static_cast<float>(t.m21()), static_cast<float>(t.m22()), static_cast<float>(t.dx()),
+        static_cast<float>(t.dy()));
+}
+
+QTransform fromFz(const fz_matrix &m)
+{
+    return QTransform(m.a, m.b, m.c, m.d, m.e, m.f);
+}
+
+QRectF fromFz(const fz_rect &r)
+{
+    return QRectF(QPointF(r.x0, r.y0), QPointF(r.x1, r.y1));
+}
+
+fz_rect toFz(const QRectF &r)
+{
+    return fz_make_rect(static_cast<float>(r.left()), static_cast<float>(r.top()),
+        static_cast<float>(r.right()), static_cast<float>(r.bottom()));
+}
+
+fz_matrix pageSpaceToFz(fz_context *ctx, pdf_page *page)
+{
+    fz_rect mediabox;
+    fz_matrix ctm;
+    pdf_page_transform(ctx, page, &mediabox, &ctm);
+    return ctm;
+}
+
+fz_matrix fzToPageSpace(fz_context *ctx, pdf_page *page)
+{
+    return fz_invert_matrix(pageSpaceToFz(ctx, page));
+}
+
+CookieScope::CookieScope(PDFCancellation *cancel)
+    : m_cancel(cancel)
+{
+    if (m_cancel)
+        m_cancel->attach(&m_cookie.abort);
+}
+
+CookieScope::~CookieScope()
+{
+    if (m_cancel)
+        m_cancel->detach(&m_cookie.abort);
+}
+
+bool CookieScope::aborted() const
+{
+    return std::atomic_ref<const int>(m_cookie.abort).load() != 0;
+}
+
+} // namespace mu
+
+PDFPageRenderSourcePrivate::~PDFPageRenderSourcePrivate()
+{
+    if (!page || !handle)
+        return;
+    const mu::Lock lock(handle->mutex());
+    fz_context *ctx = mu::context();
+    pdf_page *const dropped = page;
+    mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &dropped->super); });
+}
+
+PDFPageRenderSource::PDFPageRenderSource(std::unique_ptr<PDFPageRenderSourcePrivate> data)
+    : d(std::move(data))
+{ }
+
+PDFPageRenderSource::~PDFPageRenderSource() = default;
+
+PDFDisplayBox PDFPageRenderSource::displayBox() const
+{
+    return d->displayBox;
+}
+
+PageGeometry PDFPageRenderSource::geometry() const
+{
+    return d->geometry;
+}
+
+quint64 PDFPageRenderSource::revision() const
+{
+    return d->revision;
+}
+
+std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancellation *cancel) const
+{
+    if (!d->page || (cancel && cancel->isCancelled()))
+        return nullptr;
+    auto data = std::make_unique<PDFDisplayListPrivate>();
+    data->geometry = d->geometry;
+    data->revision = d->revision;
+    mu::CookieScope cookieScope(cancel);
+    fz_cookie *const cookie = cookieScope.cookie();
+    const bool filtered = d->annotations.has_value();
+    const int *const shown = filtered ? d->annotations->data() : nullptr;
+    const size_t shownCount = filtered ? d->annotations->size() : 0;
+    pdf_page *const page = d->page;
+    mu::Error error;
+    {
+        const mu::Lock lock(d->handle->mutex());
+        fz_context *ctx = mu::context();
+        mu::Device device;
+        fz_display_list *list = nullptr;
+        mu::run(ctx, error, [&] {
+            const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
+            const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
+            list = fz_new_display_list(ctx, bounds);
+            device.p = fz_new_list_device(ctx, list);
+            pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
+            for (pdf_annot *annot = pdf_first_annot(ctx, page); annot;
+                 annot = pdf_next_annot(ctx, annot)) {
+                if (filtered) {
+                    const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
+                    if (std::find(shown, shown + shownCount, number) == shown + shownCount)
+                        continue;
+                }
+                pdf_run_annot(ctx, annot, device.p, toPage, cookie);
+            }
+            fz_close_device(ctx, device.p);
+        });
+        data->list.p = list;
+        device.reset();
+    }
+    if (error.failed || cookieScope.aborted())
+        return nullptr;
+    return std::make_shared<PDFDisplayList>(std::move(data));
+}
+
+PDFDisplayList::PDFDisplayList(std::unique_ptr<PDFDisplayListPrivate> data)
+    : d(std::move(data))
+{ }
+
+PDFDisplayList::~PDFDisplayList() = default;
+
+PageGeometry PDFDisplayList::geometry() const
+{
+    return d->geometry;
+}
+
+quint64 PDFDisplayList::revision() const
+{
+    return d->revision;
+}
+
+bool PDFDisplayList::render(
+    QImage &target, const QTransform &pageToDevice, PDFCancellation *cancel) const
+{
+    if (target.isNull() || target.format() != QImage::Format_ARGB32_Premultiplied)
+        return false;
+    if (cancel && cancel->isCancelled())
+        return false;
+    mu::CookieScope cookieScope(cancel);
+    fz_cookie *const cookie = cookieScope.cookie();
+    fz_context *ctx = mu::context();
+    const int width = target.width();
+    const int height = target.height();
+    const int stride = static_cast<int>(target.bytesPerLine());
+    unsigned char *const samples = target.bits();
+    fz_display_list *const list = d->list.p;
+    const fz_matrix ctm = mu::toFz(pageToDevice);
+    mu::Pixmap pixmap;
+    mu::Device device;
+    mu::Error error;
+    // QImage's premultiplied ARGB32 is B, G, R, A in memory: MuPDF's BGR with alpha.
+    mu::run(ctx, error, [&] {
+        pixmap.p = fz_new_pixmap_with_data(
+            ctx, fz_device_bgr(ctx), width, height, nullptr, 1, stride, samples);
+        fz_clear_pixmap_with_value(ctx, pixmap.p, 255);
+        device.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
+        fz_run_display_list(ctx, list, device.p, ctm,
+            fz_make_rect(0, 0, static_cast<float>(width), static_cast<float>(height)), cookie);
+        fz_close_device(ctx, device.p);
+    });
+    return !error.failed && !cookieScope.aborted();
+}
+
+QImage PDFDisplayList::renderTile(const QRect &tile, double scale, PDFCancellation *cancel) const
+{
+    QImage image(tile.size(), QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull())
+        return {};
+    const QTransform toTile
+        = d->geometry.pageToView(scale) * QTransform::fromTranslate(-tile.left(), -tile.top());
+    if (!render(image, toTile, cancel))
+        return {};
+    return image;
+}

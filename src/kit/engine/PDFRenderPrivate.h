@@ -1,0 +1,59 @@
+#pragma once
+
+// Engine-internal state of render sources and display lists.
+
+#include "PDFDisplayBox.h"
+#include "PageGeometry.h"
+#include "mupdf/DocumentHandle.h"
+
+#include <optional>
+#include <vector>
+
+struct PDFPageRenderSourcePrivate
+{
+    ~PDFPageRenderSourcePrivate();
+
+    std::shared_ptr<mu::DocumentHandle> handle;
+    pdf_page *page = nullptr; // kept; dropped under the handle's lock
+    PDFDisplayBox displayBox = PDFDisplayBox::CropBox;
+    PageGeometry geometry { {}, 0 };
+    quint64 revision = 0;
+    // Object numbers of the annotations to run; nullopt runs every annotation of the page.
+    std::optional<std::vector<int>> annotations;
+};
+
+struct PDFDisplayListPrivate
+{
+    mu::DisplayList list; // in page space
+    PageGeometry geometry { {}, 0 };
+    quint64 revision = 0;
+};
+
+namespace mu {
+
+fz_matrix toFz(const QTransform &t);
+QTransform fromFz(const fz_matrix &m);
+QRectF fromFz(const fz_rect &r);
+fz_rect toFz(const QRectF &r);
+
+// Page space to MuPDF's page space of a loaded page (y down, crop origin, rotated), and back.
+fz_matrix pageSpaceToFz(fz_context *ctx, pdf_page *page);
+fz_matrix fzToPageSpace(fz_context *ctx, pdf_page *page);
+
+// A cookie registered with a cancellation for the time of one piece of work.
+class CookieScope
+{
+public:
+    explicit CookieScope(PDFCancellation *cancel);
+    ~CookieScope();
+    CookieScope(const CookieScope &) = delete;
+    CookieScope &operator=(const CookieScope &) = delete;
+    fz_cookie *cookie() { return &m_cookie; }
+    bool aborted() const;
+
+private:
+    PDFCancellation *m_cancel;
+    fz_cookie m_cookie {};
+};
+
+} // namespace mu

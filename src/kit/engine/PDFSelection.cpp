@@ -1,0 +1,212 @@
+#include "PDFSelection.h"
+
+#include "PDFDocument.h"
+#include "PDFPage.h"
+#include "PDFPagePrivate.h"
+
+#include <algorithm>
+
+namespace {
+
+// Sorted, merged ranges: overlapping or touching ranges become one.
+void insertRange(std::vector<PDFTextRange> &ranges, PDFTextRange range)
+{
+    if (range.length <= 0)
+        return;
+    std::vector<PDFTextRange> merged;
+    bool placed = false;
+    for (const PDFTextRange &existing : ranges) {
+        if (existing.end() < range.location) {
+            merged.push_back(existing);
+        } else if (range.end() < existing.location) {
+            if (!placed) {
+                merged.push_back(range);
+                placed = true;
+            }
+            merged.push_back(existing);
+        } else {
+            const int start = std::min(existing.location, range.location);
+            const int end = std::max(existing.end(), range.end());
+            range = { start, end - start };
+        }
+    }
+    if (!placed)
+        merged.push_back(range);
+    ranges = std::move(merged);
+}
+
+} // namespace
+
+PDFSelection::PDFSelection(const std::shared_ptr<PDFDocument> &document)
+    : m_document(document)
+{ }
+
+std::shared_ptr<PDFDocument> PDFSelection::document() const
+{
+    return m_document.lock();
+}
+
+bool PDFSelection::isEmpty() const
+{
+    return m_pages.empty();
+}
+
+std::vector<std::shared_ptr<PDFPage>> PDFSelection::pages() const
+{
+    std::vector<std::shared_ptr<PDFPage>> result;
+    result.reserve(m_pages.size());
+    for (const PageRanges &entry : m_pages)
+        result.push_back(entry.page);
+    return result;
+}
+
+const PDFSelection::PageRanges *PDFSelection::rangesFor(const std::shared_ptr<PDFPage> &page) const
+{
+    const auto found = std::find_if(m_pages.begin(), m_pages.end(),
+        [&](const PageRanges &entry) { return entry.page == page; });
+    return found == m_pages.end() ? nullptr : &*found;
+}
+
+QString PDFSelection::string() const
+{
+    if (m_pages.empty())
+        return {};
+    QStringList parts;
+    for (const PageRanges &entry : m_pages) {
+        const auto layout = PDFPageInternals::textLayout(*entry.page);
+        for (const PDFTextRange &range : entry.ranges) {
+            const PDFTextRange r = layout->clamp(range);
+            parts.append(layout->text.mid(r.location, r.length));
+        }
+    }
+    return parts.join(QLatin1Char('\n'));
+}
+
+QRectF PDFSelection::boundsForPage(const std::shared_ptr<PDFPage> &page) const
+{
+    const PageRanges *entry = rangesFor(page);
+    if (!entry)
+        return {};
+    const auto layout = PDFPageInternals::textLayout(*page);
+    QRectF result;
+    for (const PDFTextRange &range : entry->ranges) {
+        const QRectF r = layout->bounds(range);
+        if (!r.isNull())
+            result = result.isNull() ? r : result.united(r);
+    }
+    return result;
+}
+
+std::vector<QRectF> PDFSelection::lineRectsForPage(const std::shared_ptr<PDFPage> &page) const
+{
+    std::vector<QRectF> rects;
+    for (const auto &line : selectionsByLine()) {
+        if (line->m_pages.front().page == page)
+            rects.push_back(line->boundsForPage(page));
+    }
+    return rects;
+}
+
+std::vector<std::shared_ptr<PDFSelection>> PDFSelection::selectionsByLine() const
+{
+    std::vector<std::shared_ptr<PDFSelection>> lines;
+    for (const PageRanges &entry : m_pages) {
+        const auto layout = PDFPageInternals::textLayout(*entry.page);
+        for (const PDFTextRange &range : entry.ranges) {
+            const PDFTextRange r = layout->clamp(range);
+            int start = r.location;
+            while (start < r.end()) {
+                const int line = layout->lineOf[start];
+                int end = start;
+                while (end < r.end() && layout->lineOf[end] == line)
+                    ++end;
+                // A line break alone is not a line of the selection.
+                PDFTextRange piece { start, end - start };
+                while (piece.length > 0 && layout->text.at(piece.end() - 1) == u'\n')
+                    --piece.length;
+                if (piece.length > 0) {
+                    auto selection = std::make_shared<PDFSelection>(m_document.lock());
+                    selection->addRange(entry.page, piece);
+                    lines.push_back(selection);
+                }
+                start = end;
+            }
+        }
+    }
+    return lines;
+}
+
+void PDFSelection::addSelection(const std::shared_ptr<PDFSelection> &other)
+{
+    if (!other || other.get() == this)
+        return;
+    for (const PageRanges &entry : other->m_pages)
+        for (const PDFTextRange &range : entry.ranges)
+            addRange(entry.page, range);
+}
+
+void PDFSelection::addRange(const std::shared_ptr<PDFPage> &page, const PDFTextRange &range)
+{
+    if (!page || range.length <= 0)
+        return;
+    const auto found = std::find_if(m_pages.begin(), m_pages.end(),
+        [&](const PageRanges &entry) { return entry.page == page; });
+    if (found != m_pages.end()) {
+        insertRange(found->ranges, range);
+        return;
+    }
+    m_pages.push_back({ page, { range } });
+    sortPages();
+}
+
+void PDFSelection::sortPages()
+{
+    const auto doc = m_document.lock();
+    if (!doc)
+        return;
+    std::stable_sort(m_pages.begin(), m_pages.end(), [&](const PageRanges &a, const PageRanges &b) {
+        return doc->indexForPage(a.page) < doc->indexForPage(b.page);
+    });
+}
+
+std::shared_ptr<PDFSelection> PDFSelection::copy() const
+{
+    auto selection = std::make_shared<PDFSelection>(m_document.lock());
+    selection->m_pages = m_pages;
+    return selection;
+}
+
+void PDFSelection::extendSelectionAtStart(int characters)
+{
+    if (m_pages.empty() || characters <= 0)
+        return;
+    PageRanges &first = m_pages.front();
+    PDFTextRange &range = first.ranges.front();
+    const int start = std::max(0, range.location - characters);
+    range = { start, range.end() - start };
+}
+
+void PDFSelection::extendSelectionAtEnd(int characters)
+{
+    if (m_pages.empty() || characters <= 0)
+        return;
+    PageRanges &last = m_pages.back();
+    const int size = PDFPageInternals::textLayout(*last.page)->size();
+    PDFTextRange &range = last.ranges.back();
+    const int end = std::min(size, range.end() + characters);
+    range.length = std::max(range.length, end - range.location);
+}
+
+int PDFSelection::numberOfTextRangesOnPage(const std::shared_ptr<PDFPage> &page) const
+{
+    const PageRanges *entry = rangesFor(page);
+    return entry ? static_cast<int>(entry->ranges.size()) : 0;
+}
+
+PDFTextRange PDFSelection::rangeAtIndex(int index, const std::shared_ptr<PDFPage> &page) const
+{
+    const PageRanges *entry = rangesFor(page);
+    if (!entry || index < 0 || index >= static_cast<int>(entry->ranges.size()))
+        return {};
+    return entry->ranges[static_cast<size_t>(index)];
+}

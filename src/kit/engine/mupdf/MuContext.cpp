@@ -1,0 +1,82 @@
+#include "MuContext.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+namespace mu {
+namespace {
+
+std::mutex g_locks[FZ_LOCK_MAX];
+
+void lockTable(void *, int lock)
+{
+    g_locks[lock].lock();
+}
+
+void unlockTable(void *, int lock)
+{
+    g_locks[lock].unlock();
+}
+
+// MuPDF prints every error and warning, handled or not; the engine reports the failures it
+// returns to its callers itself, so the library's own printing is dropped.
+void quietSink(void *, const char *)
+{ }
+
+void silence(fz_context *ctx)
+{
+    fz_set_error_callback(ctx, quietSink, nullptr);
+    fz_set_warning_callback(ctx, quietSink, nullptr);
+}
+
+// The library is loaded on the main thread, so this is the main thread's id.
+const std::thread::id g_mainThread = std::this_thread::get_id();
+
+fz_context *baseContext()
+{
+    // Never dropped: objects may still be released while the process ends.
+    static fz_context *const base = [] {
+        static const fz_locks_context locks { nullptr, lockTable, unlockTable };
+        fz_context *ctx = fz_new_context(nullptr, &locks, FZ_STORE_DEFAULT);
+        if (!ctx) {
+            std::fputs("MuPDF context could not be created\n", stderr);
+            std::abort();
+        }
+        silence(ctx);
+        return ctx;
+    }();
+    return base;
+}
+
+struct ThreadContext
+{
+    fz_context *ctx = nullptr;
+    ~ThreadContext()
+    {
+        if (ctx)
+            fz_drop_context(ctx);
+    }
+};
+
+thread_local ThreadContext t_context;
+
+} // namespace
+
+fz_context *context()
+{
+    if (std::this_thread::get_id() == g_mainThread)
+        return baseContext();
+    if (!t_context.ctx) {
+        t_context.ctx = fz_clone_context(baseContext());
+        if (!t_context.ctx) {
+            std::fputs("MuPDF context could not be cloned\n", stderr);
+            std::abort();
+        }
+        silence(t_context.ctx);
+    }
+    return t_context.ctx;
+}
+
+} // namespace mu

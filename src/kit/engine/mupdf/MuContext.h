@@ -1,0 +1,16 @@
+#pragma once
+
+// The MuPDF context of the calling thread: one base context with a lock table, and one clone per
+// other thread, made on first use and dropped when the thread ends. Private to the engine.
+
+extern "C" {
+#include <mupdf/fitz.h>
+#include <mupdf/pdf.h>
+}
+
+namespace mu {
+
+// The context every MuPDF call of this thread must use.
+fz_context *context();
+
+} // namespace mu

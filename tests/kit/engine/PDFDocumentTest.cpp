@@ -1,0 +1,339 @@
+// Opening, page list changes, labels, permissions and saving of PDFDocument, checked against
+// generated files and, where installed, an independent reader (qpdf).
+
+#include <support/PdfFixtures.h>
+#include <support/TestTools.h>
+
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFDocumentDelegate.h>
+#include <kit/engine/PDFPage.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+class TaggedPage : public PDFPage
+{
+public:
+    int tag = 0;
+};
+
+class TaggingDelegate : public PDFDocumentDelegate
+{
+public:
+    PDFPageFactory classForPage() const override
+    {
+        return [this] {
+            auto page = std::make_shared<TaggedPage>();
+            page->tag = ++made;
+            return page;
+        };
+    }
+    mutable int made = 0;
+};
+
+std::shared_ptr<PDFDocument> openData(const QByteArray &bytes)
+{
+    auto doc = std::make_shared<PDFDocument>();
+    return doc->initWithData(bytes) ? doc : nullptr;
+}
+
+// The first words of each page, to follow pages through edits.
+QStringList firstWords(const PDFDocument &doc)
+{
+    QStringList words;
+    for (int i = 0; i < doc.pageCount(); ++i)
+        words.append(doc.pageAtIndex(i)->string().section(QLatin1Char(' '), 0, 0));
+    return words;
+}
+
+// Page order of a written file as qpdf reads it: the first words, through the engine again, and
+// the page count and rotations through qpdf.
+QJsonArray qpdfPages(const QString &qpdf, const QString &path)
+{
+    const auto result = TestTools::run(
+        qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
+    return QJsonDocument::fromJson(result.out).object().value(QStringLiteral("pages")).toArray();
+}
+
+} // namespace
+
+class PDFDocumentTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        standardPath = dir.filePath(QStringLiteral("standard.pdf"));
+        QVERIFY(PdfFixtures::write(PdfFixtures::standard(), standardPath));
+    }
+
+    void opensOnlyReadablePdfs_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("opens");
+        QTest::addColumn<int>("pages");
+        QTest::addColumn<bool>("repaired");
+        const QByteArray good = PdfFixtures::build(PdfFixtures::standard());
+        QImage png(8, 8, QImage::Format_RGB32);
+        png.fill(Qt::red);
+        QByteArray pngBytes;
+        QBuffer buffer(&pngBytes);
+        buffer.open(QIODevice::WriteOnly);
+        png.save(&buffer, "PNG");
+        QTest::newRow("sound") << good << true << 6 << false;
+        QTest::newRow("lost xref is repaired")
+            << PdfFixtures::withoutXref(good) << true << 6 << true;
+        // Cut in the middle of the page objects: what was read survives.
+        QTest::newRow("cut short") << PdfFixtures::truncated(good, 0.3) << true << 6 << true;
+        QTest::newRow("header only") << QByteArray("%PDF-1.7\n") << false << 0 << false;
+        QTest::newRow("plain text")
+            << QByteArray("hello, this is not a PDF\n") << false << 0 << false;
+        QTest::newRow("PNG image") << pngBytes << false << 0 << false;
+    }
+    void opensOnlyReadablePdfs()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, opens);
+        QFETCH(int, pages);
+        QFETCH(bool, repaired);
+        const QString path
+            = dir.filePath(QStringLiteral("input-%1.pdf").arg(QTest::currentDataTag()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        auto doc = std::make_shared<PDFDocument>();
+        QCOMPARE(doc->initWithURL(QUrl::fromLocalFile(path)), opens);
+        if (!opens) {
+            QVERIFY(!doc->errorString().isEmpty());
+            return;
+        }
+        QCOMPARE(doc->pageCount(), pages);
+        QCOMPARE(doc->wasRepaired(), repaired);
+        QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick brown fox")));
+    }
+
+    void missingFileKeepsAMessage()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(!doc->initWithURL(QUrl::fromLocalFile(dir.filePath(QStringLiteral("none.pdf")))));
+        QVERIFY(doc->errorString().contains(QLatin1String("none.pdf")));
+    }
+
+    void pageIndexesAnswerNullOutOfRange()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        QVERIFY(!doc->pageAtIndex(-1));
+        QVERIFY(!doc->pageAtIndex(6));
+        QCOMPARE(doc->indexForPage(doc->pageAtIndex(3)), 3);
+        QCOMPARE(doc->indexForPage(std::make_shared<PDFPage>()), -1);
+        auto empty = std::make_shared<PDFDocument>();
+        QVERIFY(empty->init());
+        QCOMPARE(empty->pageCount(), 0);
+    }
+
+    void delegateBuildsEveryPage()
+    {
+        auto delegate = std::make_shared<TaggingDelegate>();
+        auto doc = std::make_shared<PDFDocument>();
+        doc->setDelegate(delegate);
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        QCOMPARE(delegate->made, 6);
+        for (int i = 0; i < doc->pageCount(); ++i) {
+            auto page = std::dynamic_pointer_cast<TaggedPage>(doc->pageAtIndex(i));
+            QVERIFY(page);
+            QCOMPARE(page->tag, i + 1);
+        }
+        // A copy is of the class the page was built as.
+        QVERIFY(std::dynamic_pointer_cast<TaggedPage>(doc->pageAtIndex(0)->copy()));
+    }
+
+    void labelsFollowThePageLabelTree()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        QStringList labels;
+        for (int i = 0; i < doc->pageCount(); ++i)
+            labels.append(doc->pageAtIndex(i)->label());
+        QCOMPARE(labels, QStringList({ "i", "ii", "A-5", "A-6", "A-7", "A-8" }));
+
+        auto plain = openData(PdfFixtures::build(PdfFixtures::textPages(3)));
+        QVERIFY(plain);
+        QCOMPARE(plain->pageAtIndex(2)->label(), QStringLiteral("3"));
+        QVERIFY(doc->pageAtIndex(0)->copy()->label().isNull());
+    }
+
+    void labelStyles_data()
+    {
+        QTest::addColumn<char>("style");
+        QTest::addColumn<int>("start");
+        QTest::addColumn<QString>("third");
+        QTest::newRow("upper roman") << 'R' << 12 << "XIV";
+        QTest::newRow("lower letters") << 'a' << 25 << "aa";
+        QTest::newRow("upper letters") << 'A' << 1 << "C";
+        QTest::newRow("decimal") << 'D' << 99 << "101";
+        QTest::newRow("prefix only") << char(0) << 1 << "Cover";
+    }
+    void labelStyles()
+    {
+        QFETCH(char, style);
+        QFETCH(int, start);
+        QFETCH(QString, third);
+        PdfFixtures::Document spec = PdfFixtures::textPages(4);
+        spec.labels = { { 0, style, style ? QString() : QStringLiteral("Cover"), start } };
+        auto doc = openData(PdfFixtures::build(spec));
+        QVERIFY(doc);
+        QCOMPARE(doc->pageAtIndex(2)->label(), third);
+    }
+
+    void pageChangesReachTheWrittenFile()
+    {
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        const auto removed = doc->pageAtIndex(1);
+        doc->removePageAtIndex(1); // Cropped
+        doc->exchangePageAtIndex(0, 3); // Rotated(270) <-> The
+        // Callers add to the old rotation with no wrap.
+        doc->pageAtIndex(0)->setRotation(270 + 90);
+        doc->pageAtIndex(1)->setRotation(90 - 180);
+        doc->insertPage(removed, 5);
+        const QStringList expected
+            = { "Rotated", "Rotated", "Rotated", "The", "Picture", "Cropped" };
+        QCOMPARE(firstWords(*doc), expected);
+
+        const QString out = dir.filePath(QStringLiteral("changed.pdf"));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(out)));
+        QCOMPARE(TestTools::run(qpdf, { QStringLiteral("--check"), out }).exitCode, 0);
+        const QJsonArray pages = qpdfPages(qpdf, out);
+        QCOMPARE(pages.size(), 6);
+
+        auto reread = std::make_shared<PDFDocument>();
+        QVERIFY(reread->initWithURL(QUrl::fromLocalFile(out)));
+        QCOMPARE(firstWords(*reread), expected);
+        QList<int> rotations;
+        for (int i = 0; i < reread->pageCount(); ++i)
+            rotations.append(reread->pageAtIndex(i)->rotation());
+        QCOMPARE(rotations, QList<int>({ 0, 270, 180, 0, 0, 0 }));
+        QCOMPARE(reread->pageAtIndex(5)->boundsForBox(PDFDisplayBox::CropBox),
+            QRectF(QPointF(10, 20), QPointF(590, 780)));
+    }
+
+    void removedPageLivesOnAndMovesToAnotherDocument()
+    {
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        auto source = std::make_shared<PDFDocument>();
+        QVERIFY(source->initWithURL(QUrl::fromLocalFile(standardPath)));
+        auto page = source->pageAtIndex(1);
+        source->removePageAtIndex(1);
+        QVERIFY(!page->document());
+        QCOMPARE(source->indexForPage(page), -1);
+        // The source is written (and collected) while the removed page is held.
+        QVERIFY(!source->dataRepresentation().isEmpty());
+        QVERIFY(page->string().startsWith(QLatin1String("Cropped page text")));
+        QVERIFY(!page->imageForBox(PDFDisplayBox::CropBox, QSize(58, 76)).isNull());
+
+        auto target = openData(PdfFixtures::build(PdfFixtures::textPages(2)));
+        QVERIFY(target);
+        target->insertPage(page, 1);
+        QCOMPARE(page->document(), target);
+        QCOMPARE(target->pageAtIndex(1), page);
+        QCOMPARE(
+            page->boundsForBox(PDFDisplayBox::CropBox), QRectF(QPointF(10, 20), QPointF(590, 780)));
+        source.reset();
+
+        // A page still in one document moves when another takes it.
+        auto third = std::make_shared<PDFDocument>();
+        QVERIFY(third->init());
+        const auto moved = target->pageAtIndex(0);
+        third->insertPage(moved, 0);
+        QCOMPARE(target->pageCount(), 2);
+        QCOMPARE(third->pageAtIndex(0), moved);
+
+        const QString out = dir.filePath(QStringLiteral("target.pdf"));
+        QVERIFY(target->writeToURL(QUrl::fromLocalFile(out)));
+        QCOMPARE(TestTools::run(qpdf, { QStringLiteral("--check"), out }).exitCode, 0);
+        auto reread = std::make_shared<PDFDocument>();
+        QVERIFY(reread->initWithURL(QUrl::fromLocalFile(out)));
+        QCOMPARE(firstWords(*reread), QStringList({ "Cropped", "Page" }));
+    }
+
+    void imagePagesAndCopiesJoinADocument()
+    {
+        QImage image(200, 100, QImage::Format_RGB32);
+        image.fill(QColor(0, 0, 255));
+        image.setDotsPerMeterX(2835); // 72 dpi: one pixel per point
+        image.setDotsPerMeterY(2835);
+        auto page = std::make_shared<PDFPage>();
+        QVERIFY(page->initWithImage(image));
+        QCOMPARE(page->boundsForBox(PDFDisplayBox::MediaBox), QRectF(0, 0, 200, 100));
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->init());
+        doc->insertPage(page, 0);
+        doc->insertPage(page->copy(), 1);
+        auto reread = openData(doc->dataRepresentation());
+        QVERIFY(reread);
+        QCOMPARE(reread->pageCount(), 2);
+        const QImage shown
+            = reread->pageAtIndex(1)->imageForBox(PDFDisplayBox::MediaBox, QSize(20, 10));
+        QCOMPARE(QColor(shown.pixel(10, 5)), QColor(0, 0, 255));
+    }
+
+    void encryptedFilesOpenLocked()
+    {
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        const QString out = dir.filePath(QStringLiteral("locked.pdf"));
+        QString error;
+        QVERIFY2(PdfFixtures::encryptWithQpdf(qpdf, standardPath, out, QStringLiteral("user"),
+                     QStringLiteral("owner"), false, true, &error),
+            qPrintable(error));
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(out)));
+        QVERIFY(doc->isEncrypted());
+        QVERIFY(doc->isLocked());
+        QCOMPARE(doc->pageCount(), 0);
+        QVERIFY(!doc->unlockWithPassword(QStringLiteral("wrong")));
+        QVERIFY(doc->isLocked());
+        QVERIFY(doc->unlockWithPassword(QStringLiteral("user")));
+        QVERIFY(!doc->isLocked());
+        QCOMPARE(doc->pageCount(), 6);
+        QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick")));
+        QVERIFY(!doc->allowsPrinting());
+        QVERIFY(doc->allowsCopying());
+
+        auto plain = std::make_shared<PDFDocument>();
+        QVERIFY(plain->initWithURL(QUrl::fromLocalFile(standardPath)));
+        QVERIFY(!plain->isEncrypted());
+        QVERIFY(plain->allowsPrinting());
+    }
+
+    void serialisesOnAWorkerThread()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        doc->removePageAtIndex(0);
+        QByteArray bytes;
+        std::thread worker([&] { bytes = doc->dataRepresentation(); });
+        worker.join();
+        auto reread = openData(bytes);
+        QVERIFY(reread);
+        QCOMPARE(reread->pageCount(), 5);
+    }
+
+private:
+    QTemporaryDir dir;
+    QString standardPath;
+};
+
+QTEST_MAIN(PDFDocumentTest)
+#include "PDFDocumentTest.moc"
