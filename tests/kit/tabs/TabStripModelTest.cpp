@@ -5,9 +5,13 @@
 #include <kit/tabs/TabStripModel.h>
 #include <kit/tabs/TabStripModelDelegate.h>
 
+#include <QCoreApplication>
 #include <QPointer>
+#include <QProcess>
 #include <QTest>
 #include <QUrl>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -113,6 +117,22 @@ private:
 
     TabStripModel *m_model;
     QStringList *m_journal;
+};
+
+// Closes a tab from inside a selection notification: the fault the model must stop.
+class MeddlingObserver : public TabStripModelObserver
+{
+public:
+    explicit MeddlingObserver(TabStripModel *model)
+        : m_model(model)
+    { }
+    void tabSelectedAt(TabContents *, TabContents *, int, bool) override
+    {
+        m_model->closeTabContentsAtIndex(0, TabStripModel::CloseNone);
+    }
+
+private:
+    TabStripModel *m_model;
 };
 
 class CountingDelegate : public TabStripModelDelegate
@@ -441,6 +461,33 @@ private slots:
         model->getTabContentsAtIndex(2)->setTitle("C2");
         model->getTabContentsAtIndex(0)->setUrl("file:///x.pdf");
         QCOMPARE(journal, QStringList({ "change C2 2 title", "change A 0 url" }));
+    }
+
+    void changingTheModelWhileItNotifiesStopsTheProcess()
+    {
+        if (qEnvironmentVariableIsSet("TABSTRIP_MEDDLE")) {
+            MeddlingObserver meddler(model.get());
+            model->addObserver(&meddler);
+            add("A", true);
+            QFAIL("the model let an observer close a tab while it was notifying");
+        }
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TABSTRIP_MEDDLE", "1");
+        child.setProcessEnvironment(environment);
+        child.setProcessChannelMode(QProcess::MergedChannels);
+        // The expected abort leaves no core file behind.
+        child.setChildProcessModifier([] {
+            const rlimit none { 0, 0 };
+            setrlimit(RLIMIT_CORE, &none);
+        });
+        child.start(QCoreApplication::applicationFilePath(),
+            { "changingTheModelWhileItNotifiesStopsTheProcess" });
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+        QVERIFY2(
+            child.readAll().contains("closeTabContentsAtIndex called while the model notifies"),
+            "the fatal message names the operation");
     }
 
     void destroyingTheModelDestroysItsTabs()
