@@ -161,7 +161,13 @@ QByteArray build(const Document &document)
             content += "q " + number(r.width()) + " 0 0 " + number(r.height()) + " "
                 + number(r.left()) + " " + number(r.top()) + " cm /Im0 Do Q\n";
         }
+        for (const Fill &fill : page.fills) {
+            content += number(fill.red) + " " + number(fill.green) + " " + number(fill.blue)
+                + " rg " + number(fill.rect.left()) + " " + number(fill.rect.top()) + " "
+                + number(fill.rect.width()) + " " + number(fill.rect.height()) + " re f\n";
+        }
         if (!page.lines.isEmpty()) {
+            content += "0 g ";
             content += "BT /F1 " + number(page.fontSize) + " Tf " + number(page.textStart.x()) + " "
                 + number(page.textStart.y()) + " Td\n";
             for (int l = 0; l < page.lines.size(); ++l) {

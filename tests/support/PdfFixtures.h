@@ -29,6 +29,15 @@ struct Link
     QPointF targetPoint;
 };
 
+// A rectangle filled with an RGB colour (components 0 to 1).
+struct Fill
+{
+    QRectF rect;
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+};
+
 struct Page
 {
     QRectF mediaBox { 0, 0, 612, 792 };
@@ -41,6 +50,7 @@ struct Page
     Image image;
     QRectF imageRect; // where the image is drawn
     QList<Link> links;
+    QList<Fill> fills; // drawn before the text
 };
 
 struct OutlineItem

@@ -1,0 +1,236 @@
+// Page space, view space and rendering: boxes with their true origins, rotations, the render
+// path used by the reading view (display list built once, rasterised in parallel tiles), the
+// synchronous drawing calls, and cancellation.
+
+#include <support/PdfFixtures.h>
+
+#include <kit/engine/PDFCancellation.h>
+#include <kit/engine/PDFDisplayList.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/engine/PageGeometry.h>
+
+#include <QPainter>
+#include <QtTest>
+
+#include <thread>
+
+namespace {
+
+// A 200 × 100 page, crop box from (10, 20) to (190, 90), a black square at x 20–30, y 30–40.
+std::shared_ptr<PDFDocument> markedDocument(int rotation)
+{
+    PdfFixtures::Page page;
+    page.mediaBox = QRectF(0, 0, 200, 100);
+    page.cropBox = QRectF(QPointF(10, 20), QPointF(190, 90));
+    page.rotate = rotation;
+    page.fills = { { QRectF(20, 30, 10, 10), 0, 0, 0 } };
+    PdfFixtures::Document spec;
+    spec.pages = { page };
+    auto doc = std::make_shared<PDFDocument>();
+    return doc->initWithData(PdfFixtures::build(spec)) ? doc : nullptr;
+}
+
+bool isDark(const QImage &image, QPointF at)
+{
+    return qGray(image.pixel(at.toPoint())) < 60;
+}
+
+} // namespace
+
+class PDFRenderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void boxesKeepTheirOrigins()
+    {
+        auto doc = markedDocument(0);
+        QVERIFY(doc);
+        const auto page = doc->pageAtIndex(0);
+        QCOMPARE(page->boundsForBox(PDFDisplayBox::MediaBox), QRectF(0, 0, 200, 100));
+        QCOMPARE(page->boundsForBox(PDFDisplayBox::CropBox), QRectF(10, 20, 180, 70));
+        // Missing boxes answer the crop box.
+        QCOMPARE(page->boundsForBox(PDFDisplayBox::TrimBox), QRectF(10, 20, 180, 70));
+    }
+
+    void pageAndViewSpaceMeet_data()
+    {
+        QTest::addColumn<int>("rotation");
+        QTest::addColumn<QRectF>("viewRect"); // of the square, at scale 1, crop box shown
+        QTest::addColumn<QSizeF>("viewSize");
+        QTest::newRow("0") << 0 << QRectF(10, 50, 10, 10) << QSizeF(180, 70);
+        QTest::newRow("90") << 90 << QRectF(10, 10, 10, 10) << QSizeF(70, 180);
+        QTest::newRow("180") << 180 << QRectF(160, 10, 10, 10) << QSizeF(180, 70);
+        QTest::newRow("270") << 270 << QRectF(50, 160, 10, 10) << QSizeF(70, 180);
+    }
+    void pageAndViewSpaceMeet()
+    {
+        QFETCH(int, rotation);
+        QFETCH(QRectF, viewRect);
+        QFETCH(QSizeF, viewSize);
+        const PageGeometry geometry(QRectF(10, 20, 180, 70), rotation);
+        QCOMPARE(geometry.viewSize(), viewSize);
+        QCOMPARE(geometry.viewRect(QRectF(20, 30, 10, 10)), viewRect);
+        QCOMPARE(geometry.pageRect(viewRect), QRectF(20, 30, 10, 10));
+        QCOMPARE(
+            geometry.pagePoint(geometry.viewPoint(QPointF(33, 44), 2.5), 2.5), QPointF(33, 44));
+    }
+
+    void rendersWhereTheGeometrySays_data()
+    {
+        QTest::addColumn<int>("rotation");
+        for (const int rotation : { 0, 90, 180, 270 })
+            QTest::newRow(qPrintable(QString::number(rotation))) << rotation;
+    }
+    void rendersWhereTheGeometrySays()
+    {
+        QFETCH(int, rotation);
+        auto doc = markedDocument(rotation);
+        QVERIFY(doc);
+        const auto page = doc->pageAtIndex(0);
+        QCOMPARE(page->rotation(), rotation);
+        const auto source = page->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(source);
+        const double scale = 2.0;
+        const QSizeF size = source->geometry().viewSize(scale);
+        const auto list = source->buildDisplayList();
+        QVERIFY(list);
+        const QImage image = list->renderTile(QRect(QPoint(0, 0), size.toSize()), scale);
+        QCOMPARE(image.size(), size.toSize());
+        QCOMPARE(image.format(), QImage::Format_ARGB32_Premultiplied);
+        const QRectF square = source->geometry().viewRect(QRectF(20, 30, 10, 10), scale);
+        QVERIFY(isDark(image, square.center()));
+        QVERIFY(!isDark(image, square.center() + QPointF(square.width(), 0)));
+        QVERIFY(!isDark(image, square.center() + QPointF(0, square.height())));
+        // The crop box cuts the media box: the view shows no more than the crop box.
+        QVERIFY(!isDark(image, QPointF(1, 1)));
+    }
+
+    void tilesRenderedInParallelMatchOneRender()
+    {
+        PdfFixtures::Document spec = PdfFixtures::standard();
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::build(spec)));
+        const auto source = doc->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        const double scale = 1.5;
+        const QSize size = source->geometry().viewSize(scale).toSize();
+        const auto list = source->buildDisplayList();
+        QVERIFY(list);
+        const QImage whole = list->renderTile(QRect(QPoint(0, 0), size), scale);
+
+        const int tileHeight = 128;
+        const int tiles = (size.height() + tileHeight - 1) / tileHeight;
+        std::vector<QImage> parts(static_cast<size_t>(tiles));
+        std::vector<std::thread> workers;
+        for (int i = 0; i < tiles; ++i) {
+            workers.emplace_back([&, i] {
+                const QRect tile(0, i * tileHeight, size.width(),
+                    std::min(tileHeight, size.height() - i * tileHeight));
+                parts[static_cast<size_t>(i)] = list->renderTile(tile, scale);
+            });
+        }
+        for (auto &worker : workers)
+            worker.join();
+        for (int i = 0; i < tiles; ++i) {
+            const QImage &part = parts[static_cast<size_t>(i)];
+            QVERIFY(!part.isNull());
+            QCOMPARE(part, whole.copy(0, i * tileHeight, size.width(), part.height()));
+        }
+    }
+
+    void displayListsAreBuiltOnWorkers()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::build(PdfFixtures::textPages(8))));
+        std::vector<std::shared_ptr<PDFPageRenderSource>> sources;
+        for (int i = 0; i < doc->pageCount(); ++i)
+            sources.push_back(doc->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox));
+        std::vector<QImage> images(sources.size());
+        std::vector<std::thread> workers;
+        for (size_t i = 0; i < sources.size(); ++i) {
+            workers.emplace_back([&, i] {
+                const auto list = sources[i]->buildDisplayList();
+                if (list)
+                    images[i] = list->renderTile(QRect(0, 0, 306, 396), 0.5);
+            });
+        }
+        // The main thread keeps using the document meanwhile.
+        for (int i = 0; i < doc->pageCount(); ++i)
+            QVERIFY(
+                doc->pageAtIndex(i)->string().startsWith(QStringLiteral("Page %1 ").arg(i + 1)));
+        for (auto &worker : workers)
+            worker.join();
+        for (size_t i = 0; i < images.size(); ++i) {
+            QVERIFY(!images[i].isNull());
+            QCOMPARE(images[i],
+                doc->pageAtIndex(static_cast<int>(i))
+                    ->imageForBox(PDFDisplayBox::CropBox, QSize(306, 396)));
+        }
+    }
+
+    void cancelledWorkAnswersNothing()
+    {
+        auto doc = markedDocument(0);
+        const auto source = doc->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        PDFCancellation cancel;
+        const auto list = source->buildDisplayList(&cancel);
+        QVERIFY(list);
+        cancel.cancel();
+        QVERIFY(!source->buildDisplayList(&cancel));
+        QImage image(50, 50, QImage::Format_ARGB32_Premultiplied);
+        QVERIFY(!list->render(image, QTransform(), &cancel));
+        QImage wrongFormat(50, 50, QImage::Format_RGB888);
+        QVERIFY(!list->render(wrongFormat, QTransform()));
+    }
+
+    void drawingFollowsThePainterTransform()
+    {
+        auto doc = markedDocument(90);
+        const auto page = doc->pageAtIndex(0);
+        QImage canvas(140, 360, QImage::Format_ARGB32_Premultiplied);
+        canvas.fill(Qt::red);
+        {
+            QPainter painter(&canvas);
+            painter.scale(2, 2);
+            page->drawWithBox(painter, PDFDisplayBox::CropBox);
+        }
+        const QImage direct = page->imageForBox(PDFDisplayBox::CropBox, QSize(140, 360));
+        QCOMPARE(canvas.convertToFormat(QImage::Format_RGB32),
+            direct.convertToFormat(QImage::Format_RGB32));
+        // Drawing in page space through the page's transform lands on the rendered square.
+        QImage overlay(140, 360, QImage::Format_ARGB32_Premultiplied);
+        overlay.fill(Qt::white);
+        {
+            QPainter painter(&overlay);
+            painter.scale(2, 2);
+            page->transformContextForBox(painter, PDFDisplayBox::CropBox);
+            painter.fillRect(QRectF(20, 30, 10, 10), Qt::black);
+        }
+        const QRectF square
+            = PageGeometry(QRectF(10, 20, 180, 70), 90).viewRect(QRectF(20, 30, 10, 10), 2);
+        QVERIFY(isDark(overlay, square.center()));
+        QVERIFY(isDark(direct, square.center()));
+    }
+
+    void areaExports()
+    {
+        auto doc = markedDocument(0);
+        const auto page = doc->pageAtIndex(0);
+        const QByteArray pdf = page->PDFDataForRect(QRectF(15, 25, 20, 20));
+        auto area = std::make_shared<PDFDocument>();
+        QVERIFY(area->initWithData(pdf));
+        QCOMPARE(
+            area->pageAtIndex(0)->boundsForBox(PDFDisplayBox::CropBox), QRectF(15, 25, 20, 20));
+        const QImage tiff = QImage::fromData(page->TIFFDataForRect(QRectF(15, 25, 20, 20)), "TIFF");
+        if (!tiff.isNull()) {
+            QCOMPARE(tiff.size(), QSize(20, 20));
+            QVERIFY(isDark(tiff, QPointF(10, 10)));
+        }
+        QVERIFY(page->TIFFDataForRect(QRectF(15, 25, 20, 20)).startsWith("II*"));
+    }
+};
+
+QTEST_MAIN(PDFRenderTest)
+#include "PDFRenderTest.moc"
