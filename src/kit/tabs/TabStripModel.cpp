@@ -206,7 +206,7 @@ bool TabStripModel::closeTabContentsAtIndex(int index, unsigned closeTypes)
     // Asking may have run a modal prompt, during which other tabs can have come or gone.
     const int now = getIndexOfTabContents(contents);
     if (now >= 0)
-        closeAt(now);
+        closeAt(now, true);
     return true;
 }
 
@@ -218,8 +218,9 @@ bool TabStripModel::closeSelectedTab()
 void TabStripModel::closeAllTabs()
 {
     checkNotNotifying("closeAllTabs");
+    // No neighbour is selected on the way: nobody is going to look at it.
     while (!isEmpty())
-        closeAt(count() - 1);
+        closeAt(count() - 1, false);
 }
 
 int TabStripModel::indexToSelectAfterRemoving(int index) const
@@ -228,7 +229,7 @@ int TabStripModel::indexToSelectAfterRemoving(int index) const
     return std::min(index, count() - 2);
 }
 
-void TabStripModel::closeAt(int index)
+void TabStripModel::closeAt(int index, bool selectNeighbour)
 {
     TabContents *const contents = m_contents[size_t(index)].get();
     notify([&](TabStripModelObserver *o) { o->tabClosingAt(contents, index); });
@@ -246,7 +247,7 @@ void TabStripModel::closeAt(int index)
     notify([&](TabStripModelObserver *o) { o->tabDetachedAt(contents, index); });
     if (isEmpty())
         notify([](TabStripModelObserver *o) { o->tabStripEmpty(); });
-    else if (wasSelected)
+    else if (wasSelected && selectNeighbour)
         changeSelectedContentsFrom(contents, nextSelected, false);
     removed->destroy(this);
 }

@@ -72,7 +72,8 @@ public:
     // refused or the index is out of range; the tabs then stay as they were.
     bool closeTabContentsAtIndex(int index, unsigned closeTypes);
     bool closeSelectedTab();
-    // Closes every tab without asking, last first: for a window that is going away.
+    // Closes every tab without asking, last first, selecting none of the others on the way: for a
+    // window that is going away.
     void closeAllTabs();
 
     // Moves a tab; the selected contents stays selected wherever it goes.
@@ -95,7 +96,7 @@ private:
     void checkNotNotifying(const char *operation) const;
     template <class Fn> void notify(Fn &&fn);
     void changeSelectedContentsFrom(TabContents *oldContents, int toIndex, bool userGesture);
-    void closeAt(int index);
+    void closeAt(int index, bool selectNeighbour);
     int indexToSelectAfterRemoving(int index) const;
 
     TabStripModelDelegate *m_delegate = nullptr;

@@ -34,75 +34,62 @@ protected:
     std::unique_ptr<QWidget> loadView() override { return std::make_unique<QLabel>(title()); }
 };
 
-// Records what the window asks of its toolbar.
+enum class Bar { None, InLayout, PlainChild };
+
+// Records what the window asks of its toolbar, and shows a 40-pixel bar if told to, put into
+// the area through its layout or as a plain child.
 class RecordingToolbar : public ContentsToolbarController
 {
 public:
+    explicit RecordingToolbar(Bar bar)
+        : m_barKind(bar)
+    { }
     void updateToolbarWithContents(TabContents *contents, bool shouldRestoreState) override
     {
         calls << QStringLiteral("update %1 %2").arg(contents->title()).arg(shouldRestoreState);
-    }
-    void removeCurrentToolbar() override { calls << QStringLiteral("remove"); }
-    QStringList calls;
-};
-
-// Shows a 40-pixel bar per tab, put into the area through its layout or as a plain child.
-class BarToolbar : public ContentsToolbarController
-{
-public:
-    explicit BarToolbar(bool asPlainChild)
-        : m_asPlainChild(asPlainChild)
-    { }
-    void updateToolbarWithContents(TabContents *, bool) override
-    {
+        if (m_barKind == Bar::None)
+            return;
         m_bar = std::make_unique<QWidget>();
         m_bar->setFixedHeight(40);
-        if (m_asPlainChild)
+        if (m_barKind == Bar::PlainChild)
             qk_addSubview(view(), m_bar.get());
         else
             setCurrentToolbar(m_bar.get());
     }
     void removeCurrentToolbar() override
     {
+        calls << QStringLiteral("remove");
         ContentsToolbarController::removeCurrentToolbar();
         m_bar.reset();
     }
+    QStringList calls;
 
 private:
-    bool m_asPlainChild;
+    Bar m_barKind;
     std::unique_ptr<QWidget> m_bar;
-};
-
-class BarWindow : public TabWindowController
-{
-public:
-    explicit BarWindow(bool asPlainChild)
-        : m_asPlainChild(asPlainChild)
-    { }
-    std::unique_ptr<ContentsToolbarController> createToolbarController() override
-    {
-        return std::make_unique<BarToolbar>(m_asPlainChild);
-    }
-
-private:
-    bool m_asPlainChild;
 };
 
 class Window : public TabWindowController
 {
 public:
+    explicit Window(Bar bar = Bar::None)
+        : m_bar(bar)
+    { }
     std::unique_ptr<TabContents> createBlankTabContents() override
     {
         return std::make_unique<Page>(QStringLiteral("Blank"));
     }
     std::unique_ptr<ContentsToolbarController> createToolbarController() override
     {
-        return std::make_unique<RecordingToolbar>();
+        return std::make_unique<RecordingToolbar>(m_bar);
     }
     RecordingToolbar *toolbar()
     {
         return static_cast<RecordingToolbar *>(contentsToolbarController());
     }
+
+private:
+    Bar m_bar;
 };
 
 Window *makeWindow(const QStringList &titles, int selected = 0)
@@ -124,6 +111,8 @@ QStringList titlesOf(TabWindowController *window)
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(Bar)
 
 class TabWindowControllerTest : public QObject
 {
@@ -192,14 +181,14 @@ private slots:
 
     void toolbarSitsBetweenStripAndContents_data()
     {
-        QTest::addColumn<bool>("asPlainChild");
-        QTest::newRow("in the area's layout") << false;
-        QTest::newRow("as a plain child") << true;
+        QTest::addColumn<Bar>("bar");
+        QTest::newRow("in the area's layout") << Bar::InLayout;
+        QTest::newRow("as a plain child") << Bar::PlainChild;
     }
     void toolbarSitsBetweenStripAndContents()
     {
-        QFETCH(bool, asPlainChild);
-        auto *w = TabWindowController::create<BarWindow>(asPlainChild);
+        QFETCH(Bar, bar);
+        auto *w = TabWindowController::create<Window>(bar);
         w->tabStripModel()->appendTabContents(std::make_unique<Page>("a"), true);
         w->show();
         QWidget *view = w->tabStripModel()->getSelectedTabContents()->view();
