@@ -6,6 +6,9 @@
 #include <QTimer>
 
 #include <cmath>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -84,8 +87,36 @@ void sync(std::function<void()> fn)
         fn();
         return;
     }
-    if (QCoreApplication *const app = application())
-        QMetaObject::invokeMethod(app, std::move(fn), Qt::BlockingQueuedConnection);
+    if (!application())
+        return;
+    // The waiter is released when the queued call is destroyed: after it ran, or when the event
+    // loop throws it away unrun at exit, so a worker never waits for ever. Standard primitives,
+    // rather than a blocking queued connection, so that thread checkers see the hand-over.
+    struct Done
+    {
+        std::mutex mutex;
+        std::condition_variable condition;
+        bool done = false;
+    };
+    struct Release
+    {
+        explicit Release(std::shared_ptr<Done> done)
+            : state(std::move(done))
+        { }
+        Release(const Release &) = delete;
+        Release &operator=(const Release &) = delete;
+        std::shared_ptr<Done> state;
+        ~Release()
+        {
+            const std::lock_guard lock(state->mutex);
+            state->done = true;
+            state->condition.notify_all();
+        }
+    };
+    const auto state = std::make_shared<Done>();
+    async([fn = std::move(fn), release = std::make_shared<Release>(state)] { fn(); });
+    std::unique_lock lock(state->mutex);
+    state->condition.wait(lock, [&state] { return state->done; });
 }
 
 } // namespace MainQueue
