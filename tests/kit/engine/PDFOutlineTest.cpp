@@ -143,8 +143,8 @@ private slots:
         QCOMPARE(deeper->destination()->point(), QPointF(72, 500));
         QCOMPARE(deeper->destination()->zoom(), 2.0);
         QVERIFY(!readRoot->childAtIndex(3)->childAtIndex(1)->isOpen());
-        const auto web
-            = std::dynamic_pointer_cast<PDFActionURL>(readRoot->childAtIndex(3)->childAtIndex(0)->action());
+        const auto web = std::dynamic_pointer_cast<PDFActionURL>(
+            readRoot->childAtIndex(3)->childAtIndex(0)->action());
         QVERIFY(web);
         QCOMPARE(web->URL(), QUrl("https://example.org/a?b=c"));
     }
@@ -159,8 +159,8 @@ private slots:
         QCOMPARE(section->destination()->page(), target);
         auto reread = std::make_shared<PDFDocument>();
         QVERIFY(reread->initWithData(doc->dataRepresentation()));
-        const auto readTarget = reread->outlineRoot()->childAtIndex(0)->childAtIndex(0)
-                                    ->destination()->page();
+        const auto readTarget
+            = reread->outlineRoot()->childAtIndex(0)->childAtIndex(0)->destination()->page();
         QVERIFY(readTarget);
         QCOMPARE(reread->indexForPage(readTarget), 4);
         QVERIFY(readTarget->string().startsWith("Cropped page text"));
