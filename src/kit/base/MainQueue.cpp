@@ -5,6 +5,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <condition_variable>
 #include <memory>
