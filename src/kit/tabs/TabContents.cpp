@@ -11,6 +11,8 @@ TabContents::TabContents(QObject *parent)
 
 TabContents::~TabContents()
 {
+    if (m_model)
+        qFatal("TabContents deleted while in a tab strip; close it through the model instead");
     delete m_view.data();
 }
 
