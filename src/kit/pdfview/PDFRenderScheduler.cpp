@@ -1,0 +1,240 @@
+#include "PDFRenderScheduler.h"
+
+#include <kit/engine/PDFCancellation.h>
+#include <kit/engine/PDFDisplayList.h>
+#include <kit/engine/PDFPageRenderSource.h>
+
+#include <QMetaObject>
+#include <QRunnable>
+#include <QThread>
+
+#include <algorithm>
+#include <deque>
+#include <mutex>
+#include <set>
+
+namespace {
+
+// Lists of the pages around the view; a text page's list is small, an image page's holds a
+// reference to its compressed image.
+constexpr size_t MaxDisplayLists = 32;
+
+} // namespace
+
+struct PDFRenderScheduler::State
+{
+    struct Running
+    {
+        PDFTileKey key;
+        std::shared_ptr<PDFCancellation> cancel;
+    };
+    struct List
+    {
+        const void *page = nullptr;
+        quint64 revision = 0;
+        std::shared_ptr<PDFDisplayList> list;
+    };
+
+    std::mutex mutex;
+    std::deque<PDFTileRequest> pending;
+    std::vector<Running> running;
+    std::deque<List> lists; // most recently used at the back
+    std::set<std::pair<const void *, quint64>> building;
+    std::set<std::pair<const void *, quint64>> failed;
+    int workers = 0;
+    int maxWorkers = 1;
+    int built = 0;
+    PDFRenderScheduler *owner = nullptr; // outlives every worker: the destructor waits for them
+
+    std::shared_ptr<PDFDisplayList> findList(const void *page, quint64 revision)
+    {
+        for (auto it = lists.begin(); it != lists.end(); ++it) {
+            if (it->page == page && it->revision == revision) {
+                List entry = *it;
+                lists.erase(it);
+                lists.push_back(entry);
+                return entry.list;
+            }
+        }
+        return nullptr;
+    }
+};
+
+class PDFRenderScheduler::Worker : public QRunnable
+{
+public:
+    explicit Worker(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    { }
+
+    void run() override
+    {
+        State &s = *m_state;
+        for (;;) {
+            PDFTileRequest request;
+            auto cancel = std::make_shared<PDFCancellation>();
+            std::shared_ptr<PDFDisplayList> list;
+            {
+                const std::lock_guard lock(s.mutex);
+                // The first request whose list is not being built by another worker.
+                auto chosen = std::find_if(s.pending.begin(), s.pending.end(), [&](const auto &r) {
+                    return !s.building.count({ r.key.page, r.key.revision });
+                });
+                if (chosen == s.pending.end()) {
+                    --s.workers;
+                    return;
+                }
+                request = *chosen;
+                s.pending.erase(chosen);
+                const std::pair<const void *, quint64> id { request.key.page,
+                    request.key.revision };
+                if (s.failed.count(id))
+                    continue;
+                s.running.push_back(State::Running { request.key, cancel });
+                list = s.findList(request.key.page, request.key.revision);
+                if (!list)
+                    s.building.insert(id);
+            }
+            render(request, list, cancel);
+        }
+    }
+
+private:
+    void render(const PDFTileRequest &request, std::shared_ptr<PDFDisplayList> list,
+        const std::shared_ptr<PDFCancellation> &cancel)
+    {
+        State &s = *m_state;
+        const std::pair<const void *, quint64> id { request.key.page, request.key.revision };
+        bool failed = false;
+        if (!list) {
+            list = request.source ? request.source->buildDisplayList(cancel.get()) : nullptr;
+            failed = !list && !cancel->isCancelled();
+            const std::lock_guard lock(s.mutex);
+            s.building.erase(id);
+            if (list) {
+                ++s.built;
+                s.lists.push_back(State::List { request.key.page, request.key.revision, list });
+                while (s.lists.size() > MaxDisplayLists)
+                    s.lists.pop_front();
+            }
+            if (failed)
+                s.failed.insert(id);
+        }
+        QImage image;
+        if (list) {
+            const QRect tile = request.key.pixelRect(request.pagePixels);
+            image = list->renderTile(tile, request.key.devicePixelsPerPoint(), cancel.get());
+            failed = image.isNull() && !cancel->isCancelled();
+        }
+        {
+            const std::lock_guard lock(s.mutex);
+            s.running.erase(std::find_if(s.running.begin(), s.running.end(),
+                [&](const State::Running &r) { return r.cancel == cancel; }));
+        }
+        PDFRenderScheduler *const owner = s.owner;
+        if (failed) {
+            QMetaObject::invokeMethod(
+                owner, [owner, id] { emit owner->pageFailed(id.first, id.second); },
+                Qt::QueuedConnection);
+        } else if (!image.isNull() && !cancel->isCancelled()) {
+            const PDFTileKey key = request.key;
+            QMetaObject::invokeMethod(
+                owner, [owner, key, image] { emit owner->tileFinished(key, image); },
+                Qt::QueuedConnection);
+        }
+        // A finished list may unblock requests that waited for it.
+        QMetaObject::invokeMethod(
+            owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
+    }
+
+    std::shared_ptr<State> m_state;
+};
+
+PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
+    : QObject(parent)
+    , m_state(std::make_shared<State>())
+{
+    if (threads <= 0)
+        threads = std::clamp(QThread::idealThreadCount(), 1, 4);
+    m_state->maxWorkers = threads;
+    m_state->owner = this;
+    m_pool.setMaxThreadCount(threads);
+    m_pool.setObjectName(QStringLiteral("PDFRenderScheduler"));
+}
+
+PDFRenderScheduler::~PDFRenderScheduler()
+{
+    cancelAll();
+    m_pool.waitForDone();
+}
+
+void PDFRenderScheduler::setRequests(std::vector<PDFTileRequest> requests)
+{
+    {
+        const std::lock_guard lock(m_state->mutex);
+        std::vector<PDFTileKey> wanted;
+        wanted.reserve(requests.size());
+        for (const PDFTileRequest &request : requests)
+            wanted.push_back(request.key);
+        m_state->pending.clear();
+        for (PDFTileRequest &request : requests) {
+            const bool running = std::any_of(m_state->running.begin(), m_state->running.end(),
+                [&](const State::Running &r) { return r.key == request.key; });
+            if (!running)
+                m_state->pending.push_back(std::move(request));
+        }
+        for (const State::Running &r : m_state->running) {
+            if (std::find(wanted.begin(), wanted.end(), r.key) == wanted.end())
+                r.cancel->cancel();
+        }
+    }
+    pump();
+}
+
+void PDFRenderScheduler::invalidatePage(const void *page)
+{
+    const std::lock_guard lock(m_state->mutex);
+    std::erase_if(m_state->lists, [page](const State::List &l) { return l.page == page; });
+    std::erase_if(m_state->failed, [page](const auto &id) { return id.first == page; });
+    std::erase_if(m_state->pending, [page](const PDFTileRequest &r) { return r.key.page == page; });
+    for (const State::Running &r : m_state->running) {
+        if (r.key.page == page)
+            r.cancel->cancel();
+    }
+}
+
+void PDFRenderScheduler::cancelAll()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->pending.clear();
+    for (const State::Running &r : m_state->running)
+        r.cancel->cancel();
+}
+
+bool PDFRenderScheduler::isIdle() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->pending.empty() && m_state->running.empty();
+}
+
+int PDFRenderScheduler::displayListsBuilt() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->built;
+}
+
+void PDFRenderScheduler::pump()
+{
+    int start = 0;
+    {
+        const std::lock_guard lock(m_state->mutex);
+        const int wanted = std::min<int>(m_state->maxWorkers, int(m_state->pending.size()));
+        start = std::max(0, wanted - m_state->workers);
+        m_state->workers += start;
+    }
+    for (int i = 0; i < start; ++i) {
+        auto *worker = new Worker(m_state);
+        worker->setAutoDelete(true);
+        m_pool.start(worker);
+    }
+}

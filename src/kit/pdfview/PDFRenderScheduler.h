@@ -1,0 +1,59 @@
+#pragma once
+
+// Renders page tiles on worker threads, never on the main thread. The view hands it the whole
+// set of tiles it wants, in order of need; whatever left the set is cancelled, display lists are
+// built once per page and revision and shared by the tiles, and each finished tile arrives on the
+// main thread by a queued signal. The object itself lives on the main thread.
+
+#include "PDFTileKey.h"
+
+#include <QImage>
+#include <QObject>
+#include <QSize>
+#include <QThreadPool>
+
+#include <memory>
+#include <vector>
+
+class PDFPageRenderSource;
+
+struct PDFTileRequest
+{
+    PDFTileKey key;
+    QSize pagePixels; // the page's size in device pixels at the key's scale
+    std::shared_ptr<PDFPageRenderSource> source;
+};
+
+class PDFRenderScheduler : public QObject
+{
+    Q_OBJECT
+
+public:
+    // threads 0: as many as the machine has cores, at most four.
+    explicit PDFRenderScheduler(QObject *parent = nullptr, int threads = 0);
+    ~PDFRenderScheduler() override;
+
+    // Replaces what is wanted: requests run in the order given; running work on tiles that are
+    // no longer wanted is cancelled.
+    void setRequests(std::vector<PDFTileRequest> requests);
+    // Forgets the page's display lists and cancels its work (its content changed).
+    void invalidatePage(const void *page);
+    void cancelAll();
+    // No tile waits or renders.
+    bool isIdle() const;
+    // Display lists built so far, for tests and benchmarks.
+    int displayListsBuilt() const;
+
+signals:
+    void tileFinished(const PDFTileKey &key, const QImage &image);
+    // The page could not be recorded or drawn at that revision.
+    void pageFailed(const void *page, quint64 revision);
+
+private:
+    struct State;
+    class Worker;
+    void pump();
+
+    std::shared_ptr<State> m_state;
+    QThreadPool m_pool;
+};

@@ -1,0 +1,110 @@
+#include "PDFTileCache.h"
+
+#include <algorithm>
+#include <cmath>
+
+PDFTileCache::PDFTileCache(qint64 pixelBudget)
+    : m_budget(pixelBudget)
+{ }
+
+void PDFTileCache::setPixelBudget(qint64 pixels)
+{
+    m_budget = std::max<qint64>(pixels, 0);
+    trim();
+}
+
+void PDFTileCache::insert(const PDFTileKey &key, const QImage &image)
+{
+    if (image.isNull())
+        return;
+    erase(key);
+    m_uses.push_back(key);
+    m_entries.emplace(key, Entry { image, std::prev(m_uses.end()) });
+    m_byPage[key.page].push_back(key);
+    m_pixels += qint64(image.width()) * image.height();
+    trim();
+}
+
+const QImage *PDFTileCache::find(const PDFTileKey &key)
+{
+    const auto found = m_entries.find(key);
+    if (found == m_entries.end())
+        return nullptr;
+    m_uses.splice(m_uses.end(), m_uses, found->second.use);
+    return &found->second.image;
+}
+
+std::vector<PDFTileCache::Candidate> PDFTileCache::standIns(
+    const void *page, quint64 revision, qint64 scale) const
+{
+    std::vector<Candidate> result;
+    const auto found = m_byPage.find(page);
+    if (found == m_byPage.end())
+        return result;
+    // Rank groups of (revision, scale): the current revision beats older ones, then the scale
+    // nearest in ratio, a finer one winning a tie.
+    const auto rank = [&](const PDFTileKey &key) {
+        const double ratio
+            = std::abs(std::log(double(key.scale) / double(std::max<qint64>(scale, 1))));
+        return std::make_tuple(key.revision == revision ? 0 : 1, ratio, key.scale < scale ? 1 : 0);
+    };
+    for (const PDFTileKey &key : found->second) {
+        if (key.revision == revision && key.scale == scale)
+            continue;
+        result.push_back(Candidate { key, &m_entries.at(key).image });
+    }
+    std::sort(result.begin(), result.end(),
+        [&](const Candidate &a, const Candidate &b) { return rank(a.key) > rank(b.key); });
+    return result;
+}
+
+void PDFTileCache::removePage(const void *page)
+{
+    const auto found = m_byPage.find(page);
+    if (found == m_byPage.end())
+        return;
+    const std::vector<PDFTileKey> keys = found->second;
+    for (const PDFTileKey &key : keys)
+        erase(key);
+}
+
+void PDFTileCache::removeOtherRevisions(const void *page, quint64 revision)
+{
+    const auto found = m_byPage.find(page);
+    if (found == m_byPage.end())
+        return;
+    const std::vector<PDFTileKey> keys = found->second;
+    for (const PDFTileKey &key : keys) {
+        if (key.revision != revision)
+            erase(key);
+    }
+}
+
+void PDFTileCache::clear()
+{
+    m_entries.clear();
+    m_byPage.clear();
+    m_uses.clear();
+    m_pixels = 0;
+}
+
+void PDFTileCache::erase(const PDFTileKey &key)
+{
+    const auto found = m_entries.find(key);
+    if (found == m_entries.end())
+        return;
+    m_pixels -= qint64(found->second.image.width()) * found->second.image.height();
+    m_uses.erase(found->second.use);
+    m_entries.erase(found);
+    auto page = m_byPage.find(key.page);
+    auto &keys = page->second;
+    keys.erase(std::find(keys.begin(), keys.end(), key));
+    if (keys.empty())
+        m_byPage.erase(page);
+}
+
+void PDFTileCache::trim()
+{
+    while (m_pixels > m_budget && !m_uses.empty())
+        erase(m_uses.front());
+}

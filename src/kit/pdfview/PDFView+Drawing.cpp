@@ -1,0 +1,431 @@
+// PDFView: painting from tiles, asking the scheduler for them, and the page views.
+
+#include "PDFPageView.h"
+#include "PDFRenderScheduler.h"
+#include "PDFView.h"
+#include "PDFViewDelegate.h"
+
+#include <kit/base/Log.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/engine/PDFSelection.h>
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int T = PDFTileKey::TileSize;
+
+} // namespace
+
+double PDFView::devicePixelsPerPoint() const
+{
+    return m_scale * viewport()->devicePixelRatioF();
+}
+
+PDFView::RenderState &PDFView::renderState(const std::shared_ptr<PDFPage> &page)
+{
+    RenderState &state = m_renderStates[page.get()];
+    const quint64 revision = page->revision();
+    if (!state.source || state.pageRevision != revision) {
+        state.source = page->renderSource(m_displayBox);
+        state.pageRevision = revision;
+        if (!state.source && !(state.failed && state.failedRevision == tileRevision(page.get())))
+            pageFailed(page.get(), tileRevision(page.get()));
+    }
+    return state;
+}
+
+quint64 PDFView::tileRevision(const PDFPage *page)
+{
+    const RenderState &state = m_renderStates[page];
+    return (page->revision() << 20) + state.generation;
+}
+
+QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const
+{
+    const QSizeF size = m_geometries[size_t(index)].viewSize(devicePixelsPerPoint);
+    return QSize(int(std::ceil(size.width() - 1e-6)), int(std::ceil(size.height() - 1e-6)));
+}
+
+void PDFView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    painter.fillRect(event->rect(), m_backgroundColor);
+    if (m_pages.empty() || m_scale <= 0)
+        return;
+    const QRectF damaged = m_documentView.convertRectFromView(QRectF(event->rect()));
+    const QRectF layoutRect(damaged.topLeft() / m_scale, damaged.size() / m_scale);
+    const double margin = m_layout.margin() * m_scale;
+    for (const int index : m_layout.pagesInRect(layoutRect.adjusted(
+             -margin / m_scale, -margin / m_scale, margin / m_scale, margin / m_scale))) {
+        const QRect rect = pageRectInView(index);
+        if (m_layout.displaysPageBreaks())
+            drawPageFrame(painter, rect);
+        if (!rect.intersects(event->rect()))
+            continue;
+        painter.save();
+        painter.setClipRect(rect.intersected(event->rect()));
+        painter.fillRect(rect, Qt::white);
+        drawPage(m_pages[size_t(index)], painter);
+        painter.restore();
+        painter.save();
+        painter.setClipRect(rect.intersected(event->rect()));
+        drawSelection(index, painter);
+        const auto state = m_renderStates.find(m_pages[size_t(index)].get());
+        if (state != m_renderStates.end() && state->second.failed
+            && state->second.failedRevision == tileRevision(m_pages[size_t(index)].get()))
+            drawErrorMark(painter, rect);
+        painter.restore();
+    }
+}
+
+void PDFView::drawPageFrame(QPainter &painter, const QRect &rect) const
+{
+    // A soft shadow below and to the right, inside the page-break margin, and a hairline edge.
+    const int depth = std::clamp(int(m_layout.margin() * m_scale * 0.75), 1, 4);
+    for (int i = depth; i >= 1; --i) {
+        const int alpha = 70 / (i + 1);
+        painter.fillRect(rect.translated(i, i), QColor(0, 0, 0, alpha));
+    }
+    painter.fillRect(rect.adjusted(-1, -1, 1, 1), QColor(0, 0, 0, 60));
+}
+
+void PDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter)
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index >= 0)
+        drawTiles(index, painter);
+}
+
+void PDFView::drawTiles(int index, QPainter &painter)
+{
+    const auto &page = m_pages[size_t(index)];
+    const QRect rect = pageRectInView(index);
+    const double dpr = viewport()->devicePixelRatioF();
+    const double scale = devicePixelsPerPoint();
+    const QSize pixels = pagePixels(index, scale);
+    const QRect clip = painter.clipBoundingRect().toAlignedRect().intersected(rect);
+    if (clip.isEmpty() || pixels.isEmpty())
+        return;
+    PDFTileKey key { page.get(), tileRevision(page.get()), PDFTileKey::scaleKey(scale), 0, 0 };
+    // The clip in the page's device pixels gives the tiles to draw.
+    const QRect devicePart(
+        QPoint(int((clip.left() - rect.left()) * dpr), int((clip.top() - rect.top()) * dpr)),
+        QPoint(int(std::ceil((clip.right() + 1 - rect.left()) * dpr)) - 1,
+            int(std::ceil((clip.bottom() + 1 - rect.top()) * dpr)) - 1));
+    const QRect needed = devicePart.intersected(QRect(QPoint(0, 0), pixels));
+    QRegion missing;
+    for (int row = needed.top() / T; row <= needed.bottom() / T; ++row) {
+        for (int column = needed.left() / T; column <= needed.right() / T; ++column) {
+            key.column = column;
+            key.row = row;
+            const QRect tile = key.pixelRect(pixels);
+            const QRectF target(
+                QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr);
+            if (const QImage *image = m_tiles.find(key))
+                painter.drawImage(target, *image);
+            else
+                missing += target.toAlignedRect();
+        }
+    }
+    if (missing.isEmpty())
+        return;
+    // Stand-ins: tiles of another scale or an older revision, stretched, worst first.
+    painter.save();
+    painter.setClipRegion(missing, Qt::IntersectClip);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    for (const auto &candidate : m_tiles.standIns(page.get(), key.revision, key.scale)) {
+        const double ratio = scale / candidate.key.devicePixelsPerPoint() / dpr;
+        const QRectF source(QPointF(candidate.key.column * T, candidate.key.row * T),
+            QSizeF(candidate.image->size()));
+        const QRectF target(
+            QPointF(rect.topLeft()) + source.topLeft() * ratio, source.size() * ratio);
+        if (missing.intersects(target.toAlignedRect()))
+            painter.drawImage(target, *candidate.image);
+    }
+    painter.restore();
+    scheduleRendering();
+}
+
+void PDFView::drawSelection(int index, QPainter &painter) const
+{
+    if (!m_selection)
+        return;
+    const auto &page = m_pages[size_t(index)];
+    const auto lines = m_selection->lineRectsForPage(page);
+    if (lines.empty())
+        return;
+    painter.save();
+    QColor highlight = palette().color(QPalette::Active, QPalette::Highlight);
+    // Multiplying keeps the text readable under the colour.
+    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+    highlight.setAlpha(255);
+    QPainterPath path;
+    for (const QRectF &line : lines)
+        path.addRect(convertRectFromPage(line, page));
+    painter.fillPath(path.simplified(), highlight.lighter(130));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    if (m_selectionEmphasis > 0) {
+        QColor ring = highlight;
+        ring.setAlphaF(m_selectionEmphasis);
+        painter.setPen(QPen(ring, 1 + 3 * m_selectionEmphasis));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(path.simplified());
+    }
+    painter.restore();
+}
+
+void PDFView::drawErrorMark(QPainter &painter, const QRect &pageRect) const
+{
+    const QRectF mark(pageRect.left() + 6, pageRect.top() + 6, 14, 14);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(200, 40, 40));
+    painter.drawEllipse(mark);
+    painter.setPen(QPen(Qt::white, 2));
+    painter.drawLine(mark.center() + QPointF(-3, -3), mark.center() + QPointF(3, 3));
+    painter.drawLine(mark.center() + QPointF(3, -3), mark.center() + QPointF(-3, 3));
+    painter.restore();
+}
+
+void PDFView::scheduleRendering()
+{
+    if (!m_renderTimer.isActive())
+        m_renderTimer.start();
+}
+
+void PDFView::updateRenderRequests()
+{
+    std::vector<PDFTileRequest> requests;
+    if (m_pages.empty() || m_scale <= 0) {
+        m_scheduler->setRequests(std::move(requests));
+        return;
+    }
+    const double dpr = viewport()->devicePixelRatioF();
+    const double scale = devicePixelsPerPoint();
+    const QRectF visible = m_documentView.visibleRect();
+    // The visible area first, nearest the middle first; then a screen above and below.
+    const QRectF ahead = visible.adjusted(
+        -visible.width() / 2, -visible.height(), visible.width() / 2, visible.height());
+    const QPointF middle = visible.center();
+    std::vector<std::pair<double, PDFTileRequest>> ranked;
+    std::vector<const PDFPage *> nearby;
+    const QRectF aheadLayout(ahead.topLeft() / m_scale, ahead.size() / m_scale);
+    for (const int index : m_layout.pagesInRect(aheadLayout)) {
+        const auto &page = m_pages[size_t(index)];
+        nearby.push_back(page.get());
+        RenderState &state = renderState(page);
+        const quint64 revision = tileRevision(page.get());
+        if (!state.source || (state.failed && state.failedRevision == revision))
+            continue;
+        const QRectF pageRect = pageRectInDocument(index);
+        const QSize pixels = pagePixels(index, scale);
+        const QRectF wanted = pageRect.intersected(ahead);
+        if (wanted.isEmpty())
+            continue;
+        const QRectF local = wanted.translated(-pageRect.topLeft());
+        const int firstColumn = std::max(0, int(local.left() * dpr) / T);
+        const int lastColumn = std::min((pixels.width() - 1) / T, int(local.right() * dpr) / T);
+        const int firstRow = std::max(0, int(local.top() * dpr) / T);
+        const int lastRow = std::min((pixels.height() - 1) / T, int(local.bottom() * dpr) / T);
+        for (int row = firstRow; row <= lastRow; ++row) {
+            for (int column = firstColumn; column <= lastColumn; ++column) {
+                const PDFTileKey key { page.get(), revision, PDFTileKey::scaleKey(scale), column,
+                    row };
+                if (m_tiles.contains(key))
+                    continue;
+                const QRect tile = key.pixelRect(pixels);
+                const QRectF inDocument(
+                    pageRect.topLeft() + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr);
+                const bool shown = inDocument.intersects(visible);
+                const QPointF offset = inDocument.center() - middle;
+                const double rank = (shown ? 0 : 1e9) + std::hypot(offset.x(), offset.y());
+                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source } });
+            }
+        }
+    }
+    std::stable_sort(ranked.begin(), ranked.end(),
+        [](const auto &a, const auto &b) { return a.first < b.first; });
+    requests.reserve(ranked.size());
+    for (auto &entry : ranked)
+        requests.push_back(std::move(entry.second));
+    m_scheduler->setRequests(std::move(requests));
+    // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
+    std::erase_if(m_renderStates, [&](const auto &item) {
+        return !item.second.failed && item.second.generation == 0
+            && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
+    });
+    bool complete = false;
+    visibleTilesComplete(&complete);
+}
+
+bool PDFView::visibleTilesComplete(bool *complete)
+{
+    bool result = true;
+    const double dpr = viewport()->devicePixelRatioF();
+    const double scale = devicePixelsPerPoint();
+    const QRectF visible = m_documentView.visibleRect();
+    for (const auto &page : visiblePages()) {
+        const int index = indexOfPage(page.get());
+        const quint64 revision = tileRevision(page.get());
+        const auto state = m_renderStates.find(page.get());
+        if (state != m_renderStates.end() && state->second.failed
+            && state->second.failedRevision == revision)
+            continue;
+        const QRectF pageRect = pageRectInDocument(index);
+        const QSize pixels = pagePixels(index, scale);
+        const QRectF local = pageRect.intersected(visible).translated(-pageRect.topLeft());
+        const int lastColumn = std::min((pixels.width() - 1) / T, int(local.right() * dpr) / T);
+        const int lastRow = std::min((pixels.height() - 1) / T, int(local.bottom() * dpr) / T);
+        bool pageComplete = true;
+        for (int row = std::max(0, int(local.top() * dpr) / T); row <= lastRow; ++row) {
+            for (int column = std::max(0, int(local.left() * dpr) / T); column <= lastColumn;
+                 ++column) {
+                if (!m_tiles.contains(PDFTileKey {
+                        page.get(), revision, PDFTileKey::scaleKey(scale), column, row }))
+                    pageComplete = false;
+            }
+        }
+        if (pageComplete)
+            m_tiles.removeOtherRevisions(page.get(), revision);
+        result = result && pageComplete;
+    }
+    if (complete) {
+        *complete = result;
+        const bool becameComplete = result && !m_visibleComplete;
+        m_visibleComplete = result;
+        if (becameComplete)
+            emit visibleAreaRendered();
+    }
+    return result;
+}
+
+bool PDFView::isVisibleAreaRendered() const
+{
+    return const_cast<PDFView *>(this)->visibleTilesComplete();
+}
+
+void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
+{
+    const int index = indexOfPage(static_cast<const PDFPage *>(key.page));
+    if (index < 0)
+        return;
+    m_tiles.insert(key, image);
+    if (key.revision == tileRevision(m_pages[size_t(index)].get())
+        && key.scale == PDFTileKey::scaleKey(devicePixelsPerPoint())) {
+        const double dpr = viewport()->devicePixelRatioF();
+        const QRect tile = key.pixelRect(pagePixels(index, key.devicePixelsPerPoint()));
+        const QRect rect = pageRectInView(index);
+        viewport()->update(QRectF(
+            QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr)
+                               .toAlignedRect());
+    }
+    bool complete = false;
+    visibleTilesComplete(&complete);
+}
+
+void PDFView::pageFailed(const void *page, quint64 revision)
+{
+    const int index = indexOfPage(static_cast<const PDFPage *>(page));
+    if (index < 0 || revision != tileRevision(m_pages[size_t(index)].get()))
+        return;
+    RenderState &state = m_renderStates[static_cast<const PDFPage *>(page)];
+    if (state.failed && state.failedRevision == revision)
+        return;
+    state.failed = true;
+    state.failedRevision = revision;
+    Log::warn(QStringLiteral("Page %1 could not be rendered; it shows blank").arg(index + 1));
+    viewport()->update(pageRectInView(index));
+    bool complete = false;
+    visibleTilesComplete(&complete);
+}
+
+void PDFView::annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page)
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index < 0)
+        return;
+    RenderState &state = m_renderStates[page.get()];
+    ++state.generation;
+    state.source.reset();
+    state.failed = false;
+    m_scheduler->invalidatePage(page.get());
+    // A rotation or box edit changes the page's size: lay out again.
+    const PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
+    if (geometry.box() != m_geometries[size_t(index)].box()
+        || geometry.rotation() != m_geometries[size_t(index)].rotation()) {
+        layoutDocumentView();
+        return;
+    }
+    m_visibleComplete = false;
+    viewport()->update(pageRectInView(index));
+    scheduleRendering();
+}
+
+QWidget *PDFView::pageViewForPage(const std::shared_ptr<PDFPage> &page) const
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    const auto found = m_pageViews.find(index);
+    return found == m_pageViews.end() ? nullptr : found->second.data();
+}
+
+void PDFView::updatePageViews()
+{
+    const QRectF visible = m_documentView.visibleRect();
+    const QRectF keep = visible.adjusted(0, -visible.height(), 0, visible.height());
+    const QRectF drop = visible.adjusted(0, -3 * visible.height(), 0, 3 * visible.height());
+    // Far out of view, or no longer laid out: the view goes.
+    for (auto it = m_pageViews.begin(); it != m_pageViews.end();) {
+        const QRectF rect = pageRectInDocument(it->first);
+        if (!it->second || rect.isEmpty() || !rect.intersects(drop)
+            || it->second->page() != pageAt(it->first)) {
+            if (it->second) {
+                if (m_delegate)
+                    m_delegate->pdfViewWillRemoveView(
+                        this, it->second, it->second->page(), it->first);
+                it->second->hide();
+                it->second->deleteLater();
+            }
+            it = m_pageViews.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    if (m_scale > 0) {
+        const QRectF keepLayout(keep.topLeft() / m_scale, keep.size() / m_scale);
+        for (const int index : m_layout.pagesInRect(keepLayout)) {
+            if (m_pageViews.count(index))
+                continue;
+            auto *view = new PDFPageView(m_pages[size_t(index)], viewport());
+            m_pageViews[index] = view;
+            view->setGeometry(pageRectInView(index));
+            view->show();
+            if (m_delegate)
+                m_delegate->pdfViewDidAddView(this, view, m_pages[size_t(index)], index);
+        }
+    }
+    for (const auto &[index, view] : m_pageViews) {
+        if (view)
+            view->setGeometry(pageRectInView(index));
+    }
+}
+
+void PDFView::removeAllPageViews()
+{
+    for (const auto &[index, view] : m_pageViews) {
+        if (!view)
+            continue;
+        if (m_delegate)
+            m_delegate->pdfViewWillRemoveView(this, view, view->page(), index);
+        view->hide();
+        view->deleteLater();
+    }
+    m_pageViews.clear();
+}

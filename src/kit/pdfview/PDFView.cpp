@@ -1,0 +1,725 @@
+#include "PDFView.h"
+#include "PDFPageView.h"
+#include "PDFRenderScheduler.h"
+#include "PDFViewDelegate.h"
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFDestination.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFSelection.h>
+
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cmath>
+
+const QString PDFView::DocumentChangedNotification
+    = QStringLiteral("PDFViewDocumentChangedNotification");
+const QString PDFView::PageChangedNotification = QStringLiteral("PDFViewPageChangedNotification");
+const QString PDFView::ScaleChangedNotification = QStringLiteral("PDFViewScaleChangedNotification");
+const QString PDFView::DisplayModeChangedNotification
+    = QStringLiteral("PDFViewDisplayModeChangedNotification");
+const QString PDFView::DisplayBoxChangedNotification
+    = QStringLiteral("PDFViewDisplayBoxChangedNotification");
+const QString PDFView::ChangedHistoryNotification
+    = QStringLiteral("PDFViewChangedHistoryNotification");
+const QString PDFView::SelectionChangedNotification
+    = QStringLiteral("PDFViewSelectionChangedNotification");
+
+PDFView::PDFView(QWidget *parent)
+    : QAbstractScrollArea(parent)
+    , m_scheduler(new PDFRenderScheduler(this))
+{
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    viewport()->setMouseTracking(true);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
+    horizontalScrollBar()->setSingleStep(40);
+    verticalScrollBar()->setSingleStep(40);
+    m_renderTimer.setSingleShot(true);
+    m_renderTimer.setInterval(0);
+    connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
+    connect(m_scheduler, &PDFRenderScheduler::tileFinished, this, &PDFView::tileFinished);
+    connect(m_scheduler, &PDFRenderScheduler::pageFailed, this, &PDFView::pageFailed);
+}
+
+PDFView::~PDFView()
+{
+    m_scheduler->cancelAll();
+}
+
+void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
+{
+    m_scheduler->cancelAll();
+    removeAllPageViews();
+    m_tiles.clear();
+    m_renderStates.clear();
+    m_history.clear();
+    m_selection.reset();
+    m_selectionAnchorPage.reset();
+    m_pressedLink.reset();
+    m_selecting = false;
+    m_document = document;
+    m_layout.setAnchorPage(0);
+    reloadPageSizes();
+    m_layout.setAnchorPage(0);
+    relayout();
+    horizontalScrollBar()->setValue(0);
+    verticalScrollBar()->setValue(0);
+    m_postedPage = -1;
+    NotificationCenter::defaultCenter().post(DocumentChangedNotification, this);
+    noteViewChanged();
+}
+
+void PDFView::reloadPageSizes()
+{
+    m_pages.clear();
+    m_pageIndexes.clear();
+    m_geometries.clear();
+    std::vector<QSizeF> sizes;
+    const int count = m_document && !m_document->isLocked() ? m_document->pageCount() : 0;
+    m_pages.reserve(size_t(count));
+    sizes.reserve(size_t(count));
+    for (int i = 0; i < count; ++i) {
+        const auto page = m_document->pageAtIndex(i);
+        m_pages.push_back(page);
+        m_pageIndexes[page.get()] = i;
+        m_geometries.emplace_back(page->boundsForBox(m_displayBox), page->rotation());
+        sizes.push_back(m_geometries.back().viewSize());
+    }
+    m_layout.setPageSizes(std::move(sizes));
+}
+
+int PDFView::indexOfPage(const PDFPage *page) const
+{
+    const auto found = m_pageIndexes.find(page);
+    return found == m_pageIndexes.end() ? -1 : found->second;
+}
+
+std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
+{
+    if (index < 0 || index >= int(m_pages.size()))
+        return nullptr;
+    return m_pages[size_t(index)];
+}
+
+void PDFView::layoutDocumentView()
+{
+    const auto current = currentPage();
+    reloadPageSizes();
+    const int index = current ? indexOfPage(current.get()) : -1;
+    m_layout.setAnchorPage(std::max(index, 0));
+    relayout();
+    if (index >= 0)
+        goToPageIndex(index);
+    noteViewChanged();
+}
+
+void PDFView::relayout()
+{
+    m_layout.update();
+    updateScrollBars();
+    viewport()->update();
+    updatePageViews();
+    scheduleRendering();
+}
+
+void PDFView::updateScrollBars()
+{
+    const QSize view = viewport()->size();
+    const QSizeF document = m_documentView.bounds().size();
+    horizontalScrollBar()->setRange(
+        0, std::max(0, int(std::ceil(document.width())) - view.width()));
+    verticalScrollBar()->setRange(
+        0, std::max(0, int(std::ceil(document.height())) - view.height()));
+    horizontalScrollBar()->setPageStep(view.width());
+    verticalScrollBar()->setPageStep(view.height());
+    // Keep the cache able to hold a few screens of tiles at the current density.
+    const double dpr = devicePixelRatioF();
+    const qint64 screen = qint64(view.width() * dpr) * qint64(view.height() * dpr);
+    m_tiles.setPixelBudget(std::max<qint64>(40LL * 1024 * 1024, 6 * screen));
+}
+
+QPoint PDFView::documentOrigin() const
+{
+    const QSize view = viewport()->size();
+    const QSizeF document = m_documentView.bounds().size();
+    const int offsetX = std::max(0, int(view.width() - std::ceil(document.width())) / 2);
+    const int offsetY = std::max(0, int(view.height() - std::ceil(document.height())) / 2);
+    return QPoint(offsetX - horizontalScrollBar()->value(), offsetY - verticalScrollBar()->value());
+}
+
+QRectF PDFView::pageRectInDocument(int index) const
+{
+    const QRectF rect = m_layout.pageRect(index);
+    if (rect.isEmpty())
+        return {};
+    // Whole pixels, so that tiles land on the pixel grid.
+    return QRectF(QPointF(std::round(rect.left() * m_scale), std::round(rect.top() * m_scale)),
+        QPointF(std::round(rect.right() * m_scale), std::round(rect.bottom() * m_scale)));
+}
+
+QRect PDFView::pageRectInView(int index) const
+{
+    return pageRectInDocument(index).translated(documentOrigin()).toRect();
+}
+
+QPointF PDFView::pagePointForView(int index, const QPointF &viewPoint) const
+{
+    const QRect rect = pageRectInView(index);
+    if (rect.isEmpty())
+        return {};
+    return m_geometries[size_t(index)].pagePoint(viewPoint - QPointF(rect.topLeft()), m_scale);
+}
+
+QPointF PDFView::viewPointForPage(int index, const QPointF &pagePoint) const
+{
+    const QRect rect = pageRectInView(index);
+    if (rect.isEmpty())
+        return {};
+    return m_geometries[size_t(index)].viewPoint(pagePoint, m_scale) + QPointF(rect.topLeft());
+}
+
+QPointF PDFView::convertPointToPage(
+    const QPointF &point, const std::shared_ptr<PDFPage> &page) const
+{
+    return pagePointForView(page ? indexOfPage(page.get()) : -1, point);
+}
+
+QPointF PDFView::convertPointFromPage(
+    const QPointF &point, const std::shared_ptr<PDFPage> &page) const
+{
+    return viewPointForPage(page ? indexOfPage(page.get()) : -1, point);
+}
+
+QRectF PDFView::convertRectToPage(const QRectF &rect, const std::shared_ptr<PDFPage> &page) const
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    const QRect pageRect = pageRectInView(index);
+    if (pageRect.isEmpty())
+        return {};
+    return m_geometries[size_t(index)].pageRect(rect.translated(-pageRect.topLeft()), m_scale);
+}
+
+QRectF PDFView::convertRectFromPage(const QRectF &rect, const std::shared_ptr<PDFPage> &page) const
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    const QRect pageRect = pageRectInView(index);
+    if (pageRect.isEmpty())
+        return {};
+    return m_geometries[size_t(index)].viewRect(rect, m_scale).translated(pageRect.topLeft());
+}
+
+void PDFView::transformContextForPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) const
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    const QRect rect = pageRectInView(index);
+    if (rect.isEmpty())
+        return;
+    painter.setTransform(m_geometries[size_t(index)].pageToView(m_scale)
+            * QTransform::fromTranslate(rect.left(), rect.top()),
+        true);
+}
+
+std::shared_ptr<PDFPage> PDFView::pageForPoint(const QPointF &point, bool nearest) const
+{
+    if (m_scale <= 0)
+        return nullptr;
+    const QPointF layoutPoint = (point - QPointF(documentOrigin())) / m_scale;
+    const int index = m_layout.pageAtPoint(layoutPoint);
+    if (index >= 0 || !nearest)
+        return pageAt(index);
+    return pageAt(m_layout.nearestPage(layoutPoint));
+}
+
+std::vector<std::shared_ptr<PDFPage>> PDFView::visiblePages() const
+{
+    std::vector<std::shared_ptr<PDFPage>> pages;
+    const QRectF visible = m_documentView.visibleRect();
+    if (m_scale <= 0)
+        return pages;
+    const QRectF layoutRect(visible.topLeft() / m_scale, visible.size() / m_scale);
+    for (const int index : m_layout.pagesInRect(layoutRect))
+        pages.push_back(pageAt(index));
+    return pages;
+}
+
+std::shared_ptr<PDFPage> PDFView::currentPage() const
+{
+    const QRect view = viewport()->rect();
+    int best = -1;
+    qint64 bestArea = -1;
+    for (const auto &page : visiblePages()) {
+        const int index = indexOfPage(page.get());
+        const QRect shown = pageRectInView(index).intersected(view);
+        const qint64 area = qint64(shown.width()) * shown.height();
+        if (area > bestArea) {
+            bestArea = area;
+            best = index;
+        }
+    }
+    if (best < 0 && !m_pages.empty()) {
+        const QPointF center = QPointF(view.center());
+        const auto nearest = pageForPoint(center, true);
+        return nearest ? nearest : m_pages.front();
+    }
+    return pageAt(best);
+}
+
+std::shared_ptr<PDFDestination> PDFView::currentDestination() const
+{
+    const auto page = currentPage();
+    if (!page)
+        return nullptr;
+    const int index = indexOfPage(page.get());
+    const QRectF box = m_geometries[size_t(index)].box();
+    QPointF point = pagePointForView(index, QPointF(0, 0));
+    point.setX(std::clamp(point.x(), box.left(), box.right()));
+    point.setY(std::clamp(point.y(), box.top(), box.bottom()));
+    auto destination = std::make_shared<PDFDestination>(page, point);
+    destination->setZoom(m_scale);
+    return destination;
+}
+
+void PDFView::noteViewChanged()
+{
+    const auto page = currentPage();
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index == m_postedPage)
+        return;
+    m_postedPage = index;
+    NotificationCenter::defaultCenter().post(PageChangedNotification, this);
+}
+
+void PDFView::setDisplayMode(int mode)
+{
+    mode = std::clamp(mode, int(SinglePage), int(TwoUpContinuous));
+    if (mode == displayMode())
+        return;
+    const auto current = currentPage();
+    m_layout.setDisplayMode(mode);
+    const int index = current ? indexOfPage(current.get()) : 0;
+    m_layout.setAnchorPage(index);
+    relayout();
+    if (current)
+        goToPageIndex(index);
+    NotificationCenter::defaultCenter().post(DisplayModeChangedNotification, this);
+    noteViewChanged();
+}
+
+void PDFView::setDisplaysPageBreaks(bool breaks)
+{
+    if (breaks == displaysPageBreaks())
+        return;
+    const auto current = currentPage();
+    m_layout.setDisplaysPageBreaks(breaks);
+    relayout();
+    if (current)
+        goToPageIndex(indexOfPage(current.get()));
+}
+
+void PDFView::setDisplaysAsBook(bool asBook)
+{
+    if (asBook == displaysAsBook())
+        return;
+    const auto current = currentPage();
+    m_layout.setDisplaysAsBook(asBook);
+    if (current)
+        m_layout.setAnchorPage(indexOfPage(current.get()));
+    relayout();
+    if (current)
+        goToPageIndex(indexOfPage(current.get()));
+    noteViewChanged();
+}
+
+void PDFView::setDisplayBox(PDFDisplayBox box)
+{
+    if (box == m_displayBox)
+        return;
+    const auto current = currentPage();
+    m_displayBox = box;
+    m_scheduler->cancelAll();
+    m_tiles.clear();
+    m_renderStates.clear();
+    removeAllPageViews();
+    reloadPageSizes();
+    if (current)
+        m_layout.setAnchorPage(indexOfPage(current.get()));
+    relayout();
+    if (current)
+        goToPageIndex(indexOfPage(current.get()));
+    NotificationCenter::defaultCenter().post(DisplayBoxChangedNotification, this);
+    noteViewChanged();
+}
+
+void PDFView::setBackgroundColor(const QColor &color)
+{
+    m_backgroundColor = color;
+    viewport()->update();
+}
+
+const std::vector<double> &PDFView::zoomSteps()
+{
+    static const std::vector<double> steps { 0.1, 0.25, 0.33, 0.5, 0.67, 0.75, 1.0, 1.25, 1.5, 2.0,
+        3.0, 4.0, 6.0, 8.0, 10.0 };
+    return steps;
+}
+
+void PDFView::setScaleFactor(double scale)
+{
+    setScaleFactor(scale, QPointF(viewport()->rect().center()));
+}
+
+void PDFView::setScaleFactor(double scale, const QPointF &viewPoint)
+{
+    setScaleInternal(scale, viewPoint, false);
+}
+
+void PDFView::setScaleInternal(double scale, const QPointF &viewPoint, bool fromAutoScale)
+{
+    if (!fromAutoScale)
+        m_autoScales = false;
+    if (!std::isfinite(scale) || scale <= 0)
+        return;
+    if (m_delegate)
+        scale = m_delegate->PDFViewWillChangeScaleFactor(this, scale);
+    scale = std::clamp(scale, m_minScale, m_maxScale);
+    if (std::abs(scale - m_scale) < 1e-9)
+        return;
+    const auto anchorPage = pageForPoint(viewPoint, true);
+    const int anchor = anchorPage ? indexOfPage(anchorPage.get()) : -1;
+    const QPointF pagePoint = pagePointForView(anchor, viewPoint);
+    m_scale = scale;
+    updateScrollBars();
+    if (anchor >= 0) {
+        const QPointF moved = viewPointForPage(anchor, pagePoint) - viewPoint;
+        horizontalScrollBar()->setValue(
+            horizontalScrollBar()->value() + int(std::round(moved.x())));
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + int(std::round(moved.y())));
+    }
+    viewport()->update();
+    updatePageViews();
+    scheduleRendering();
+    NotificationCenter::defaultCenter().post(ScaleChangedNotification, this);
+    noteViewChanged();
+}
+
+void PDFView::setMinScaleFactor(double scale)
+{
+    m_minScale = std::clamp(scale, 0.01, m_maxScale);
+    if (m_scale < m_minScale)
+        setScaleInternal(m_minScale, QPointF(viewport()->rect().center()), m_autoScales);
+}
+
+void PDFView::setMaxScaleFactor(double scale)
+{
+    m_maxScale = std::max(scale, m_minScale);
+    if (m_scale > m_maxScale)
+        setScaleInternal(m_maxScale, QPointF(viewport()->rect().center()), m_autoScales);
+}
+
+void PDFView::setAutoScales(bool autoScales)
+{
+    m_autoScales = autoScales;
+    if (autoScales)
+        applyAutoScale();
+}
+
+void PDFView::applyAutoScale()
+{
+    const double width = m_layout.documentSize().width();
+    if (width <= 0)
+        return;
+    // Room for a vertical scroll bar is always left, so that its coming and going cannot
+    // change the fit.
+    const double available
+        = maximumViewportSize().width() - verticalScrollBar()->sizeHint().width();
+    setScaleInternal(available / width, QPointF(0, 0), true);
+}
+
+bool PDFView::canZoomIn() const
+{
+    return m_scale < m_maxScale - 1e-9;
+}
+
+bool PDFView::canZoomOut() const
+{
+    return m_scale > m_minScale + 1e-9;
+}
+
+void PDFView::zoomIn()
+{
+    const auto &steps = zoomSteps();
+    const auto next = std::upper_bound(steps.begin(), steps.end(), m_scale * 1.001);
+    setScaleFactor(next == steps.end() ? m_maxScale : std::min(*next, m_maxScale));
+}
+
+void PDFView::zoomOut()
+{
+    const auto &steps = zoomSteps();
+    const auto next = std::lower_bound(steps.begin(), steps.end(), m_scale / 1.001);
+    setScaleFactor(next == steps.begin() ? m_minScale : std::max(*std::prev(next), m_minScale));
+}
+
+void PDFView::showPageRow(int index)
+{
+    if (m_layout.isContinuous() || m_layout.isLaidOut(index))
+        return;
+    m_layout.setAnchorPage(index);
+    relayout();
+}
+
+void PDFView::goToPageIndex(int index)
+{
+    if (!pageAt(index))
+        return;
+    showPageRow(index);
+    const QRectF rect = pageRectInDocument(index);
+    const double margin = m_layout.margin() * m_scale;
+    const QRectF visible = m_documentView.visibleRect();
+    const bool showsX = rect.left() >= visible.left() && rect.right() <= visible.right();
+    scrollDocumentTo(QPointF(showsX ? visible.left() : rect.left() - margin, rect.top() - margin));
+    noteViewChanged();
+}
+
+void PDFView::scrollDocumentTo(const QPointF &documentPoint)
+{
+    horizontalScrollBar()->setValue(int(std::round(documentPoint.x())));
+    verticalScrollBar()->setValue(int(std::round(documentPoint.y())));
+}
+
+void PDFView::goToDocumentPoint(int index, const QPointF &pagePoint, bool keepX, bool keepY)
+{
+    showPageRow(index);
+    const QPointF document = viewPointForPage(index, pagePoint) - QPointF(documentOrigin());
+    const QRectF visible = m_documentView.visibleRect();
+    const QRectF page = pageRectInDocument(index);
+    scrollDocumentTo(
+        QPointF(keepX ? visible.left() : document.x(), keepY ? page.top() : document.y()));
+    noteViewChanged();
+}
+
+void PDFView::goToPage(const std::shared_ptr<PDFPage> &page)
+{
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index < 0)
+        return;
+    recordJump();
+    goToPageIndex(index);
+}
+
+void PDFView::goToRect(const QRectF &rect, const std::shared_ptr<PDFPage> &onPage)
+{
+    const int index = onPage ? indexOfPage(onPage.get()) : -1;
+    if (index < 0)
+        return;
+    recordJump();
+    showPageRow(index);
+    const QRectF target = convertRectFromPage(rect, onPage).translated(-QPointF(documentOrigin()));
+    const QRectF visible = m_documentView.visibleRect();
+    const bool showsX = target.left() >= visible.left() && target.right() <= visible.right();
+    const bool showsY = target.top() >= visible.top() && target.bottom() <= visible.bottom();
+    scrollDocumentTo(
+        QPointF(showsX ? visible.left() : target.left(), showsY ? visible.top() : target.top()));
+    noteViewChanged();
+}
+
+void PDFView::goToDestination(const std::shared_ptr<PDFDestination> &destination)
+{
+    const auto page = destination ? destination->page() : nullptr;
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index < 0)
+        return;
+    recordJump();
+    showPageRow(index);
+    const double zoom = destination->zoom();
+    if (zoom != PDFDestination::UnspecifiedValue && zoom > 0)
+        setScaleInternal(zoom, QPointF(0, 0), false);
+    const QPointF point = destination->point();
+    const bool keepX = point.x() == PDFDestination::UnspecifiedValue;
+    const bool keepY = point.y() == PDFDestination::UnspecifiedValue;
+    goToDocumentPoint(index, QPointF(keepX ? 0 : point.x(), keepY ? 0 : point.y()), keepX, keepY);
+}
+
+void PDFView::goToSelection(const std::shared_ptr<PDFSelection> &selection)
+{
+    if (!selection || selection->isEmpty())
+        return;
+    const auto pages = selection->pages();
+    goToRect(selection->boundsForPage(pages.front()), pages.front());
+}
+
+bool PDFView::canGoToPreviousPage() const
+{
+    const auto page = currentPage();
+    return page && m_layout.previousRowPage(indexOfPage(page.get())) >= 0;
+}
+
+bool PDFView::canGoToNextPage() const
+{
+    const auto page = currentPage();
+    return page && m_layout.nextRowPage(indexOfPage(page.get())) >= 0;
+}
+
+void PDFView::goToPreviousPage()
+{
+    const auto page = currentPage();
+    if (page)
+        goToPageIndex(m_layout.previousRowPage(indexOfPage(page.get())));
+}
+
+void PDFView::goToNextPage()
+{
+    const auto page = currentPage();
+    if (page)
+        goToPageIndex(m_layout.nextRowPage(indexOfPage(page.get())));
+}
+
+void PDFView::goToFirstPage()
+{
+    goToPage(pageAt(0));
+}
+
+void PDFView::goToLastPage()
+{
+    goToPage(pageAt(int(m_pages.size()) - 1));
+}
+
+PDFHistory::Entry PDFView::currentHistoryEntry() const
+{
+    const auto destination = currentDestination();
+    if (!destination)
+        return {};
+    return PDFHistory::Entry { destination->page(), destination->point(), m_scale };
+}
+
+void PDFView::recordJump()
+{
+    m_history.recordJump(currentHistoryEntry());
+    NotificationCenter::defaultCenter().post(ChangedHistoryNotification, this);
+}
+
+void PDFView::goToHistoryEntry(const PDFHistory::Entry &entry)
+{
+    const auto page = entry.page.lock();
+    const int index = page ? indexOfPage(page.get()) : -1;
+    if (index < 0)
+        return;
+    showPageRow(index);
+    if (entry.scale > 0)
+        setScaleInternal(entry.scale, QPointF(0, 0), m_autoScales);
+    goToDocumentPoint(index, entry.point, false, false);
+    NotificationCenter::defaultCenter().post(ChangedHistoryNotification, this);
+}
+
+void PDFView::goBack()
+{
+    if (canGoBack())
+        goToHistoryEntry(m_history.goBack(currentHistoryEntry()));
+}
+
+void PDFView::goForward()
+{
+    if (canGoForward())
+        goToHistoryEntry(m_history.goForward(currentHistoryEntry()));
+}
+
+void PDFView::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    if (m_autoScales)
+        applyAutoScale();
+    updateScrollBars();
+    updatePageViews();
+    scheduleRendering();
+    noteViewChanged();
+}
+
+void PDFView::scrollContentsBy(int dx, int dy)
+{
+    if (m_revertingScroll)
+        return;
+    if (dx != 0 && vetoesHorizontalScroll()) {
+        // Undo the bar's move; the nested call this causes is ignored above.
+        m_revertingScroll = true;
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() + dx);
+        m_revertingScroll = false;
+        dx = 0;
+    }
+    if (dx == 0 && dy == 0)
+        return;
+    viewport()->scroll(dx, dy);
+    updatePageViews();
+    scheduleRendering();
+    noteViewChanged();
+}
+
+QRectF PDFDocumentView::bounds() const
+{
+    const QSizeF size = m_view.m_layout.documentSize() * m_view.m_scale;
+    return QRectF(QPointF(0, 0), QSizeF(std::ceil(size.width()), std::ceil(size.height())));
+}
+
+QRectF PDFDocumentView::visibleRect() const
+{
+    return QRectF(-QPointF(m_view.documentOrigin()), QSizeF(m_view.viewport()->size()))
+        .intersected(bounds());
+}
+
+bool PDFDocumentView::scrollRectToVisible(const QRectF &rect)
+{
+    const QRectF visible(-QPointF(m_view.documentOrigin()), QSizeF(m_view.viewport()->size()));
+    double x = visible.left();
+    double y = visible.top();
+    if (rect.left() < visible.left() || rect.width() > visible.width())
+        x = rect.left();
+    else if (rect.right() > visible.right())
+        x = rect.right() - visible.width();
+    if (rect.top() < visible.top() || rect.height() > visible.height())
+        y = rect.top();
+    else if (rect.bottom() > visible.bottom())
+        y = rect.bottom() - visible.height();
+    const int oldX = m_view.horizontalScrollBar()->value();
+    const int oldY = m_view.verticalScrollBar()->value();
+    m_view.scrollDocumentTo(QPointF(x, y) + QPointF(m_view.documentOrigin()) + QPointF(oldX, oldY));
+    return oldX != m_view.horizontalScrollBar()->value()
+        || oldY != m_view.verticalScrollBar()->value();
+}
+
+bool PDFDocumentView::autoscroll(const QPointF &viewPoint)
+{
+    const QRectF view(QPointF(0, 0), QSizeF(m_view.viewport()->size()));
+    const double dx = viewPoint.x() < view.left() ? viewPoint.x() - view.left()
+        : viewPoint.x() > view.right()            ? viewPoint.x() - view.right()
+                                                  : 0;
+    const double dy = viewPoint.y() < view.top() ? viewPoint.y() - view.top()
+        : viewPoint.y() > view.bottom()          ? viewPoint.y() - view.bottom()
+                                                 : 0;
+    if (dx == 0 && dy == 0)
+        return false;
+    return scrollRectToVisible(visibleRect().translated(dx, dy));
+}
+
+QPointF PDFDocumentView::convertPointFromView(const QPointF &point) const
+{
+    return point - QPointF(m_view.documentOrigin());
+}
+
+QPointF PDFDocumentView::convertPointToView(const QPointF &point) const
+{
+    return point + QPointF(m_view.documentOrigin());
+}
+
+QRectF PDFDocumentView::convertRectFromView(const QRectF &rect) const
+{
+    return rect.translated(-QPointF(m_view.documentOrigin()));
+}
+
+QRectF PDFDocumentView::convertRectToView(const QRectF &rect) const
+{
+    return rect.translated(QPointF(m_view.documentOrigin()));
+}

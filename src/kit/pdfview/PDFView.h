@@ -1,0 +1,297 @@
+#pragma once
+
+// A scrolling reader of a PDFDocument: page layout in four display modes, zoom, navigation with
+// history, tiles rendered on worker threads, per-page overlay views, text selection, links and
+// printing. Subclasses run their own gestures in the virtual event handlers and fall back to
+// these. "View" coordinates are the viewport's logical pixels, y down; page space is the
+// engine's (PDF user space, y up). Main thread only.
+
+#include "PDFDocumentView.h"
+#include "PDFHistory.h"
+#include "PDFLayout.h"
+#include "PDFTileCache.h"
+
+#include <kit/engine/PDFDisplayBox.h>
+#include <kit/engine/PageGeometry.h>
+
+#include <QAbstractScrollArea>
+#include <QColor>
+#include <QPointer>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class PDFAction;
+class PDFDestination;
+class PDFDocument;
+class PDFPage;
+class PDFPageRenderSource;
+class PDFPageView;
+class PDFRenderScheduler;
+class PDFSelection;
+class PDFViewDelegate;
+class QPrinter;
+class QVariantAnimation;
+struct PDFTileKey;
+
+class PDFView : public QAbstractScrollArea
+{
+    Q_OBJECT
+
+public:
+    // Posted on NotificationCenter::defaultCenter() with the view as sender.
+    static const QString DocumentChangedNotification; // "PDFViewDocumentChangedNotification"
+    static const QString PageChangedNotification; // "PDFViewPageChangedNotification"
+    static const QString ScaleChangedNotification; // "PDFViewScaleChangedNotification"
+    static const QString DisplayModeChangedNotification; // "PDFViewDisplayModeChangedNotification"
+    static const QString DisplayBoxChangedNotification; // "PDFViewDisplayBoxChangedNotification"
+    static const QString ChangedHistoryNotification; // "PDFViewChangedHistoryNotification"
+    static const QString SelectionChangedNotification; // "PDFViewSelectionChangedNotification"
+
+    enum DisplayMode {
+        SinglePage = PDFLayout::SinglePage,
+        SinglePageContinuous = PDFLayout::SinglePageContinuous,
+        TwoUp = PDFLayout::TwoUp,
+        TwoUpContinuous = PDFLayout::TwoUpContinuous,
+    };
+    // Bits of areaOfInterestForMouse.
+    enum AreaOfInterest {
+        NoArea = 0,
+        PageArea = 1,
+        TextArea = 2,
+        LinkArea = 8,
+    };
+
+    explicit PDFView(QWidget *parent = nullptr);
+    ~PDFView() override;
+
+    std::shared_ptr<PDFDocument> document() const { return m_document; }
+    // Shows the document from its first page, or nothing for null; posts the document-changed
+    // notification.
+    virtual void setDocument(const std::shared_ptr<PDFDocument> &document);
+    // Not owned; the owner clears it before it goes away.
+    void setDelegate(PDFViewDelegate *delegate) { m_delegate = delegate; }
+    PDFViewDelegate *delegate() const { return m_delegate; }
+
+    // Layout.
+    int displayMode() const { return m_layout.displayMode(); }
+    virtual void setDisplayMode(int mode);
+    bool displaysPageBreaks() const { return m_layout.displaysPageBreaks(); }
+    virtual void setDisplaysPageBreaks(bool breaks);
+    bool displaysAsBook() const { return m_layout.displaysAsBook(); }
+    virtual void setDisplaysAsBook(bool asBook);
+    PDFDisplayBox displayBox() const { return m_displayBox; }
+    virtual void setDisplayBox(PDFDisplayBox box);
+    QColor backgroundColor() const { return m_backgroundColor; }
+    void setBackgroundColor(const QColor &color);
+    // Lays the pages out again after pages were added, removed or rotated.
+    void layoutDocumentView();
+    PDFDocumentView &documentView() { return m_documentView; }
+    const PDFDocumentView &documentView() const { return m_documentView; }
+
+    // Scale: view pixels per point.
+    double scaleFactor() const { return m_scale; }
+    virtual void setScaleFactor(double scale);
+    // Zooms keeping the page point under viewPoint in place.
+    void setScaleFactor(double scale, const QPointF &viewPoint);
+    double minScaleFactor() const { return m_minScale; }
+    double maxScaleFactor() const { return m_maxScale; }
+    void setMinScaleFactor(double scale);
+    void setMaxScaleFactor(double scale);
+    // Fits the width of the pages to the view, also after every resize; a scale set by other
+    // means ends it.
+    bool autoScales() const { return m_autoScales; }
+    void setAutoScales(bool autoScales);
+    bool canZoomIn() const;
+    bool canZoomOut() const;
+    virtual void zoomIn();
+    virtual void zoomOut();
+    // The fixed zoom steps, ascending.
+    static const std::vector<double> &zoomSteps();
+
+    // Navigation.
+    std::shared_ptr<PDFPage> currentPage() const;
+    // The page and page point at the top left of the visible area, with the scale as zoom.
+    std::shared_ptr<PDFDestination> currentDestination() const;
+    virtual void goToPage(const std::shared_ptr<PDFPage> &page);
+    virtual void goToRect(const QRectF &rect, const std::shared_ptr<PDFPage> &onPage);
+    virtual void goToDestination(const std::shared_ptr<PDFDestination> &destination);
+    virtual void goToSelection(const std::shared_ptr<PDFSelection> &selection);
+    bool canGoToPreviousPage() const;
+    bool canGoToNextPage() const;
+    virtual void goToPreviousPage();
+    virtual void goToNextPage();
+    virtual void goToFirstPage();
+    virtual void goToLastPage();
+    bool canGoBack() const { return m_history.canGoBack(); }
+    bool canGoForward() const { return m_history.canGoForward(); }
+    virtual void goBack();
+    virtual void goForward();
+    // Laid-out pages that show in the view, in page order.
+    std::vector<std::shared_ptr<PDFPage>> visiblePages() const;
+    // The page under a view point; with nearest, the closest page even between or beside pages.
+    std::shared_ptr<PDFPage> pageForPoint(const QPointF &point, bool nearest) const;
+    int areaOfInterestForMouse(const QMouseEvent *event) const;
+    int areaOfInterestForPoint(const QPointF &viewPoint) const;
+
+    // View point or rect to and from a page's space.
+    QPointF convertPointToPage(const QPointF &point, const std::shared_ptr<PDFPage> &page) const;
+    QPointF convertPointFromPage(const QPointF &point, const std::shared_ptr<PDFPage> &page) const;
+    QRectF convertRectToPage(const QRectF &rect, const std::shared_ptr<PDFPage> &page) const;
+    QRectF convertRectFromPage(const QRectF &rect, const std::shared_ptr<PDFPage> &page) const;
+
+    // Text selection.
+    std::shared_ptr<PDFSelection> currentSelection() const { return m_selection; }
+    void setCurrentSelection(const std::shared_ptr<PDFSelection> &selection, bool animate = false);
+    void clearSelection();
+    void selectAll();
+    // Puts the selected text on the clipboard.
+    void copy();
+
+    // The page's content changed (annotations added, removed, edited or hidden): its display
+    // list and tiles are rendered again; other pages are untouched.
+    virtual void annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page);
+    // Runs a link's or outline's action: destinations jump with history, URLs open.
+    virtual void performAction(const std::shared_ptr<PDFAction> &action);
+
+    // The print dialog, then every page the printer is asked for, rendered by the engine at the
+    // printer's resolution. printInfo null: a new default printer. autoRotate turns landscape
+    // pages to fit portrait paper and back.
+    void printWithInfo(QPrinter *printInfo, bool autoRotate);
+    // The same without a dialog. False when nothing could be printed.
+    bool printToPrinter(QPrinter &printer, bool autoRotate);
+
+    // The visible part of the laid-out pages is drawn from exact tiles only.
+    bool isVisibleAreaRendered() const;
+    // The page view over a laid-out page, null when it has none (far from view).
+    QWidget *pageViewForPage(const std::shared_ptr<PDFPage> &page) const;
+    // Work of the renderer, for tests and benchmarks.
+    PDFRenderScheduler *renderScheduler() const { return m_scheduler; }
+    PDFTileCache &tileCache() { return m_tiles; }
+
+signals:
+    // Every exact tile of the visible area is drawn (after a change of position, scale or
+    // content).
+    void visibleAreaRendered();
+
+protected:
+    // Draws one page into painter, whose coordinates are the view's, clipped to the page's rect
+    // there. The default draws the rendered tiles; overrides may paint around a call to it.
+    virtual void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter);
+    // Concatenates page space to the view's coordinates of the page onto the painter.
+    void transformContextForPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) const;
+    // The action of the link under a page point, null without one. The engine's links come as
+    // annotations; subclasses that know them answer here.
+    virtual std::shared_ptr<PDFAction> linkActionAtPoint(
+        const std::shared_ptr<PDFPage> &page, const QPointF &pagePoint) const;
+    // While true, changes of the horizontal scroll position are refused.
+    virtual bool vetoesHorizontalScroll() const { return false; }
+
+    // Event handlers, all overridable; the defaults scroll, zoom, select text and follow links.
+    bool viewportEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    friend class PDFDocumentView;
+    struct RenderState
+    {
+        std::shared_ptr<PDFPageRenderSource> source;
+        quint64 pageRevision = 0;
+        quint64 generation = 0; // raised by annotationsChangedOnPage
+        bool failed = false;
+        quint64 failedRevision = 0;
+    };
+
+    // Layout and geometry (PDFView.cpp).
+    int indexOfPage(const PDFPage *page) const;
+    std::shared_ptr<PDFPage> pageAt(int index) const;
+    void reloadPageSizes();
+    void relayout();
+    void updateScrollBars();
+    QPoint documentOrigin() const; // canvas origin in view coordinates
+    QRect pageRectInView(int index) const;
+    QRectF pageRectInDocument(int index) const;
+    QPointF pagePointForView(int index, const QPointF &viewPoint) const;
+    QPointF viewPointForPage(int index, const QPointF &pagePoint) const;
+    void scrollDocumentTo(const QPointF &documentPoint);
+    void showPageRow(int index);
+    void goToPageIndex(int index);
+    void goToDocumentPoint(int index, const QPointF &pagePoint, bool keepX, bool keepY);
+    void applyAutoScale();
+    void setScaleInternal(double scale, const QPointF &viewPoint, bool fromAutoScale);
+    void noteViewChanged();
+    void recordJump();
+    void goToHistoryEntry(const PDFHistory::Entry &entry);
+    PDFHistory::Entry currentHistoryEntry() const;
+
+    // Drawing and rendering (PDFView+Drawing.cpp).
+    double devicePixelsPerPoint() const;
+    quint64 tileRevision(const PDFPage *page);
+    RenderState &renderState(const std::shared_ptr<PDFPage> &page);
+    QSize pagePixels(int index, double devicePixelsPerPoint) const;
+    void drawPageFrame(QPainter &painter, const QRect &rect) const;
+    void drawTiles(int index, QPainter &painter);
+    void drawSelection(int index, QPainter &painter) const;
+    void drawErrorMark(QPainter &painter, const QRect &pageRect) const;
+    void scheduleRendering();
+    void updateRenderRequests();
+    void tileFinished(const PDFTileKey &key, const QImage &image);
+    void pageFailed(const void *page, quint64 revision);
+    bool visibleTilesComplete(bool *complete = nullptr);
+    void updatePageViews();
+    void removeAllPageViews();
+
+    // Input (PDFView+Event.cpp).
+    bool scrollByKey(int dy, bool pageStep);
+    void beginSelection(int index, const QPointF &pagePoint, bool extend);
+    void extendSelectionTo(const QPointF &viewPoint);
+    void activateLink(const std::shared_ptr<PDFAction> &action);
+    void updateCursor(const QPointF &viewPoint, Qt::KeyboardModifiers modifiers);
+
+    std::shared_ptr<PDFDocument> m_document;
+    PDFViewDelegate *m_delegate = nullptr;
+    std::vector<std::shared_ptr<PDFPage>> m_pages; // as laid out
+    std::vector<PageGeometry> m_geometries; // of m_pages, in the display box
+    std::unordered_map<const PDFPage *, int> m_pageIndexes;
+    PDFLayout m_layout;
+    PDFDocumentView m_documentView { *this };
+    PDFDisplayBox m_displayBox = PDFDisplayBox::CropBox;
+    QColor m_backgroundColor { 128, 128, 128 };
+    double m_scale = 1.0;
+    double m_minScale = 0.1;
+    double m_maxScale = 10.0;
+    bool m_autoScales = false;
+    int m_postedPage = -1;
+    PDFHistory m_history;
+
+    PDFRenderScheduler *m_scheduler = nullptr;
+    PDFTileCache m_tiles;
+    std::unordered_map<const PDFPage *, RenderState> m_renderStates;
+    QTimer m_renderTimer;
+    bool m_visibleComplete = false;
+    std::map<int, QPointer<PDFPageView>> m_pageViews;
+
+    std::shared_ptr<PDFSelection> m_selection;
+    std::weak_ptr<PDFPage> m_selectionAnchorPage;
+    QPointF m_selectionAnchorPoint;
+    bool m_selecting = false;
+    quint64 m_lastDoubleClickTime = 0;
+    QPointF m_lastDoubleClickPoint;
+    std::shared_ptr<PDFAction> m_pressedLink;
+    QPointF m_pressPoint;
+    QPointer<QVariantAnimation> m_selectionAnimation;
+    double m_selectionEmphasis = 0;
+    bool m_revertingScroll = false;
+};
