@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QToolTip>
+#include <QVariantAnimation>
 
 #include <algorithm>
 #include <cmath>
@@ -38,6 +39,7 @@ constexpr double kCloseButtonSize = 18;
 constexpr double kCloseButtonInset = 8;
 constexpr double kNewTabButtonSize = 28;
 constexpr double kNewTabButtonGap = 6;
+constexpr int kSlideDurationMs = 150;
 
 QPainterPath selectedTabShape(const QRectF &r)
 {
@@ -70,6 +72,13 @@ TabStripView::TabStripView(TabStripModel *model, QWidget *parent)
     setFixedHeight(kStripHeight);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    m_slide = new QVariantAnimation(this);
+    m_slide->setStartValue(0.0);
+    m_slide->setEndValue(1.0);
+    m_slide->setDuration(kSlideDurationMs);
+    m_slide->setEasingCurve(QEasingCurve::OutCubic);
+    connect(m_slide, &QVariantAnimation::valueChanged, this, [this] { update(); });
+    connect(m_slide, &QVariantAnimation::finished, this, [this] { m_slideFrom.clear(); });
     if (m_model)
         m_model->addObserver(this);
     NotificationCenter::qkCenter().addObserver(this, QKThemeProvider::QKThemeDidChangeNotification,
@@ -116,6 +125,11 @@ QRect TabStripView::tabRectAt(int index) const
 QRectF TabStripView::drawnTabRect(int index) const
 {
     QRectF rect = tabRectF(index);
+    if (const TabContents *contents = m_model ? m_model->getTabContentsAtIndex(index) : nullptr) {
+        const auto offset = m_slideFrom.constFind(contents);
+        if (offset != m_slideFrom.constEnd())
+            rect.translate(*offset * (1.0 - m_slide->currentValue().toDouble()), 0);
+    }
     if (m_dragging && m_pressContents && m_model->getTabContentsAtIndex(index) == m_pressContents) {
         const Layout l = layout();
         const double maxX = l.left + (m_model->count() - 1) * l.tabWidth;
@@ -146,8 +160,13 @@ QRect TabStripView::closeButtonRectAt(int index) const
 QRect TabStripView::newTabButtonRect() const
 {
     const int count = m_model ? m_model->count() : 0;
-    const double x = kStripMargin + count * layout().tabWidth + kNewTabButtonGap
-        + (count > 0 ? kFootRadius : 0);
+    double tabsRight = kStripMargin + count * layout().tabWidth;
+    // While tabs glide back after a close, the button keeps clear of them.
+    for (int i = 0; !m_slideFrom.isEmpty() && i < count; ++i) {
+        if (!(m_dragging && m_model->getTabContentsAtIndex(i) == m_pressContents))
+            tabsRight = std::max(tabsRight, drawnTabRect(i).right());
+    }
+    const double x = tabsRight + kNewTabButtonGap + (count > 0 ? kFootRadius : 0);
     const double y = kTabTop + (height() - kTabTop - kNewTabButtonSize) / 2;
     return QRectF(x, y, kNewTabButtonSize, kNewTabButtonSize).toAlignedRect();
 }
@@ -189,6 +208,9 @@ void TabStripView::paintEvent(QPaintEvent *)
             paintTab(painter, selected, drawnTabRect(selected));
         if (dragged >= 0)
             paintTab(painter, dragged, drawnTabRect(dragged));
+        m_shownLefts.clear();
+        for (int i = 0; i < m_model->count(); ++i)
+            m_shownLefts.insert(m_model->getTabContentsAtIndex(i), drawnTabRect(i).left());
     }
     paintNewTabButton(painter);
 }
@@ -474,6 +496,28 @@ void TabStripView::leaveEvent(QEvent *event)
     update();
 }
 
+void TabStripView::slideFromShownPlaces()
+{
+    // Each tab starts where it was last drawn and glides to its new place; the dragged tab stays
+    // under the pointer.
+    QHash<const TabContents *, double> from;
+    for (int i = 0; m_model && i < m_model->count(); ++i) {
+        const TabContents *contents = m_model->getTabContentsAtIndex(i);
+        const auto shown = m_shownLefts.constFind(contents);
+        if (shown == m_shownLefts.constEnd() || (m_dragging && contents == m_pressContents))
+            continue;
+        const double distance = *shown - tabRectF(i).left();
+        if (std::abs(distance) >= 0.5)
+            from.insert(contents, distance);
+    }
+    m_slide->stop();
+    m_slideFrom = from;
+    if (!m_slideFrom.isEmpty() && isVisible())
+        m_slide->start();
+    else
+        m_slideFrom.clear();
+}
+
 void TabStripView::tabInsertedAt(TabContents *, int, bool)
 {
     update();
@@ -483,6 +527,8 @@ void TabStripView::tabDetachedAt(TabContents *contents, int)
 {
     if (contents == m_pressContents)
         endDrag();
+    m_shownLefts.remove(contents);
+    slideFromShownPlaces();
     m_hoverIndex = -1;
     update();
 }
@@ -494,6 +540,7 @@ void TabStripView::tabSelectedAt(TabContents *, TabContents *, int, bool)
 
 void TabStripView::tabMoved(TabContents *, int, int)
 {
+    slideFromShownPlaces();
     update();
 }
 
@@ -517,6 +564,9 @@ void TabStripView::tabStripEmpty()
 void TabStripView::tabStripModelDeleted(TabStripModel *)
 {
     m_model = nullptr;
+    m_slide->stop();
+    m_slideFrom.clear();
+    m_shownLefts.clear();
     m_dragging = false;
     update();
 }

@@ -6,11 +6,13 @@
 
 #include "TabStripModelObserver.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
 class TabContents;
 class TabStripModel;
+class QVariantAnimation;
 
 class TabStripView : public QWidget, private TabStripModelObserver
 {
@@ -72,6 +74,7 @@ private:
     void paintCloseButton(
         QPainter &painter, const QRectF &rect, bool hovered, bool pressed, bool selected) const;
     void paintNewTabButton(QPainter &painter) const;
+    void slideFromShownPlaces();
     void updateHover(QPoint point);
     void dragTo(double pointerX);
     void endDrag();
@@ -93,4 +96,10 @@ private:
     double m_grabOffset = 0;
     bool m_dragging = false;
     double m_dragX = 0;
+
+    // Left edges of the tabs as last painted, and the distances tabs glide back over after a
+    // move or a close.
+    QHash<const TabContents *, double> m_shownLefts;
+    QHash<const TabContents *, double> m_slideFrom;
+    QVariantAnimation *m_slide = nullptr;
 };
