@@ -1,11 +1,19 @@
 // A separate process for the document tests.
 //   document_helper set-xattr FILE NAME_LENGTH   sets an attribute with a name of that many bytes
 //   document_helper get-xattr FILE NAME_LENGTH   reads it; prints its bytes
+//   document_helper document-init-url            calls an initialiser FDDocument forbids
+//   document_helper document-init-data           the same for bytes
+//   document_helper save-loop FILE               adds and removes a last page in turn and saves,
+//                                                forever, printing "saved" after each save
 
+#include <app/Alert.h>
 #include <document/Common.h>
+#include <document/FDDocument.h>
+#include <document/FDPage.h>
+#include <document/PDFSavingService.h>
 
 #include <QCoreApplication>
-#include <QTextStream>
+#include <QUrl>
 
 #include <cstdio>
 
@@ -24,16 +32,63 @@ int attributeCommand(const QStringList &arguments)
     return 0;
 }
 
+int forbiddenInitialiser(const QString &command)
+{
+    auto document = std::make_shared<FDDocument>();
+    if (command == QLatin1String("document-init-url"))
+        document->initWithURL(QUrl::fromLocalFile(QStringLiteral("/tmp/any.pdf")));
+    else
+        document->initWithData(QByteArray("%PDF-1.7"));
+    return 0;
+}
+
+// Each round changes the page count by one and waits for the save to end.
+int saveLoop(QCoreApplication &application, const QString &path)
+{
+    Alert::setHandlerForTesting([](const AlertRequest &request) {
+        std::fprintf(stderr, "alert: %s\n", qPrintable(request.messageText));
+        return 1000;
+    });
+    auto document = std::make_shared<FDDocument>();
+    if (!document->initWithURL(QUrl::fromLocalFile(path), {})) {
+        std::fprintf(stderr, "cannot open %s\n", qPrintable(path));
+        return 1;
+    }
+    const int pageCount = document->pageCount();
+    for (;;) {
+        if (document->pageCount() == pageCount) {
+            auto page = std::make_shared<FDPage>();
+            page->init();
+            document->insertPage(page, pageCount);
+        } else {
+            document->removePageAtIndex(pageCount);
+        }
+        document->save();
+        while (PDFSavingService::shared().numberOfTasks() > 0)
+            application.processEvents(QEventLoop::WaitForMoreEvents);
+        std::puts("saved");
+        std::fflush(stdout);
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = application.arguments();
+    const QString command = arguments.value(1);
     if (arguments.size() == 4
-        && (arguments.at(1) == QLatin1String("set-xattr")
-            || arguments.at(1) == QLatin1String("get-xattr")))
+        && (command == QLatin1String("set-xattr") || command == QLatin1String("get-xattr")))
         return attributeCommand(arguments);
-    std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH\n", stderr);
+    if (arguments.size() == 2
+        && (command == QLatin1String("document-init-url")
+            || command == QLatin1String("document-init-data")))
+        return forbiddenInitialiser(command);
+    if (arguments.size() == 3 && command == QLatin1String("save-loop"))
+        return saveLoop(application, arguments.at(2));
+    std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | document-init-url "
+               "| document-init-data | save-loop FILE\n",
+        stderr);
     return 2;
 }
