@@ -3,12 +3,14 @@
 #include "PDFView.h"
 #include "PDFViewDelegate.h"
 
+#include <kit/base/Geometry.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/Pasteboard.h>
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFActionGoTo.h>
 #include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFActionURL.h>
+#include <kit/engine/PDFAnnotationLink.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
@@ -24,8 +26,19 @@
 #include <cmath>
 
 std::shared_ptr<PDFAction> PDFView::linkActionAtPoint(
-    const std::shared_ptr<PDFPage> &, const QPointF &) const
+    const std::shared_ptr<PDFPage> &page, const QPointF &pagePoint) const
 {
+    if (!page)
+        return nullptr;
+    // The topmost link wins, as it does on screen.
+    const auto &annotations = page->annotations();
+    for (auto it = annotations.rbegin(); it != annotations.rend(); ++it) {
+        const auto link = std::dynamic_pointer_cast<PDFAnnotationLink>(*it);
+        if (link && Geometry::pointInRect(pagePoint, link->bounds())) {
+            if (auto action = link->action())
+                return action;
+        }
+    }
     return nullptr;
 }
 
@@ -178,7 +191,7 @@ void PDFView::mousePressEvent(QMouseEvent *event)
     const QPointF point = convertPointToPage(event->position(), page);
     // A press soon after a double click, where it was, is the third click: the line.
     const quint64 interval = quint64(QGuiApplication::styleHints()->mouseDoubleClickInterval());
-    if (event->timestamp() - m_lastDoubleClickTime <= interval
+    if (m_lastDoubleClickTime != 0 && event->timestamp() - m_lastDoubleClickTime <= interval
         && (event->position() - m_lastDoubleClickPoint).manhattanLength() < 6) {
         m_lastDoubleClickTime = 0;
         setCurrentSelection(page->selectionForLineAtPoint(point));

@@ -257,7 +257,8 @@ std::shared_ptr<PDFPage> PDFView::currentPage() const
         const int index = indexOfPage(page.get());
         const QRect shown = pageRectInView(index).intersected(view);
         const qint64 area = qint64(shown.width()) * shown.height();
-        if (area > bestArea) {
+        // On a tie (the two pages of a spread) the page already current stays current.
+        if (area > bestArea || (area == bestArea && index == m_currentHint)) {
             bestArea = area;
             best = index;
         }
@@ -289,6 +290,7 @@ void PDFView::noteViewChanged()
 {
     const auto page = currentPage();
     const int index = page ? indexOfPage(page.get()) : -1;
+    m_currentHint = index;
     if (index == m_postedPage)
         return;
     m_postedPage = index;
@@ -483,6 +485,7 @@ void PDFView::goToPageIndex(int index)
     const QRectF visible = m_documentView.visibleRect();
     const bool showsX = rect.left() >= visible.left() && rect.right() <= visible.right();
     scrollDocumentTo(QPointF(showsX ? visible.left() : rect.left() - margin, rect.top() - margin));
+    m_currentHint = index;
     noteViewChanged();
 }
 

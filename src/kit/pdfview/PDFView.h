@@ -183,8 +183,7 @@ protected:
     virtual void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter);
     // Concatenates page space to the view's coordinates of the page onto the painter.
     void transformContextForPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) const;
-    // The action of the link under a page point, null without one. The engine's links come as
-    // annotations; subclasses that know them answer here.
+    // The action of the topmost link annotation under a page point, null without one.
     virtual std::shared_ptr<PDFAction> linkActionAtPoint(
         const std::shared_ptr<PDFPage> &page, const QPointF &pagePoint) const;
     // While true, changes of the horizontal scroll position are refused.
@@ -274,6 +273,7 @@ private:
     double m_maxScale = 10.0;
     bool m_autoScales = false;
     int m_postedPage = -1;
+    int m_currentHint = -1; // wins a tie for the current page: the page last current or gone to
     PDFHistory m_history;
 
     PDFRenderScheduler *m_scheduler = nullptr;

@@ -1,0 +1,263 @@
+// Tiles as the reader sees them, at a device pixel ratio of 2: they arrive from the workers and
+// match the engine's own rendering pixel for pixel, a page edit re-renders that page only, a zoom
+// shows stretched tiles until sharp ones come, a page that cannot render shows blank with a mark
+// and a warning, and the cache stays within its pixel budget.
+
+#include "support/PdfFixtures.h"
+
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/pdfview/PDFRenderScheduler.h>
+#include <kit/pdfview/PDFTileCache.h>
+#include <kit/pdfview/PDFView.h>
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// Two pages: a blue square, then a page whose image is too large to draw.
+QByteArray brokenPdf()
+{
+    const QList<QByteArray> objects = {
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 2 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 5 0 R >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Resources << /XObject << /X 6 0 R "
+        ">> >> /Contents 7 0 R >>",
+        "<< /Length 24 >>\nstream\n0 0 1 rg 0 0 50 50 re f\nendstream",
+        "<< /Type /XObject /Subtype /Image /Width 100000 /Height 100000 /ColorSpace /DeviceRGB "
+        "/BitsPerComponent 8 /Length 3 >>\nstream\nabc\nendstream",
+        "<< /Length 28 >>\nstream\nq 200 0 0 200 0 0 cm /X Do Q\nendstream",
+    };
+    QByteArray out = "%PDF-1.7\n";
+    QList<qsizetype> offsets;
+    for (int i = 0; i < objects.size(); ++i) {
+        offsets.append(out.size());
+        out += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const qsizetype xref = out.size();
+    out += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
+    for (const qsizetype offset : offsets)
+        out += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    out += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
+        + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+    return out;
+}
+
+QImage viewImage(PDFView &view)
+{
+    return view.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+bool hasDarkPixel(const QImage &image, const QRect &rect)
+{
+    const QRect area = rect.intersected(image.rect());
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            if (qGray(image.pixel(x, y)) < 100)
+                return true;
+    return false;
+}
+
+// Standard output into a file while alive, for the view's log lines.
+class CapturedOutput
+{
+public:
+    explicit CapturedOutput(const QString &path)
+        : m_path(path)
+    {
+        std::fflush(stdout);
+        m_saved = dup(STDOUT_FILENO);
+        const int file = ::open(path.toLocal8Bit().constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(file, STDOUT_FILENO);
+        ::close(file);
+    }
+    ~CapturedOutput() { restore(); }
+    QByteArray text()
+    {
+        restore();
+        QFile file(m_path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+private:
+    void restore()
+    {
+        if (m_saved < 0)
+            return;
+        std::fflush(stdout);
+        dup2(m_saved, STDOUT_FILENO);
+        ::close(m_saved);
+        m_saved = -1;
+    }
+    QString m_path;
+    int m_saved = -1;
+};
+
+} // namespace
+
+class PDFRenderingTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    std::shared_ptr<PDFDocument> m_document;
+
+    void show(PDFView &view, const std::shared_ptr<PDFDocument> &document, double scale)
+    {
+        view.resize(700, 500);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setDocument(document);
+        view.setScaleFactor(scale);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        const QString path = m_dir.filePath(QStringLiteral("standard.pdf"));
+        QVERIFY(PdfFixtures::write(PdfFixtures::standard(), path));
+        m_document = std::make_shared<PDFDocument>();
+        QVERIFY(m_document->initWithURL(QUrl::fromLocalFile(path)));
+    }
+
+    void tilesMatchTheEngineAtTheDevicePixelRatio()
+    {
+        PDFView view;
+        show(view, m_document, 1.0);
+        QCOMPARE(view.viewport()->devicePixelRatioF(), 2.0);
+        QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        QVERIFY(!tiles.isEmpty());
+        for (const auto &arguments : std::as_const(tiles))
+            QCOMPARE(arguments.at(0).value<PDFTileKey>().devicePixelsPerPoint(), 2.0);
+
+        const auto page = m_document->pageAtIndex(0);
+        const QRect rect
+            = view.convertRectFromPage(page->boundsForBox(PDFDisplayBox::CropBox), page).toRect();
+        QImage shown = viewImage(view).copy(QRect(rect.topLeft() * 2, QSize(1000, 900)));
+        shown.setDevicePixelRatio(1);
+        const QImage engine = page->imageForBox(PDFDisplayBox::CropBox, QSize(1224, 1584))
+                                  .convertToFormat(QImage::Format_RGB32)
+                                  .copy(0, 0, 1000, 900);
+        QCOMPARE(shown, engine);
+    }
+
+    void anEditRendersOnlyItsPageAgain()
+    {
+        PDFView view;
+        show(view, m_document, 0.4);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const auto visible = view.visiblePages();
+        QVERIFY(visible.size() >= 2);
+        const auto edited = visible[1];
+        QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
+        QSignalSpy rendered(&view, &PDFView::visibleAreaRendered);
+        view.annotationsChangedOnPage(edited);
+        QVERIFY(!view.isVisibleAreaRendered());
+        QVERIFY(rendered.wait());
+        QVERIFY(!tiles.isEmpty());
+        for (const auto &arguments : std::as_const(tiles))
+            QCOMPARE(
+                arguments.at(0).value<PDFTileKey>().page, static_cast<const void *>(edited.get()));
+    }
+
+    void zoomShowsStretchedTilesUntilSharpOnesArrive()
+    {
+        PDFView view;
+        show(view, m_document, 0.5);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const auto page = m_document->pageAtIndex(0);
+        view.setScaleFactor(1.0, QPointF(0, 0));
+        const QRectF line = view.convertRectFromPage(QRectF(72, 712, 260, 14), page);
+        QVERIFY(!view.isVisibleAreaRendered());
+        QVERIFY2(
+            hasDarkPixel(viewImage(view), QRectF(line.topLeft() * 2, line.size() * 2).toRect()),
+            "the page is not blank while it renders");
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+    }
+
+    void aPageThatCannotRenderShowsBlankWithAMark()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("broken.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(brokenPdf());
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        QCOMPARE(document->pageCount(), 2);
+
+        CapturedOutput output(m_dir.filePath(QStringLiteral("log.txt")));
+        PDFView view;
+        show(view, document, 1.0);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const QByteArray log = output.text();
+        QCOMPARE(log.count("[WARN] "), 1);
+        QVERIFY(log.contains("Page 2"));
+
+        const QImage image = viewImage(view);
+        const auto good = document->pageAtIndex(0);
+        const auto bad = document->pageAtIndex(1);
+        const QRect goodRect
+            = view.convertRectFromPage(good->boundsForBox(PDFDisplayBox::CropBox), good).toRect();
+        const QRect badRect
+            = view.convertRectFromPage(bad->boundsForBox(PDFDisplayBox::CropBox), bad).toRect();
+        // The square of the first page, a red mark at the corner of the second, white beside it.
+        QCOMPARE(image.pixelColor((goodRect.bottomLeft() + QPoint(10, -10)) * 2), QColor(Qt::blue));
+        const QColor mark = image.pixelColor((badRect.topLeft() + QPoint(13, 8)) * 2);
+        QVERIFY(mark.red() > 150 && mark.green() < 100);
+        QCOMPARE(image.pixelColor(badRect.center() * 2), QColor(Qt::white));
+    }
+
+    void cacheStaysWithinItsBudgetAndOffersNearestStandIns()
+    {
+        PDFTileCache cache(3 * 100 * 100);
+        const int page = 0;
+        const auto key = [&page](int column, qint64 scale, quint64 revision = 1) {
+            return PDFTileKey { &page, revision, scale, column, 0 };
+        };
+        const QImage image(100, 100, QImage::Format_ARGB32_Premultiplied);
+        cache.insert(key(0, 1000000), image);
+        cache.insert(key(1, 1000000), image);
+        cache.insert(key(2, 1000000), image);
+        QVERIFY(cache.find(key(0, 1000000)));
+        cache.insert(key(3, 1000000), image);
+        QCOMPARE(cache.pixelCount(), qint64(3 * 100 * 100));
+        QVERIFY2(!cache.contains(key(1, 1000000)), "the least recently used tile goes first");
+        QVERIFY(cache.contains(key(0, 1000000)));
+
+        cache.clear();
+        cache.setPixelBudget(10 * 100 * 100);
+        cache.insert(key(0, 500000), image);
+        cache.insert(key(0, 4000000), image);
+        cache.insert(key(0, 1500000, 0), image);
+        cache.insert(key(0, 1500000), image);
+        const auto standIns = cache.standIns(&page, 1, 2000000);
+        QCOMPARE(standIns.size(), size_t(4));
+        QCOMPARE(standIns.back().key.scale, qint64(1500000));
+        QCOMPARE(standIns.back().key.revision, quint64(1));
+        QCOMPARE(standIns.front().key.revision, quint64(0));
+        cache.removeOtherRevisions(&page, 1);
+        QCOMPARE(cache.tileCount(), 3);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    qputenv("QT_SCALE_FACTOR", "2");
+    QApplication app(argc, argv);
+    PDFRenderingTest test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "PDFRenderingTest.moc"

@@ -1,0 +1,414 @@
+// The reading view as a user meets it: where pages sit and how points convert on cropped and
+// rotated pages, zoom, history, keys, text selection with the mouse, links, page views and
+// printing. Real documents written by the fixtures, real widgets on the offscreen platform.
+
+#include "support/PdfFixtures.h"
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFSelection.h>
+#include <kit/pdfview/PDFView.h>
+#include <kit/pdfview/PDFViewDelegate.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QPrinter>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWheelEvent>
+
+namespace {
+
+struct Recorder : PDFViewDelegate
+{
+    QList<QUrl> urls;
+    QList<int> added;
+    QList<int> removed;
+    QList<QWidget *> views;
+    void PDFViewWillClickOnLink(PDFView *, const QUrl &url) override { urls.append(url); }
+    void pdfViewDidAddView(
+        PDFView *, QWidget *view, const std::shared_ptr<PDFPage> &, int index) override
+    {
+        added.append(index);
+        views.append(view);
+    }
+    void pdfViewWillRemoveView(
+        PDFView *, QWidget *view, const std::shared_ptr<PDFPage> &, int index) override
+    {
+        removed.append(index);
+        views.removeAll(view);
+    }
+};
+
+QPoint center(const QRectF &rect)
+{
+    return rect.center().toPoint();
+}
+
+} // namespace
+
+class PDFViewTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    std::shared_ptr<PDFDocument> open(const PdfFixtures::Document &fixture, const QString &name)
+    {
+        const QString path = m_dir.filePath(name);
+        if (!QFile::exists(path) && !PdfFixtures::write(fixture, path))
+            return nullptr;
+        auto document = std::make_shared<PDFDocument>();
+        return document->initWithURL(QUrl::fromLocalFile(path)) ? document : nullptr;
+    }
+    std::shared_ptr<PDFDocument> standard()
+    {
+        return open(PdfFixtures::standard(), "standard.pdf");
+    }
+    std::shared_ptr<PDFDocument> text(int pages)
+    {
+        return open(PdfFixtures::textPages(pages, 10, 0), QStringLiteral("text%1.pdf").arg(pages));
+    }
+    static void show(PDFView &view, const std::shared_ptr<PDFDocument> &document, double scale)
+    {
+        view.resize(800, 600);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setDocument(document);
+        view.setScaleFactor(scale);
+    }
+    // The view point of the middle of a character of the page's text.
+    static QPoint characterPoint(PDFView &view, const std::shared_ptr<PDFPage> &page,
+        const QString &word, int offset = 0, double dx = 0)
+    {
+        const int index = page->string().indexOf(word) + offset;
+        const QRectF bounds = page->characterBoundsAtIndex(index);
+        return view.convertPointFromPage(bounds.center() + QPointF(dx * bounds.width(), 0), page)
+            .toPoint();
+    }
+
+private slots:
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+
+    void conversionsOnCroppedAndRotatedPages_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QPointF>("corner"); // the box's lower-left corner in page space
+        QTest::addColumn<int>("shownCorner"); // where it shows: 0 bottom-left, 1 top-left, ...
+        QTest::newRow("cropped") << 1 << QPointF(10, 20) << 0;
+        QTest::newRow("rotated 90") << 2 << QPointF(0, 0) << 1;
+        QTest::newRow("rotated 180") << 3 << QPointF(0, 0) << 2;
+        QTest::newRow("rotated 270") << 4 << QPointF(0, 0) << 3;
+    }
+    void conversionsOnCroppedAndRotatedPages()
+    {
+        QFETCH(int, index);
+        QFETCH(QPointF, corner);
+        QFETCH(int, shownCorner);
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        const auto page = document->pageAtIndex(index);
+        view.goToPage(page);
+        const QRectF box = page->boundsForBox(PDFDisplayBox::CropBox);
+        const QRectF rect = view.convertRectFromPage(box, page);
+        const bool turned = page->rotation() % 180 != 0;
+        QCOMPARE(rect.size(), (turned ? box.size().transposed() : box.size()) * 0.5);
+        const QPointF corners[]
+            = { rect.bottomLeft(), rect.topLeft(), rect.topRight(), rect.bottomRight() };
+        const QPointF shown = view.convertPointFromPage(corner, page);
+        QVERIFY2((shown - corners[shownCorner]).manhattanLength() < 1.01,
+            qPrintable(QStringLiteral("shown at %1,%2").arg(shown.x()).arg(shown.y())));
+        const QPointF inside = box.center() + QPointF(37, -21);
+        const QPointF back = view.convertPointToPage(view.convertPointFromPage(inside, page), page);
+        QVERIFY((back - inside).manhattanLength() < 1e-6);
+        const QRectF boxBack = view.convertRectToPage(rect, page);
+        QVERIFY((boxBack.topLeft() - box.topLeft()).manhattanLength() < 1e-6);
+        QVERIFY((boxBack.bottomRight() - box.bottomRight()).manhattanLength() < 1e-6);
+        QCOMPARE(view.pageForPoint(rect.center(), false), page);
+        // The page view lies exactly over the page.
+        QCOMPARE(QRectF(view.pageViewForPage(page)->geometry()), rect);
+    }
+
+    void pagesAtAndNearPointsAndAreas()
+    {
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        const auto first = document->pageAtIndex(0);
+        const auto second = document->pageAtIndex(1);
+        const QRectF upper
+            = view.convertRectFromPage(first->boundsForBox(PDFDisplayBox::CropBox), first);
+        const QRectF lower
+            = view.convertRectFromPage(second->boundsForBox(PDFDisplayBox::CropBox), second);
+        QVERIFY2(lower.top() - upper.bottom() >= 3, "page breaks leave a gap");
+        const QPointF gapNearUpper(upper.center().x(), upper.bottom() + 0.5);
+        QCOMPARE(view.pageForPoint(gapNearUpper, false), nullptr);
+        QCOMPARE(view.pageForPoint(gapNearUpper, true), first);
+        QCOMPARE(view.pageForPoint(QPointF(upper.center().x(), lower.top() - 0.5), true), second);
+        const QPointF beside(2, lower.center().y());
+        QCOMPARE(view.pageForPoint(beside, false), nullptr);
+        QCOMPARE(view.pageForPoint(beside, true), second);
+        QCOMPARE(view.areaOfInterestForPoint(beside), int(PDFView::NoArea));
+        QCOMPARE(view.areaOfInterestForPoint(upper.bottomRight() - QPointF(10, 10)),
+            int(PDFView::PageArea));
+        QVERIFY(
+            view.areaOfInterestForPoint(characterPoint(view, first, "quick")) & PDFView::TextArea);
+    }
+
+    void displayModeKeepsTheCurrentPage_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("single page") << 0;
+        QTest::newRow("two-up") << 2;
+        QTest::newRow("two-up continuous") << 3;
+    }
+    void displayModeKeepsTheCurrentPage()
+    {
+        QFETCH(int, mode);
+        const auto document = text(12);
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        const auto seventh = document->pageAtIndex(7);
+        view.goToPage(seventh);
+        QCOMPARE(view.currentPage(), seventh);
+        view.setDisplayMode(mode);
+        const auto visible = view.visiblePages();
+        QVERIFY(std::find(visible.begin(), visible.end(), seventh) != visible.end());
+        view.setDisplayMode(1);
+        QCOMPARE(view.currentPage(), seventh);
+    }
+
+    void zoomStepsLimitsAndNotifications()
+    {
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        int posted = 0;
+        NotificationCenter::defaultCenter().addObserver(this, PDFView::ScaleChangedNotification,
+            &view, [&](const Notification &) { ++posted; });
+        view.zoomIn();
+        QCOMPARE(view.scaleFactor(), 1.25);
+        view.zoomOut();
+        view.zoomOut();
+        QCOMPARE(view.scaleFactor(), 0.75);
+        view.setScaleFactor(50);
+        QCOMPARE(view.scaleFactor(), view.maxScaleFactor());
+        QVERIFY(!view.canZoomIn());
+        view.zoomIn();
+        view.setScaleFactor(0.001);
+        QCOMPARE(view.scaleFactor(), view.minScaleFactor());
+        QVERIFY(!view.canZoomOut());
+        QCOMPARE(posted, 5);
+        NotificationCenter::defaultCenter().removeObserver(this);
+
+        // Ctrl+wheel zooms around the pointer: the text under it stays under it.
+        view.setScaleFactor(1.0);
+        const auto page = document->pageAtIndex(0);
+        const QPoint pointer = characterPoint(view, page, "lazy");
+        const QPointF before = view.convertPointToPage(pointer, page);
+        QWheelEvent wheel(pointer, view.viewport()->mapToGlobal(pointer), QPoint(), QPoint(0, 120),
+            Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(view.viewport(), &wheel);
+        QVERIFY(view.scaleFactor() > 1.1);
+        QVERIFY((view.convertPointToPage(pointer, page) - before).manhattanLength() < 2);
+    }
+
+    void historyGoesBackAndForwardThroughJumps()
+    {
+        const auto document = text(20);
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        view.goToPage(document->pageAtIndex(5));
+        view.goToPage(document->pageAtIndex(12));
+        QVERIFY(view.canGoBack());
+        QVERIFY(!view.canGoForward());
+        view.goBack();
+        QCOMPARE(document->indexForPage(view.currentPage()), 5);
+        view.goBack();
+        QCOMPARE(document->indexForPage(view.currentPage()), 0);
+        QVERIFY(!view.canGoBack());
+        view.goForward();
+        view.goForward();
+        QCOMPARE(document->indexForPage(view.currentPage()), 12);
+        QVERIFY(!view.canGoForward());
+        view.goBack();
+        view.goToPage(document->pageAtIndex(2));
+        QVERIFY2(!view.canGoForward(), "a new jump forgets the forward list");
+    }
+
+    void keysScrollAndTurnPages_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("presses");
+        QTest::addColumn<int>("page");
+        QTest::newRow("page down, continuous") << 1 << int(Qt::Key_PageDown) << 2 << 1;
+        QTest::newRow("space, continuous") << 1 << int(Qt::Key_Space) << 4 << 3;
+        QTest::newRow("end, continuous") << 1 << int(Qt::Key_End) << 1 << 9;
+        QTest::newRow("page down turns a single page") << 0 << int(Qt::Key_PageDown) << 3 << 1;
+        QTest::newRow("right arrow turns a single page") << 0 << int(Qt::Key_Right) << 2 << 2;
+        QTest::newRow("end, single page") << 0 << int(Qt::Key_End) << 1 << 9;
+    }
+    void keysScrollAndTurnPages()
+    {
+        QFETCH(int, mode);
+        QFETCH(int, key);
+        QFETCH(int, presses);
+        QFETCH(int, page);
+        const auto document = text(10);
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        view.setDisplayMode(mode);
+        for (int i = 0; i < presses; ++i)
+            QTest::keyClick(&view, Qt::Key(key));
+        QCOMPARE(document->indexForPage(view.currentPage()), page);
+        QTest::keyClick(&view, Qt::Key_Home);
+        QCOMPARE(document->indexForPage(view.currentPage()), 0);
+    }
+
+    void mouseSelectsText()
+    {
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        const auto page = document->pageAtIndex(0);
+        QWidget *viewport = view.viewport();
+
+        QTest::mousePress(
+            viewport, Qt::LeftButton, {}, characterPoint(view, page, "quick", 0, -0.45));
+        QTest::mouseMove(viewport, characterPoint(view, page, "brown"));
+        QTest::mouseMove(viewport, characterPoint(view, page, "fox", 2, 0.45));
+        QTest::mouseRelease(
+            viewport, Qt::LeftButton, {}, characterPoint(view, page, "fox", 2, 0.45));
+        QVERIFY(view.currentSelection());
+        QCOMPARE(view.currentSelection()->string().trimmed(), QStringLiteral("quick brown fox"));
+
+        QTest::mouseClick(viewport, Qt::LeftButton, Qt::ShiftModifier,
+            characterPoint(view, page, "dog", 2, 0.45));
+        QCOMPARE(view.currentSelection()->string().trimmed(),
+            QStringLiteral("quick brown fox jumps over the lazy dog"));
+        view.copy();
+        QCOMPARE(QApplication::clipboard()->text().trimmed(),
+            view.currentSelection()->string().trimmed());
+
+        QTest::mouseDClick(viewport, Qt::LeftButton, {}, characterPoint(view, page, "gamma", 1));
+        QCOMPARE(view.currentSelection()->string().trimmed(), QStringLiteral("gamma"));
+
+        // Press, release, double click, press: the third click takes the line.
+        const QPoint alpha = characterPoint(view, page, "beta", 1);
+        QTest::mousePress(viewport, Qt::LeftButton, {}, alpha);
+        QTest::mouseRelease(viewport, Qt::LeftButton, {}, alpha);
+        QTest::mouseDClick(viewport, Qt::LeftButton, {}, alpha);
+        QTest::mousePress(viewport, Qt::LeftButton, {}, alpha);
+        QTest::mouseRelease(viewport, Qt::LeftButton, {}, alpha);
+        QCOMPARE(
+            view.currentSelection()->string().trimmed(), QStringLiteral("Alpha beta gamma delta"));
+
+        // A press on blank paper clears it.
+        QTest::mouseClick(viewport, Qt::LeftButton, {},
+            view.convertPointFromPage(QPointF(300, 100), page).toPoint());
+        QVERIFY(!view.currentSelection());
+    }
+
+    void linkClicksReachTheDelegateOrJump()
+    {
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        Recorder recorder;
+        view.setDelegate(&recorder);
+        show(view, document, 1.0);
+        const auto page = document->pageAtIndex(0);
+        const QPoint external = center(view.convertRectFromPage(QRectF(72, 600, 200, 20), page));
+        QVERIFY(view.areaOfInterestForPoint(external) & PDFView::LinkArea);
+        QMouseEvent hover(QEvent::MouseMove, external, view.viewport()->mapToGlobal(external),
+            Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(view.viewport(), &hover);
+        QCOMPARE(view.viewport()->cursor().shape(), Qt::PointingHandCursor);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, external);
+        QCOMPARE(
+            recorder.urls, QList<QUrl> { QUrl(QStringLiteral("https://example.org/folidoc")) });
+
+        const QPoint internal = center(view.convertRectFromPage(QRectF(72, 560, 200, 20), page));
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, internal);
+        QCOMPARE(view.currentPage(), document->pageAtIndex(2));
+        QVERIFY(view.canGoBack());
+        view.goBack();
+        QCOMPARE(view.currentPage(), page);
+        QCOMPARE(recorder.urls.size(), 1);
+        view.setDelegate(nullptr);
+    }
+
+    void pageViewsFollowTheVisiblePages()
+    {
+        const auto document = text(40);
+        QVERIFY(document);
+        PDFView view;
+        Recorder recorder;
+        view.setDelegate(&recorder);
+        show(view, document, 0.5);
+        QVERIFY(!recorder.added.isEmpty());
+        QVERIFY(recorder.added.contains(0) && recorder.added.contains(1));
+        QVERIFY2(recorder.added.size() <= 5, "only pages near the view get page views");
+        for (QWidget *pageView : std::as_const(recorder.views))
+            QVERIFY(pageView->testAttribute(Qt::WA_TransparentForMouseEvents));
+
+        // A double click through the window reaches the view across the page view.
+        const auto first = document->pageAtIndex(0);
+        const QPoint word = characterPoint(view, first, "line", 0);
+        QTest::mouseDClick(view.window()->windowHandle(), Qt::LeftButton, {},
+            view.viewport()->mapTo(view.window(), word));
+        QVERIFY(view.currentSelection());
+        QCOMPARE(view.currentSelection()->string().trimmed(), QStringLiteral("line"));
+
+        view.goToLastPage();
+        QVERIFY(recorder.removed.contains(0));
+        QVERIFY(recorder.added.contains(39));
+        QCOMPARE(view.pageViewForPage(first), nullptr);
+        const auto last = document->pageAtIndex(39);
+        QCOMPARE(QRectF(view.pageViewForPage(last)->geometry()),
+            view.convertRectFromPage(last->boundsForBox(PDFDisplayBox::CropBox), last));
+        view.setDelegate(nullptr);
+    }
+
+    void printsEveryPageTurnedToFit()
+    {
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setResolution(150);
+        const QString path = m_dir.filePath(QStringLiteral("printed.pdf"));
+        printer.setOutputFileName(path);
+        QVERIFY(view.printToPrinter(printer, true));
+        auto printed = std::make_shared<PDFDocument>();
+        QVERIFY(printed->initWithURL(QUrl::fromLocalFile(path)));
+        QCOMPARE(printed->pageCount(), document->pageCount());
+        // The landscape (rotated) page came out on portrait paper, with ink on it.
+        const QRectF paper = printed->pageAtIndex(2)->boundsForBox(PDFDisplayBox::MediaBox);
+        QVERIFY(paper.height() > paper.width());
+        const QImage image = printed->pageAtIndex(2)->imageForBox(
+            PDFDisplayBox::MediaBox, (paper.size() / 2).toSize());
+        QVERIFY(!image.isNull());
+        bool ink = false;
+        for (int y = 0; y < image.height() && !ink; ++y)
+            for (int x = 0; x < image.width() && !ink; ++x)
+                ink = qGray(image.pixel(x, y)) < 128;
+        QVERIFY(ink);
+    }
+};
+
+QTEST_MAIN(PDFViewTest)
+#include "PDFViewTest.moc"
