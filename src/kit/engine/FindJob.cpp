@@ -2,12 +2,15 @@
 
 #include "TextLayout.h"
 
-#include <QRegularExpression>
+#include <mutex>
+#include <optional>
+#include <thread>
 
 FindJob::FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
-    const QString &needle, bool caseInsensitive)
+    std::vector<int> indexes, const QString &needle, bool caseInsensitive)
     : m_handle(std::move(handle))
     , m_pages(std::move(pages))
+    , m_indexes(std::move(indexes))
     , m_needle(needle)
     , m_caseInsensitive(caseInsensitive)
 { }
@@ -42,38 +45,76 @@ std::vector<PDFTextRange> FindJob::matches(
     return found;
 }
 
-void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
+fz_display_list *FindJob::recordPage(size_t slot)
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = m_handle->doc();
-    for (size_t slot = 0; slot < m_pages.size(); ++slot) {
-        if (m_cancelled)
-            return;
-        std::shared_ptr<TextLayout> layout;
-        {
-            const mu::Lock lock(m_handle->mutex());
-            pdf_obj *const obj = m_pages[slot];
-            pdf_page *page = nullptr;
-            mu::Error error;
-            mu::run(ctx, error, [&] {
-                const int index = pdf_lookup_page_number(ctx, doc, obj);
-                if (index >= 0) {
-                    page = pdf_load_page(ctx, doc, index);
-                    if (pdf_to_num(ctx, page->obj) != pdf_to_num(ctx, obj))
-                        fz_throw(ctx, FZ_ERROR_GENERIC, "page moved");
-                }
-            });
-            if (page && !error.failed)
-                layout = TextLayout::build(ctx, page, nullptr, error);
-            if (page)
-                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
+    const mu::Lock lock(m_handle->mutex());
+    pdf_obj *const obj = m_pages[slot];
+    const int hint = m_indexes[slot];
+    pdf_page *page = nullptr;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        const int wanted = pdf_to_num(ctx, obj);
+        const int count = pdf_count_pages(ctx, doc);
+        // Usually the page is still where it was; otherwise look it up.
+        if (hint < count) {
+            page = pdf_load_page(ctx, doc, hint);
+            if (pdf_to_num(ctx, page->obj) != wanted) {
+                fz_drop_page(ctx, &page->super);
+                page = nullptr;
+            }
         }
-        if (!layout)
-            continue;
-        auto hits = matches(layout->text, m_needle, m_caseInsensitive);
-        if (!hits.empty())
-            onPage(static_cast<int>(slot), std::move(hits));
-    }
+        if (!page) {
+            const int index = pdf_lookup_page_number(ctx, doc, obj);
+            if (index >= 0)
+                page = pdf_load_page(ctx, doc, index);
+            if (page && pdf_to_num(ctx, page->obj) != wanted)
+                fz_throw(ctx, FZ_ERROR_GENERIC, "page moved");
+        }
+    });
+    fz_display_list *list = nullptr;
+    if (page && !error.failed)
+        list = TextLayout::recordContents(ctx, page, nullptr, error);
+    if (page)
+        mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
+    return list;
+}
+
+void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
+{
+    // Two threads: while one records a page under the document's lock, the other reads the
+    // text of the page before, outside it. Hits still go out in page order.
+    const size_t count = m_pages.size();
+    std::atomic<size_t> next { 0 };
+    std::mutex resultsMutex;
+    std::vector<std::optional<std::vector<PDFTextRange>>> results(count);
+    size_t delivered = 0;
+    const auto work = [&] {
+        fz_context *ctx = mu::context();
+        for (;;) {
+            const size_t slot = next++;
+            if (slot >= count || m_cancelled)
+                return;
+            std::vector<PDFTextRange> hits;
+            const mu::DisplayList list(recordPage(slot));
+            mu::Error error;
+            const auto layout
+                = list ? TextLayout::fromList(ctx, list.p, nullptr, error, false) : nullptr;
+            if (layout)
+                hits = matches(layout->text, m_needle, m_caseInsensitive);
+            const std::lock_guard lock(resultsMutex);
+            results[slot] = std::move(hits);
+            while (delivered < count && results[delivered]) {
+                if (!results[delivered]->empty() && !m_cancelled)
+                    onPage(static_cast<int>(delivered), std::move(*results[delivered]));
+                ++delivered;
+            }
+        }
+    };
+    std::thread helper(work);
+    work();
+    helper.join();
     if (!m_cancelled)
         onEnd();
 }

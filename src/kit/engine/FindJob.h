@@ -16,9 +16,10 @@
 class FindJob
 {
 public:
-    // Takes over the references to the page objects.
+    // Takes over the references to the page objects; indexes are where they were at the start
+    // (pages may move while the find runs).
     FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
-        const QString &needle, bool caseInsensitive);
+        std::vector<int> indexes, const QString &needle, bool caseInsensitive);
     ~FindJob();
     FindJob(const FindJob &) = delete;
     FindJob &operator=(const FindJob &) = delete;
@@ -33,8 +34,12 @@ public:
         const QString &text, const QString &needle, bool caseInsensitive);
 
 private:
+    // The page's content recorded under the lock; null when it is gone or unreadable.
+    fz_display_list *recordPage(size_t slot);
+
     std::shared_ptr<mu::DocumentHandle> m_handle;
     std::vector<pdf_obj *> m_pages;
+    std::vector<int> m_indexes;
     QString m_needle;
     bool m_caseInsensitive;
     std::atomic<bool> m_cancelled { false };

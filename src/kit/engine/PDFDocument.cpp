@@ -531,6 +531,7 @@ void PDFDocument::beginFindString(const QString &string, int options)
     if (!d->handle || string.trimmed().isEmpty())
         return;
     std::vector<pdf_obj *> objects;
+    std::vector<int> indexes;
     d->findPages.clear();
     {
         const mu::Lock lock(d->handle->mutex());
@@ -541,11 +542,12 @@ void PDFDocument::beginFindString(const QString &string, int options)
             pdf_obj *const obj = page->d->object;
             mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, obj); });
             objects.push_back(obj);
+            indexes.push_back(static_cast<int>(d->findPages.size()));
             d->findPages.push_back(page);
         }
     }
-    d->findJob = std::make_shared<FindJob>(
-        d->handle, std::move(objects), string, (options & CaseInsensitiveSearch) != 0);
+    d->findJob = std::make_shared<FindJob>(d->handle, std::move(objects), std::move(indexes),
+        string, (options & CaseInsensitiveSearch) != 0);
     d->finding = true;
     const quint64 generation = ++d->findGeneration;
     const std::weak_ptr<PDFDocument> weakSelf = weak_from_this();

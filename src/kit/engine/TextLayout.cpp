@@ -6,27 +6,67 @@
 #include <algorithm>
 #include <limits>
 
+fz_display_list *TextLayout::recordContents(
+    fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error)
+{
+    fz_display_list *list = nullptr;
+    mu::Device device;
+    mu::run(ctx, error, [&] {
+        const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
+        list = fz_new_display_list(ctx, fz_transform_rect(pdf_bound_page(ctx, page), toPage));
+        device.p = fz_new_list_device(ctx, list);
+        pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
+        fz_close_device(ctx, device.p);
+    });
+    if (error.failed && list) {
+        mu::runQuietly(ctx, [&] { fz_drop_display_list(ctx, list); });
+        return nullptr;
+    }
+    return list;
+}
+
 std::shared_ptr<TextLayout> TextLayout::build(
     fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error)
+{
+    mu::CookieScope cookieScope(cancel);
+    const mu::DisplayList list(recordContents(ctx, page, cookieScope.cookie(), error));
+    if (!list || cookieScope.aborted())
+        return nullptr;
+    return fromList(ctx, list.p, cancel, error);
+}
+
+std::shared_ptr<TextLayout> TextLayout::fromList(fz_context *ctx, fz_display_list *list,
+    PDFCancellation *cancel, mu::Error &error, bool withGeometry)
 {
     mu::CookieScope cookieScope(cancel);
     fz_cookie *const cookie = cookieScope.cookie();
     mu::StextPage stext;
     mu::Device device;
-    // Structured text wants y down: read in page space with y flipped, and flip back below.
+    // Structured text wants y down: read page space with y flipped, and flip back below.
     const fz_matrix flip = fz_scale(1, -1);
     const bool ok = mu::run(ctx, error, [&] {
-        const fz_matrix ctm = fz_concat(mu::fzToPageSpace(ctx, page), flip);
-        stext.p = fz_new_stext_page(ctx, fz_transform_rect(pdf_bound_page(ctx, page), ctm));
+        stext.p = fz_new_stext_page(ctx, fz_transform_rect(fz_bound_display_list(ctx, list), flip));
         fz_stext_options options {};
         device.p = fz_new_stext_device(ctx, stext.p, &options);
-        pdf_run_page_contents(ctx, page, device.p, ctm, cookie);
+        fz_run_display_list(ctx, list, device.p, flip, fz_infinite_rect, cookie);
         fz_close_device(ctx, device.p);
     });
     if (!ok || cookieScope.aborted())
         return nullptr;
 
     auto layout = std::make_shared<TextLayout>();
+    layout->text.reserve(4096);
+    if (withGeometry) {
+        layout->rects.reserve(4096);
+        layout->lineOf.reserve(4096);
+    }
+    // One entry of geometry per UTF-16 unit of the text.
+    const auto place = [&](const QRectF &rect, int line) {
+        if (!withGeometry)
+            return;
+        layout->rects.push_back(rect);
+        layout->lineOf.push_back(line);
+    };
     int lineNumber = -1;
     for (fz_stext_block *block = stext.p->first_block; block; block = block->next) {
         if (block->type != FZ_STEXT_BLOCK_TEXT)
@@ -36,21 +76,25 @@ std::shared_ptr<TextLayout> TextLayout::build(
                 continue;
             if (lineNumber >= 0) {
                 layout->text.append(QLatin1Char('\n'));
-                layout->rects.emplace_back();
-                layout->lineOf.push_back(lineNumber);
+                place(QRectF(), lineNumber);
             }
             ++lineNumber;
             const int lineStart = layout->size();
             for (fz_stext_char *ch = line->first_char; ch; ch = ch->next) {
-                const fz_rect r = fz_rect_from_quad(ch->quad);
-                const QRectF rect = QRectF(QPointF(r.x0, -r.y1), QPointF(r.x1, -r.y0)).normalized();
-                const char32_t code = static_cast<char32_t>(ch->c);
-                const QString unit = QString::fromUcs4(&code, 1);
-                for (int i = 0; i < unit.size(); ++i) {
-                    layout->text.append(unit.at(i));
-                    layout->rects.push_back(rect);
-                    layout->lineOf.push_back(lineNumber);
+                QRectF rect;
+                if (withGeometry) {
+                    const fz_rect r = fz_rect_from_quad(ch->quad);
+                    rect = QRectF(r.x0, -r.y1, r.x1 - r.x0, r.y1 - r.y0);
                 }
+                const char32_t code = static_cast<char32_t>(ch->c);
+                if (QChar::requiresSurrogates(code)) {
+                    layout->text.append(QChar(QChar::highSurrogate(code)));
+                    layout->text.append(QChar(QChar::lowSurrogate(code)));
+                    place(rect, lineNumber);
+                } else {
+                    layout->text.append(QChar(static_cast<char16_t>(code)));
+                }
+                place(rect, lineNumber);
             }
             layout->lines.push_back({ lineStart, layout->size() - lineStart });
         }

@@ -25,6 +25,13 @@ struct TextLayout
     // Reads a loaded page; the caller holds the document's lock.
     static std::shared_ptr<TextLayout> build(
         fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error);
+    // The two halves of build(): recording the page content (under the lock, a new reference
+    // in page space) and reading the recording (no lock needed).
+    static fz_display_list *recordContents(
+        fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error);
+    // Without geometry, only text and lines are filled (for find).
+    static std::shared_ptr<TextLayout> fromList(fz_context *ctx, fz_display_list *list,
+        PDFCancellation *cancel, mu::Error &error, bool withGeometry = true);
 
     int size() const { return static_cast<int>(text.size()); }
     int indexAtPoint(const QPointF &point) const; // the character under the point, or -1
