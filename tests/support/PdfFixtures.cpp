@@ -188,6 +188,16 @@ QByteArray build(const Document &document)
                 body += " /Dest " + destination(pageObjects[link.targetPage], link.targetPoint, 0);
             annots += ref(w.add(body + " >>")) + " ";
         }
+        for (const RawAnnotation &annotation : page.annotations) {
+            QByteArray body = "<< /Type /Annot " + annotation.entries;
+            if (!annotation.appearance.isEmpty()) {
+                const int stream = w.addStream(
+                    "/Type /XObject /Subtype /Form /BBox " + rectArray(annotation.bbox),
+                    annotation.appearance);
+                body += " /AP << /N " + ref(stream) + " >>";
+            }
+            annots += ref(w.add(body + " /P " + ref(pageObjects[i]) + " >>")) + " ";
+        }
         QByteArray body
             = "<< /Type /Page /Parent " + ref(pages) + " /MediaBox " + rectArray(page.mediaBox);
         if (!page.cropBox.isEmpty())

@@ -38,6 +38,15 @@ struct Fill
     double blue = 0;
 };
 
+// An annotation written as it stands: its dictionary entries after /Type /Annot (no /P) and,
+// when appearance is not empty, a normal appearance stream with that content over bbox.
+struct RawAnnotation
+{
+    QByteArray entries; // e.g. "/Subtype /Square /Rect [10 10 50 50] /C [1 0 0]"
+    QByteArray appearance;
+    QRectF bbox;
+};
+
 struct Page
 {
     QRectF mediaBox { 0, 0, 612, 792 };
@@ -51,6 +60,7 @@ struct Page
     QRectF imageRect; // where the image is drawn
     QList<Link> links;
     QList<Fill> fills; // drawn before the text
+    QList<RawAnnotation> annotations; // after the links in /Annots
 };
 
 struct OutlineItem

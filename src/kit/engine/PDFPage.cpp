@@ -86,10 +86,16 @@ void PDFPagePrivate::bind(
     const std::shared_ptr<mu::DocumentHandle> &newHandle, pdf_obj *obj, bool lockHeld)
 {
     if (handle) {
+        // Annotations move with the page: each remembers where its copy will be.
+        const bool moving = newHandle != handle && !annotations.empty();
         if (lockHeld) {
+            if (moving)
+                PDFPageInternals::detachAnnotationsLocked(*this, mu::context());
             dropReferencesLocked();
         } else {
             const mu::Lock lock(handle->mutex());
+            if (moving)
+                PDFPageInternals::detachAnnotationsLocked(*this, mu::context());
             dropReferencesLocked();
         }
     }
@@ -208,6 +214,7 @@ pdf_obj *graftPage(
                 pdf_dict_put_drop(ctx, dict.p, key, pdf_graft_mapped_object(ctx, map.p, value));
         }
         result = pdf_add_object(ctx, target, dict.p);
+        PDFPageInternals::graftAnnotations(ctx, target, map.p, page, result);
     });
     return error.failed ? nullptr : result;
 }
@@ -355,11 +362,6 @@ void PDFPage::setRotation(int degrees)
     noteContentChanged();
 }
 
-const std::vector<std::shared_ptr<PDFAnnotation>> &PDFPage::annotations() const
-{
-    return d->annotations;
-}
-
 QString PDFPage::string() const
 {
     const auto layout = PDFPageInternals::textLayout(*this);
@@ -466,11 +468,11 @@ void PDFPage::transformContextForBox(QPainter &painter, PDFDisplayBox box) const
     painter.setTransform(PageGeometry(boundsForBox(box), rotation()).pageToView(), true);
 }
 
-QImage PDFPage::imageForBox(PDFDisplayBox box, const QSize &pixels) const
+QImage PDFPage::imageForBox(PDFDisplayBox box, const QSize &pixels, bool forPrinting) const
 {
     if (pixels.isEmpty())
         return {};
-    const auto source = renderSource(box);
+    const auto source = renderSource(box, forPrinting);
     const auto list = source ? source->buildDisplayList() : nullptr;
     if (!list)
         return {};
@@ -499,9 +501,14 @@ std::shared_ptr<PDFPage> PDFPage::copy() const
     if (!scratch)
         return nullptr;
     auto page = newPageOfSameClass();
+    const auto owner = document();
+    page->d->delegate = owner ? owner->delegate() : d->delegate.lock();
+    const int index = PDFPageInternals::treeIndex(*this);
     {
         const std::scoped_lock locks(d->handle->mutex(), scratch->mutex());
         fz_context *ctx = mu::context();
+        // The copy takes the annotations' current pictures.
+        PDFPageInternals::prepareForOutputLocked(*this, ctx, index);
         mu::Error error;
         pdf_obj *grafted
             = PDFPageInternals::graftPage(ctx, scratch->doc(), d->handle->doc(), d->object, error);
@@ -543,7 +550,8 @@ QByteArray PDFPage::TIFFDataForRect(const QRectF &rect) const
     return TiffWriter::encode(image);
 }
 
-std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(PDFDisplayBox box) const
+std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
+    PDFDisplayBox box, bool forPrinting) const
 {
     if (!d->handle)
         return nullptr;
@@ -560,6 +568,8 @@ std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(PDFDisplayBox box) co
         pdf_page *loaded = d->pageLocked(ctx, index, error);
         if (!loaded)
             return nullptr;
+        PDFPageInternals::prepareAnnotationsLocked(*this, ctx, loaded);
+        data->annotations = PDFPageInternals::shownAnnotationsLocked(*this, ctx, forPrinting);
         data->page
             = static_cast<pdf_page *>(static_cast<void *>(fz_keep_page(ctx, &loaded->super)));
     }

@@ -45,8 +45,18 @@ public:
     int rotation() const; // 0, 90, 180 or 270
     void setRotation(int degrees); // any multiple of 90, normalised
 
-    // Annotations in page order, lowest first.
+    // Every annotation, links and popups included, in page order, lowest first. Built from the
+    // file on first use, with the classes the document's delegate names.
     const std::vector<std::shared_ptr<PDFAnnotation>> &annotations() const;
+    // Puts the annotation on top of this page and into the file (taking it off another page
+    // first); sets its page.
+    virtual void addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation);
+    // Takes it out of the file and the list; the object lives on with its properties and can be
+    // added again.
+    virtual void removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation);
+    // The topmost displayed annotation whose bounds hold the page point, links included;
+    // popups and annotations whose shouldDisplay is false are passed over.
+    std::shared_ptr<PDFAnnotation> annotationAtPoint(const QPointF &point) const;
 
     QString string() const; // null when the page has no text
     QString label() const; // the page label, else the 1-based number; null without a document
@@ -68,7 +78,7 @@ public:
     // Concatenates the page-to-painter transform of drawWithBox.
     void transformContextForBox(QPainter &painter, PDFDisplayBox box) const;
     // The box rendered into an image of the given pixel size (stretched to fit).
-    QImage imageForBox(PDFDisplayBox box, const QSize &pixels) const;
+    QImage imageForBox(PDFDisplayBox box, const QSize &pixels, bool forPrinting = false) const;
 
     // A new page of the same class with this page's content, insertable into any document.
     std::shared_ptr<PDFPage> copy() const;
@@ -76,8 +86,11 @@ public:
     QByteArray PDFDataForRect(const QRectF &rect) const;
     QByteArray TIFFDataForRect(const QRectF &rect) const;
 
-    // An immutable snapshot for rendering on workers. Null when the page cannot be loaded.
-    std::shared_ptr<PDFPageRenderSource> renderSource(PDFDisplayBox box) const;
+    // An immutable snapshot for rendering on workers, with fresh annotation appearances; it
+    // shows the annotations whose shouldDisplay is true (and, for printing, shouldPrint). Null
+    // when the page cannot be loaded.
+    std::shared_ptr<PDFPageRenderSource> renderSource(
+        PDFDisplayBox box, bool forPrinting = false) const;
     // Rises with every change of what the page shows.
     quint64 revision() const;
 

@@ -4,6 +4,7 @@
 // loaded MuPDF page, cached boxes and text. Touched on the main thread only; every MuPDF access
 // holds the handle's lock.
 
+#include "PDFDisplayBox.h"
 #include "PDFDocumentDelegate.h"
 #include "TextLayout.h"
 #include "mupdf/DocumentHandle.h"
@@ -11,10 +12,13 @@
 #include <QRectF>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
+class PDFAnnotation;
 class PDFDocument;
 class PDFPage;
+class QPainter;
 
 struct PDFPagePrivate
 {
@@ -46,9 +50,15 @@ struct PDFPagePrivate
     std::shared_ptr<const TextLayout> text;
     quint64 textRevision = 0;
 
-    // Engine II fills these; the render source shows only annotations listed by
-    // displayedAnnotationNumbers (nullopt: every annotation in the file).
+    // Built from the file on first use, through the document delegate's classes.
     std::vector<std::shared_ptr<PDFAnnotation>> annotations;
+    bool annotationsLoaded = false;
+    // Some appearance may be out of date (a property changed, or not yet synthesised).
+    bool appearancesStale = true;
+    // The page moved into another file: its annotations wait to be bound to their copies.
+    bool annotationsMoved = false;
+    // Asked for annotation classes when the page is in no document (a copy).
+    std::weak_ptr<PDFDocumentDelegate> delegate;
 };
 
 namespace PDFPageInternals {
@@ -63,5 +73,30 @@ std::shared_ptr<const TextLayout> textLayout(const PDFPage &page);
 // tree; both locks are held. Returns a new reference or null with the error set.
 pdf_obj *graftPage(
     fz_context *ctx, pdf_document *target, pdf_document *source, pdf_obj *page, mu::Error &error);
+// Copies the /Annots of a source page object into the grafted page object, entry for entry, so
+// that annotation i of the source is annotation i of the copy. Links into the old file and
+// references to other annotations are left out. Plain MuPDF calls: run inside a guarded block.
+void graftAnnotations(
+    fz_context *ctx, pdf_document *target, pdf_graft_map *map, pdf_obj *source, pdf_obj *copy);
+
+// Annotation plumbing, all on the main thread (PDFPage+Annotations.cpp).
+void loadAnnotations(const PDFPage &page);
+// Before a page leaves its file: each loaded annotation remembers its place in /Annots. The
+// caller holds the old file's lock.
+void detachAnnotationsLocked(PDFPagePrivate &page, fz_context *ctx);
+// Writes a changed annotation through to its page's file and marks the page changed.
+void annotationDidChange(PDFAnnotation &annotation);
+void annotationVisibilityChanged(PDFAnnotation &annotation);
+bool hasAppearance(const PDFAnnotation &annotation);
+void requestNewAppearance(PDFAnnotation &annotation);
+void drawAppearance(const PDFAnnotation &annotation, QPainter &painter, PDFDisplayBox box);
+// Binds moved annotations and refreshes stale appearances (dashes patched in); the lock is
+// held and the page is loaded.
+void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *loaded);
+// The same for a page whose pdf_page may not be loaded yet (serialising, copying).
+void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index);
+// Object numbers of the annotations engine drawing shows; nullopt: all of them.
+std::optional<std::vector<int>> shownAnnotationsLocked(
+    const PDFPage &page, fz_context *ctx, bool forPrinting);
 
 } // namespace PDFPageInternals

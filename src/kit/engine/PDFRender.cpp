@@ -119,14 +119,19 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             list = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list);
             pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
-            for (pdf_annot *annot = pdf_first_annot(ctx, page); annot;
-                 annot = pdf_next_annot(ctx, annot)) {
-                if (filtered) {
-                    const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
-                    if (std::find(shown, shown + shownCount, number) == shown + shownCount)
-                        continue;
+            // Annotations, then form fields, each only when shown.
+            for (int pass = 0; pass < 2; ++pass) {
+                for (pdf_annot *annot
+                     = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
+                     annot;
+                     annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
+                    if (filtered) {
+                        const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
+                        if (std::find(shown, shown + shownCount, number) == shown + shownCount)
+                            continue;
+                    }
+                    pdf_run_annot(ctx, annot, device.p, toPage, cookie);
                 }
-                pdf_run_annot(ctx, annot, device.p, toPage, cookie);
             }
             fz_close_device(ctx, device.p);
         });

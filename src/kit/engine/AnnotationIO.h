@@ -1,0 +1,36 @@
+#pragma once
+
+// Reads an annotation's properties from its dictionary and writes them back. The dictionary's
+// coordinates are PDF user space, which is page space, so nothing is converted. The caller
+// holds the document's lock. Engine-internal.
+
+#include "mupdf/MuTry.h"
+
+#include <functional>
+#include <memory>
+
+class PDFAnnotation;
+class PDFPage;
+
+namespace AnnotationIO {
+
+// Page whose page object has the number, or null: link destinations are matched by it.
+using PageForObject = std::function<std::shared_ptr<PDFPage>(int objectNumber)>;
+// Page object of a page in the same file, or null: link destinations are written with it.
+using ObjectForPage = std::function<pdf_obj *(const PDFPage &page)>;
+
+// Fills the annotation from the dictionary without reporting to observers.
+void read(
+    fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const PageForObject &pageForObject);
+// Writes every property into the dictionary.
+bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation,
+    const ObjectForPage &objectForPage, mu::Error &error);
+
+// The subtype a dictionary says, as a type string ("Square"...); empty when it has none.
+QString subtypeOf(fz_context *ctx, pdf_obj *dict);
+
+// The content-stream operator that sets the annotation's dash ("[3 3] 0 d\n"), empty when its
+// border is not dashed.
+QByteArray dashOperator(const PDFAnnotation &annotation);
+
+} // namespace AnnotationIO

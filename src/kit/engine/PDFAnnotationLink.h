@@ -1,0 +1,35 @@
+#pragma once
+
+// A link area: a URL to open or a destination in the same document. The reading view finds one
+// with PDFPage::annotationAtPoint and type() "Link". Main thread only.
+
+#include "PDFAnnotation.h"
+
+#include <QUrl>
+
+class PDFAction;
+class PDFDestination;
+
+class PDFAnnotationLink : public PDFAnnotation
+{
+public:
+    PDFAnnotationLink();
+
+    QUrl URL() const { return m_url; } // empty for a link inside the document
+    void setURL(const QUrl &url);
+    std::shared_ptr<PDFDestination> destination() const { return m_destination; }
+    void setDestination(const std::shared_ptr<PDFDestination> &destination);
+    // A PDFActionURL, a PDFActionGoTo, or null for a link that goes nowhere.
+    std::shared_ptr<PDFAction> action() const;
+
+    // Links draw nothing of their own.
+    void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
+
+    // Adds "URL" (QUrl).
+    QVariant valueForKey(const QString &key) const override;
+    void setValueForKey(const QVariant &value, const QString &key) override;
+
+private:
+    QUrl m_url;
+    std::shared_ptr<PDFDestination> m_destination;
+};

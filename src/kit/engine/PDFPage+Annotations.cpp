@@ -1,0 +1,644 @@
+// PDFPage's annotations: building them from the file, adding and removing, writing changes
+// through, keeping appearances fresh and choosing what engine drawing shows.
+
+#include "PDFPage.h"
+
+#include "AnnotationIO.h"
+#include "PDFAnnotation.h"
+#include "PDFAnnotationPrivate.h"
+#include "PDFDocument.h"
+#include "PDFPagePrivate.h"
+#include "PDFRenderPrivate.h"
+
+#include <kit/base/Geometry.h>
+
+#include <QPainter>
+
+#include <algorithm>
+#include <mutex>
+
+namespace {
+
+bool sameObject(fz_context *ctx, pdf_obj *a, pdf_obj *b)
+{
+    return a && b && pdf_resolve_indirect(ctx, a) == pdf_resolve_indirect(ctx, b);
+}
+
+// The loaded annotation (or widget) that stands for the dictionary, borrowed; null when MuPDF's
+// list has none (links, popups).
+pdf_annot *findAnnot(fz_context *ctx, pdf_page *page, pdf_obj *object)
+{
+    pdf_annot *found = nullptr;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        for (pdf_annot *a = pdf_first_annot(ctx, page); a && !found; a = pdf_next_annot(ctx, a)) {
+            if (sameObject(ctx, pdf_annot_obj(ctx, a), object))
+                found = a;
+        }
+        for (pdf_annot *w = pdf_first_widget(ctx, page); w && !found; w = pdf_next_widget(ctx, w)) {
+            if (sameObject(ctx, pdf_annot_obj(ctx, w), object))
+                found = w;
+        }
+    });
+    return found;
+}
+
+bool onPageInFile(const PDFPagePrivate &pd, const PDFAnnotationPrivate &ad)
+{
+    return ad.inFile && ad.object && pd.handle && ad.handle == pd.handle;
+}
+
+bool isListed(const PDFPagePrivate &pd, const PDFAnnotation &annotation)
+{
+    return std::any_of(pd.annotations.begin(), pd.annotations.end(),
+        [&](const auto &a) { return a.get() == &annotation; });
+}
+
+AnnotationIO::ObjectForPage objectsIn(const PDFPagePrivate &pd)
+{
+    const auto handle = pd.handle;
+    return [handle](const PDFPage &page) -> pdf_obj * {
+        const PDFPagePrivate &other = PDFPagePrivate::of(page);
+        return other.handle == handle ? other.object : nullptr;
+    };
+}
+
+// Binds annotations of a page that moved into another file to their copies there.
+void resolveMovedLocked(PDFPagePrivate &pd, fz_context *ctx)
+{
+    if (!pd.annotationsMoved || !pd.handle)
+        return;
+    pd.annotationsMoved = false;
+    pdf_obj *const pageObject = pd.object;
+    for (const auto &annotation : pd.annotations) {
+        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        const int index = std::exchange(ad.pendingIndex, -1);
+        if (index < 0)
+            continue;
+        pdf_obj *copy = nullptr;
+        mu::Error error;
+        mu::run(ctx, error, [&] {
+            pdf_obj *entry
+                = pdf_array_get(ctx, pdf_dict_get(ctx, pageObject, PDF_NAME(Annots)), index);
+            if (pdf_is_dict(ctx, entry))
+                copy = pdf_keep_obj(ctx, entry);
+        });
+        if (!copy)
+            continue;
+        ad.bind(pd.handle, copy, true);
+        ad.inFile = true;
+        // The copy's picture was made before the move; one the engine makes is made again.
+        if (!ad.ownAppearance && annotation->isAppearanceSynthesised())
+            ad.appearanceDirty = true;
+    }
+    pd.appearancesStale = true;
+}
+
+void patchDashLocked(fz_context *ctx, pdf_document *doc, const PDFAnnotation &annotation)
+{
+    const QByteArray op = AnnotationIO::dashOperator(annotation);
+    pdf_obj *const object = PDFAnnotationPrivate::of(annotation).object;
+    if (op.isEmpty() || !object)
+        return;
+    pdf_obj *stream = nullptr;
+    mu::Buffer old;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        stream = pdf_dict_getp(ctx, object, "AP/N");
+        if (pdf_is_stream(ctx, stream))
+            old.p = pdf_load_stream(ctx, stream);
+    });
+    if (!old.p)
+        return;
+    unsigned char *data = nullptr;
+    const size_t length = fz_buffer_storage(ctx, old.p, &data);
+    const QByteArray content(reinterpret_cast<const char *>(data), static_cast<qsizetype>(length));
+    if (content.startsWith(op))
+        return;
+    // Other readers see the dash only in the picture: MuPDF makes it without one.
+    const QByteArray patched = op + content;
+    const auto *bytes = reinterpret_cast<const unsigned char *>(patched.constData());
+    const size_t size = static_cast<size_t>(patched.size());
+    mu::Buffer fresh;
+    mu::run(ctx, error, [&] {
+        fresh.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
+        pdf_update_stream(ctx, doc, stream, fresh.p, 0);
+    });
+}
+
+// Puts an annotation that is in no file into the page's file. Both files' locks are held.
+void insertLocked(PDFPagePrivate &pd, fz_context *ctx, pdf_page *loaded, PDFAnnotation &annotation)
+{
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
+    pdf_document *const doc = pd.handle->doc();
+    pdf_obj *const pageObject = pd.object;
+    const QByteArray type = annotation.type().toLatin1();
+    const char *const typeName = type.constData();
+    const bool synthesised = annotation.isAppearanceSynthesised();
+    pdf_obj *const old = ad.object;
+    const bool sameFile = ad.handle == pd.handle;
+    pdf_obj *created = nullptr;
+    mu::GraftMap map;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        const enum pdf_annot_type kind = pdf_annot_type_from_string(ctx, typeName);
+        const bool raw = kind == PDF_ANNOT_UNKNOWN || kind == PDF_ANNOT_LINK
+            || kind == PDF_ANNOT_POPUP || kind == PDF_ANNOT_WIDGET || !typeName[0];
+        if (!sameFile && old)
+            map.p = pdf_new_graft_map(ctx, doc);
+        pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
+        if (!pdf_is_array(ctx, annots))
+            annots = pdf_dict_put_array(ctx, pageObject, PDF_NAME(Annots), 1);
+        if (raw) {
+            // Kinds MuPDF does not list are plain dictionaries: a copy of the one the
+            // annotation had, or a new one.
+            created = pdf_add_new_dict(ctx, doc, 8);
+            const int n = old ? pdf_dict_len(ctx, old) : 0;
+            for (int i = 0; i < n; ++i) {
+                pdf_obj *key = pdf_dict_get_key(ctx, old, i);
+                if (pdf_name_eq(ctx, key, PDF_NAME(P)) || pdf_name_eq(ctx, key, PDF_NAME(Popup))
+                    || pdf_name_eq(ctx, key, PDF_NAME(Parent))
+                    || pdf_name_eq(ctx, key, PDF_NAME(IRT)))
+                    continue;
+                pdf_obj *value = pdf_dict_get_val(ctx, old, i);
+                if (map.p)
+                    pdf_dict_put_drop(
+                        ctx, created, key, pdf_graft_mapped_object(ctx, map.p, value));
+                else
+                    pdf_dict_put(ctx, created, key, value);
+            }
+            pdf_dict_put(ctx, created, PDF_NAME(Type), PDF_NAME(Annot));
+            if (typeName[0])
+                pdf_dict_put_name(ctx, created, PDF_NAME(Subtype), typeName);
+            pdf_dict_put(ctx, created, PDF_NAME(P), pageObject);
+            pdf_array_push(ctx, annots, created);
+        } else {
+            pdf_annot *annot = pdf_create_annot(ctx, loaded, kind);
+            created = pdf_keep_obj(ctx, pdf_annot_obj(ctx, annot));
+            // A note has no popup here; the one MuPDF adds would be an annotation of its own.
+            pdf_obj *popup = pdf_dict_get(ctx, created, PDF_NAME(Popup));
+            if (popup) {
+                const int at = pdf_array_find(ctx, annots, popup);
+                if (at >= 0)
+                    pdf_array_delete(ctx, annots, at);
+                pdf_dict_del(ctx, created, PDF_NAME(Popup));
+            }
+            pdf_obj *picture = old && !synthesised ? pdf_dict_get(ctx, old, PDF_NAME(AP)) : nullptr;
+            if (picture) {
+                // A stamp keeps the picture it had; MuPDF must not make its own.
+                if (map.p)
+                    pdf_dict_put_drop(
+                        ctx, created, PDF_NAME(AP), pdf_graft_mapped_object(ctx, map.p, picture));
+                else
+                    pdf_dict_put(ctx, created, PDF_NAME(AP), picture);
+                pdf_set_annot_resynthesised(ctx, annot);
+            }
+            pdf_drop_annot(ctx, annot);
+        }
+    });
+    if (!created)
+        return;
+    ad.bind(pd.handle, created, true);
+    ad.inFile = true;
+    ad.appearanceDirty = synthesised;
+    if (synthesised)
+        ad.ownAppearance = false;
+    mu::Error ignored;
+    AnnotationIO::write(ctx, doc, created, annotation, objectsIn(pd), ignored);
+}
+
+} // namespace
+
+namespace PDFPageInternals {
+
+void graftAnnotations(
+    fz_context *ctx, pdf_document *target, pdf_graft_map *map, pdf_obj *source, pdf_obj *copy)
+{
+    pdf_obj *annots = pdf_dict_get(ctx, source, PDF_NAME(Annots));
+    const int n = pdf_is_array(ctx, annots) ? pdf_array_len(ctx, annots) : 0;
+    if (n <= 0)
+        return;
+    pdf_obj *out = pdf_dict_put_array(ctx, copy, PDF_NAME(Annots), n);
+    for (int i = 0; i < n; ++i) {
+        pdf_obj *annot = pdf_array_get(ctx, annots, i);
+        if (!pdf_is_dict(ctx, annot)) {
+            pdf_array_push(ctx, out, PDF_NULL);
+            continue;
+        }
+        pdf_obj *dict = pdf_add_new_dict(ctx, target, pdf_dict_len(ctx, annot));
+        pdf_array_push_drop(ctx, out, dict);
+        for (int k = 0; k < pdf_dict_len(ctx, annot); ++k) {
+            pdf_obj *key = pdf_dict_get_key(ctx, annot, k);
+            pdf_obj *value = pdf_dict_get_val(ctx, annot, k);
+            // References to the old page, its other annotations or its file's pages would drag
+            // the old page tree along.
+            if (pdf_name_eq(ctx, key, PDF_NAME(P)) || pdf_name_eq(ctx, key, PDF_NAME(Parent))
+                || pdf_name_eq(ctx, key, PDF_NAME(Popup)) || pdf_name_eq(ctx, key, PDF_NAME(IRT))
+                || pdf_name_eq(ctx, key, PDF_NAME(Dest)))
+                continue;
+            if (pdf_name_eq(ctx, key, PDF_NAME(A))
+                && pdf_name_eq(ctx, pdf_dict_get(ctx, value, PDF_NAME(S)), PDF_NAME(GoTo)))
+                continue;
+            pdf_dict_put_drop(ctx, dict, key, pdf_graft_mapped_object(ctx, map, value));
+        }
+        pdf_dict_put(ctx, dict, PDF_NAME(P), copy);
+    }
+    for (int i = 0; i < n; ++i) {
+        pdf_obj *annot = pdf_array_get(ctx, annots, i);
+        pdf_obj *links[] = { PDF_NAME(Popup), PDF_NAME(Parent) };
+        for (pdf_obj *key : links) {
+            pdf_obj *other = pdf_dict_get(ctx, annot, key);
+            const int at = other ? pdf_array_find(ctx, annots, other) : -1;
+            if (at >= 0)
+                pdf_dict_put(ctx, pdf_array_get(ctx, out, i), key, pdf_array_get(ctx, out, at));
+        }
+    }
+}
+
+void loadAnnotations(const PDFPage &page)
+{
+    PDFPagePrivate &pd = PDFPagePrivate::of(page);
+    if (pd.annotationsLoaded)
+        return;
+    pd.annotationsLoaded = true;
+    if (!pd.handle)
+        return;
+    fz_context *ctx = mu::context();
+    std::vector<pdf_obj *> objects;
+    std::vector<QString> types;
+    {
+        const mu::Lock lock(pd.handle->mutex());
+        pdf_obj *const pageObject = pd.object;
+        int count = 0;
+        mu::Error error;
+        mu::run(ctx, error, [&] {
+            pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
+            count = pdf_is_array(ctx, annots) ? pdf_array_len(ctx, annots) : 0;
+        });
+        objects.assign(static_cast<size_t>(std::max(count, 0)), nullptr);
+        pdf_obj **const out = objects.data();
+        mu::run(ctx, error, [&] {
+            pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
+            for (int i = 0; i < count; ++i) {
+                pdf_obj *entry = pdf_array_get(ctx, annots, i);
+                if (pdf_is_dict(ctx, entry))
+                    out[i] = pdf_keep_obj(ctx, entry);
+            }
+        });
+        std::erase(objects, nullptr);
+        for (pdf_obj *obj : objects)
+            types.push_back(AnnotationIO::subtypeOf(ctx, obj));
+    }
+
+    const auto document = page.document();
+    if (document)
+        pd.delegate = document->delegate();
+    const auto delegate = pd.delegate.lock();
+    std::vector<std::shared_ptr<PDFAnnotation>> built;
+    for (const QString &type : types) {
+        const PDFAnnotationFactory factory
+            = delegate ? delegate->classForAnnotationClass(type) : PDFAnnotationFactory();
+        std::shared_ptr<PDFAnnotation> annotation = factory ? factory() : nullptr;
+        if (!annotation)
+            annotation = PDFAnnotation::classForType(type)();
+        built.push_back(annotation);
+    }
+
+    const auto self = std::const_pointer_cast<PDFPage>(page.shared_from_this());
+    const mu::Lock lock(pd.handle->mutex());
+    const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
+        if (!document)
+            return nullptr;
+        for (int i = 0; i < document->pageCount(); ++i) {
+            const auto candidate = document->pageAtIndex(i);
+            const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
+            if (other.handle == pd.handle && pdf_to_num(ctx, other.object) == number)
+                return candidate;
+        }
+        return nullptr;
+    };
+    for (size_t i = 0; i < built.size(); ++i) {
+        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
+        ad.type = types[i];
+        AnnotationIO::read(ctx, objects[i], *built[i], pageForObject);
+        ad.bind(pd.handle, objects[i], true);
+        ad.inFile = true;
+        ad.page = self;
+    }
+    pd.annotations = std::move(built);
+}
+
+void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)
+{
+    pdf_obj *const pageObject = pd.object;
+    bool any = false;
+    for (const auto &annotation : pd.annotations) {
+        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        if (!onPageInFile(pd, ad))
+            continue;
+        pdf_obj *const object = ad.object;
+        int index = -1;
+        mu::Error error;
+        mu::run(ctx, error, [&] {
+            index = pdf_array_find(ctx, pdf_dict_get(ctx, pageObject, PDF_NAME(Annots)), object);
+        });
+        ad.dropObjectLocked();
+        ad.handle.reset();
+        ad.inFile = false;
+        ad.pendingIndex = index;
+        any = any || index >= 0;
+    }
+    pd.annotationsMoved = any;
+}
+
+void annotationDidChange(PDFAnnotation &annotation)
+{
+    const auto page = annotation.page();
+    if (!page)
+        return;
+    PDFPagePrivate &pd = PDFPagePrivate::of(*page);
+    if (!isListed(pd, annotation))
+        return;
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
+    if (pd.handle) {
+        const mu::Lock lock(pd.handle->mutex());
+        fz_context *ctx = mu::context();
+        resolveMovedLocked(pd, ctx);
+        if (onPageInFile(pd, ad)) {
+            mu::Error error;
+            AnnotationIO::write(ctx, pd.handle->doc(), ad.object, annotation, objectsIn(pd), error);
+        }
+    }
+    if (annotation.isAppearanceSynthesised()) {
+        ad.appearanceDirty = true;
+        ad.ownAppearance = false;
+    }
+    pd.appearancesStale = true;
+    ++pd.revision;
+}
+
+void annotationVisibilityChanged(PDFAnnotation &annotation)
+{
+    if (const auto page = annotation.page())
+        ++PDFPagePrivate::of(*page).revision;
+}
+
+bool hasAppearance(const PDFAnnotation &annotation)
+{
+    const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
+    if (!ad.handle || !ad.object)
+        return false;
+    const mu::Lock lock(ad.handle->mutex());
+    fz_context *ctx = mu::context();
+    pdf_obj *const object = ad.object;
+    bool found = false;
+    mu::Error error;
+    mu::run(ctx, error, [&] { found = pdf_dict_getp(ctx, object, "AP/N") != nullptr; });
+    return found;
+}
+
+void requestNewAppearance(PDFAnnotation &annotation)
+{
+    PDFAnnotationPrivate::of(annotation).appearanceDirty = true;
+    if (const auto page = annotation.page()) {
+        PDFPagePrivate &pd = PDFPagePrivate::of(*page);
+        pd.appearancesStale = true;
+        ++pd.revision;
+    }
+}
+
+void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *loaded)
+{
+    PDFPagePrivate &pd = PDFPagePrivate::of(page);
+    resolveMovedLocked(pd, ctx);
+    if (!pd.appearancesStale || !loaded)
+        return;
+    for (const auto &annotation : pd.annotations) {
+        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        if (!ad.appearanceDirty || !onPageInFile(pd, ad))
+            continue;
+        ad.appearanceDirty = false;
+        // MuPDF keeps a picture that came with the file even when told it is dirty; without
+        // one it always makes a new one.
+        pdf_obj *const object = ad.object;
+        if (pdf_annot *annot = findAnnot(ctx, loaded, object)) {
+            mu::runQuietly(ctx, [&] {
+                pdf_dict_del(ctx, object, PDF_NAME(AP));
+                pdf_dirty_annot(ctx, annot);
+            });
+        }
+    }
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        for (pdf_annot *a = pdf_first_annot(ctx, loaded); a; a = pdf_next_annot(ctx, a)) {
+            // One annotation MuPDF cannot draw must not keep the others stale.
+            fz_try(ctx)
+            {
+                pdf_update_annot(ctx, a);
+            }
+            fz_catch(ctx)
+            { }
+        }
+    });
+    for (const auto &annotation : pd.annotations) {
+        if (annotation->isAppearanceSynthesised()
+            && onPageInFile(pd, PDFAnnotationPrivate::of(*annotation)))
+            patchDashLocked(ctx, pd.handle->doc(), *annotation);
+    }
+    pd.appearancesStale = false;
+}
+
+void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index)
+{
+    PDFPagePrivate &pd = PDFPagePrivate::of(page);
+    if (!pd.annotationsLoaded || (!pd.appearancesStale && !pd.annotationsMoved))
+        return;
+    mu::Error error;
+    pdf_page *const loaded = pd.pageLocked(ctx, index, error);
+    prepareAnnotationsLocked(page, ctx, loaded);
+}
+
+std::optional<std::vector<int>> shownAnnotationsLocked(
+    const PDFPage &page, fz_context *ctx, bool forPrinting)
+{
+    const PDFPagePrivate &pd = PDFPagePrivate::of(page);
+    if (!pd.annotationsLoaded)
+        return std::nullopt;
+    std::vector<int> shown;
+    for (const auto &annotation : pd.annotations) {
+        const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        if (!onPageInFile(pd, ad) || !ad.shouldDisplay || (forPrinting && !ad.shouldPrint))
+            continue;
+        shown.push_back(pdf_to_num(ctx, ad.object));
+    }
+    return shown;
+}
+
+void drawAppearance(const PDFAnnotation &annotation, QPainter &painter, PDFDisplayBox box)
+{
+    const auto page = annotation.page();
+    const QRectF bounds = annotation.bounds();
+    if (!page || bounds.isEmpty())
+        return;
+    PDFPagePrivate &pd = PDFPagePrivate::of(*page);
+    const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
+    if (!onPageInFile(pd, ad) || !painter.device())
+        return;
+    painter.save();
+    page->transformContextForBox(painter, box);
+    const QTransform toDevice = painter.deviceTransform();
+    const QRect area = toDevice.mapRect(bounds).toAlignedRect().intersected(
+        QRect(0, 0, painter.device()->width(), painter.device()->height()));
+    if (area.isEmpty()) {
+        painter.restore();
+        return;
+    }
+    QImage image(area.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    const int index = treeIndex(*page);
+    bool drawn = false;
+    {
+        const mu::Lock lock(pd.handle->mutex());
+        fz_context *ctx = mu::context();
+        mu::Error error;
+        pdf_page *const loaded = pd.pageLocked(ctx, index, error);
+        if (loaded) {
+            prepareAnnotationsLocked(*page, ctx, loaded);
+            pdf_annot *const annot = findAnnot(ctx, loaded, ad.object);
+            const QTransform toImage
+                = toDevice * QTransform::fromTranslate(-area.left(), -area.top());
+            const int width = image.width();
+            const int height = image.height();
+            const int stride = static_cast<int>(image.bytesPerLine());
+            unsigned char *const samples = image.bits();
+            mu::Pixmap pixmap;
+            mu::Device device;
+            drawn = annot && mu::run(ctx, error, [&] {
+                const fz_matrix ctm = fz_concat(mu::fzToPageSpace(ctx, loaded), mu::toFz(toImage));
+                pixmap.p = fz_new_pixmap_with_data(
+                    ctx, fz_device_bgr(ctx), width, height, nullptr, 1, stride, samples);
+                device.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
+                pdf_run_annot(ctx, annot, device.p, ctm, nullptr);
+                fz_close_device(ctx, device.p);
+            });
+        }
+    }
+    if (drawn) {
+        painter.resetTransform();
+        painter.drawImage(area.topLeft(), image);
+    }
+    painter.restore();
+}
+
+} // namespace PDFPageInternals
+
+const std::vector<std::shared_ptr<PDFAnnotation>> &PDFPage::annotations() const
+{
+    PDFPageInternals::loadAnnotations(*this);
+    return d->annotations;
+}
+
+void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
+{
+    if (!annotation)
+        return;
+    PDFPageInternals::loadAnnotations(*this);
+    if (isListed(*d, *annotation))
+        return;
+    if (const auto previous = annotation->page(); previous && previous.get() != this)
+        previous->removeAnnotation(annotation);
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+    if (d->handle) {
+        const int index = PDFPageInternals::treeIndex(*this);
+        const auto other = ad.handle && ad.handle != d->handle ? ad.handle : nullptr;
+        std::unique_lock<std::mutex> lock(d->handle->mutex(), std::defer_lock);
+        std::unique_lock<std::mutex> otherLock;
+        if (other) {
+            otherLock = std::unique_lock<std::mutex>(other->mutex(), std::defer_lock);
+            std::lock(lock, otherLock);
+        } else {
+            lock.lock();
+        }
+        fz_context *ctx = mu::context();
+        mu::Error error;
+        pdf_page *const loaded = d->pageLocked(ctx, index, error);
+        if (loaded) {
+            PDFPageInternals::prepareAnnotationsLocked(*this, ctx, nullptr);
+            insertLocked(*d, ctx, loaded, *annotation);
+        }
+    }
+    d->annotations.push_back(annotation);
+    ad.page = std::const_pointer_cast<PDFPage>(shared_from_this());
+    d->appearancesStale = true;
+    ++d->revision;
+}
+
+void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
+{
+    if (!annotation)
+        return;
+    PDFPageInternals::loadAnnotations(*this);
+    const auto found = std::find(d->annotations.begin(), d->annotations.end(), annotation);
+    if (found == d->annotations.end())
+        return;
+    d->annotations.erase(found);
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+    if (d->handle) {
+        const int index = PDFPageInternals::treeIndex(*this);
+        const mu::Lock lock(d->handle->mutex());
+        fz_context *ctx = mu::context();
+        resolveMovedLocked(*d, ctx);
+        if (onPageInFile(*d, ad)) {
+            mu::Error error;
+            pdf_page *const loaded = d->pageLocked(ctx, index, error);
+            pdf_annot *const annot = loaded ? findAnnot(ctx, loaded, ad.object) : nullptr;
+            pdf_obj *const pageObject = d->object;
+            pdf_obj *const object = ad.object;
+            mu::run(ctx, error, [&] {
+                if (annot) {
+                    pdf_delete_annot(ctx, loaded, annot);
+                } else {
+                    pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
+                    const int at = pdf_array_find(ctx, annots, object);
+                    if (at >= 0)
+                        pdf_array_delete(ctx, annots, at);
+                }
+            });
+            ad.inFile = false;
+            // MuPDF takes a note's popup out with it: its object leaves the list as well.
+            std::erase_if(d->annotations, [&](const std::shared_ptr<PDFAnnotation> &other) {
+                PDFAnnotationPrivate &od = PDFAnnotationPrivate::of(*other);
+                if (!onPageInFile(*d, od))
+                    return false;
+                int at = 0;
+                pdf_obj *const otherObject = od.object;
+                mu::Error ignored;
+                mu::run(ctx, ignored, [&] {
+                    at = pdf_array_find(
+                        ctx, pdf_dict_get(ctx, pageObject, PDF_NAME(Annots)), otherObject);
+                });
+                if (at >= 0)
+                    return false;
+                od.inFile = false;
+                od.page.reset();
+                return true;
+            });
+        }
+    }
+    ad.page.reset();
+    d->appearancesStale = true;
+    ++d->revision;
+}
+
+std::shared_ptr<PDFAnnotation> PDFPage::annotationAtPoint(const QPointF &point) const
+{
+    const auto &all = annotations();
+    for (auto it = all.rbegin(); it != all.rend(); ++it) {
+        const PDFAnnotation &annotation = **it;
+        if (!annotation.shouldDisplay() || annotation.type() == QLatin1String("Popup"))
+            continue;
+        if (Geometry::pointInRect(point, annotation.bounds()))
+            return *it;
+    }
+    return nullptr;
+}
