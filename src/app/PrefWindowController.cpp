@@ -54,11 +54,23 @@ QIcon tabIcon(const QString &name, const QColor &color)
 
 } // namespace
 
+namespace {
+
+// Lives to the end of the process once made.
+PrefWindowController *sharedWindow = nullptr;
+
+} // namespace
+
 PrefWindowController &PrefWindowController::shared()
 {
-    // Lives to the end of the process; made on first use.
-    static PrefWindowController *const window = new PrefWindowController;
-    return *window;
+    if (!sharedWindow)
+        sharedWindow = new PrefWindowController;
+    return *sharedWindow;
+}
+
+PrefWindowController *PrefWindowController::sharedIfMade()
+{
+    return sharedWindow;
 }
 
 PrefWindowController::PrefWindowController()
@@ -67,6 +79,8 @@ PrefWindowController::PrefWindowController()
     setWindowTitle(tr("Preferences"));
     setObjectName(QStringLiteral("PrefWindow"));
     setAutoFillBackground(true);
+    // Closing it is no reason to quit.
+    setAttribute(Qt::WA_QuitOnClose, false);
 
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

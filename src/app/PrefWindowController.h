@@ -20,6 +20,8 @@ class PrefWindowController : public QWidget
 public:
     // The one window, made on first use.
     static PrefWindowController &shared();
+    // The one window if it has been made, else null.
+    static PrefWindowController *sharedIfMade();
     // Reads every key into its control and brings the window to the front.
     void showWindow();
     // Orders the window out; the window stays for the next showing.

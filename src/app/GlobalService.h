@@ -1,0 +1,92 @@
+#pragma once
+
+// The application service: receives the launch and the files to open, decides what the first
+// window shows, saves and restores the open windows and tabs, and arbitrates quitting with the
+// background saving of documents. Exactly one exists, made by main. Main thread only.
+
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+class FDSingleInstance;
+class QTimer;
+struct Notification;
+
+class GlobalService : public QObject
+{
+public:
+    enum TerminateReply { TerminateCancel, TerminateNow };
+
+    static inline const QString kLOW_IsNewTab = QStringLiteral("IsNewTab");
+    static inline const QString kLOW_SplitMode = QStringLiteral("SplitMode");
+    static inline const QString kLOW_URLs = QStringLiteral("URLs");
+    static inline const QString kLOW_Tabs = QStringLiteral("Tabs");
+    static inline const QString kLOW_SelectedIndex = QStringLiteral("SelectedIndex");
+    static inline const QString kLOW_Frame = QStringLiteral("Frame");
+
+    // Period of the save of the window list, in seconds.
+    static constexpr double savingInterval = 5.0;
+    // Delay between the repeats of the termination question while saves run, in seconds.
+    static constexpr double terminationPollInterval = 0.2;
+
+    // paths: the files named on the command line.
+    explicit GlobalService(const QStringList &paths = {}, QObject *parent = nullptr);
+    ~GlobalService() override;
+
+    // The one service, or null before main made it.
+    static GlobalService *shared();
+    // Raises the window-list flag of the service, if there is one.
+    static void noteOpenedWindowsChanged();
+
+    // Hands the paths to a running Folidoc and answers 0, or becomes the running one and runs the
+    // event loop to its end.
+    int run();
+
+    void applicationDidFinishLaunching();
+    bool openFile(const QString &path);
+    void openFiles(const QStringList &paths);
+    TerminateReply applicationShouldTerminate();
+    bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
+    // Asks the termination question and quits the event loop on "now".
+    void terminate();
+
+    void saveLastOpenedWindows();
+    void saveLastOpenedWindowsPeriodically();
+    bool restoreLastOpenedWindows();
+    void onWindowShouldClose(const Notification &notification);
+
+    void onNew();
+    void onShowPrefWindow();
+    void showAboutDialog();
+    // The application's menu commands ("onNew:", "onShowPrefWindow:", "showAboutDialog:",
+    // "terminate:").
+    void performCommand(const QString &command);
+
+    bool openedWindowsChanged() const { return m_openedWindowsChanged; }
+    // Dropped while terminating or restoring.
+    void setOpenedWindowsChanged(bool changed);
+    bool isTerminating() const { return m_isTerminating; }
+    bool isClosingWindowByUser() const { return m_isClosingWindowByUser; }
+    bool restoringLastOpenedWindows() const { return m_restoringLastOpenedWindows; }
+    QStringList pendingOpenFileNames() const { return m_pendingOpenFileNames; }
+    QTimer *lastOpenedWindowsSavingTimer() const { return m_lastOpenedWindowsSavingTimer; }
+    bool didFinishLaunching() const { return m_didFinishLaunching; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void createFirstContent();
+    void restoreWindow(const QVariantMap &record);
+    void watchForLastWindow();
+
+    QTimer *m_lastOpenedWindowsSavingTimer = nullptr;
+    bool m_openedWindowsChanged = false;
+    bool m_restoringLastOpenedWindows = false;
+    bool m_isTerminating = false;
+    bool m_isClosingWindowByUser = true;
+    bool m_didFinishLaunching = false;
+    QStringList m_pendingOpenFileNames;
+    QStringList m_launchPaths;
+    FDSingleInstance *m_singleInstance = nullptr;
+};

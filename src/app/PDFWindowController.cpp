@@ -1,0 +1,348 @@
+#include "PDFWindowController.h"
+
+#include "CompressContents.h"
+#include "FDContents.h"
+#include "FDFilePanel.h"
+#include "FDToolbarController.h"
+#include "GlobalService.h"
+#include "NewTabContents.h"
+#include "PDFWindowMenus.h"
+
+#include <appearance/FDTheme.h>
+#include <appearance/FDThemeProvider.h>
+#include <kit/base/MainQueue.h>
+#include <kit/base/NotificationCenter.h>
+#include <kit/base/Workspace.h>
+#include <kit/tabs/TabStripModel.h>
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QVBoxLayout>
+
+namespace {
+
+PDFWindowController::DocumentContentsMaker &documentContentsMaker()
+{
+    static PDFWindowController::DocumentContentsMaker maker;
+    return maker;
+}
+
+bool isFileDrop(const QMimeData *data)
+{
+    if (!data || !data->hasUrls())
+        return false;
+    const QList<QUrl> urls = data->urls();
+    return std::any_of(urls.begin(), urls.end(),
+        [](const QUrl &url) { return url.isLocalFile() && QFileInfo(url.toLocalFile()).isFile(); });
+}
+
+} // namespace
+
+void PDFWindowController::setDocumentContentsMaker(DocumentContentsMaker maker)
+{
+    documentContentsMaker() = std::move(maker);
+}
+
+PDFWindowController::PDFWindowController(QWidget *parent)
+    : TabWindowController(parent)
+{
+    setAcceptDrops(true);
+}
+
+PDFWindowController::~PDFWindowController() = default;
+
+void PDFWindowController::commonInit()
+{
+    TabWindowController::commonInit();
+    setWindowFrameAutosaveName(QStringLiteral("PDFMainWindow"));
+
+    // The banner sits between the toolbar area and the tab's view.
+    m_infoBannerContainer = new QWidget(centralWidget());
+    m_infoBannerContainer->setObjectName(QStringLiteral("infoBannerContainer"));
+    auto *const bannerLayout = new QVBoxLayout(m_infoBannerContainer);
+    bannerLayout->setContentsMargins(0, 0, 0, 0);
+    m_infoBannerContainer->hide();
+    if (auto *const column = qobject_cast<QVBoxLayout *>(centralWidget()->layout()))
+        column->insertWidget(qMax(0, column->count() - 1), m_infoBannerContainer);
+
+    m_menus = new PDFWindowMenus(this, menuBar());
+
+    NotificationCenter::defaultCenter().addObserver(
+        this, UserDidDropFileNotification, this, [this](const Notification &notification) {
+            onUserDropFile(notification.userInfo.value(QStringLiteral("URL")).toUrl());
+        });
+    GlobalService::noteOpenedWindowsChanged();
+    MainQueue::async(
+        this, [this] { NotificationCenter::defaultCenter().post(DidCreateNotification, this); });
+}
+
+QList<PDFWindowController *> PDFWindowController::all()
+{
+    QList<PDFWindowController *> found;
+    const QList<TabWindowController *> controllers = allControllers();
+    for (TabWindowController *controller : controllers) {
+        if (auto *const window = qobject_cast<PDFWindowController *>(controller))
+            found.append(window);
+    }
+    return found;
+}
+
+QList<TabContents *> PDFWindowController::allContents()
+{
+    QList<TabContents *> found;
+    const QList<PDFWindowController *> windows = all();
+    for (PDFWindowController *window : windows) {
+        TabStripModel *const model = window->tabStripModel();
+        for (int index = 0; index < model->count(); ++index)
+            found.append(model->getTabContentsAtIndex(index));
+    }
+    return found;
+}
+
+bool PDFWindowController::selectContentsBy(const QUrl &url)
+{
+    const QList<TabWindowController *> controllers = allControllers();
+    for (TabWindowController *controller : controllers) {
+        if (controller->tabStripModel()->selectTabContentsByURL(url)) {
+            if (auto *const window = qobject_cast<PDFWindowController *>(controller))
+                window->makeKeyAndOrderFront();
+            return true;
+        }
+    }
+    return false;
+}
+
+FDContents *PDFWindowController::selectedContents() const
+{
+    auto *const self = const_cast<PDFWindowController *>(this);
+    return qobject_cast<FDContents *>(self->tabStripModel()->getSelectedTabContents());
+}
+
+FDToolbarController *PDFWindowController::toolbarController()
+{
+    return static_cast<FDToolbarController *>(contentsToolbarController());
+}
+
+void PDFWindowController::makeKeyAndOrderFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+TabContents *PDFWindowController::openPDFDocumentWithURL(
+    const QUrl &url, bool reuseNewTab, bool foreground)
+{
+    if (!url.isEmpty() && selectContentsBy(url))
+        return tabStripModel()->getSelectedTabContents();
+    if (!documentContentsMaker())
+        return nullptr;
+    std::unique_ptr<FDContents> contents = documentContentsMaker()(url);
+    if (!contents)
+        return nullptr;
+    TabContents *const made = contents.get();
+    TabStripModel *const model = tabStripModel();
+    if (reuseNewTab && qobject_cast<NewTabContents *>(model->getSelectedTabContents()))
+        model->replaceTabContentsAt(model->selectedIndex(), std::move(contents));
+    else
+        model->appendTabContents(std::move(contents), foreground);
+    if (foreground)
+        makeKeyAndOrderFront();
+    return made;
+}
+
+void PDFWindowController::openNewTab()
+{
+    tabStripModel()->appendTabContents(createBlankTabContents(), true);
+}
+
+void PDFWindowController::newPDFDocument()
+{
+    openPDFDocumentWithURL(QUrl(), true, true);
+}
+
+void PDFWindowController::openCompressTab()
+{
+    TabStripModel *const model = tabStripModel();
+    auto contents = std::make_unique<CompressContents>();
+    if (qobject_cast<NewTabContents *>(model->getSelectedTabContents()))
+        model->replaceTabContentsAt(model->selectedIndex(), std::move(contents));
+    else
+        model->appendTabContents(std::move(contents), true);
+}
+
+void PDFWindowController::openDocument()
+{
+    FilePanelRequest request;
+    request.kind = FilePanelRequest::Open;
+    request.parent = this;
+    const QUrl chosen = FDFilePanel::runModal(request);
+    if (!chosen.isEmpty())
+        openPDFDocumentWithURL(chosen, true, true);
+}
+
+void PDFWindowController::newDocument()
+{
+    openNewTab();
+}
+
+void PDFWindowController::userDropFileWithURL(const QUrl &url)
+{
+    onUserDropFile(url);
+}
+
+void PDFWindowController::onUserDropFile(const QUrl &url)
+{
+    if (!url.isEmpty())
+        openPDFDocumentWithURL(url, true, true);
+}
+
+void PDFWindowController::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (isFileDrop(event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void PDFWindowController::dropEvent(QDropEvent *event)
+{
+    if (!isFileDrop(event->mimeData()))
+        return;
+    event->acceptProposedAction();
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            NotificationCenter::defaultCenter().post(
+                UserDidDropFileNotification, this, { { QStringLiteral("URL"), url } });
+    }
+}
+
+void PDFWindowController::showInfoBanner(QWidget *banner)
+{
+    hideInfoBanner();
+    m_infoBannerContainer->layout()->addWidget(banner);
+    m_infoBannerContainer->show();
+}
+
+void PDFWindowController::hideInfoBanner()
+{
+    QLayout *const layout = m_infoBannerContainer->layout();
+    while (QLayoutItem *item = layout->takeAt(0)) {
+        if (QWidget *const widget = item->widget())
+            widget->deleteLater();
+        delete item;
+    }
+    m_infoBannerContainer->hide();
+}
+
+std::unique_ptr<TabContents> PDFWindowController::createBlankTabContents()
+{
+    return std::make_unique<NewTabContents>();
+}
+
+std::unique_ptr<ContentsToolbarController> PDFWindowController::createToolbarController()
+{
+    return std::make_unique<FDToolbarController>();
+}
+
+bool PDFWindowController::shouldCloseContentsAt(int index)
+{
+    // The last tab's close is the window's: the window list is saved while the tab is there.
+    if (m_isClosingTabByUser && tabStripModel()->count() == 1)
+        NotificationCenter::defaultCenter().post(ShouldCloseNotification, this);
+    return TabWindowController::shouldCloseContentsAt(index);
+}
+
+bool PDFWindowController::closeTabAt(int index)
+{
+    return tabStripModel()->closeTabContentsAtIndex(index, TabStripModel::CloseUserGesture);
+}
+
+bool PDFWindowController::windowShouldClose(QWidget *sender)
+{
+    m_isClosingTabByUser = false;
+    TabStripModel *const model = tabStripModel();
+    // Tabs with questions first, each shown while it asks. Closing shifts the indexes while the
+    // walk counts on: a tab right behind a closed one is asked in the second walk instead.
+    const int countAtStart = model->count();
+    for (int index = 0; index < countAtStart; ++index) {
+        const auto *const contents
+            = qobject_cast<FDContents *>(model->getTabContentsAtIndex(index));
+        if (!contents || !contents->hasChangesToPromptUser())
+            continue;
+        model->selectTabContentsAt(index, true);
+        if (!closeTabAt(index)) {
+            m_isClosingTabByUser = true;
+            return false;
+        }
+    }
+    while (model->count() > 0) {
+        if (!closeTabAt(model->count() - 1)) {
+            m_isClosingTabByUser = true;
+            return false;
+        }
+    }
+    GlobalService::noteOpenedWindowsChanged();
+    NotificationCenter::defaultCenter().post(ShouldCloseNotification, this);
+    hide();
+    const bool answer = TabWindowController::windowShouldClose(sender);
+    m_isClosingTabByUser = true;
+    return answer;
+}
+
+bool PDFWindowController::validateMenuItem(QAction *item)
+{
+    const QString command = item->objectName();
+    if (command.isEmpty())
+        return false;
+    item->setChecked(false);
+    if (command.startsWith(QLatin1String("PDF_"))) {
+        // Document commands act on the selected document tab and its view; the start and
+        // compression tabs have neither.
+        return false;
+    }
+    if (command == QLatin1String("onChangeTheme:")) {
+        item->setChecked(FDThemeProvider::current()->id() == item->data().toInt());
+        return true;
+    }
+    return true;
+}
+
+void PDFWindowController::performCommand(QAction *item)
+{
+    const QString command = item->objectName();
+    const int tag = item->data().toInt();
+    TabStripModel *const model = tabStripModel();
+    if (command.startsWith(QLatin1String("PDF_"))) {
+        // Nothing to act on without a document tab.
+        return;
+    }
+    if (command == QLatin1String("newDocument:")) {
+        newDocument();
+    } else if (command == QLatin1String("openDocument:")) {
+        openDocument();
+    } else if (command == QLatin1String("performFindPanelAction:")) {
+        NotificationCenter::defaultCenter().post(PerformFindPanelActionNotification, window());
+    } else if (command == QLatin1String("performSelectNextTabAction:")) {
+        model->selectNextTab();
+    } else if (command == QLatin1String("performSelectPreviousTabAction:")) {
+        model->selectPreviousTab();
+    } else if (command == QLatin1String("performCloseTabAction:")) {
+        model->closeSelectedTab();
+    } else if (command == QLatin1String("performCloseWindowAction:")) {
+        close();
+    } else if (command == QLatin1String("onChangeTheme:")) {
+        FDThemeProvider::setCurrent(FDThemeProvider::themeFor(tag));
+    } else if (command == QLatin1String("onSendFeedback:")) {
+        const QString processName = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+        const QString source = QString::fromUtf8(QUrl::toPercentEncoding(processName));
+        Workspace::openURL(QUrl(
+            QStringLiteral(FOLIDOC_FEEDBACK_SITE) + QStringLiteral("/feedback?source=") + source));
+    } else if (GlobalService *const service = GlobalService::shared()) {
+        service->performCommand(command);
+    }
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+// A tabbed document window: turns URLs into tabs (reusing a start tab), closes tabs and itself in
+// the order that their prompts need, and carries the commands of the menus, which act on the
+// selected tab. Main thread only.
+
+#include <kit/tabs/TabWindowController.h>
+
+#include <QUrl>
+
+#include <functional>
+
+class FDContents;
+class FDToolbarController;
+class PDFWindowMenus;
+class QAction;
+
+class PDFWindowController : public TabWindowController
+{
+    Q_OBJECT
+
+public:
+    static inline const QString DidCreateNotification = QStringLiteral("PDFWindow_DidCreate");
+    static inline const QString ShouldCloseNotification = QStringLiteral("PDFWindow_ShouldClose");
+    static inline const QString PerformFindPanelActionNotification
+        = QStringLiteral("Global_PerformFindPanelAction");
+    static inline const QString UserDidDropFileNotification
+        = QStringLiteral("Global_UserDidDropFile");
+
+    // Makes the tab of a document at a URL (empty: a new untitled document). Document tabs are
+    // registered by the document side; without a maker no document tab can be made.
+    using DocumentContentsMaker = std::function<std::unique_ptr<FDContents>(const QUrl &url)>;
+    static void setDocumentContentsMaker(DocumentContentsMaker maker);
+
+    explicit PDFWindowController(QWidget *parent = nullptr);
+    ~PDFWindowController() override;
+
+    static QList<PDFWindowController *> all();
+    // Every tab of every window, windows in order.
+    static QList<TabContents *> allContents();
+    // Selects the tab showing url in whichever window has it and brings that window forward.
+    static bool selectContentsBy(const QUrl &url);
+
+    QWidget *infoBannerContainer() const { return m_infoBannerContainer; }
+    bool isClosingTabByUser() const { return m_isClosingTabByUser; }
+    FDContents *selectedContents() const;
+    FDToolbarController *toolbarController();
+
+    // The tab now showing url: an open one is selected, else a new one replaces the selected
+    // start tab (reuseNewTab) or is appended. Null when no document tab could be made.
+    TabContents *openPDFDocumentWithURL(const QUrl &url, bool reuseNewTab, bool foreground);
+    void openNewTab();
+    void newPDFDocument();
+    void openCompressTab();
+    void openDocument();
+    void newDocument();
+    void userDropFileWithURL(const QUrl &url);
+    void showInfoBanner(QWidget *banner);
+    void hideInfoBanner();
+    void makeKeyAndOrderFront();
+
+    // The menu commands: each item is named by its command and carries its tag.
+    PDFWindowMenus *menus() const { return m_menus; }
+    bool validateMenuItem(QAction *item);
+    void performCommand(QAction *item);
+
+    std::unique_ptr<TabContents> createBlankTabContents() override;
+    std::unique_ptr<ContentsToolbarController> createToolbarController() override;
+    bool windowShouldClose(QWidget *sender) override;
+    bool shouldCloseContentsAt(int index) override;
+
+protected:
+    void commonInit() override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    bool closeTabAt(int index);
+    void onUserDropFile(const QUrl &url);
+
+    QWidget *m_infoBannerContainer = nullptr;
+    PDFWindowMenus *m_menus = nullptr;
+    bool m_isClosingTabByUser = true;
+};

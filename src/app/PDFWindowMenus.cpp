@@ -1,0 +1,205 @@
+#include "PDFWindowMenus.h"
+
+#include "PDFWindowController.h"
+
+#include <view/PDFToolMode.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+PDFWindowMenus::PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar)
+    : QObject(window)
+    , m_window(window)
+    , m_menuBar(menuBar)
+{
+    fillFileMenu();
+    fillEditMenu();
+    fillViewMenu();
+    fillToolsMenu();
+    fillGoMenu();
+    fillWindowMenu();
+    fillHelpMenu();
+}
+
+QMenu *PDFWindowMenus::addMenu(const QString &title)
+{
+    QMenu *const menu = m_menuBar->addMenu(title);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] { validateMenu(menu); });
+    return menu;
+}
+
+QAction *PDFWindowMenus::add(
+    QMenu *menu, const QString &title, const QString &command, int tag, const QKeySequence &keys)
+{
+    QAction *const action = menu->addAction(title);
+    action->setObjectName(command);
+    action->setData(tag);
+    action->setShortcut(keys);
+    action->setShortcutContext(Qt::WindowShortcut);
+    // Items whose command has a state show it with a check mark.
+    static const QStringList stateful { QStringLiteral("PDF_onChangeToolMode:"),
+        QStringLiteral("PDF_onChangeDisplayMode:"), QStringLiteral("PDF_onChangeSplitMode:"),
+        QStringLiteral("PDF_onChangeSidebarMode:"), QStringLiteral("PDF_onZoom100:"),
+        QStringLiteral("PDF_onZoomFitWidth:"), QStringLiteral("PDF_onZoomFitPage:"),
+        QStringLiteral("onChangeTheme:") };
+    action->setCheckable(stateful.contains(command));
+    connect(action, &QAction::triggered, m_window,
+        [window = m_window, action] { window->performCommand(action); });
+    return action;
+}
+
+void PDFWindowMenus::validateMenu(QMenu *menu)
+{
+    const QList<QAction *> actions = menu->actions();
+    for (QAction *action : actions) {
+        if (action->menu())
+            validateMenu(action->menu());
+        else if (!action->isSeparator())
+            action->setEnabled(m_window->validateMenuItem(action));
+    }
+}
+
+QAction *PDFWindowMenus::actionForCommand(const QString &command, int tag) const
+{
+    const QList<QAction *> actions = allActions();
+    for (QAction *action : actions) {
+        if (action->objectName() == command && (tag < 0 || action->data().toInt() == tag))
+            return action;
+    }
+    return nullptr;
+}
+
+QList<QAction *> PDFWindowMenus::allActions() const
+{
+    QList<QAction *> found;
+    const QList<QMenu *> menus = m_menuBar->findChildren<QMenu *>();
+    for (const QMenu *menu : menus) {
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            if (!action->isSeparator() && !action->menu())
+                found.append(action);
+        }
+    }
+    return found;
+}
+
+void PDFWindowMenus::fillFileMenu()
+{
+    QMenu *const file = addMenu(tr("&File"));
+    add(file, tr("New Tab"), QStringLiteral("newDocument:"), 0, QKeySequence::AddTab);
+    add(file, tr("New Document"), QStringLiteral("onNew:"), 0, QKeySequence::New);
+    add(file, tr("Open…"), QStringLiteral("openDocument:"), 0, QKeySequence::Open);
+    file->addSeparator();
+    add(file, tr("Save"), QStringLiteral("PDF_saveDocument:"), 0, QKeySequence::Save);
+    add(file, tr("Save As…"), QStringLiteral("PDF_saveDocumentAs:"), 0, QKeySequence::SaveAs);
+    add(file, tr("Show in File Manager"), QStringLiteral("PDF_showInFinder:"));
+    file->addSeparator();
+    add(file, tr("Print…"), QStringLiteral("PDF_print:"), 0, QKeySequence::Print);
+    add(file, tr("Print Without Annotations…"), QStringLiteral("PDF_printWithoutAnnotations:"));
+    file->addSeparator();
+    add(file, tr("Close Tab"), QStringLiteral("performCloseTabAction:"), 0, QKeySequence::Close);
+    add(file, tr("Close Window"), QStringLiteral("performCloseWindowAction:"), 0,
+        QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W));
+    add(file, tr("Quit"), QStringLiteral("terminate:"), 0, QKeySequence::Quit);
+}
+
+void PDFWindowMenus::fillEditMenu()
+{
+    QMenu *const edit = addMenu(tr("&Edit"));
+    add(edit, tr("Find…"), QStringLiteral("performFindPanelAction:"), 0, QKeySequence::Find);
+    edit->addSeparator();
+    add(edit, tr("Preferences…"), QStringLiteral("onShowPrefWindow:"), 0,
+        QKeySequence::Preferences);
+}
+
+void PDFWindowMenus::fillViewMenu()
+{
+    QMenu *const view = addMenu(tr("&View"));
+    add(view, tr("Single Page Continuous"), QStringLiteral("PDF_onChangeDisplayMode:"), 0);
+    add(view, tr("Two Pages Continuous"), QStringLiteral("PDF_onChangeDisplayMode:"), 1);
+    view->addSeparator();
+    add(view, tr("Actual Size"), QStringLiteral("PDF_onZoom100:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_0));
+    add(view, tr("Fit Width"), QStringLiteral("PDF_onZoomFitWidth:"));
+    add(view, tr("Fit Page"), QStringLiteral("PDF_onZoomFitPage:"));
+    add(view, tr("Zoom In"), QStringLiteral("PDF_onZoomIn:"), 0, QKeySequence::ZoomIn);
+    add(view, tr("Zoom Out"), QStringLiteral("PDF_onZoomOut:"), 0, QKeySequence::ZoomOut);
+    view->addSeparator();
+    add(view, tr("Sidebar"), QStringLiteral("PDF_onShowSidebar:"), 0,
+        QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S));
+    QMenu *const sidebar = view->addMenu(tr("Sidebar Contents"));
+    add(sidebar, tr("Thumbnails"), QStringLiteral("PDF_onChangeSidebarMode:"), 0);
+    add(sidebar, tr("Table of Contents"), QStringLiteral("PDF_onChangeSidebarMode:"), 1);
+    add(sidebar, tr("Annotations"), QStringLiteral("PDF_onChangeSidebarMode:"), 2);
+    add(sidebar, tr("Bookmarks"), QStringLiteral("PDF_onChangeSidebarMode:"), 3);
+    QMenu *const split = view->addMenu(tr("Split View"));
+    add(split, tr("No Split"), QStringLiteral("PDF_onChangeSplitMode:"), 0);
+    add(split, tr("Split Horizontally"), QStringLiteral("PDF_onChangeSplitMode:"), 1);
+    add(split, tr("Split Vertically"), QStringLiteral("PDF_onChangeSplitMode:"), 2);
+    split->addSeparator();
+    add(split, tr("Swap Views"), QStringLiteral("PDF_onSplitViewSwap:"));
+    add(view, tr("Edit Pages"), QStringLiteral("PDF_onShowPagesEditor:"), 0,
+        QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
+    view->addSeparator();
+    QMenu *const theme = view->addMenu(tr("Theme"));
+    add(theme, tr("Red"), QStringLiteral("onChangeTheme:"), 0);
+    add(theme, tr("Green"), QStringLiteral("onChangeTheme:"), 1);
+    add(theme, tr("Blue"), QStringLiteral("onChangeTheme:"), 2);
+    add(theme, tr("Sunset"), QStringLiteral("onChangeTheme:"), 3);
+    add(theme, tr("Night"), QStringLiteral("onChangeTheme:"), 4);
+}
+
+void PDFWindowMenus::fillToolsMenu()
+{
+    QMenu *const tools = addMenu(tr("&Tools"));
+    const QString command = QStringLiteral("PDF_onChangeToolMode:");
+    add(tools, tr("Select Text"), command, PDFToolModeTextSelection);
+    add(tools, tr("Select Area"), command, PDFToolModeAreaSelection);
+    add(tools, tr("Hand"), command, PDFToolModeHand);
+    add(tools, tr("Zoom"), command, PDFToolModeZoom);
+    add(tools, tr("Eraser"), command, PDFToolModeEraser);
+    tools->addSeparator();
+    add(tools, tr("Highlight"), command, PDFToolModeAnnHighlight);
+    add(tools, tr("Underline"), command, PDFToolModeAnnUnderline);
+    add(tools, tr("Strike Out"), command, PDFToolModeAnnStrikeOut);
+    add(tools, tr("Text Box"), command, PDFToolModeAnnFreeText);
+    add(tools, tr("Note"), command, PDFToolModeAnnText);
+    add(tools, tr("Circle"), command, PDFToolModeAnnCircle);
+    add(tools, tr("Rectangle"), command, PDFToolModeAnnSquare);
+    add(tools, tr("Line"), command, PDFToolModeAnnLine);
+    add(tools, tr("Pen"), command, PDFToolModeAnnInk);
+}
+
+void PDFWindowMenus::fillGoMenu()
+{
+    QMenu *const go = addMenu(tr("&Go"));
+    add(go, tr("Previous Page"), QStringLiteral("PDF_onGoToPreviousPage:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_Up));
+    add(go, tr("Next Page"), QStringLiteral("PDF_onGoToNextPage:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_Down));
+    add(go, tr("First Page"), QStringLiteral("PDF_onGoToFirstPage:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_Home));
+    add(go, tr("Last Page"), QStringLiteral("PDF_onGoToLastPage:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_End));
+    go->addSeparator();
+    add(go, tr("Back"), QStringLiteral("PDF_onGoBack:"), 0, QKeySequence::Back);
+    add(go, tr("Forward"), QStringLiteral("PDF_onGoForward:"), 0, QKeySequence::Forward);
+    add(go, tr("Go to Page…"), QStringLiteral("PDF_onGoToPage:"), 0,
+        QKeySequence(Qt::CTRL | Qt::Key_G));
+}
+
+void PDFWindowMenus::fillWindowMenu()
+{
+    // The tab kit binds the keys of these two; the items only show them.
+    QMenu *const window = addMenu(tr("&Window"));
+    add(window, tr("Select Next Tab"), QStringLiteral("performSelectNextTabAction:"));
+    add(window, tr("Select Previous Tab"), QStringLiteral("performSelectPreviousTabAction:"));
+}
+
+void PDFWindowMenus::fillHelpMenu()
+{
+    QMenu *const help = addMenu(tr("&Help"));
+    add(help, tr("Send Feedback…"), QStringLiteral("onSendFeedback:"));
+    add(help, tr("About Folidoc"), QStringLiteral("showAboutDialog:"));
+}

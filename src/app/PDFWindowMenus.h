@@ -1,0 +1,42 @@
+#pragma once
+
+// The menu bar of a document window: every command of the window and the application, each an
+// action named by its command ("PDF_saveDocument:") with the tag of its item, validated by the
+// window each time a menu opens. Main thread only.
+
+#include <QKeySequence>
+#include <QObject>
+#include <QString>
+
+class PDFWindowController;
+class QAction;
+class QMenu;
+class QMenuBar;
+
+class PDFWindowMenus : public QObject
+{
+public:
+    PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar);
+
+    // The item of a command with that tag (-1: the first item of the command).
+    QAction *actionForCommand(const QString &command, int tag = -1) const;
+    QList<QAction *> allActions() const;
+    // Validates every item of menu, as when the person opens it.
+    void validateMenu(QMenu *menu);
+    QMenuBar *menuBar() const { return m_menuBar; }
+
+private:
+    QMenu *addMenu(const QString &title);
+    QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,
+        const QKeySequence &keys = {});
+    void fillFileMenu();
+    void fillEditMenu();
+    void fillToolsMenu();
+    void fillViewMenu();
+    void fillGoMenu();
+    void fillWindowMenu();
+    void fillHelpMenu();
+
+    PDFWindowController *m_window;
+    QMenuBar *m_menuBar;
+};

@@ -1,0 +1,221 @@
+#include "support/AppTestEnvironment.h"
+
+#include <app/CompressContents.h>
+#include <app/FDDefaults.h>
+#include <app/GlobalService.h>
+#include <app/NewTabContents.h>
+#include <app/PDFWindowController.h>
+#include <document/Common.h>
+#include <kit/base/Geometry.h>
+#include <kit/base/UserDefaults.h>
+#include <kit/tabs/TabStripModel.h>
+
+#include <QtTest>
+
+class GlobalServiceTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void storedWindowsComeBackInTheirFrames();
+    void malformedListFallsThroughToABlankWindow_data();
+    void malformedListFallsThroughToABlankWindow();
+    void launchWithNoneIgnoresTheStoredList();
+    void savedListPutsTheMainWindowLast();
+    void periodicSaveFollowsTheChangeFlag();
+    void closingTheOnlyWindowSavesTheList();
+    void terminationSavesClosesAndKeepsTheListOnRepeat();
+
+private:
+    static QVariantMap windowRecord(const QVariantList &tabs, int selected, const QRect &frame)
+    {
+        return { { GlobalService::kLOW_Tabs, tabs },
+            { GlobalService::kLOW_SelectedIndex, selected },
+            { GlobalService::kLOW_Frame, Geometry::stringFromRect(QRectF(frame)) } };
+    }
+    static QVariantMap startTabRecord() { return { { GlobalService::kLOW_IsNewTab, true } }; }
+    static QVariantList storedWindows()
+    {
+        return UserDefaults::standard().arrayForKey(FDDefaults::LastOpenedWindows);
+    }
+    static QList<TabWindowController *> windows() { return TabWindowController::allControllers(); }
+
+    std::unique_ptr<GlobalService> m_service;
+};
+
+void GlobalServiceTest::init()
+{
+    AppTestEnvironment::clearStore();
+    m_service = std::make_unique<GlobalService>();
+}
+
+void GlobalServiceTest::cleanup()
+{
+    for (TabWindowController *window : windows()) {
+        window->tabStripModel()->closeAllTabs();
+        delete window;
+    }
+    m_service.reset();
+}
+
+void GlobalServiceTest::storedWindowsComeBackInTheirFrames()
+{
+    const QString missing = QStringLiteral("/nonexistent/folder/gone.pdf");
+    const QVariantMap skippedTab { { GlobalService::kLOW_IsNewTab, false },
+        { GlobalService::kLOW_SplitMode, 0 },
+        { GlobalService::kLOW_URLs, FDEncodeURLs(QList<QUrl> { QUrl::fromLocalFile(missing) }) } };
+    const QRect firstFrame(100, 120, 700, 500), secondFrame(50, 60, 640, 480);
+    UserDefaults::standard().setObject(
+        QVariantList { windowRecord({ startTabRecord(), startTabRecord() }, 1, firstFrame),
+            windowRecord({ skippedTab }, 0, secondFrame) },
+        FDDefaults::LastOpenedWindows);
+
+    QVERIFY(m_service->restoreLastOpenedWindows());
+    QVERIFY(!m_service->restoringLastOpenedWindows());
+    QCOMPARE(windows().size(), 2);
+    TabStripModel *first = windows().at(0)->tabStripModel();
+    QCOMPARE(first->count(), 2);
+    QCOMPARE(first->selectedIndex(), 1);
+    // Every tab of the second window was skipped: it comes back with a start tab.
+    TabStripModel *second = windows().at(1)->tabStripModel();
+    QCOMPARE(second->count(), 1);
+    QVERIFY(qobject_cast<NewTabContents *>(second->getSelectedTabContents()));
+    // The frames are set on the next turn, and the windows shown.
+    QTRY_VERIFY(windows().at(1)->isVisible());
+    QCOMPARE(windows().at(0)->geometry(), firstFrame);
+    QCOMPARE(windows().at(1)->geometry(), secondFrame);
+    // Restoring is no change of the window list.
+    QVERIFY(!m_service->openedWindowsChanged());
+}
+
+void GlobalServiceTest::malformedListFallsThroughToABlankWindow_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::newRow("not a list") << QVariant(QStringLiteral("garbage"));
+    QTest::newRow("empty list") << QVariant(QVariantList {});
+    QTest::newRow("a number among the windows")
+        << QVariant(QVariantList { windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }), 7 });
+}
+
+void GlobalServiceTest::malformedListFallsThroughToABlankWindow()
+{
+    QFETCH(QVariant, stored);
+    UserDefaults::standard().setObject(stored, FDDefaults::LastOpenedWindows);
+    QVERIFY(!m_service->restoreLastOpenedWindows());
+    QVERIFY(windows().isEmpty());
+    m_service->applicationDidFinishLaunching();
+    QCOMPARE(windows().size(), 1);
+    QCOMPARE(windows().first()->tabStripModel()->count(), 1);
+    QVERIFY(qobject_cast<NewTabContents *>(
+        windows().first()->tabStripModel()->getSelectedTabContents()));
+    QVERIFY(m_service->lastOpenedWindowsSavingTimer()->isActive());
+    QCOMPARE(m_service->lastOpenedWindowsSavingTimer()->interval(), 5000);
+}
+
+void GlobalServiceTest::launchWithNoneIgnoresTheStoredList()
+{
+    UserDefaults::standard().setObject(
+        QVariantList { windowRecord({ startTabRecord(), startTabRecord() }, 0, { 0, 0, 600, 400 }),
+            windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }) },
+        FDDefaults::LastOpenedWindows);
+    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+    m_service->applicationDidFinishLaunching();
+    QCOMPARE(windows().size(), 1);
+    QCOMPARE(windows().first()->tabStripModel()->count(), 1);
+}
+
+void GlobalServiceTest::savedListPutsTheMainWindowLast()
+{
+    auto *first = TabWindowController::create<PDFWindowController>();
+    first->openNewTab();
+    first->openNewTab();
+    first->openCompressTab(); // replaces the selected second start tab; it is stored by nobody
+    auto *second = TabWindowController::create<PDFWindowController>();
+    second->openNewTab();
+    second->show();
+    first->show(); // the window shown last is the main one
+    QCOMPARE(TabWindowController::main(), first);
+
+    m_service->saveLastOpenedWindows();
+    const QVariantList stored = storedWindows();
+    QCOMPARE(stored.size(), 2);
+    const QVariantMap mainRecord = stored.at(1).toMap();
+    QCOMPARE(
+        mainRecord.value(GlobalService::kLOW_Tabs).toList(), QVariantList { startTabRecord() });
+    // The selection counts the tab that wasn't stored: it may point past the stored tabs.
+    QCOMPARE(mainRecord.value(GlobalService::kLOW_SelectedIndex).toInt(), 1);
+    QCOMPARE(Geometry::rectFromString(mainRecord.value(GlobalService::kLOW_Frame).toString()),
+        QRectF(first->geometry()));
+    QCOMPARE(stored.at(0).toMap().value(GlobalService::kLOW_Tabs).toList().size(), 1);
+}
+
+void GlobalServiceTest::periodicSaveFollowsTheChangeFlag()
+{
+    m_service->saveLastOpenedWindowsPeriodically();
+    QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
+    auto *window = TabWindowController::create<PDFWindowController>();
+    window->openNewTab();
+    QVERIFY(m_service->openedWindowsChanged());
+    m_service->saveLastOpenedWindowsPeriodically();
+    QCOMPARE(storedWindows().size(), 1);
+    // The flag is never lowered: each tick saves again, though nothing changed.
+    UserDefaults::standard().removeObjectForKey(FDDefaults::LastOpenedWindows);
+    m_service->saveLastOpenedWindowsPeriodically();
+    QCOMPARE(storedWindows().size(), 1);
+}
+
+void GlobalServiceTest::closingTheOnlyWindowSavesTheList()
+{
+    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+    m_service->applicationDidFinishLaunching(); // a blank window, and the closing observed
+    QCOMPARE(windows().size(), 1);
+    TabWindowController *const blank = windows().first();
+    auto *second = TabWindowController::create<PDFWindowController>();
+    second->openNewTab();
+    second->openNewTab();
+    // With two windows, closing one leaves the saving to the timer.
+    blank->tabStripModel()->closeSelectedTab();
+    QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
+    QCOMPARE(windows().size(), 1);
+    // Closing the last window saves the list with that window in it; its tabs have closed
+    // before, so it will come back with a start tab.
+    second->close();
+    QCOMPARE(storedWindows().size(), 1);
+    QVERIFY(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList().isEmpty());
+    // Closing its last tab instead saves while that tab is still there.
+    auto *third = TabWindowController::create<PDFWindowController>();
+    third->openNewTab();
+    third->tabStripModel()->closeSelectedTab();
+    QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
+        QVariantList { startTabRecord() });
+}
+
+void GlobalServiceTest::terminationSavesClosesAndKeepsTheListOnRepeat()
+{
+    for (int count : { 1, 2 }) {
+        auto *window = TabWindowController::create<PDFWindowController>();
+        for (int tab = 0; tab < count; ++tab)
+            window->openNewTab();
+        window->show();
+    }
+    QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
+    QVERIFY(m_service->isTerminating());
+    QVERIFY(m_service->isClosingWindowByUser());
+    QVERIFY(windows().isEmpty());
+    QCOMPARE(storedWindows().size(), 2);
+    // Asking again (as the polling does) finds no window and leaves the list alone.
+    QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
+    QCOMPARE(storedWindows().size(), 2);
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    GlobalServiceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "GlobalServiceTest.moc"

@@ -1,0 +1,205 @@
+#include "support/AppFixtures.h"
+#include "support/AppTestEnvironment.h"
+
+#include <app/FDDefaults.h>
+#include <app/FDRecentDocuments.h>
+#include <app/FDThumbnailCache.h>
+#include <app/NewTabContents.h>
+#include <app/NewTabDropFileArea.h>
+#include <app/PDFWindowController.h>
+#include <appearance/FDTheme.h>
+#include <appearance/FDThemeProvider.h>
+#include <kit/tabs/TabStripModel.h>
+
+#include <QFile>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class NewTabContentsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void withoutRecentsTheDropAreaShowsAndClearIsOff();
+    void recentsAreListedNewestFirstWithThumbnails();
+    void aStoredThumbnailIsTakenFromTheCache();
+    void clearingSlidesAwayAndShowsTheDropArea();
+    void dropAreaDrawsInEveryTheme_data();
+    void dropAreaDrawsInEveryTheme();
+    void compressReplacesTheStartTab();
+
+private:
+    NewTabContents *startTab();
+    QTemporaryDir m_files;
+    PDFWindowController *m_window = nullptr;
+};
+
+void NewTabContentsTest::init()
+{
+    AppTestEnvironment::clearStore();
+    FDDefaults::registerDefaults();
+    m_window = TabWindowController::create<PDFWindowController>();
+    m_window->resize(900, 700);
+    m_window->show();
+}
+
+void NewTabContentsTest::cleanup()
+{
+    m_window->tabStripModel()->closeAllTabs();
+    delete m_window;
+}
+
+NewTabContents *NewTabContentsTest::startTab()
+{
+    m_window->openNewTab();
+    auto *tab = qobject_cast<NewTabContents *>(m_window->tabStripModel()->getSelectedTabContents());
+    return tab && tab->view() ? tab : nullptr;
+}
+
+void NewTabContentsTest::withoutRecentsTheDropAreaShowsAndClearIsOff()
+{
+    NewTabContents *tab = startTab();
+    QVERIFY(tab);
+    QVERIFY(!tab->isShowingRecents());
+    QTRY_VERIFY(tab->dragAndDropView()->isVisible());
+    QVERIFY(!tab->clearButton()->isEnabled());
+    QVERIFY(tab->recentItems().isEmpty());
+    QCOMPARE(tab->dragAndDropView()->size(), tab->dragAndDropView()->parentWidget()->size());
+}
+
+void NewTabContentsTest::recentsAreListedNewestFirstWithThumbnails()
+{
+    const QString red = m_files.filePath(QStringLiteral("Red Paper.pdf"));
+    const QString gone = m_files.filePath(QStringLiteral("gone.pdf"));
+    const QString notPDF = m_files.filePath(QStringLiteral("notes.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(red, QColor(220, 20, 20)));
+    QFile text(notPDF);
+    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("plain words"));
+    text.close();
+    FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(gone));
+    FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(notPDF));
+    FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(red));
+
+    NewTabContents *tab = startTab();
+    QVERIFY(tab);
+    QVERIFY(tab->isShowingRecents());
+    QVERIFY(tab->clearButton()->isEnabled());
+    const auto &items = tab->recentItems();
+    QCOMPARE(items.size(), 3);
+    QCOMPARE(items.at(0).title, QStringLiteral("Red Paper"));
+    QCOMPARE(items.at(1).title, QStringLiteral("notes"));
+    QCOMPARE(items.at(2).title, QStringLiteral("gone"));
+    QCOMPARE(tab->recentsCollectionView()->count(), 3);
+    // Files that can't give a thumbnail are still listed, by title.
+    QVERIFY(items.at(1).thumb.isNull());
+    QVERIFY(items.at(2).thumb.isNull());
+    const QImage thumb = items.at(0).thumb;
+    QVERIFY(!thumb.isNull());
+    QVERIFY(thumb.width() <= 140 && thumb.height() <= 180);
+    QCOMPARE(thumb.height(), 180); // a 2:3 page fills the height
+    const QColor middle = thumb.pixelColor(thumb.width() / 2, thumb.height() / 2);
+    QVERIFY2(middle.red() > 180 && middle.green() < 80, qPrintable(middle.name()));
+    // The thumbnail was stored for other programs, keyed by URI and modification time.
+    const QImage stored(FDThumbnailCache::largeThumbnailPath(QUrl::fromLocalFile(red)));
+    QVERIFY(!stored.isNull());
+    QCOMPARE(stored.text(QStringLiteral("Thumb::URI")),
+        QStringLiteral("file://%1").arg(m_files.path()) + QStringLiteral("/Red%20Paper.pdf"));
+    QVERIFY(!stored.text(QStringLiteral("Thumb::MTime")).isEmpty());
+}
+
+void NewTabContentsTest::aStoredThumbnailIsTakenFromTheCache()
+{
+    const QString path = m_files.filePath(QStringLiteral("cached.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    const QUrl url = QUrl::fromLocalFile(path);
+    QImage made = FDThumbnailCache::thumbnailForURL(url, { 140, 180 });
+    QVERIFY(!made.isNull());
+    // Another program's thumbnail for the same file and time is used as it is.
+    QImage theirs(128, 192, QImage::Format_RGB32);
+    theirs.fill(QColor(0, 0, 255));
+    const QImage ours(FDThumbnailCache::largeThumbnailPath(url));
+    theirs.setText(QStringLiteral("Thumb::URI"), ours.text(QStringLiteral("Thumb::URI")));
+    theirs.setText(QStringLiteral("Thumb::MTime"), ours.text(QStringLiteral("Thumb::MTime")));
+    QVERIFY(theirs.save(FDThumbnailCache::largeThumbnailPath(url), "png"));
+    QCOMPARE(
+        FDThumbnailCache::thumbnailForURL(url, { 140, 180 }).pixelColor(10, 10), QColor(0, 0, 255));
+    // A stale one (other modification time) is made again from the file.
+    theirs.setText(QStringLiteral("Thumb::MTime"), QStringLiteral("12"));
+    QVERIFY(theirs.save(FDThumbnailCache::largeThumbnailPath(url), "png"));
+    QCOMPARE(
+        FDThumbnailCache::thumbnailForURL(url, { 140, 180 }).pixelColor(10, 10), QColor(Qt::white));
+}
+
+void NewTabContentsTest::clearingSlidesAwayAndShowsTheDropArea()
+{
+    const QString path = m_files.filePath(QStringLiteral("a.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::green));
+    FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(path));
+    NewTabContents *tab = startTab();
+    QVERIFY(tab && tab->isShowingRecents());
+    QSignalSpy rebuilt(tab, &NewTabContents::viewRebuilt);
+    QTest::mouseClick(tab->clearButton(), Qt::LeftButton);
+    QVERIFY(FDRecentDocuments::recentDocumentURLs().isEmpty());
+    // While it plays the grid is still there, on its way out.
+    QVERIFY(tab->isShowingRecents());
+    QVERIFY(rebuilt.wait(3000));
+    QVERIFY(!tab->isShowingRecents());
+    QVERIFY(tab->dragAndDropView()->isVisible());
+    QVERIFY(!tab->clearButton()->isEnabled());
+    NewTabContents *next = startTab();
+    QVERIFY(next && !next->isShowingRecents());
+}
+
+void NewTabContentsTest::dropAreaDrawsInEveryTheme_data()
+{
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<double>("innerLevel");
+    QTest::newRow("blue") << int(FDTheme::blue) << 0.85;
+    QTest::newRow("night") << int(FDTheme::night) << 0.15;
+}
+
+void NewTabContentsTest::dropAreaDrawsInEveryTheme()
+{
+    QFETCH(int, theme);
+    QFETCH(double, innerLevel);
+    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
+    NewTabDropFileArea area;
+    area.resize(700, 500);
+    const QImage image = area.grab().toImage();
+    // Inside the smallest circle, away from the text: grey of the level, 0.9 over the window.
+    const QColor inner = image.pixelColor(350, 250 - 80);
+    QVERIFY2(qAbs(inner.redF() - innerLevel) < 0.08, qPrintable(inner.name()));
+    const QString folder = qEnvironmentVariable("FOLIDOC_SCREENSHOT_DIR");
+    if (!folder.isEmpty())
+        image.save(folder + QStringLiteral("/droparea-%1.png").arg(theme));
+}
+
+void NewTabContentsTest::compressReplacesTheStartTab()
+{
+    NewTabContents *tab = startTab();
+    QVERIFY(tab);
+    const int count = m_window->tabStripModel()->count();
+    QTest::mouseClick(tab->compressButton(), Qt::LeftButton);
+    QCOMPARE(m_window->tabStripModel()->count(), count);
+    TabContents *compress = m_window->tabStripModel()->getSelectedTabContents();
+    QCOMPARE(compress->title(), QStringLiteral("Compress"));
+    compress->setTitle(QStringLiteral("Other"));
+    QCOMPARE(compress->title(), QStringLiteral("Compress"));
+    // From a tab that is no start tab, a compression tab is added.
+    m_window->openCompressTab();
+    QCOMPARE(m_window->tabStripModel()->count(), count + 1);
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    NewTabContentsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "NewTabContentsTest.moc"

@@ -1,0 +1,228 @@
+#include "support/AppTestEnvironment.h"
+
+#include <app/FDDefaults.h>
+#include <app/FDFilePanel.h>
+#include <app/NewTabContents.h>
+#include <app/PDFWindowController.h>
+#include <app/PDFWindowMenus.h>
+#include <appearance/FDTheme.h>
+#include <appearance/FDThemeProvider.h>
+#include <kit/base/NotificationCenter.h>
+#include <kit/tabs/TabStripModel.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+#include <QtTest>
+
+class PDFWindowControllerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void menusCarryEveryCommand_data();
+    void menusCarryEveryCommand();
+    void documentCommandsAreOffWithoutADocument();
+    void themeItemsShowAndSetTheCurrentTheme();
+    void newTabAndCloseTabCommands();
+    void closingTheLastTabClosesTheWindowAndSavesFirst();
+    void closingTheWindowClosesEveryTab();
+    void aCancelledOpenPanelOpensNothing();
+    void createdWindowAnnouncesItselfOnTheNextTurn();
+
+private:
+    QAction *action(const QString &command, int tag = -1)
+    {
+        return m_window->menus()->actionForCommand(command, tag);
+    }
+    QPointer<PDFWindowController> m_window;
+};
+
+void PDFWindowControllerTest::init()
+{
+    AppTestEnvironment::clearStore();
+    FDDefaults::registerDefaults();
+    m_window = TabWindowController::create<PDFWindowController>();
+    m_window->openNewTab();
+    m_window->show();
+}
+
+void PDFWindowControllerTest::cleanup()
+{
+    FDFilePanel::setHandlerForTesting({});
+    delete m_window.data();
+}
+
+void PDFWindowControllerTest::menusCarryEveryCommand_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("tags");
+    const QList<std::pair<const char *, int>> commands {
+        { "PDF_saveDocument:", 1 },
+        { "PDF_saveDocumentAs:", 1 },
+        { "PDF_showInFinder:", 1 },
+        { "PDF_print:", 1 },
+        { "PDF_printWithoutAnnotations:", 1 },
+        { "PDF_onChangeToolMode:", 14 },
+        { "PDF_onChangeDisplayMode:", 2 },
+        { "PDF_onShowPagesEditor:", 1 },
+        { "PDF_onChangeSplitMode:", 3 },
+        { "PDF_onSplitViewSwap:", 1 },
+        { "PDF_onShowSidebar:", 1 },
+        { "PDF_onChangeSidebarMode:", 4 },
+        { "PDF_onGoToPreviousPage:", 1 },
+        { "PDF_onGoToNextPage:", 1 },
+        { "PDF_onGoToFirstPage:", 1 },
+        { "PDF_onGoToLastPage:", 1 },
+        { "PDF_onGoBack:", 1 },
+        { "PDF_onGoForward:", 1 },
+        { "PDF_onGoToPage:", 1 },
+        { "PDF_onZoom100:", 1 },
+        { "PDF_onZoomFitWidth:", 1 },
+        { "PDF_onZoomFitPage:", 1 },
+        { "PDF_onZoomIn:", 1 },
+        { "PDF_onZoomOut:", 1 },
+        { "newDocument:", 1 },
+        { "openDocument:", 1 },
+        { "performFindPanelAction:", 1 },
+        { "performSelectNextTabAction:", 1 },
+        { "performSelectPreviousTabAction:", 1 },
+        { "performCloseTabAction:", 1 },
+        { "performCloseWindowAction:", 1 },
+        { "onChangeTheme:", 5 },
+        { "onSendFeedback:", 1 },
+        { "onNew:", 1 },
+        { "onShowPrefWindow:", 1 },
+        { "terminate:", 1 },
+    };
+    for (const auto &[command, tags] : commands)
+        QTest::newRow(command) << QString::fromLatin1(command) << tags;
+}
+
+void PDFWindowControllerTest::menusCarryEveryCommand()
+{
+    QFETCH(QString, command);
+    QFETCH(int, tags);
+    int found = 0;
+    for (QAction *item : m_window->menus()->allActions())
+        found += item->objectName() == command;
+    QCOMPARE(found, tags);
+}
+
+void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
+{
+    // The start tab is no document tab: every document command is off, the rest on.
+    for (QMenu *menu : m_window->menuBar()->findChildren<QMenu *>())
+        m_window->menus()->validateMenu(menu);
+    int documentCommands = 0;
+    for (QAction *item : m_window->menus()->allActions()) {
+        const bool isDocumentCommand = item->objectName().startsWith(QLatin1String("PDF_"));
+        documentCommands += isDocumentCommand;
+        QCOMPARE(item->isEnabled(), !isDocumentCommand);
+        QVERIFY(!item->isChecked() || item->objectName() == QLatin1String("onChangeTheme:"));
+    }
+    QCOMPARE(documentCommands, 43);
+}
+
+void PDFWindowControllerTest::themeItemsShowAndSetTheCurrentTheme()
+{
+    FDThemeProvider::setCurrent(FDThemeProvider::green());
+    for (int id = 0; id < 5; ++id) {
+        QAction *item = action(QStringLiteral("onChangeTheme:"), id);
+        QVERIFY(m_window->validateMenuItem(item));
+        QCOMPARE(item->isChecked(), id == FDTheme::green);
+    }
+    action(QStringLiteral("onChangeTheme:"), FDTheme::night)->trigger();
+    QCOMPARE(FDThemeProvider::current(), FDThemeProvider::night());
+    FDThemeProvider::setCurrent(FDThemeProvider::blue());
+}
+
+void PDFWindowControllerTest::newTabAndCloseTabCommands()
+{
+    TabStripModel *model = m_window->tabStripModel();
+    action(QStringLiteral("newDocument:"))->trigger();
+    QCOMPARE(model->count(), 2);
+    QCOMPARE(model->selectedIndex(), 1);
+    QVERIFY(qobject_cast<NewTabContents *>(model->getSelectedTabContents()));
+    action(QStringLiteral("performSelectPreviousTabAction:"))->trigger();
+    QCOMPARE(model->selectedIndex(), 0);
+    action(QStringLiteral("performCloseTabAction:"))->trigger();
+    QCOMPARE(model->count(), 1);
+}
+
+void PDFWindowControllerTest::closingTheLastTabClosesTheWindowAndSavesFirst()
+{
+    QPointer<PDFWindowController> window(m_window);
+    int tabsWhenAsked = -1;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFWindowController::ShouldCloseNotification, m_window,
+        [&](const Notification &) { tabsWhenAsked = window->tabStripModel()->count(); });
+    action(QStringLiteral("performCloseTabAction:"))->trigger();
+    NotificationCenter::defaultCenter().removeObserver(this);
+    // The window was told while its last tab was still there, then went.
+    QCOMPARE(tabsWhenAsked, 1);
+    QVERIFY(!TabWindowController::allControllers().contains(window.data()));
+    QTRY_VERIFY(window.isNull());
+}
+
+void PDFWindowControllerTest::closingTheWindowClosesEveryTab()
+{
+    m_window->openNewTab();
+    m_window->openNewTab();
+    m_window->tabStripModel()->selectTabContentsAt(0, true);
+    m_window->openCompressTab(); // takes the place of the selected start tab
+    QCOMPARE(m_window->tabStripModel()->count(), 3);
+    QCOMPARE(
+        m_window->tabStripModel()->getTabContentsAtIndex(0)->title(), QStringLiteral("Compress"));
+    QPointer<PDFWindowController> window(m_window);
+    int notices = 0;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFWindowController::ShouldCloseNotification, m_window,
+        [&](const Notification &) { ++notices; });
+    QVERIFY(m_window->windowShouldClose(nullptr));
+    NotificationCenter::defaultCenter().removeObserver(this);
+    QCOMPARE(notices, 1);
+    QVERIFY(m_window->isClosingTabByUser());
+    QTRY_VERIFY(window.isNull());
+}
+
+void PDFWindowControllerTest::aCancelledOpenPanelOpensNothing()
+{
+    QList<FilePanelRequest> asked;
+    FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
+        asked << request;
+        return QUrl();
+    });
+    action(QStringLiteral("openDocument:"))->trigger();
+    QCOMPARE(asked.size(), 1);
+    QCOMPARE(asked.first().kind, FilePanelRequest::Open);
+    QCOMPARE(asked.first().allowedFileTypes, (QStringList { "pdf", "PDF" }));
+    QCOMPARE(m_window->tabStripModel()->count(), 1);
+    QVERIFY(qobject_cast<NewTabContents *>(m_window->tabStripModel()->getSelectedTabContents()));
+}
+
+void PDFWindowControllerTest::createdWindowAnnouncesItselfOnTheNextTurn()
+{
+    QList<const void *> senders;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFWindowController::DidCreateNotification, nullptr,
+        [&](const Notification &notification) { senders << notification.sender; });
+    auto *other = TabWindowController::create<PDFWindowController>();
+    QVERIFY(senders.isEmpty());
+    QTRY_VERIFY(senders.contains(other));
+    QCOMPARE(senders.count(other), 1);
+    NotificationCenter::defaultCenter().removeObserver(this);
+    delete other;
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    PDFWindowControllerTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "PDFWindowControllerTest.moc"
