@@ -311,7 +311,15 @@ void GlobalService::terminate()
         return;
     for (TabWindowController *controller : TabWindowController::allControllers())
         controller->close();
-    QCoreApplication::quit();
+    if (m_quitHandler)
+        m_quitHandler();
+    else
+        QCoreApplication::quit();
+}
+
+void GlobalService::setQuitHandlerForTesting(std::function<void()> handler)
+{
+    m_quitHandler = std::move(handler);
 }
 
 void GlobalService::onNew()

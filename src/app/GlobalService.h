@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
+
 class FDSingleInstance;
 class QTimer;
 struct Notification;
@@ -49,6 +51,8 @@ public:
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
     // Asks the termination question and quits the event loop on "now".
     void terminate();
+    // Replaces the quitting of the event loop, so that a test sees the process decide to end.
+    void setQuitHandlerForTesting(std::function<void()> handler);
 
     void saveLastOpenedWindows();
     void saveLastOpenedWindowsPeriodically();
@@ -89,4 +93,5 @@ private:
     QStringList m_pendingOpenFileNames;
     QStringList m_launchPaths;
     FDSingleInstance *m_singleInstance = nullptr;
+    std::function<void()> m_quitHandler;
 };

@@ -1,3 +1,4 @@
+#include "support/AppFixtures.h"
 #include "support/AppTestEnvironment.h"
 
 #include <app/CompressContents.h>
@@ -6,10 +7,14 @@
 #include <app/NewTabContents.h>
 #include <app/PDFWindowController.h>
 #include <document/Common.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
 #include <kit/base/Geometry.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
 
+#include <QTemporaryDir>
 #include <QtTest>
 
 class GlobalServiceTest : public QObject
@@ -27,6 +32,7 @@ private slots:
     void periodicSaveFollowsTheChangeFlag();
     void closingTheOnlyWindowSavesTheList();
     void terminationSavesClosesAndKeepsTheListOnRepeat();
+    void quitWaitsForAPendingSave();
 
 private:
     static QVariantMap windowRecord(const QVariantList &tabs, int selected, const QRect &frame)
@@ -208,6 +214,32 @@ void GlobalServiceTest::terminationSavesClosesAndKeepsTheListOnRepeat()
     // Asking again (as the polling does) finds no window and leaves the list alone.
     QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
     QCOMPARE(storedWindows().size(), 2);
+}
+
+void GlobalServiceTest::quitWaitsForAPendingSave()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("changed.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::yellow));
+    const qint64 sizeBefore = QFileInfo(path).size();
+    auto document = std::make_shared<FDDocument>();
+    QVERIFY(document->initWithURL(QUrl::fromLocalFile(path), nullptr));
+    auto extra = std::make_shared<PDFPage>();
+    QVERIFY(extra->init());
+    document->insertPage(extra, 1);
+    document->setNumberOfOtherChanges(1);
+    QVERIFY(PDFSavingService::shared().addTask(document));
+    document.reset(); // the service keeps it alive until written
+
+    int quits = 0;
+    m_service->setQuitHandlerForTesting([&] { ++quits; });
+    m_service->terminate();
+    QCOMPARE(quits, 0);
+    QVERIFY(m_service->isTerminating());
+    // The question is asked again five times a second until the save has ended.
+    QTRY_COMPARE_WITH_TIMEOUT(quits, 1, 30000);
+    QCOMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(QFileInfo(path).size() != sizeBefore);
 }
 
 int main(int argc, char *argv[])
