@@ -435,6 +435,11 @@ QByteArray PDFDocument::dataRepresentation() const
     const mu::Lock lock(d->handle->mutex());
     if (d->contentLoaded) {
         fz_context *ctx = mu::context();
+        // Annotations changed since they were last drawn get fresh pictures first.
+        for (size_t i = 0; i < d->pages.size(); ++i) {
+            if (d->pages[i]->d->handle == d->handle)
+                PDFPageInternals::prepareForOutputLocked(*d->pages[i], ctx, static_cast<int>(i));
+        }
         mu::Error failure;
         const auto objectForPage = [this](const PDFPage &page) -> pdf_obj * {
             return page.d->handle == d->handle && page.d->document.lock().get() == this

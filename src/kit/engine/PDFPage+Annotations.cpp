@@ -6,6 +6,7 @@
 #include "AnnotationIO.h"
 #include "PDFAnnotation.h"
 #include "PDFAnnotationPrivate.h"
+#include "PDFAnnotationText.h"
 #include "PDFDocument.h"
 #include "PDFPagePrivate.h"
 #include "PDFRenderPrivate.h"
@@ -441,9 +442,16 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
         }
     });
     for (const auto &annotation : pd.annotations) {
-        if (annotation->isAppearanceSynthesised()
-            && onPageInFile(pd, PDFAnnotationPrivate::of(*annotation)))
-            patchDashLocked(ctx, pd.handle->doc(), *annotation);
+        const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        if (!annotation->isAppearanceSynthesised() || !onPageInFile(pd, ad))
+            continue;
+        patchDashLocked(ctx, pd.handle->doc(), *annotation);
+        // MuPDF makes every note icon 18 by 18; the note keeps its own size and the icon scales.
+        if (dynamic_cast<const PDFAnnotationText *>(annotation.get())) {
+            pdf_obj *const object = ad.object;
+            const fz_rect rect = mu::toFz(annotation->bounds().normalized());
+            mu::runQuietly(ctx, [&] { pdf_dict_put_rect(ctx, object, PDF_NAME(Rect), rect); });
+        }
     }
     pd.appearancesStale = false;
 }

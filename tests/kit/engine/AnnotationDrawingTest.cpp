@@ -1,0 +1,294 @@
+// How annotations look: each kind drawn on its own into a painter, engine rendering that shows
+// only displayed annotations, dashes that other readers see, and sanitising that redraws what
+// the engine can draw while a stamp keeps its picture.
+
+#include "support/AnnotationFixtures.h"
+
+#include <support/PdfFixtures.h>
+#include <support/TestTools.h>
+
+#include <kit/base/BezierPath.h>
+#include <kit/engine/PDFAnnotation.h>
+#include <kit/engine/PDFAnnotationCircle.h>
+#include <kit/engine/PDFAnnotationFreeText.h>
+#include <kit/engine/PDFAnnotationInk.h>
+#include <kit/engine/PDFAnnotationLine.h>
+#include <kit/engine/PDFAnnotationMarkup.h>
+#include <kit/engine/PDFAnnotationSquare.h>
+#include <kit/engine/PDFAnnotationText.h>
+#include <kit/engine/PDFBorder.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace AnnotationFixtures;
+
+namespace {
+
+// A blank 200 × 200 page, with a stamp whose picture is a green box when withStamp is set.
+std::shared_ptr<PDFDocument> blankDocument(bool withStamp = false)
+{
+    PdfFixtures::Page page;
+    page.mediaBox = QRectF(0, 0, 200, 200);
+    if (withStamp) {
+        page.annotations = {
+            { "/Subtype /Stamp /Name /Approved /Rect [20 120 80 180]", "0 0.8 0 rg 0 0 60 60 re f",
+                QRectF(0, 0, 60, 60) },
+            // A square whose stored picture (a blue fill) disagrees with its properties.
+            { "/Subtype /Square /Rect [120 20 180 80] /C [1 0 0] /BS << /W 4 >>",
+                "0 0 1 rg 0 0 60 60 re f", QRectF(0, 0, 60, 60) },
+        };
+    }
+    PdfFixtures::Document spec;
+    spec.pages = { page };
+    return open(PdfFixtures::build(spec));
+}
+
+// The colour at a page point of an image showing the whole 200 × 200 page at scale 1.
+QColor at(const QImage &image, QPointF pagePoint)
+{
+    return image.pixelColor(QPoint(int(pagePoint.x()), int(199 - pagePoint.y())));
+}
+
+bool near(const QColor &a, const QColor &b)
+{
+    return std::abs(a.red() - b.red()) < 60 && std::abs(a.green() - b.green()) < 60
+        && std::abs(a.blue() - b.blue()) < 60;
+}
+
+QImage drawn(const PDFAnnotation &annotation)
+{
+    QImage image(200, 200, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    annotation.drawWithBox(painter, PDFDisplayBox::MediaBox);
+    return image;
+}
+
+QImage rendered(const PDFPage &page, bool forPrinting = false)
+{
+    return page.imageForBox(PDFDisplayBox::MediaBox, QSize(200, 200), forPrinting);
+}
+
+std::shared_ptr<PDFAnnotation> annotationOfKind(const QString &kind)
+{
+    if (kind == QLatin1String("line") || kind == QLatin1String("empty line")) {
+        auto line = std::make_shared<PDFAnnotationLine>();
+        line->initWithBounds(QRectF(10, 90, 180, 20));
+        line->setStartPoint(QPointF(0, 10));
+        line->setEndPoint(kind == QLatin1String("line") ? QPointF(180, 10) : QPointF(0, 10));
+        line->setEndLineStyle(PDFAnnotationLine::ClosedArrow);
+        line->border()->setLineWidth(4);
+        line->setColor(Qt::red);
+        return line;
+    }
+    if (kind == QLatin1String("circle") || kind == QLatin1String("empty circle")) {
+        auto circle = std::make_shared<PDFAnnotationCircle>();
+        circle->initWithBounds(
+            kind == QLatin1String("circle") ? QRectF(50, 50, 100, 100) : QRectF(50, 50, 0, 100));
+        circle->setInteriorColor(Qt::green);
+        circle->border()->setLineWidth(4);
+        circle->setColor(Qt::red);
+        return circle;
+    }
+    if (kind == QLatin1String("ink")) {
+        auto ink = std::make_shared<PDFAnnotationInk>();
+        ink->initWithBounds(QRectF(50, 50, 100, 100));
+        auto path = std::make_shared<BezierPath>();
+        path->moveTo({ 10, 10 });
+        path->lineTo({ 90, 10 });
+        ink->addBezierPath(path);
+        ink->border()->setLineWidth(4);
+        ink->setColor(Qt::blue);
+        return ink;
+    }
+    if (kind == QLatin1String("free text")) {
+        auto text = std::make_shared<PDFAnnotationFreeText>();
+        text->initWithBounds(QRectF(20, 20, 160, 60));
+        text->setColor(Qt::yellow);
+        QFont font(QStringLiteral("Helvetica"));
+        font.setPointSizeF(24);
+        text->setFont(font);
+        text->setFontColor(Qt::red);
+        text->setAlignment(PDFAnnotationFreeText::Right);
+        text->setContents(QStringLiteral("WWW"));
+        return text;
+    }
+    if (kind == QLatin1String("note")) {
+        auto note = std::make_shared<PDFAnnotationText>();
+        note->initWithBounds(QRectF(100, 100, 24, 24));
+        note->setColor(QColor(255, 200, 0));
+        return note;
+    }
+    auto highlight = std::make_shared<PDFAnnotationMarkup>();
+    highlight->initWithBounds(QRectF(40, 40, 120, 20), QStringLiteral("Highlight"), {});
+    highlight->setQuadrilateralPoints({ { 0, 20 }, { 120, 20 }, { 0, 0 }, { 120, 0 } });
+    highlight->setColor(Qt::yellow);
+    return highlight;
+}
+
+} // namespace
+
+class AnnotationDrawingTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void eachKindDrawsItself_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QPointF>("point");
+        QTest::addColumn<QColor>("expected");
+        QTest::addColumn<QPointF>("clearPoint"); // stays white
+        QTest::newRow("line") << "line" << QPointF(100, 100) << QColor(Qt::red)
+                              << QPointF(100, 110);
+        QTest::newRow("line's closed arrow")
+            << "line" << QPointF(184, 103) << QColor(Qt::red) << QPointF(184, 108);
+        QTest::newRow("empty line")
+            << "empty line" << QPointF(10, 100) << QColor(Qt::white) << QPointF(100, 100);
+        QTest::newRow("circle fill")
+            << "circle" << QPointF(100, 100) << QColor(Qt::green) << QPointF(53, 53);
+        QTest::newRow("circle stroke")
+            << "circle" << QPointF(100, 148) << QColor(Qt::red) << QPointF(146, 146);
+        QTest::newRow("empty circle")
+            << "empty circle" << QPointF(50, 100) << QColor(Qt::white) << QPointF(100, 100);
+        QTest::newRow("ink") << "ink" << QPointF(100, 60) << QColor(Qt::blue) << QPointF(100, 70);
+        QTest::newRow("free text background")
+            << "free text" << QPointF(25, 25) << QColor(Qt::yellow) << QPointF(10, 10);
+        QTest::newRow("note") << "note" << QPointF(103, 103) << QColor(255, 200, 0)
+                              << QPointF(130, 130);
+        QTest::newRow("highlight")
+            << "highlight" << QPointF(100, 50) << QColor(Qt::yellow) << QPointF(100, 65);
+    }
+    void eachKindDrawsItself()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QPointF, point);
+        QFETCH(QColor, expected);
+        QFETCH(QPointF, clearPoint);
+        auto doc = blankDocument();
+        const auto annotation = annotationOfKind(kind);
+        doc->pageAtIndex(0)->addAnnotation(annotation);
+        const QImage image = drawn(*annotation);
+        QVERIFY2(near(at(image, point), expected), qPrintable(at(image, point).name()));
+        QVERIFY2(near(at(image, clearPoint), Qt::white), qPrintable(at(image, clearPoint).name()));
+    }
+
+    void freeTextWritesInItsFontColourAtItsAlignment()
+    {
+        const auto text = annotationOfKind(QStringLiteral("free text"));
+        // Without a page the painter is page space: flip it the way a page would.
+        QImage image(200, 200, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setTransform(QTransform(1, 0, 0, -1, 0, 200));
+        text->drawWithBox(painter, PDFDisplayBox::MediaBox);
+        painter.end();
+        int redLeft = 0;
+        int redRight = 0;
+        for (int y = 120; y < 180; ++y) {
+            for (int x = 20; x < 180; ++x) {
+                if (near(image.pixelColor(x, y), Qt::red))
+                    (x < 100 ? redLeft : redRight)++;
+            }
+        }
+        QVERIFY(redRight > 20);
+        QCOMPARE(redLeft, 0);
+    }
+
+    void renderingShowsOnlyDisplayedAnnotations()
+    {
+        auto doc = blankDocument();
+        const auto page = doc->pageAtIndex(0);
+        const auto circle = annotationOfKind(QStringLiteral("circle"));
+        page->addAnnotation(circle);
+        QVERIFY(near(at(rendered(*page), QPointF(100, 100)), Qt::green));
+        QCOMPARE(page->annotationAtPoint(QPointF(100, 100)), circle);
+
+        const quint64 revision = page->revision();
+        circle->setShouldDisplay(false);
+        QVERIFY(page->revision() > revision);
+        QVERIFY(near(at(rendered(*page), QPointF(100, 100)), Qt::white));
+        QVERIFY(!page->annotationAtPoint(QPointF(100, 100)));
+
+        circle->setShouldDisplay(true);
+        circle->setShouldPrint(false);
+        QVERIFY(near(at(rendered(*page), QPointF(100, 100)), Qt::green));
+        QVERIFY(near(at(rendered(*page, true), QPointF(100, 100)), Qt::white));
+        // Nothing of this is written into the file.
+        const auto read = reopen(*doc)->pageAtIndex(0)->annotations();
+        QCOMPARE(read.size(), size_t(1));
+        QVERIFY(read[0]->shouldDisplay());
+    }
+
+    void dashedBordersShowInAnotherReader()
+    {
+        FOLIDOC_REQUIRE_TOOL(python, "python3");
+        FOLIDOC_REQUIRE_TOOL(pdftoppm, "pdftoppm");
+        auto doc = blankDocument();
+        auto square = std::make_shared<PDFAnnotationSquare>();
+        square->initWithBounds(QRectF(40, 40, 120, 120));
+        square->setColor(Qt::black);
+        square->border()->setLineWidth(4);
+        square->border()->setStyle(PDFBorder::Dashed); // in place, after the add below too
+        doc->pageAtIndex(0)->addAnnotation(square);
+        square->border()->setDashPattern({ 8, 8 });
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("dash.pdf"));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(path)));
+        QString error;
+        const QJsonObject entry = listWithPikepdf(python, path, &error)[0].toObject();
+        QCOMPARE(entry[QStringLiteral("borderStyle")].toString(), QStringLiteral("/D"));
+        QVERIFY(
+            entry[QStringLiteral("appearance")].toString().startsWith(QStringLiteral("[8 8] 0 d")));
+
+        const QString prefix = dir.filePath(QStringLiteral("dash"));
+        QCOMPARE(TestTools::run(pdftoppm,
+                     { QStringLiteral("-r"), QStringLiteral("72"), QStringLiteral("-png"),
+                         QStringLiteral("-singlefile"), path, prefix })
+                     .exitCode,
+            0);
+        const QImage image(prefix + QStringLiteral(".png"));
+        QCOMPARE(image.size(), QSize(200, 200));
+        // Along the left edge the stroke alternates between ink and gaps.
+        int dark = 0;
+        int light = 0;
+        for (int y = 50; y < 150; ++y)
+            (qGray(image.pixel(42, y)) < 128 ? dark : light)++;
+        QVERIFY2(dark > 30 && light > 30, qPrintable(QStringLiteral("%1/%2").arg(dark).arg(light)));
+    }
+
+    void sanitisingRedrawsWhatItCanAndKeepsStamps()
+    {
+        auto doc = blankDocument(true);
+        const auto page = doc->pageAtIndex(0);
+        const auto &annotations = page->annotations();
+        QCOMPARE(annotations.size(), size_t(2));
+        QVERIFY(near(at(rendered(*page), QPointF(150, 50)), Qt::blue));
+        for (const auto &annotation : annotations) {
+            QVERIFY(annotation->hasAppearanceStream());
+            annotation->removeAllAppearanceStreams();
+        }
+        QVERIFY(annotations[0]->hasAppearanceStream()); // the stamp's picture is its own
+        QVERIFY(!annotations[1]->hasAppearanceStream());
+        const QImage image = rendered(*page);
+        QVERIFY(near(at(image, QPointF(50, 150)), QColor(0, 204, 0)));
+        QVERIFY(near(at(image, QPointF(150, 50)), Qt::white));
+        QVERIFY(near(at(image, QPointF(122, 50)), Qt::red));
+        // The stamp draws its picture on its own, and keeps it when it moves on the page.
+        QVERIFY(near(at(drawn(*annotations[0]), QPointF(50, 150)), QColor(0, 204, 0)));
+        const auto stamp = annotations[0];
+        page->removeAnnotation(stamp);
+        page->addAnnotation(stamp);
+        stamp->setBounds(QRectF(20, 20, 60, 60));
+        QVERIFY(near(at(rendered(*page), QPointF(50, 50)), QColor(0, 204, 0)));
+        QVERIFY(
+            near(at(rendered(*reopen(*doc)->pageAtIndex(0)), QPointF(50, 50)), QColor(0, 204, 0)));
+    }
+};
+
+QTEST_MAIN(AnnotationDrawingTest)
+#include "AnnotationDrawingTest.moc"

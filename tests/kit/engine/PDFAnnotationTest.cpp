@@ -1,0 +1,332 @@
+// Annotations in the file: what the engine writes reads back in an independent reader, changes
+// of properties reach the file and their observers, annotations live without a page and move
+// with their page, and existing annotations of a file are read with their geometry.
+
+#include "support/AnnotationFixtures.h"
+
+#include <support/PdfFixtures.h>
+#include <support/TestTools.h>
+
+#include <kit/base/BezierPath.h>
+#include <kit/engine/PDFAnnotation.h>
+#include <kit/engine/PDFAnnotationInk.h>
+#include <kit/engine/PDFAnnotationLine.h>
+#include <kit/engine/PDFAnnotationLink.h>
+#include <kit/engine/PDFAnnotationMarkup.h>
+#include <kit/engine/PDFAnnotationSquare.h>
+#include <kit/engine/PDFBorder.h>
+#include <kit/engine/PDFDestination.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFDocumentDelegate.h>
+#include <kit/engine/PDFPage.h>
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace AnnotationFixtures;
+
+namespace {
+
+struct Change
+{
+    QString key;
+    QVariant oldValue;
+    QVariant newValue;
+};
+
+// Records every report of the annotations it observes.
+class Recorder
+{
+public:
+    void observe(PDFAnnotation &annotation)
+    {
+        annotation.addObserver(this,
+            [this](PDFAnnotation &, const QString &key, const QVariant &oldValue,
+                const QVariant &newValue) {
+                changes.append({ key, oldValue, newValue });
+            });
+    }
+    QStringList keys() const
+    {
+        QStringList list;
+        for (const Change &change : changes)
+            list.append(change.key);
+        return list;
+    }
+    QList<Change> changes;
+};
+
+std::shared_ptr<PDFAnnotation> only(const std::shared_ptr<PDFPage> &page, const QString &type)
+{
+    for (const auto &annotation : page->annotations()) {
+        if (annotation->type() == type)
+            return annotation;
+    }
+    return nullptr;
+}
+
+class MarkingDelegate : public PDFDocumentDelegate
+{
+public:
+    class Marked : public PDFAnnotationSquare
+    {
+    };
+    PDFAnnotationFactory classForAnnotationClass(const QString &type) const override
+    {
+        asked.append(type);
+        if (type == QLatin1String("Square"))
+            return [] { return std::make_shared<Marked>(); };
+        return {};
+    }
+    mutable QStringList asked;
+};
+
+} // namespace
+
+class PDFAnnotationTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void kindsRoundTripThroughAnIndependentReader_data()
+    {
+        QTest::addColumn<QString>("type");
+        for (const char *type : { "Highlight", "Underline", "StrikeOut", "Ink", "Line", "Circle",
+                 "Square", "FreeText", "Text" })
+            QTest::newRow(type) << QString::fromLatin1(type);
+    }
+    void kindsRoundTripThroughAnIndependentReader()
+    {
+        QFETCH(QString, type);
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        FOLIDOC_REQUIRE_TOOL(python, "python3");
+        auto doc = textDocument();
+        const auto page = doc->pageAtIndex(0);
+        const QRectF bounds(100, 500, 120, 60);
+        const auto annotation = makeAnnotation(type, bounds);
+        page->addAnnotation(annotation);
+        QCOMPARE(annotation->page(), page);
+        QCOMPARE(page->annotations().back(), annotation);
+
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("out.pdf"));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(path)));
+        QCOMPARE(TestTools::run(qpdf, { QStringLiteral("--check"), path }).exitCode, 0);
+        QString error;
+        const QJsonArray listed = listWithPikepdf(python, path, &error);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+        QCOMPARE(listed.size(), 1);
+        const QJsonObject entry = listed[0].toObject();
+        QCOMPARE(entry[QStringLiteral("subtype")].toString(), QLatin1Char('/') + type);
+        QCOMPARE(entry[QStringLiteral("contents")].toString(), type + QStringLiteral(" note é"));
+        const QJsonArray rect = entry[QStringLiteral("rect")].toArray();
+        QCOMPARE(rect.size(), 4);
+        if (type == QLatin1String("Square") || type == QLatin1String("Circle")
+            || type == QLatin1String("FreeText")) {
+            // Kinds whose rect is their shape keep it exactly.
+            QCOMPARE(rect[0].toDouble(), 100.0);
+            QCOMPARE(rect[1].toDouble(), 500.0);
+            QCOMPARE(rect[2].toDouble(), 220.0);
+            QCOMPARE(rect[3].toDouble(), 560.0);
+        } else {
+            // Others may grow to hold their drawing, but stay around the bounds.
+            QVERIFY(QRectF(QPointF(rect[0].toDouble(), rect[1].toDouble()),
+                QPointF(rect[2].toDouble(), rect[3].toDouble()))
+                        .intersects(bounds));
+        }
+        const QColor color = annotation->color();
+        if (color.alpha() > 0) {
+            const QJsonArray c = entry[QStringLiteral("color")].toArray();
+            QCOMPARE(c.size(), 3);
+            QCOMPARE(qRound(c[0].toDouble() * 255), color.red());
+            QCOMPARE(qRound(c[2].toDouble() * 255), color.blue());
+        }
+        QVERIFY(!entry[QStringLiteral("appearance")].isNull());
+
+        // The engine reads back the same kind, contents and geometry.
+        const auto again = reopen(*doc);
+        QVERIFY(again);
+        const auto read = only(again->pageAtIndex(0), type);
+        QVERIFY(read);
+        QCOMPARE(read->contents(), annotation->contents());
+        if (auto line = std::dynamic_pointer_cast<PDFAnnotationLine>(read)) {
+            const QPointF start = line->bounds().topLeft() + line->startPoint();
+            const QPointF end = line->bounds().topLeft() + line->endPoint();
+            QCOMPARE(start, bounds.topLeft());
+            QCOMPARE(end, bounds.bottomRight());
+            QCOMPARE(line->endLineStyle(), int(PDFAnnotationLine::OpenArrow));
+        }
+        if (auto markup = std::dynamic_pointer_cast<PDFAnnotationMarkup>(read)) {
+            QCOMPARE(markup->quadrilateralPoints().size(), 4);
+            QCOMPARE(
+                markup->bounds().topLeft() + markup->quadrilateralPoints()[0], QPointF(100, 560));
+        }
+    }
+
+    void settersWriteThroughAndReportOldAndNewValues()
+    {
+        auto doc = textDocument();
+        const auto page = doc->pageAtIndex(0);
+        auto square = std::static_pointer_cast<PDFAnnotationSquare>(
+            makeAnnotation(QStringLiteral("Square"), QRectF(50, 50, 100, 100)));
+        page->addAnnotation(square);
+        Recorder recorder;
+        recorder.observe(*square);
+        const quint64 revision = page->revision();
+
+        square->setColor(QColor(0, 0, 255));
+        square->setColor(QColor(0, 0, 255)); // the same value is reported too
+        square->border()->setLineWidth(7); // in place on the installed border
+        square->setInteriorColor(QColor(0, 255, 0));
+        QVERIFY(page->revision() > revision);
+        QCOMPARE(recorder.keys(),
+            QStringList({ "color", "color", "border.lineWidth", "interiorColor" }));
+        QCOMPARE(recorder.changes[0].oldValue.value<QColor>(), QColor(255, 0, 0));
+        QCOMPARE(recorder.changes[1].oldValue, recorder.changes[1].newValue);
+        QCOMPARE(recorder.changes[2].oldValue.toDouble(), 4.0);
+        QCOMPARE(recorder.changes[2].newValue.toDouble(), 7.0);
+        QVERIFY(!recorder.changes[3].oldValue.isValid()); // "no value" is an invalid variant
+        QCOMPARE(recorder.changes[3].newValue.value<QColor>(), QColor(0, 255, 0));
+
+        // A replaced border no longer reports for the annotation.
+        const auto old = square->border();
+        square->setBorder(std::make_shared<PDFBorder>());
+        recorder.changes.clear();
+        old->setLineWidth(20);
+        QVERIFY(recorder.changes.isEmpty());
+
+        // Undo restores values by key, dotted paths and "no value" included.
+        square->setValuesForKeysWithDictionary(
+            { { "color", QVariant() }, { "border.lineWidth", 3.0 }, { "border.style", 1 },
+                { "bounds", QRectF(60, 70, 80, 90) } });
+        QCOMPARE(recorder.keys(),
+            QStringList({ "border.lineWidth", "border.style", "bounds", "color" }));
+        square->removeObserver(&recorder);
+        square->setContents(QStringLiteral("unseen"));
+        QCOMPARE(recorder.changes.size(), 4);
+
+        const auto again = reopen(*doc);
+        const auto read = std::dynamic_pointer_cast<PDFAnnotationSquare>(
+            only(again->pageAtIndex(0), QStringLiteral("Square")));
+        QVERIFY(read);
+        QCOMPARE(read->bounds(), QRectF(60, 70, 80, 90));
+        QVERIFY(!read->color().isValid());
+        QCOMPARE(read->interiorColor(), QColor(0, 255, 0));
+        QCOMPARE(read->border()->lineWidth(), 3.0);
+        QCOMPARE(read->border()->style(), int(PDFBorder::Dashed));
+        QCOMPARE(read->contents(), QStringLiteral("unseen"));
+    }
+
+    void annotationLivesWithoutAPageAndComesBack()
+    {
+        auto doc = textDocument();
+        const auto page = doc->pageAtIndex(0);
+        const auto line = makeAnnotation(QStringLiteral("Line"), QRectF(10, 10, 200, 100));
+        QVERIFY(!line->page());
+        line->setColor(QColor(0, 128, 0)); // before any page: kept by the object
+        page->addAnnotation(line);
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(1));
+
+        page->removeAnnotation(line);
+        QVERIFY(!line->page());
+        QVERIFY(page->annotations().empty());
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(0));
+        line->setContents(QStringLiteral("edited while off the page"));
+
+        page->addAnnotation(line);
+        const auto read = only(reopen(*doc)->pageAtIndex(0), QStringLiteral("Line"));
+        QVERIFY(read);
+        QCOMPARE(read->contents(), QStringLiteral("edited while off the page"));
+        QCOMPARE(read->color(), QColor(0, 128, 0));
+    }
+
+    void annotationsMoveWithTheirPageIntoAnotherDocument()
+    {
+        auto source = textDocument();
+        const auto page = source->pageAtIndex(0);
+        const auto ink = makeAnnotation(QStringLiteral("Ink"), QRectF(20, 20, 100, 100));
+        const auto note = makeAnnotation(QStringLiteral("Text"), QRectF(300, 300, 0, 0));
+        page->addAnnotation(ink);
+        page->addAnnotation(note);
+        const auto before = page->annotations();
+
+        auto target = std::make_shared<PDFDocument>();
+        QVERIFY(target->init());
+        target->insertPage(page, 0);
+        QCOMPARE(source->pageCount(), 0);
+        QCOMPARE(target->pageAtIndex(0), page);
+        QVERIFY(page->annotations() == before);
+        QCOMPARE(ink->page(), page);
+        note->setContents(QStringLiteral("after the move"));
+
+        const auto read = reopen(*target)->pageAtIndex(0);
+        QCOMPARE(read->annotations().size(), size_t(2));
+        QCOMPARE(only(read, QStringLiteral("Text"))->contents(), QStringLiteral("after the move"));
+        QCOMPARE(only(read, QStringLiteral("Text"))->bounds().size(), QSizeF(24, 24));
+        const auto inkRead
+            = std::dynamic_pointer_cast<PDFAnnotationInk>(only(read, QStringLiteral("Ink")));
+        QVERIFY(inkRead);
+        QCOMPARE(inkRead->paths().size(), 1);
+
+        // Removing after the move takes it out of the new file.
+        page->removeAnnotation(ink);
+        QCOMPARE(reopen(*target)->pageAtIndex(0)->annotations().size(), size_t(1));
+    }
+
+    void existingAnnotationsAreReadWithTheirGeometry()
+    {
+        PdfFixtures::Page page;
+        page.links
+            = { { QRectF(72, 600, 200, 20), QStringLiteral("https://example.org/a"), -1, {} },
+                  { QRectF(72, 560, 200, 20), QString(), 1, QPointF(30, 700) } };
+        page.annotations = {
+            { "/Subtype /Line /Rect [90 90 210 160] /L [100 100 200 150] /LE [/Circle "
+              "/ClosedArrow] "
+              "/C [0 0 1] /BS << /W 3 /S /D /D [4 2] >> /Contents (a line)",
+                {}, {} },
+            { "/Subtype /Ink /Rect [0 0 100 100] /InkList [[10 10 20 30 40 20]]", {}, {} },
+            { "/Subtype /StrikeOut /Rect [70 700 300 720] "
+              "/QuadPoints [72 718 290 718 72 702 290 702]",
+                {}, {} },
+            { "/Subtype /Polygon /Rect [300 300 400 400] /Vertices [300 300 400 300 350 400]", {},
+                {} },
+        };
+        PdfFixtures::Document spec;
+        spec.pages = { page, PdfFixtures::Page() };
+        auto delegate = std::make_shared<MarkingDelegate>();
+        auto doc = std::make_shared<PDFDocument>();
+        doc->setDelegate(delegate);
+        QVERIFY(doc->initWithData(PdfFixtures::build(spec)));
+        const auto &annotations = doc->pageAtIndex(0)->annotations();
+        QStringList types;
+        for (const auto &annotation : annotations)
+            types.append(annotation->type());
+        QCOMPARE(types, QStringList({ "Link", "Link", "Line", "Ink", "StrikeOut", "Polygon" }));
+        QCOMPARE(delegate->asked, types);
+
+        const auto url = std::dynamic_pointer_cast<PDFAnnotationLink>(annotations[0]);
+        QCOMPARE(url->URL(), QUrl(QStringLiteral("https://example.org/a")));
+        const auto jump = std::dynamic_pointer_cast<PDFAnnotationLink>(annotations[1]);
+        QCOMPARE(jump->destination()->page(), doc->pageAtIndex(1));
+        QCOMPARE(jump->destination()->point(), QPointF(30, 700));
+        QCOMPARE(doc->pageAtIndex(0)->annotationAtPoint(QPointF(80, 565)), annotations[1]);
+
+        const auto line = std::dynamic_pointer_cast<PDFAnnotationLine>(annotations[2]);
+        QCOMPARE(line->bounds(), QRectF(90, 90, 120, 70));
+        QCOMPARE(line->startPoint(), QPointF(10, 10));
+        QCOMPARE(line->endPoint(), QPointF(110, 60));
+        QCOMPARE(line->startLineStyle(), int(PDFAnnotationLine::Circle));
+        QCOMPARE(line->endLineStyle(), int(PDFAnnotationLine::ClosedArrow));
+        QCOMPARE(line->border()->dashPattern(), QList<double>({ 4, 2 }));
+        const auto ink = std::dynamic_pointer_cast<PDFAnnotationInk>(annotations[3]);
+        QCOMPARE(ink->paths().size(), 1);
+        QCOMPARE(ink->paths()[0]->elementCount(), 3);
+        const auto strike = std::dynamic_pointer_cast<PDFAnnotationMarkup>(annotations[4]);
+        QCOMPARE(strike->markupType(), int(PDFAnnotationMarkup::StrikeOut));
+        QCOMPARE(strike->quadrilateralPoints()[3], QPointF(220, 2));
+        QVERIFY(std::dynamic_pointer_cast<PDFAnnotation>(annotations[5]));
+    }
+};
+
+QTEST_MAIN(PDFAnnotationTest)
+#include "PDFAnnotationTest.moc"
