@@ -591,6 +591,9 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         return;
     d->annotations.erase(found);
     PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+    // Annotations dropped along with this one die after the lock is released: their
+    // destructors take it.
+    std::vector<std::shared_ptr<PDFAnnotation>> dropped;
     if (d->handle) {
         const int index = PDFPageInternals::treeIndex(*this);
         const mu::Lock lock(d->handle->mutex());
@@ -629,6 +632,7 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
                     return false;
                 od.inFile = false;
                 od.page.reset();
+                dropped.push_back(other);
                 return true;
             });
         }

@@ -19,6 +19,7 @@
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PageGeometry.h>
 
 #include <QPainter>
 #include <QTemporaryDir>
@@ -197,6 +198,46 @@ private slots:
         }
         QVERIFY(redRight > 20);
         QCOMPARE(redLeft, 0);
+    }
+
+    void annotationsStayInPageSpaceOnTurnedAndCroppedPages_data()
+    {
+        QTest::addColumn<int>("rotation");
+        for (const int rotation : { 0, 90, 180, 270 })
+            QTest::newRow(qPrintable(QString::number(rotation))) << rotation;
+    }
+    void annotationsStayInPageSpaceOnTurnedAndCroppedPages()
+    {
+        QFETCH(int, rotation);
+        PdfFixtures::Page spec;
+        spec.mediaBox = QRectF(0, 0, 200, 200);
+        spec.cropBox = QRectF(QPointF(10, 20), QPointF(190, 190));
+        spec.rotate = rotation;
+        PdfFixtures::Document document;
+        document.pages = { spec };
+        const auto doc = open(PdfFixtures::build(document));
+        const auto page = doc->pageAtIndex(0);
+        auto square = std::make_shared<PDFAnnotationSquare>();
+        square->initWithBounds(QRectF(40, 50, 30, 20));
+        square->setInteriorColor(Qt::green);
+        square->setBorder(nullptr);
+        page->addAnnotation(square);
+
+        const PageGeometry geometry(page->boundsForBox(PDFDisplayBox::CropBox), rotation);
+        const QSize size = geometry.viewSize().toSize();
+        const QPoint inside = geometry.viewPoint(QPointF(55, 60)).toPoint();
+        const QPoint outside = geometry.viewPoint(QPointF(80, 60)).toPoint();
+        const QImage image = page->imageForBox(PDFDisplayBox::CropBox, size);
+        QVERIFY(near(image.pixelColor(inside), Qt::green));
+        QVERIFY(near(image.pixelColor(outside), Qt::white));
+        QImage overlay(size, QImage::Format_ARGB32_Premultiplied);
+        overlay.fill(Qt::white);
+        QPainter painter(&overlay);
+        square->drawWithBox(painter, PDFDisplayBox::CropBox);
+        painter.end();
+        QVERIFY(near(overlay.pixelColor(inside), Qt::green));
+        QVERIFY(near(overlay.pixelColor(outside), Qt::white));
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations()[0]->bounds(), square->bounds());
     }
 
     void renderingShowsOnlyDisplayedAnnotations()

@@ -273,6 +273,30 @@ private slots:
         QCOMPARE(reopen(*target)->pageAtIndex(0)->annotations().size(), size_t(1));
     }
 
+    void removingANoteTakesItsPopupAlong()
+    {
+        PdfFixtures::Page page;
+        page.annotations = {
+            { "/Subtype /Text /Rect [100 100 124 124] /Contents (note) /Popup 7 0 R", {}, {} },
+            { "/Subtype /Popup /Rect [200 200 300 300] /Parent 6 0 R", {}, {} },
+        };
+        PdfFixtures::Document spec;
+        spec.pages = { page };
+        const QByteArray pdf = PdfFixtures::build(spec);
+        QVERIFY(pdf.contains("6 0 obj\n<< /Type /Annot /Subtype /Text"));
+        auto doc = open(pdf);
+        const auto first = doc->pageAtIndex(0);
+        QCOMPARE(first->annotations().size(), size_t(2));
+        QCOMPARE(first->annotations()[1]->type(), QStringLiteral("Popup"));
+        const auto note = first->annotations()[0];
+        first->removeAnnotation(note);
+        QVERIFY(first->annotations().empty());
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(0));
+        // Added again, the note comes back alone.
+        first->addAnnotation(note);
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(1));
+    }
+
     void existingAnnotationsAreReadWithTheirGeometry()
     {
         PdfFixtures::Page page;
