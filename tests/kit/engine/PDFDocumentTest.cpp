@@ -6,6 +6,7 @@
 
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentDelegate.h>
+#include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 
 #include <QBuffer>
@@ -120,6 +121,40 @@ private slots:
         QCOMPARE(doc->pageCount(), pages);
         QCOMPARE(doc->wasRepaired(), repaired);
         QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick brown fox")));
+    }
+
+    // Bytes damaged anywhere: the document opens (repaired) or refuses with a message, and
+    // whatever opened can be read, drawn and written without a crash.
+    void damagedBytesNeverCrash()
+    {
+        const QByteArray good = PdfFixtures::build(PdfFixtures::standard());
+        quint32 state = 12345;
+        int opened = 0;
+        for (int round = 0; round < 40; ++round) {
+            QByteArray bytes = good;
+            for (int k = 0; k < 1 + round % 7; ++k) {
+                state = state * 1664525u + 1013904223u;
+                const qsizetype at = qsizetype(state % quint32(bytes.size()));
+                bytes[at] = char(state >> 24);
+            }
+            if (round % 5 == 4)
+                bytes.remove(bytes.size() / 3, 200);
+            auto doc = std::make_shared<PDFDocument>();
+            if (!doc->initWithData(bytes)) {
+                QVERIFY(!doc->errorString().isEmpty());
+                continue;
+            }
+            ++opened;
+            for (int i = 0; i < doc->pageCount(); ++i) {
+                const auto page = doc->pageAtIndex(i);
+                page->string();
+                page->imageForBox(PDFDisplayBox::CropBox, QSize(30, 40));
+            }
+            if (doc->outlineRoot())
+                doc->outlineRoot()->numberOfChildren();
+            doc->dataRepresentation();
+        }
+        QVERIFY(opened > 0);
     }
 
     void missingFileKeepsAMessage()
