@@ -13,11 +13,26 @@
 #include <mutex>
 #include <set>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace {
 
 // Lists of the pages around the view; a text page's list is small, an image page's holds a
 // reference to its compressed image.
 constexpr size_t MaxDisplayLists = 32;
+
+// Workers yield to the main thread when the processor is busy, so that scrolling and input stay
+// smooth while pages render. Linux keeps a nice value per thread.
+void lowerThreadPriority()
+{
+    thread_local bool lowered = false;
+    if (lowered)
+        return;
+    lowered = true;
+    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 8);
+}
 
 } // namespace
 
@@ -69,6 +84,7 @@ public:
 
     void run() override
     {
+        lowerThreadPriority();
         State &s = *m_state;
         for (;;) {
             PDFTileRequest request;

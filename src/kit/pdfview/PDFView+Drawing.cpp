@@ -56,30 +56,39 @@ QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const
 void PDFView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    painter.fillRect(event->rect(), m_backgroundColor);
-    if (m_pages.empty() || m_scale <= 0)
-        return;
-    const QRectF damaged = m_documentView.convertRectFromView(QRectF(event->rect()));
-    const QRectF layoutRect(damaged.topLeft() / m_scale, damaged.size() / m_scale);
-    const double margin = m_layout.margin() * m_scale;
-    for (const int index : m_layout.pagesInRect(layoutRect.adjusted(
-             -margin / m_scale, -margin / m_scale, margin / m_scale, margin / m_scale))) {
+    const QRegion damaged = event->region();
+    std::vector<int> pages;
+    if (!m_pages.empty() && m_scale > 0) {
+        // Pages and their shadows, found a margin beyond the damage.
+        const QRectF document = m_documentView.convertRectFromView(QRectF(event->rect()));
+        const double margin = m_layout.margin() + 1;
+        pages = m_layout.pagesInRect(QRectF(document.topLeft() / m_scale, document.size() / m_scale)
+                                         .adjusted(-margin, -margin, margin, margin));
+    }
+    // Every pixel is painted once: the background around the pages, the pages over it.
+    QRegion background = damaged;
+    for (const int index : pages)
+        background -= pageRectInView(index);
+    for (const QRect &rect : background)
+        painter.fillRect(rect, m_backgroundColor);
+    for (const int index : pages) {
         const QRect rect = pageRectInView(index);
         if (m_layout.displaysPageBreaks())
             drawPageFrame(painter, rect);
-        if (!rect.intersects(event->rect()))
+        const QRegion area = damaged.intersected(rect);
+        if (area.isEmpty())
             continue;
+        const auto &page = m_pages[size_t(index)];
         painter.save();
-        painter.setClipRect(rect.intersected(event->rect()));
-        painter.fillRect(rect, Qt::white);
-        drawPage(m_pages[size_t(index)], painter);
+        painter.setClipRegion(area);
+        drawPage(page, painter);
         painter.restore();
         painter.save();
-        painter.setClipRect(rect.intersected(event->rect()));
+        painter.setClipRegion(area);
         drawSelection(index, painter);
-        const auto state = m_renderStates.find(m_pages[size_t(index)].get());
+        const auto state = m_renderStates.find(page.get());
         if (state != m_renderStates.end() && state->second.failed
-            && state->second.failedRevision == tileRevision(m_pages[size_t(index)].get()))
+            && state->second.failedRevision == tileRevision(page.get()))
             drawErrorMark(painter, rect);
         painter.restore();
     }
@@ -87,13 +96,19 @@ void PDFView::paintEvent(QPaintEvent *event)
 
 void PDFView::drawPageFrame(QPainter &painter, const QRect &rect) const
 {
-    // A soft shadow below and to the right, inside the page-break margin, and a hairline edge.
+    // A hairline edge and a soft shadow below and to the right, inside the page-break margin:
+    // thin strips only, so that a frame costs next to nothing.
+    const QColor edge(0, 0, 0, 70);
+    painter.fillRect(QRect(rect.left() - 1, rect.top() - 1, rect.width() + 2, 1), edge);
+    painter.fillRect(QRect(rect.left() - 1, rect.top(), 1, rect.height()), edge);
+    painter.fillRect(QRect(rect.right() + 1, rect.top(), 1, rect.height()), edge);
+    painter.fillRect(QRect(rect.left() - 1, rect.bottom() + 1, rect.width() + 2, 1), edge);
     const int depth = std::clamp(int(m_layout.margin() * m_scale * 0.75), 1, 4);
-    for (int i = depth; i >= 1; --i) {
-        const int alpha = 70 / (i + 1);
-        painter.fillRect(rect.translated(i, i), QColor(0, 0, 0, alpha));
+    for (int i = 2; i <= depth + 1; ++i) {
+        const QColor shade(0, 0, 0, 60 * (depth + 2 - i) / (depth + 1));
+        painter.fillRect(QRect(rect.left() + i, rect.bottom() + i, rect.width(), 1), shade);
+        painter.fillRect(QRect(rect.right() + i, rect.top() + i, 1, rect.height() - 1), shade);
     }
-    painter.fillRect(rect.adjusted(-1, -1, 1, 1), QColor(0, 0, 0, 60));
 }
 
 void PDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter)
@@ -136,9 +151,11 @@ void PDFView::drawTiles(int index, QPainter &painter)
     }
     if (missing.isEmpty())
         return;
-    // Stand-ins: tiles of another scale or an older revision, stretched, worst first.
+    // Stand-ins: tiles of another scale or an older revision, stretched, worst first, over
+    // white paper.
     painter.save();
     painter.setClipRegion(missing, Qt::IntersectClip);
+    painter.fillRect(missing.boundingRect(), Qt::white);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     for (const auto &candidate : m_tiles.standIns(page.get(), key.revision, key.scale)) {
         const double ratio = scale / candidate.key.devicePixelsPerPoint() / dpr;

@@ -1,0 +1,353 @@
+// folidoc-bench view FILE.pdf: the reading view's first sharp paint, main-thread stalls while a
+// scripted scroll runs through the first 200 pages at scale 2, and peak memory before and after
+// scrolling the whole document. folidoc-bench view-fixtures DIR writes the two test documents.
+
+#include "BenchCommand.h"
+
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/pdfview/PDFView.h>
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QImage>
+#include <QPainter>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QTimer>
+#include <QUrl>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int ScrollPages = 200;
+constexpr double ScrollScale = 2.0;
+constexpr int FrameMs = 16;
+// A brisk flick: about a page at scale 2 every four frames.
+constexpr int ScrollStep = 400;
+
+double msSince(const QElapsedTimer &timer)
+{
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+double peakRssMb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
+    }
+    return 0;
+}
+
+// How long the main thread keeps events waiting: a watcher thread posts a stamped event every
+// millisecond, and the delay until the main thread runs it is the stall it was caught in.
+class StallRecorder
+{
+public:
+    StallRecorder()
+        : m_watcher([this] { watch(); })
+    { }
+    ~StallRecorder()
+    {
+        m_stop = true;
+        m_watcher.join();
+        QCoreApplication::removePostedEvents(&m_receiver);
+    }
+    double max() const
+    {
+        return m_stalls.empty() ? 0 : *std::max_element(m_stalls.begin(), m_stalls.end());
+    }
+    double percentile(double p) const
+    {
+        if (m_stalls.empty())
+            return 0;
+        std::vector<double> sorted = m_stalls;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted[std::min(
+            sorted.size() - 1, size_t(std::ceil(p * double(sorted.size()))) - 1)];
+    }
+
+private:
+    void watch()
+    {
+        while (!m_stop) {
+            const auto sent = std::chrono::steady_clock::now();
+            QMetaObject::invokeMethod(
+                &m_receiver,
+                [this, sent] {
+                    const std::chrono::duration<double, std::milli> waited
+                        = std::chrono::steady_clock::now() - sent;
+                    m_stalls.push_back(waited.count());
+                },
+                Qt::QueuedConnection);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    QObject m_receiver;
+    std::vector<double> m_stalls; // main thread only
+    std::atomic<bool> m_stop { false };
+    std::thread m_watcher;
+};
+
+// Runs the event loop until the view shows exact tiles everywhere, or the time is up.
+bool waitRendered(PDFView &view, int timeoutMs)
+{
+    if (view.isVisibleAreaRendered())
+        return true;
+    QEventLoop loop;
+    QObject::connect(&view, &PDFView::visibleAreaRendered, &loop, &QEventLoop::quit);
+    QTimer::singleShot(timeoutMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    return view.isVisibleAreaRendered();
+}
+
+double mutoolDrawMs(const QString &path)
+{
+    const QString mutool = QStandardPaths::findExecutable(QStringLiteral("mutool"));
+    if (mutool.isEmpty())
+        return -1;
+    QElapsedTimer timer;
+    timer.start();
+    QProcess process;
+    process.start(mutool,
+        { QStringLiteral("draw"), QStringLiteral("-o"), QStringLiteral("/dev/null"), path,
+            QStringLiteral("1") });
+    if (!process.waitForFinished(60000))
+        return -1;
+    return msSince(timer);
+}
+
+int runViewBench(const QStringList &arguments)
+{
+    QTextStream err(stderr);
+    if (arguments.size() != 1) {
+        err << "usage: folidoc-bench view FILE.pdf\n";
+        return 2;
+    }
+    const QString path = arguments.first();
+
+    QElapsedTimer timer;
+    timer.start();
+    auto document = std::make_shared<PDFDocument>();
+    if (!document->initWithURL(QUrl::fromLocalFile(path))) {
+        err << "view: " << path << ": " << document->errorString() << '\n';
+        return 1;
+    }
+    PDFView view;
+    view.resize(1024, 768);
+    view.show();
+    view.setDocument(document);
+    if (!waitRendered(view, 30000)) {
+        err << "view: the first page did not render\n";
+        return 1;
+    }
+    view.viewport()->repaint();
+    const double firstPaint = msSince(timer);
+    const double mutool = mutoolDrawMs(path);
+
+    // The scripted scroll: one step per frame through the first pages at scale 2.
+    view.setScaleFactor(ScrollScale);
+    view.goToPage(document->pageAtIndex(0));
+    waitRendered(view, 30000);
+    const int pages = std::min(ScrollPages, document->pageCount());
+    QScrollBar *bar = view.verticalScrollBar();
+    int frames = 0;
+    double rss20 = 0;
+    {
+        StallRecorder stalls;
+        QEventLoop loop;
+        QTimer tick;
+        tick.setInterval(FrameMs);
+        QObject::connect(&tick, &QTimer::timeout, &loop, [&] {
+            ++frames;
+            bar->setValue(bar->value() + ScrollStep);
+            const auto current = view.currentPage();
+            const int index = current ? document->indexForPage(current) : 0;
+            if (rss20 == 0 && index >= std::min(20, pages - 1))
+                rss20 = peakRssMb();
+            if (index >= pages - 1 || bar->value() >= bar->maximum())
+                loop.quit();
+        });
+        tick.start();
+        loop.exec();
+        benchPrint(QStringLiteral("first_paint_ms"), firstPaint);
+        if (mutool >= 0)
+            benchPrint(QStringLiteral("mutool_draw_page1_ms"), mutool);
+        benchPrint(QStringLiteral("scroll_max_stall_ms"), stalls.max());
+        benchPrint(QStringLiteral("scroll_p99_stall_ms"), stalls.percentile(0.99));
+        benchPrint(QStringLiteral("scroll_frames"), frames);
+    }
+    if (rss20 == 0)
+        rss20 = peakRssMb();
+    benchPrint(QStringLiteral("peak_rss_mb_20"), rss20);
+
+    // The rest of the document, a screen at a time, each shown sharp before moving on.
+    while (bar->value() < bar->maximum()) {
+        bar->setValue(bar->value() + bar->pageStep());
+        waitRendered(view, 5000);
+    }
+    benchPrint(QStringLiteral("peak_rss_mb_all"), peakRssMb());
+    return 0;
+}
+
+// Raw PDF syntax with a correct cross-reference table.
+class PdfWriter
+{
+public:
+    int add(const QByteArray &body)
+    {
+        m_offsets.push_back(m_data.size());
+        m_data += QByteArray::number(int(m_offsets.size())) + " 0 obj\n" + body + "\nendobj\n";
+        return int(m_offsets.size());
+    }
+    int addStream(const QByteArray &dictionary, const QByteArray &stream)
+    {
+        return add("<< " + dictionary + " /Length " + QByteArray::number(stream.size())
+            + " >>\nstream\n" + stream + "\nendstream");
+    }
+    bool write(const QString &path, int catalog)
+    {
+        const qint64 xref = m_data.size();
+        QByteArray tail = "xref\n0 " + QByteArray::number(int(m_offsets.size()) + 1)
+            + "\n0000000000 65535 f \n";
+        for (const qint64 offset : m_offsets)
+            tail += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+        tail += "trailer\n<< /Size " + QByteArray::number(int(m_offsets.size()) + 1) + " /Root "
+            + QByteArray::number(catalog) + " 0 R >>\nstartxref\n" + QByteArray::number(xref)
+            + "\n%%EOF\n";
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly)
+            && file.write(m_data + tail) == m_data.size() + tail.size();
+    }
+    QByteArray m_data = "%PDF-1.7\n%\xe2\xe3\xcf\xd3\n";
+
+private:
+    std::vector<qint64> m_offsets;
+};
+
+// The pages first, then the page tree and the catalog; readers find pages from the tree.
+bool writePages(
+    const QString &path, int count, const std::function<QByteArray(PdfWriter &, int)> &page)
+{
+    PdfWriter writer;
+    QByteArray kids;
+    for (int i = 0; i < count; ++i)
+        kids += QByteArray::number(writer.add(page(writer, i))) + " 0 R ";
+    const int tree = writer.add(
+        "<< /Type /Pages /Kids [" + kids + "] /Count " + QByteArray::number(count) + " >>");
+    const int catalog
+        = writer.add("<< /Type /Catalog /Pages " + QByteArray::number(tree) + " 0 R >>");
+    return writer.write(path, catalog);
+}
+
+QByteArray textPage(PdfWriter &writer, int index, int font)
+{
+    static const char *const words[] = { "lorem", "ipsum", "dolor", "sit", "amet", "consectetur",
+        "adipiscing", "elit", "sed", "eiusmod", "tempor", "incididunt" };
+    QByteArray content = "BT /F1 10 Tf 56 760 Td 14 TL\n";
+    for (int line = 0; line < 50; ++line) {
+        QByteArray text
+            = "Page " + QByteArray::number(index + 1) + " line " + QByteArray::number(line + 1);
+        for (int k = 0; k < 10; ++k)
+            text += ' ' + QByteArray(words[(index * 7 + line * 3 + k) % 12]);
+        content += "(" + text + ") '\n";
+    }
+    content += "ET";
+    const int stream = writer.addStream({}, content);
+    return "<< /Type /Page /MediaBox [0 0 612 792] /Resources << /Font << /F1 "
+        + QByteArray::number(font) + " 0 R >> >> /Contents " + QByteArray::number(stream)
+        + " 0 R >>";
+}
+
+QByteArray photoPage(PdfWriter &writer, int index)
+{
+    // Smooth colour fields with grain, different on every page, stored as JPEG.
+    QImage image(1600, 1200, QImage::Format_RGB32);
+    QRandomGenerator random(quint32(index + 1));
+    QPainter painter(&image);
+    QLinearGradient gradient(0, 0, 1600, 1200);
+    gradient.setColorAt(0, QColor::fromHsv(int(random.bounded(360)), 160, 220));
+    gradient.setColorAt(1, QColor::fromHsv(int(random.bounded(360)), 200, 90));
+    painter.fillRect(image.rect(), gradient);
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (int i = 0; i < 40; ++i) {
+        painter.setBrush(QColor::fromHsv(int(random.bounded(360)), 120, 200, 90));
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QPointF(random.bounded(1600), random.bounded(1200)),
+            random.bounded(300), random.bounded(300));
+    }
+    painter.end();
+    for (int y = 0; y < image.height(); ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            const int grain = int(random.bounded(25)) - 12;
+            const QRgb c = line[x];
+            line[x] = qRgb(std::clamp(qRed(c) + grain, 0, 255),
+                std::clamp(qGreen(c) + grain, 0, 255), std::clamp(qBlue(c) + grain, 0, 255));
+        }
+    }
+    QBuffer jpeg;
+    jpeg.open(QIODevice::WriteOnly);
+    image.save(&jpeg, "JPG", 85);
+    const int picture
+        = writer.addStream("/Type /XObject /Subtype /Image /Width 1600 /Height 1200 "
+                           "/ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /DCTDecode",
+            jpeg.data());
+    const int stream = writer.addStream({}, "q 612 0 0 459 0 166 cm /Im0 Do Q");
+    return "<< /Type /Page /MediaBox [0 0 612 792] /Resources << /XObject << /Im0 "
+        + QByteArray::number(picture) + " 0 R >> >> /Contents " + QByteArray::number(stream)
+        + " 0 R >>";
+}
+
+int runFixtures(const QStringList &arguments)
+{
+    QTextStream err(stderr);
+    if (arguments.size() != 1) {
+        err << "usage: folidoc-bench view-fixtures DIR\n";
+        return 2;
+    }
+    const QDir dir(arguments.first());
+    if (!dir.mkpath(QStringLiteral(".")))
+        return 1;
+    int font = 0;
+    const bool text
+        = writePages(dir.filePath(QStringLiteral("text-2000.pdf")), 2000, [&](PdfWriter &w, int i) {
+              if (font == 0)
+                  font = w.add("<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>");
+              return textPage(w, i, font);
+          });
+    const bool photos = writePages(dir.filePath(QStringLiteral("photos-200.pdf")), 200, photoPage);
+    if (!text || !photos) {
+        err << "view-fixtures: could not write into " << dir.path() << '\n';
+        return 1;
+    }
+    QTextStream(stdout) << dir.filePath(QStringLiteral("text-2000.pdf")) << '\n'
+                        << dir.filePath(QStringLiteral("photos-200.pdf")) << '\n';
+    return 0;
+}
+
+const BenchRegistration registration(
+    QStringLiteral("view"), QStringLiteral("FILE.pdf"), runViewBench);
+const BenchRegistration fixtures(
+    QStringLiteral("view-fixtures"), QStringLiteral("DIR"), runFixtures);
+
+} // namespace
