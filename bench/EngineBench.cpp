@@ -4,7 +4,6 @@
 #include "BenchCommand.h"
 
 #include <kit/base/NotificationCenter.h>
-#include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFPageRenderSource.h>
@@ -40,17 +39,18 @@ double median(std::vector<double> values)
     return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
 }
 
-// One full page through the reading view's path: render source, display list, one tile.
+// One full page rendered once through the engine: the page's render source drawn straight into
+// an image, as thumbnails and printing do (the reading view records a display list instead and
+// reuses it for every tile).
 double enginePageMs(const PDFPage &page, double scale)
 {
     QElapsedTimer timer;
     timer.start();
     const auto source = page.renderSource(PDFDisplayBox::CropBox);
-    const auto list = source ? source->buildDisplayList() : nullptr;
-    if (list) {
-        const QSize size = source->geometry().viewSize(scale).toSize();
-        const QImage image = list->renderTile(QRect(QPoint(0, 0), size), scale);
-        Q_UNUSED(image);
+    if (source) {
+        QImage image(
+            source->geometry().viewSize(scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+        source->render(image, source->geometry().pageToView(scale));
     }
     return msSince(timer);
 }

@@ -450,16 +450,15 @@ void PDFPage::drawWithBox(QPainter &painter, PDFDisplayBox box) const
         return;
     const PageGeometry geometry = source->geometry();
     const QRectF target(QPointF(0, 0), geometry.viewSize());
+    if (target.isEmpty())
+        return;
     const QRectF device = painter.deviceTransform().mapRect(target);
     const QSize pixels(std::max(1, static_cast<int>(std::ceil(device.width()))),
         std::max(1, static_cast<int>(std::ceil(device.height()))));
-    const auto list = source->buildDisplayList();
-    if (!list || target.isEmpty())
-        return;
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     const QTransform toImage = geometry.pageToView()
         * QTransform::fromScale(pixels.width() / target.width(), pixels.height() / target.height());
-    if (list->render(image, toImage))
+    if (source->render(image, toImage))
         painter.drawImage(target, image);
 }
 
@@ -473,14 +472,13 @@ QImage PDFPage::imageForBox(PDFDisplayBox box, const QSize &pixels, bool forPrin
     if (pixels.isEmpty())
         return {};
     const auto source = renderSource(box, forPrinting);
-    const auto list = source ? source->buildDisplayList() : nullptr;
-    if (!list)
+    if (!source)
         return {};
     const QSizeF size = source->geometry().viewSize();
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     const QTransform toImage = source->geometry().pageToView()
         * QTransform::fromScale(pixels.width() / size.width(), pixels.height() / size.height());
-    return list->render(image, toImage) ? image : QImage();
+    return source->render(image, toImage) ? image : QImage();
 }
 
 std::shared_ptr<PDFPage> PDFPage::newPageOfSameClass() const

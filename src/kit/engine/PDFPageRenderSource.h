@@ -6,6 +6,8 @@
 #include "PDFDisplayBox.h"
 #include "PageGeometry.h"
 
+#include <QImage>
+#include <QTransform>
 #include <QtGlobal>
 
 #include <memory>
@@ -29,6 +31,11 @@ public:
     // Records the page content and the shown annotations under the document's lock. Null when
     // MuPDF fails or the work was cancelled.
     std::shared_ptr<PDFDisplayList> buildDisplayList(PDFCancellation *cancel = nullptr) const;
+    // Draws the page straight into target (Format_ARGB32_Premultiplied, cleared to white first)
+    // with pageToDevice mapping page space to its pixels, holding the document's lock throughout:
+    // for a single render (thumbnails, printing), where recording a list would cost more.
+    bool render(
+        QImage &target, const QTransform &pageToDevice, PDFCancellation *cancel = nullptr) const;
 
 private:
     std::unique_ptr<PDFPageRenderSourcePrivate> d;

@@ -63,6 +63,55 @@ bool CookieScope::aborted() const
 
 } // namespace mu
 
+namespace {
+
+// Page contents, then the shown annotations and form fields (shown null: all of them). Plain
+// MuPDF calls: runs inside a guarded block.
+void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, const int *shown,
+    size_t shownCount, fz_cookie *cookie)
+{
+    pdf_run_page_contents(ctx, page, device, ctm, cookie);
+    for (int pass = 0; pass < 2; ++pass) {
+        for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
+             annot; annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
+            if (shown) {
+                const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
+                if (std::find(shown, shown + shownCount, number) == shown + shownCount)
+                    continue;
+            }
+            pdf_run_annot(ctx, annot, device, ctm, cookie);
+        }
+    }
+}
+
+// Wraps a QImage's pixels (premultiplied ARGB32 is B, G, R, A in memory: MuPDF's BGR with
+// alpha), clears them to white and runs draw() with a draw device over them.
+template <class Draw> bool drawInto(QImage &target, fz_cookie *cookie, Draw &&draw)
+{
+    if (target.isNull() || target.format() != QImage::Format_ARGB32_Premultiplied)
+        return false;
+    fz_context *ctx = mu::context();
+    const int width = target.width();
+    const int height = target.height();
+    const int stride = static_cast<int>(target.bytesPerLine());
+    unsigned char *const samples = target.bits();
+    mu::Pixmap pixmap;
+    mu::Device device;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        pixmap.p = fz_new_pixmap_with_data(
+            ctx, fz_device_bgr(ctx), width, height, nullptr, 1, stride, samples);
+        fz_clear_pixmap_with_value(ctx, pixmap.p, 255);
+        device.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
+        draw(ctx, device.p,
+            fz_make_rect(0, 0, static_cast<float>(width), static_cast<float>(height)), cookie);
+        fz_close_device(ctx, device.p);
+    });
+    return !error.failed;
+}
+
+} // namespace
+
 PDFPageRenderSourcePrivate::~PDFPageRenderSourcePrivate()
 {
     if (!page || !handle)
@@ -103,9 +152,8 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     data->revision = d->revision;
     mu::CookieScope cookieScope(cancel);
     fz_cookie *const cookie = cookieScope.cookie();
-    const bool filtered = d->annotations.has_value();
-    const int *const shown = filtered ? d->annotations->data() : nullptr;
-    const size_t shownCount = filtered ? d->annotations->size() : 0;
+    const int *const shown = d->annotations ? d->annotations->data() : nullptr;
+    const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
     mu::Error error;
     {
@@ -118,21 +166,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
             list = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list);
-            pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
-            // Annotations, then form fields, each only when shown.
-            for (int pass = 0; pass < 2; ++pass) {
-                for (pdf_annot *annot
-                     = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
-                     annot;
-                     annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
-                    if (filtered) {
-                        const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
-                        if (std::find(shown, shown + shownCount, number) == shown + shownCount)
-                            continue;
-                    }
-                    pdf_run_annot(ctx, annot, device.p, toPage, cookie);
-                }
-            }
+            runShown(ctx, page, device.p, toPage, shown, shownCount, cookie);
             fz_close_device(ctx, device.p);
         });
         data->list.p = list;
@@ -141,6 +175,25 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     if (error.failed || cookieScope.aborted())
         return nullptr;
     return std::make_shared<PDFDisplayList>(std::move(data));
+}
+
+bool PDFPageRenderSource::render(
+    QImage &target, const QTransform &pageToDevice, PDFCancellation *cancel) const
+{
+    if (!d->page || (cancel && cancel->isCancelled()))
+        return false;
+    mu::CookieScope cookieScope(cancel);
+    const int *const shown = d->annotations ? d->annotations->data() : nullptr;
+    const size_t shownCount = d->annotations ? d->annotations->size() : 0;
+    pdf_page *const page = d->page;
+    const fz_matrix ctm = mu::toFz(pageToDevice);
+    const mu::Lock lock(d->handle->mutex());
+    const bool drawn = drawInto(target, cookieScope.cookie(),
+        [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
+            runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), shown,
+                shownCount, cookie);
+        });
+    return drawn && !cookieScope.aborted();
 }
 
 PDFDisplayList::PDFDisplayList(std::unique_ptr<PDFDisplayListPrivate> data)
@@ -162,33 +215,16 @@ quint64 PDFDisplayList::revision() const
 bool PDFDisplayList::render(
     QImage &target, const QTransform &pageToDevice, PDFCancellation *cancel) const
 {
-    if (target.isNull() || target.format() != QImage::Format_ARGB32_Premultiplied)
-        return false;
     if (cancel && cancel->isCancelled())
         return false;
     mu::CookieScope cookieScope(cancel);
-    fz_cookie *const cookie = cookieScope.cookie();
-    fz_context *ctx = mu::context();
-    const int width = target.width();
-    const int height = target.height();
-    const int stride = static_cast<int>(target.bytesPerLine());
-    unsigned char *const samples = target.bits();
     fz_display_list *const list = d->list.p;
     const fz_matrix ctm = mu::toFz(pageToDevice);
-    mu::Pixmap pixmap;
-    mu::Device device;
-    mu::Error error;
-    // QImage's premultiplied ARGB32 is B, G, R, A in memory: MuPDF's BGR with alpha.
-    mu::run(ctx, error, [&] {
-        pixmap.p = fz_new_pixmap_with_data(
-            ctx, fz_device_bgr(ctx), width, height, nullptr, 1, stride, samples);
-        fz_clear_pixmap_with_value(ctx, pixmap.p, 255);
-        device.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
-        fz_run_display_list(ctx, list, device.p, ctm,
-            fz_make_rect(0, 0, static_cast<float>(width), static_cast<float>(height)), cookie);
-        fz_close_device(ctx, device.p);
-    });
-    return !error.failed && !cookieScope.aborted();
+    const bool drawn = drawInto(target, cookieScope.cookie(),
+        [&](fz_context *ctx, fz_device *device, fz_rect area, fz_cookie *cookie) {
+            fz_run_display_list(ctx, list, device, ctm, area, cookie);
+        });
+    return drawn && !cookieScope.aborted();
 }
 
 QImage PDFDisplayList::renderTile(const QRect &tile, double scale, PDFCancellation *cancel) const
