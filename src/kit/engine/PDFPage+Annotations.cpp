@@ -150,6 +150,12 @@ void insertLocked(PDFPagePrivate &pd, fz_context *ctx, pdf_page *loaded, PDFAnno
         pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
         if (!pdf_is_array(ctx, annots))
             annots = pdf_dict_put_array(ctx, pageObject, PDF_NAME(Annots), 1);
+        // A reference to an object a damaged file lost would take the number of the object
+        // made next, and list it twice: such entries go first.
+        for (int i = pdf_array_len(ctx, annots) - 1; i >= 0; --i) {
+            if (!pdf_is_dict(ctx, pdf_array_get(ctx, annots, i)))
+                pdf_array_delete(ctx, annots, i);
+        }
         if (raw) {
             // Kinds MuPDF does not list are plain dictionaries: a copy of the one the
             // annotation had, or a new one.
