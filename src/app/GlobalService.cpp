@@ -155,8 +155,7 @@ void GlobalService::createFirstContent()
 
 bool GlobalService::openFile(const QString &path)
 {
-    if (auto *const main = qobject_cast<PDFWindowController *>(TabWindowController::main());
-        main && m_didFinishLaunching)
+    if (auto *const main = qobject_cast<PDFWindowController *>(TabWindowController::main()))
         main->openPDFDocumentWithURL(fileURLForPath(path), true, true);
     else
         m_pendingOpenFileNames.append(path);

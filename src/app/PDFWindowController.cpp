@@ -71,6 +71,9 @@ void PDFWindowController::commonInit()
         column->insertWidget(qMax(0, column->count() - 1), m_infoBannerContainer);
 
     m_menus = new PDFWindowMenus(this, menuBar());
+    NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
+        nullptr, [this](const Notification &) { applyTheme(); });
+    applyTheme();
 
     NotificationCenter::defaultCenter().addObserver(
         this, UserDidDropFileNotification, this, [this](const Notification &notification) {
@@ -79,6 +82,21 @@ void PDFWindowController::commonInit()
     GlobalService::noteOpenedWindowsChanged();
     MainQueue::async(
         this, [this] { NotificationCenter::defaultCenter().post(DidCreateNotification, this); });
+}
+
+void PDFWindowController::applyTheme()
+{
+    // The menu bar sits above the tab strip and takes the frame's colours with it.
+    const FDTheme *const theme = FDThemeProvider::current();
+    QPalette palette = menuBar()->palette();
+    palette.setColor(QPalette::Window, theme->color(FDTheme::toolbarBackgroundColor));
+    palette.setColor(QPalette::Button, theme->color(FDTheme::toolbarBackgroundColor));
+    palette.setColor(QPalette::WindowText, theme->color(FDTheme::labelColor));
+    palette.setColor(QPalette::ButtonText, theme->color(FDTheme::labelColor));
+    palette.setColor(QPalette::Highlight, theme->color(FDTheme::selectedBackgroundColor));
+    palette.setColor(QPalette::HighlightedText, theme->color(FDTheme::selectedTextColor));
+    menuBar()->setPalette(palette);
+    menuBar()->setAutoFillBackground(true);
 }
 
 QList<PDFWindowController *> PDFWindowController::all()

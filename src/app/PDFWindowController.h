@@ -76,6 +76,7 @@ protected:
 
 private:
     bool closeTabAt(int index);
+    void applyTheme();
     void onUserDropFile(const QUrl &url);
 
     QWidget *m_infoBannerContainer = nullptr;

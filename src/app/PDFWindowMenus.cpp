@@ -8,6 +8,18 @@
 #include <QMenu>
 #include <QMenuBar>
 
+namespace {
+
+// The platform's keys for a standard command; a desktop without a binding for it gets the
+// usual one.
+QList<QKeySequence> standardKeys(QKeySequence::StandardKey key, const QKeySequence &fallback)
+{
+    const QList<QKeySequence> bound = QKeySequence::keyBindings(key);
+    return bound.isEmpty() ? QList<QKeySequence> { fallback } : bound;
+}
+
+} // namespace
+
 PDFWindowMenus::PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar)
     : QObject(window)
     , m_window(window)
@@ -29,13 +41,13 @@ QMenu *PDFWindowMenus::addMenu(const QString &title)
     return menu;
 }
 
-QAction *PDFWindowMenus::add(
-    QMenu *menu, const QString &title, const QString &command, int tag, const QKeySequence &keys)
+QAction *PDFWindowMenus::add(QMenu *menu, const QString &title, const QString &command, int tag,
+    const QList<QKeySequence> &keys)
 {
     QAction *const action = menu->addAction(title);
     action->setObjectName(command);
     action->setData(tag);
-    action->setShortcut(keys);
+    action->setShortcuts(keys);
     action->setShortcutContext(Qt::WindowShortcut);
     // Items whose command has a state show it with a check mark.
     static const QStringList stateful { QStringLiteral("PDF_onChangeToolMode:"),
@@ -87,30 +99,39 @@ QList<QAction *> PDFWindowMenus::allActions() const
 void PDFWindowMenus::fillFileMenu()
 {
     QMenu *const file = addMenu(tr("&File"));
-    add(file, tr("New Tab"), QStringLiteral("newDocument:"), 0, QKeySequence::AddTab);
-    add(file, tr("New Document"), QStringLiteral("onNew:"), 0, QKeySequence::New);
-    add(file, tr("Open…"), QStringLiteral("openDocument:"), 0, QKeySequence::Open);
+    add(file, tr("New Tab"), QStringLiteral("newDocument:"), 0,
+        standardKeys(QKeySequence::AddTab, QKeySequence(Qt::CTRL | Qt::Key_T)));
+    add(file, tr("New Document"), QStringLiteral("onNew:"), 0,
+        standardKeys(QKeySequence::New, QKeySequence(Qt::CTRL | Qt::Key_N)));
+    add(file, tr("Open…"), QStringLiteral("openDocument:"), 0,
+        standardKeys(QKeySequence::Open, QKeySequence(Qt::CTRL | Qt::Key_O)));
     file->addSeparator();
-    add(file, tr("Save"), QStringLiteral("PDF_saveDocument:"), 0, QKeySequence::Save);
-    add(file, tr("Save As…"), QStringLiteral("PDF_saveDocumentAs:"), 0, QKeySequence::SaveAs);
+    add(file, tr("Save"), QStringLiteral("PDF_saveDocument:"), 0,
+        standardKeys(QKeySequence::Save, QKeySequence(Qt::CTRL | Qt::Key_S)));
+    add(file, tr("Save As…"), QStringLiteral("PDF_saveDocumentAs:"), 0,
+        standardKeys(QKeySequence::SaveAs, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)));
     add(file, tr("Show in File Manager"), QStringLiteral("PDF_showInFinder:"));
     file->addSeparator();
-    add(file, tr("Print…"), QStringLiteral("PDF_print:"), 0, QKeySequence::Print);
+    add(file, tr("Print…"), QStringLiteral("PDF_print:"), 0,
+        standardKeys(QKeySequence::Print, QKeySequence(Qt::CTRL | Qt::Key_P)));
     add(file, tr("Print Without Annotations…"), QStringLiteral("PDF_printWithoutAnnotations:"));
     file->addSeparator();
-    add(file, tr("Close Tab"), QStringLiteral("performCloseTabAction:"), 0, QKeySequence::Close);
+    add(file, tr("Close Tab"), QStringLiteral("performCloseTabAction:"), 0,
+        standardKeys(QKeySequence::Close, QKeySequence(Qt::CTRL | Qt::Key_W)));
     add(file, tr("Close Window"), QStringLiteral("performCloseWindowAction:"), 0,
-        QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W));
-    add(file, tr("Quit"), QStringLiteral("terminate:"), 0, QKeySequence::Quit);
+        { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W) });
+    add(file, tr("Quit"), QStringLiteral("terminate:"), 0,
+        standardKeys(QKeySequence::Quit, QKeySequence(Qt::CTRL | Qt::Key_Q)));
 }
 
 void PDFWindowMenus::fillEditMenu()
 {
     QMenu *const edit = addMenu(tr("&Edit"));
-    add(edit, tr("Find…"), QStringLiteral("performFindPanelAction:"), 0, QKeySequence::Find);
+    add(edit, tr("Find…"), QStringLiteral("performFindPanelAction:"), 0,
+        standardKeys(QKeySequence::Find, QKeySequence(Qt::CTRL | Qt::Key_F)));
     edit->addSeparator();
     add(edit, tr("Preferences…"), QStringLiteral("onShowPrefWindow:"), 0,
-        QKeySequence::Preferences);
+        standardKeys(QKeySequence::Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma)));
 }
 
 void PDFWindowMenus::fillViewMenu()
@@ -120,14 +141,16 @@ void PDFWindowMenus::fillViewMenu()
     add(view, tr("Two Pages Continuous"), QStringLiteral("PDF_onChangeDisplayMode:"), 1);
     view->addSeparator();
     add(view, tr("Actual Size"), QStringLiteral("PDF_onZoom100:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_0));
+        { QKeySequence(Qt::CTRL | Qt::Key_0) });
     add(view, tr("Fit Width"), QStringLiteral("PDF_onZoomFitWidth:"));
     add(view, tr("Fit Page"), QStringLiteral("PDF_onZoomFitPage:"));
-    add(view, tr("Zoom In"), QStringLiteral("PDF_onZoomIn:"), 0, QKeySequence::ZoomIn);
-    add(view, tr("Zoom Out"), QStringLiteral("PDF_onZoomOut:"), 0, QKeySequence::ZoomOut);
+    add(view, tr("Zoom In"), QStringLiteral("PDF_onZoomIn:"), 0,
+        standardKeys(QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Plus)));
+    add(view, tr("Zoom Out"), QStringLiteral("PDF_onZoomOut:"), 0,
+        standardKeys(QKeySequence::ZoomOut, QKeySequence(Qt::CTRL | Qt::Key_Minus)));
     view->addSeparator();
     add(view, tr("Sidebar"), QStringLiteral("PDF_onShowSidebar:"), 0,
-        QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S));
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S) });
     QMenu *const sidebar = view->addMenu(tr("Sidebar Contents"));
     add(sidebar, tr("Thumbnails"), QStringLiteral("PDF_onChangeSidebarMode:"), 0);
     add(sidebar, tr("Table of Contents"), QStringLiteral("PDF_onChangeSidebarMode:"), 1);
@@ -140,7 +163,7 @@ void PDFWindowMenus::fillViewMenu()
     split->addSeparator();
     add(split, tr("Swap Views"), QStringLiteral("PDF_onSplitViewSwap:"));
     add(view, tr("Edit Pages"), QStringLiteral("PDF_onShowPagesEditor:"), 0,
-        QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P) });
     view->addSeparator();
     QMenu *const theme = view->addMenu(tr("Theme"));
     add(theme, tr("Red"), QStringLiteral("onChangeTheme:"), 0);
@@ -175,18 +198,20 @@ void PDFWindowMenus::fillGoMenu()
 {
     QMenu *const go = addMenu(tr("&Go"));
     add(go, tr("Previous Page"), QStringLiteral("PDF_onGoToPreviousPage:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_Up));
+        { QKeySequence(Qt::CTRL | Qt::Key_Up) });
     add(go, tr("Next Page"), QStringLiteral("PDF_onGoToNextPage:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_Down));
+        { QKeySequence(Qt::CTRL | Qt::Key_Down) });
     add(go, tr("First Page"), QStringLiteral("PDF_onGoToFirstPage:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_Home));
+        { QKeySequence(Qt::CTRL | Qt::Key_Home) });
     add(go, tr("Last Page"), QStringLiteral("PDF_onGoToLastPage:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_End));
+        { QKeySequence(Qt::CTRL | Qt::Key_End) });
     go->addSeparator();
-    add(go, tr("Back"), QStringLiteral("PDF_onGoBack:"), 0, QKeySequence::Back);
-    add(go, tr("Forward"), QStringLiteral("PDF_onGoForward:"), 0, QKeySequence::Forward);
+    add(go, tr("Back"), QStringLiteral("PDF_onGoBack:"), 0,
+        standardKeys(QKeySequence::Back, QKeySequence(Qt::ALT | Qt::Key_Left)));
+    add(go, tr("Forward"), QStringLiteral("PDF_onGoForward:"), 0,
+        standardKeys(QKeySequence::Forward, QKeySequence(Qt::ALT | Qt::Key_Right)));
     add(go, tr("Go to Page…"), QStringLiteral("PDF_onGoToPage:"), 0,
-        QKeySequence(Qt::CTRL | Qt::Key_G));
+        { QKeySequence(Qt::CTRL | Qt::Key_G) });
 }
 
 void PDFWindowMenus::fillWindowMenu()

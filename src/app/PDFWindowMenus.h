@@ -28,7 +28,7 @@ public:
 private:
     QMenu *addMenu(const QString &title);
     QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,
-        const QKeySequence &keys = {});
+        const QList<QKeySequence> &keys = {});
     void fillFileMenu();
     void fillEditMenu();
     void fillToolsMenu();
