@@ -65,16 +65,16 @@ bool CookieScope::aborted() const
 
 namespace {
 
-// Page contents, then the shown annotations and form fields (shown null: all of them). Plain
-// MuPDF calls: runs inside a guarded block.
-void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, const int *shown,
-    size_t shownCount, fz_cookie *cookie)
+// Page contents, then the shown annotations and form fields (unfiltered: all of them; an empty
+// filter shows none). Plain MuPDF calls: runs inside a guarded block.
+void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, bool filtered,
+    const int *shown, size_t shownCount, fz_cookie *cookie)
 {
     pdf_run_page_contents(ctx, page, device, ctm, cookie);
     for (int pass = 0; pass < 2; ++pass) {
         for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
              annot; annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
-            if (shown) {
+            if (filtered) {
                 const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
                 if (std::find(shown, shown + shownCount, number) == shown + shownCount)
                     continue;
@@ -152,6 +152,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     data->revision = d->revision;
     mu::CookieScope cookieScope(cancel);
     fz_cookie *const cookie = cookieScope.cookie();
+    const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
@@ -166,7 +167,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
             list = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list);
-            runShown(ctx, page, device.p, toPage, shown, shownCount, cookie);
+            runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, cookie);
             fz_close_device(ctx, device.p);
         });
         data->list.p = list;
@@ -183,6 +184,7 @@ bool PDFPageRenderSource::render(
     if (!d->page || (cancel && cancel->isCancelled()))
         return false;
     mu::CookieScope cookieScope(cancel);
+    const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
@@ -190,8 +192,8 @@ bool PDFPageRenderSource::render(
     const mu::Lock lock(d->handle->mutex());
     const bool drawn = drawInto(target, cookieScope.cookie(),
         [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
-            runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), shown,
-                shownCount, cookie);
+            runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
+                shown, shownCount, cookie);
         });
     return drawn && !cookieScope.aborted();
 }
