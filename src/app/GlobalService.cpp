@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
+#include <QIcon>
 #include <QPointer>
 #include <QTimer>
 
@@ -49,7 +50,8 @@ GlobalService::GlobalService(const QStringList &paths, QObject *parent)
     sharedService = this;
     QApplication::setApplicationName(QStringLiteral("Folidoc"));
     QApplication::setApplicationDisplayName(QStringLiteral("Folidoc"));
-    QApplication::setDesktopFileName(QStringLiteral("folidoc"));
+    QApplication::setDesktopFileName(QStringLiteral("org.folidoc.Folidoc"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.folidoc.Folidoc")));
     // Quitting goes through the termination question, which may have saves to wait for.
     QApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
