@@ -381,7 +381,9 @@ void annotationDidChange(PDFAnnotation &annotation)
         ad.ownAppearance = false;
     }
     pd.appearancesStale = true;
-    ++pd.revision;
+    // An annotation engine drawing does not show changes no rendered page.
+    if (ad.shouldDisplay)
+        ++pd.revision;
 }
 
 void annotationVisibilityChanged(PDFAnnotation &annotation)

@@ -254,8 +254,13 @@ private slots:
         QVERIFY(page->revision() > revision);
         QVERIFY(near(at(rendered(*page), QPointF(100, 100)), Qt::white));
         QVERIFY(!page->annotationAtPoint(QPointF(100, 100)));
+        // Edits of a hidden annotation change no rendered page, but reach the next rendering.
+        const quint64 hidden = page->revision();
+        circle->setColor(Qt::blue);
+        QCOMPARE(page->revision(), hidden);
 
         circle->setShouldDisplay(true);
+        QVERIFY(near(at(rendered(*page), QPointF(100, 148)), Qt::blue));
         circle->setShouldPrint(false);
         QVERIFY(near(at(rendered(*page), QPointF(100, 100)), Qt::green));
         QVERIFY(near(at(rendered(*page, true), QPointF(100, 100)), Qt::white));
