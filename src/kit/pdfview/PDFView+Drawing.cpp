@@ -376,8 +376,9 @@ void PDFView::annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page)
     m_scheduler->invalidatePage(page.get());
     // A rotation or box edit changes the page's size: lay out again.
     const PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
-    if (geometry.box() != m_geometries[size_t(index)].box()
-        || geometry.rotation() != m_geometries[size_t(index)].rotation()) {
+    const PageGeometry &shown = m_geometries[size_t(index)];
+    if (index < m_sizesKnown
+        && (geometry.box() != shown.box() || geometry.rotation() != shown.rotation())) {
         layoutDocumentView();
         return;
     }

@@ -44,6 +44,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
     if (!m_document || m_pages.empty() || !m_document->allowsPrinting())
         return false;
     const int count = int(m_pages.size());
+    ensurePageSizes(count - 1);
     int first = 1;
     int last = count;
     if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {

@@ -43,6 +43,9 @@ PDFView::PDFView(QWidget *parent)
     m_renderTimer.setSingleShot(true);
     m_renderTimer.setInterval(0);
     connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
+    m_sizeTimer.setSingleShot(true);
+    m_sizeTimer.setInterval(0);
+    connect(&m_sizeTimer, &QTimer::timeout, this, &PDFView::loadMorePageSizes);
     connect(m_scheduler, &PDFRenderScheduler::tileFinished, this, &PDFView::tileFinished);
     connect(m_scheduler, &PDFRenderScheduler::pageFailed, this, &PDFView::pageFailed);
 }
@@ -77,21 +80,80 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 
 void PDFView::reloadPageSizes()
 {
+    m_sizeTimer.stop();
     m_pages.clear();
     m_pageIndexes.clear();
     m_geometries.clear();
-    std::vector<QSizeF> sizes;
+    m_sizesKnown = 0;
     const int count = m_document && !m_document->isLocked() ? m_document->pageCount() : 0;
     m_pages.reserve(size_t(count));
-    sizes.reserve(size_t(count));
     for (int i = 0; i < count; ++i) {
         const auto page = m_document->pageAtIndex(i);
         m_pages.push_back(page);
         m_pageIndexes[page.get()] = i;
-        m_geometries.emplace_back(page->boundsForBox(m_displayBox), page->rotation());
-        sizes.push_back(m_geometries.back().viewSize());
+    }
+    loadPageSizes(InitialPageSizes);
+}
+
+void PDFView::loadPageSizes(int count)
+{
+    const int total = int(m_pages.size());
+    count = std::min(count, total);
+    if (count <= m_sizesKnown && !m_geometries.empty())
+        return;
+    m_geometries.reserve(size_t(total));
+    for (int i = m_sizesKnown; i < count; ++i) {
+        const auto &page = m_pages[size_t(i)];
+        PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
+        if (size_t(i) < m_geometries.size())
+            m_geometries[size_t(i)] = geometry;
+        else
+            m_geometries.push_back(geometry);
+    }
+    m_sizesKnown = count;
+    // Pages not read yet are taken to be like the last page read, until the timer reads them.
+    m_geometries.resize(size_t(count), PageGeometry(QRectF(0, 0, 612, 792), 0));
+    std::vector<QSizeF> sizes;
+    sizes.reserve(size_t(total));
+    for (const PageGeometry &geometry : m_geometries)
+        sizes.push_back(geometry.viewSize());
+    for (int i = count; i < total; ++i) {
+        m_geometries.push_back(m_geometries[size_t(count - 1)]);
+        sizes.push_back(sizes.back());
     }
     m_layout.setPageSizes(std::move(sizes));
+    if (m_sizesKnown < total)
+        m_sizeTimer.start();
+}
+
+void PDFView::loadMorePageSizes()
+{
+    loadPageSizes(m_sizesKnown + PageSizesPerTurn);
+    m_layout.update();
+    updateScrollBars();
+    updatePageViews();
+}
+
+void PDFView::ensurePageSizes(int index)
+{
+    if (index < m_sizesKnown || index >= int(m_pages.size()))
+        return;
+    loadPageSizes(index + PageSizesPerTurn);
+    m_layout.update();
+    updateScrollBars();
+    viewport()->update();
+}
+
+void PDFView::ensureVisiblePageSizes()
+{
+    if (m_sizesKnown >= int(m_pages.size()) || m_scale <= 0)
+        return;
+    const QRectF visible = m_documentView.visibleRect();
+    const QRectF ahead = visible.adjusted(0, -visible.height(), 0, visible.height());
+    const auto pages
+        = m_layout.pagesInRect(QRectF(ahead.topLeft() / m_scale, ahead.size() / m_scale));
+    if (!pages.empty())
+        ensurePageSizes(pages.back());
 }
 
 int PDFView::indexOfPage(const PDFPage *page) const
@@ -397,6 +459,7 @@ void PDFView::setScaleInternal(double scale, const QPointF &viewPoint, bool from
     const QPointF pagePoint = pagePointForView(anchor, viewPoint);
     m_scale = scale;
     updateScrollBars();
+    ensureVisiblePageSizes();
     if (anchor >= 0) {
         const QPointF moved = viewPointForPage(anchor, pagePoint) - viewPoint;
         horizontalScrollBar()->setValue(
@@ -479,6 +542,7 @@ void PDFView::goToPageIndex(int index)
 {
     if (!pageAt(index))
         return;
+    ensurePageSizes(index);
     showPageRow(index);
     const QRectF rect = pageRectInDocument(index);
     const double margin = m_layout.margin() * m_scale;
@@ -497,6 +561,7 @@ void PDFView::scrollDocumentTo(const QPointF &documentPoint)
 
 void PDFView::goToDocumentPoint(int index, const QPointF &pagePoint, bool keepX, bool keepY)
 {
+    ensurePageSizes(index);
     showPageRow(index);
     const QPointF document = viewPointForPage(index, pagePoint) - QPointF(documentOrigin());
     const QRectF visible = m_documentView.visibleRect();
@@ -521,6 +586,7 @@ void PDFView::goToRect(const QRectF &rect, const std::shared_ptr<PDFPage> &onPag
     if (index < 0)
         return;
     recordJump();
+    ensurePageSizes(index);
     showPageRow(index);
     const QRectF target = convertRectFromPage(rect, onPage).translated(-QPointF(documentOrigin()));
     const QRectF visible = m_documentView.visibleRect();
@@ -637,6 +703,7 @@ void PDFView::resizeEvent(QResizeEvent *event)
     if (m_autoScales)
         applyAutoScale();
     updateScrollBars();
+    ensureVisiblePageSizes();
     updatePageViews();
     scheduleRendering();
     noteViewChanged();
@@ -656,6 +723,7 @@ void PDFView::scrollContentsBy(int dx, int dy)
     if (dx == 0 && dy == 0)
         return;
     viewport()->scroll(dx, dy);
+    ensureVisiblePageSizes();
     updatePageViews();
     scheduleRendering();
     noteViewChanged();

@@ -217,6 +217,12 @@ private:
     int indexOfPage(const PDFPage *page) const;
     std::shared_ptr<PDFPage> pageAt(int index) const;
     void reloadPageSizes();
+    // Page sizes are read lazily: the first pages at once, the rest a chunk per turn of the
+    // event loop, and any page at once when it is needed.
+    void loadPageSizes(int count);
+    void loadMorePageSizes();
+    void ensurePageSizes(int index);
+    void ensureVisiblePageSizes();
     void relayout();
     void updateScrollBars();
     QPoint documentOrigin() const; // canvas origin in view coordinates
@@ -263,6 +269,10 @@ private:
     PDFViewDelegate *m_delegate = nullptr;
     std::vector<std::shared_ptr<PDFPage>> m_pages; // as laid out
     std::vector<PageGeometry> m_geometries; // of m_pages, in the display box
+    int m_sizesKnown = 0; // m_geometries before this index are read; the rest are estimates
+    QTimer m_sizeTimer;
+    static constexpr int InitialPageSizes = 24;
+    static constexpr int PageSizesPerTurn = 200;
     std::unordered_map<const PDFPage *, int> m_pageIndexes;
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };

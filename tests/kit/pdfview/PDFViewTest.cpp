@@ -381,6 +381,25 @@ private slots:
         view.setDelegate(nullptr);
     }
 
+    void longDocumentsLayOutExactlyWhilePageSizesAreRead()
+    {
+        // 100 portrait pages, then 200 landscape ones: sizes past the first pages are read later.
+        PdfFixtures::Document fixture = PdfFixtures::textPages(300, 2, 0);
+        for (int i = 100; i < 300; ++i)
+            fixture.pages[i].mediaBox = QRectF(0, 0, 792, 612);
+        const auto document = open(fixture, QStringLiteral("mixed.pdf"));
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        const auto far = document->pageAtIndex(250);
+        view.goToPage(far);
+        QCOMPARE(view.currentPage(), far);
+        QCOMPARE(view.convertRectFromPage(far->boundsForBox(PDFDisplayBox::CropBox), far).size(),
+            QSizeF(792, 612));
+        QTRY_COMPARE(view.documentView().bounds().height(), 100.0 * (792 + 8) + 200.0 * (612 + 8));
+        QCOMPARE(view.currentPage(), far);
+    }
+
     void printsEveryPageTurnedToFit()
     {
         const auto document = standard();
