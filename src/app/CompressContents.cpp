@@ -4,6 +4,7 @@
 
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
+#include <kit/base/NotificationCenter.h>
 
 #include <QWidget>
 
