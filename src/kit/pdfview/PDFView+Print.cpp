@@ -75,7 +75,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
         const QRectF placed(target.center() - QPointF(drawn.width(), drawn.height()) / 2, drawn);
         const double pixelsPerPoint = double(dpi) / 72.0 * fit * 72.0 / printer.resolution();
         const QSize pixels = (size * std::max(pixelsPerPoint, 0.01)).toSize();
-        const QImage image = page->imageForBox(m_displayBox, pixels.expandedTo(QSize(1, 1)));
+        const QImage image = page->imageForBox(m_displayBox, pixels.expandedTo(QSize(1, 1)), true);
         if (image.isNull()) {
             Log::warn(QStringLiteral("Page %1 could not be printed; it prints blank").arg(number));
             continue;

@@ -5,6 +5,7 @@
 #include "support/PdfFixtures.h"
 
 #include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
@@ -225,7 +226,15 @@ private slots:
         const auto document = text(20);
         QVERIFY(document);
         PDFView view;
+        QStringList posted;
+        for (const QString &name :
+            { PDFView::DocumentChangedNotification, PDFView::PageChangedNotification }) {
+            NotificationCenter::defaultCenter().addObserver(
+                this, name, &view, [&posted](const Notification &n) { posted.append(n.name); });
+        }
         show(view, document, 0.5);
+        QCOMPARE(posted.count(PDFView::DocumentChangedNotification), 1);
+        posted.clear();
         view.goToPage(document->pageAtIndex(5));
         view.goToPage(document->pageAtIndex(12));
         QVERIFY(view.canGoBack());
@@ -242,6 +251,48 @@ private slots:
         view.goBack();
         view.goToPage(document->pageAtIndex(2));
         QVERIFY2(!view.canGoForward(), "a new jump forgets the forward list");
+        QCOMPARE(posted.count(PDFView::PageChangedNotification), 8);
+        NotificationCenter::defaultCenter().removeObserver(this);
+
+        // A destination brings its point to the top left, and reads back the same.
+        auto destination
+            = std::make_shared<PDFDestination>(document->pageAtIndex(9), QPointF(20, 500));
+        destination->setZoom(1.5);
+        view.goToDestination(destination);
+        const auto current = view.currentDestination();
+        QCOMPARE(current->page(), destination->page());
+        QVERIFY2((current->point() - destination->point()).manhattanLength() < 1.5,
+            qPrintable(
+                QStringLiteral("%1 %2").arg(current->point().x()).arg(current->point().y())));
+        QCOMPARE(current->zoom(), 1.5);
+        view.goBack();
+        QCOMPARE(document->indexForPage(view.currentPage()), 2);
+        QCOMPARE(view.scaleFactor(), 0.5);
+    }
+
+    void frozenViewRefusesHorizontalScrolls()
+    {
+        struct FreezableView : PDFView
+        {
+            bool frozen = false;
+            bool vetoesHorizontalScroll() const override { return frozen; }
+        };
+        const auto document = standard();
+        QVERIFY(document);
+        FreezableView view;
+        show(view, document, 3.0);
+        QScrollBar *horizontal = view.horizontalScrollBar();
+        horizontal->setValue(100);
+        view.frozen = true;
+        const int top = view.verticalScrollBar()->value();
+        horizontal->setValue(400);
+        view.verticalScrollBar()->setValue(top + 300);
+        QCOMPARE(horizontal->value(), 100);
+        QCOMPARE(view.verticalScrollBar()->value(), top + 300);
+        QCOMPARE(view.documentView().visibleRect().left(), 100.0);
+        view.frozen = false;
+        horizontal->setValue(400);
+        QCOMPARE(view.documentView().visibleRect().left(), 400.0);
     }
 
     void keysScrollAndTurnPages_data()
