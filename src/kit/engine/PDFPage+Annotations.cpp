@@ -143,8 +143,8 @@ void insertLocked(PDFPagePrivate &pd, fz_context *ctx, pdf_page *loaded, PDFAnno
     mu::Error error;
     mu::run(ctx, error, [&] {
         const enum pdf_annot_type kind = pdf_annot_type_from_string(ctx, typeName);
-        const bool raw = kind == PDF_ANNOT_UNKNOWN || kind == PDF_ANNOT_LINK
-            || kind == PDF_ANNOT_POPUP || kind == PDF_ANNOT_WIDGET || !typeName[0];
+        bool listed = kind != PDF_ANNOT_UNKNOWN && kind != PDF_ANNOT_LINK && kind != PDF_ANNOT_POPUP
+            && kind != PDF_ANNOT_WIDGET && typeName[0];
         if (!sameFile && old)
             map.p = pdf_new_graft_map(ctx, doc);
         pdf_obj *annots = pdf_dict_get(ctx, pageObject, PDF_NAME(Annots));
@@ -156,31 +156,22 @@ void insertLocked(PDFPagePrivate &pd, fz_context *ctx, pdf_page *loaded, PDFAnno
             if (!pdf_is_dict(ctx, pdf_array_get(ctx, annots, i)))
                 pdf_array_delete(ctx, annots, i);
         }
-        if (raw) {
-            // Kinds MuPDF does not list are plain dictionaries: a copy of the one the
-            // annotation had, or a new one.
-            created = pdf_add_new_dict(ctx, doc, 8);
-            const int n = old ? pdf_dict_len(ctx, old) : 0;
-            for (int i = 0; i < n; ++i) {
-                pdf_obj *key = pdf_dict_get_key(ctx, old, i);
-                if (pdf_name_eq(ctx, key, PDF_NAME(P)) || pdf_name_eq(ctx, key, PDF_NAME(Popup))
-                    || pdf_name_eq(ctx, key, PDF_NAME(Parent))
-                    || pdf_name_eq(ctx, key, PDF_NAME(IRT)))
-                    continue;
-                pdf_obj *value = pdf_dict_get_val(ctx, old, i);
-                if (map.p)
-                    pdf_dict_put_drop(
-                        ctx, created, key, pdf_graft_mapped_object(ctx, map.p, value));
-                else
-                    pdf_dict_put(ctx, created, key, value);
+        // Kinds MuPDF lists are made by MuPDF, so that it draws them; the others (and kinds it
+        // cannot make) are plain dictionaries.
+        pdf_annot *annot = nullptr;
+        fz_var(annot);
+        if (listed) {
+            fz_try(ctx)
+            {
+                annot = pdf_create_annot(ctx, loaded, kind);
             }
-            pdf_dict_put(ctx, created, PDF_NAME(Type), PDF_NAME(Annot));
-            if (typeName[0])
-                pdf_dict_put_name(ctx, created, PDF_NAME(Subtype), typeName);
-            pdf_dict_put(ctx, created, PDF_NAME(P), pageObject);
-            pdf_array_push(ctx, annots, created);
-        } else {
-            pdf_annot *annot = pdf_create_annot(ctx, loaded, kind);
+            fz_catch(ctx)
+            {
+                annot = nullptr;
+            }
+        }
+        listed = annot != nullptr;
+        if (listed) {
             created = pdf_keep_obj(ctx, pdf_annot_obj(ctx, annot));
             // A note has no popup here; the one MuPDF adds would be an annotation of its own.
             pdf_obj *popup = pdf_dict_get(ctx, created, PDF_NAME(Popup));
@@ -190,16 +181,33 @@ void insertLocked(PDFPagePrivate &pd, fz_context *ctx, pdf_page *loaded, PDFAnno
                     pdf_array_delete(ctx, annots, at);
                 pdf_dict_del(ctx, created, PDF_NAME(Popup));
             }
-            pdf_obj *picture = old && !synthesised ? pdf_dict_get(ctx, old, PDF_NAME(AP)) : nullptr;
-            if (picture) {
-                // A stamp keeps the picture it had; MuPDF must not make its own.
-                if (map.p)
-                    pdf_dict_put_drop(
-                        ctx, created, PDF_NAME(AP), pdf_graft_mapped_object(ctx, map.p, picture));
-                else
-                    pdf_dict_put(ctx, created, PDF_NAME(AP), picture);
+        } else {
+            created = pdf_add_new_dict(ctx, doc, 8);
+            pdf_dict_put(ctx, created, PDF_NAME(Type), PDF_NAME(Annot));
+            if (typeName[0])
+                pdf_dict_put_name(ctx, created, PDF_NAME(Subtype), typeName);
+            pdf_array_push(ctx, annots, created);
+        }
+        // Everything the annotation's former dictionary held that the properties do not say
+        // (a stamp's picture, a file attachment, rich text...) comes along.
+        const int n = old ? pdf_dict_len(ctx, old) : 0;
+        for (int i = 0; i < n; ++i) {
+            pdf_obj *key = pdf_dict_get_key(ctx, old, i);
+            if (pdf_name_eq(ctx, key, PDF_NAME(P)) || pdf_name_eq(ctx, key, PDF_NAME(Popup))
+                || pdf_name_eq(ctx, key, PDF_NAME(Parent)) || pdf_name_eq(ctx, key, PDF_NAME(IRT))
+                || (synthesised && pdf_name_eq(ctx, key, PDF_NAME(AP))))
+                continue;
+            pdf_obj *value = pdf_dict_get_val(ctx, old, i);
+            if (map.p)
+                pdf_dict_put_drop(ctx, created, key, pdf_graft_mapped_object(ctx, map.p, value));
+            else
+                pdf_dict_put(ctx, created, key, value);
+        }
+        pdf_dict_put(ctx, created, PDF_NAME(P), pageObject);
+        if (annot) {
+            // MuPDF must not replace a picture that came along with its own.
+            if (!synthesised && pdf_dict_get(ctx, created, PDF_NAME(AP)))
                 pdf_set_annot_resynthesised(ctx, annot);
-            }
             pdf_drop_annot(ctx, annot);
         }
     });
@@ -453,7 +461,8 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
         const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
         if (!annotation->isAppearanceSynthesised() || !onPageInFile(pd, ad))
             continue;
-        patchDashLocked(ctx, pd.handle->doc(), *annotation);
+        if (!ad.ownAppearance)
+            patchDashLocked(ctx, pd.handle->doc(), *annotation);
         // MuPDF makes every note icon 18 by 18; the note keeps its own size and the icon scales.
         if (dynamic_cast<const PDFAnnotationText *>(annotation.get())) {
             pdf_obj *const object = ad.object;

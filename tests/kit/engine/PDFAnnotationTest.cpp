@@ -348,7 +348,17 @@ private slots:
         const auto strike = std::dynamic_pointer_cast<PDFAnnotationMarkup>(annotations[4]);
         QCOMPARE(strike->markupType(), int(PDFAnnotationMarkup::StrikeOut));
         QCOMPARE(strike->quadrilateralPoints()[3], QPointF(220, 2));
-        QVERIFY(std::dynamic_pointer_cast<PDFAnnotation>(annotations[5]));
+        // A kind the engine has no class for keeps what its dictionary held when added again.
+        const auto polygon = annotations[5];
+        const auto first = doc->pageAtIndex(0);
+        first->removeAnnotation(polygon);
+        QVERIFY(!doc->dataRepresentation().contains("/Vertices"));
+        first->addAnnotation(polygon);
+        static const QRegularExpression vertices(
+            QStringLiteral("/Vertices\\s*\\[300 300 400 300 350 400\\]"));
+        QVERIFY(QString::fromLatin1(doc->dataRepresentation()).contains(vertices));
+        QCOMPARE(
+            reopen(*doc)->pageAtIndex(0)->annotations().back()->type(), QStringLiteral("Polygon"));
     }
 };
 
