@@ -308,7 +308,10 @@ void read(
     const QString type = annotation.type();
     const bool bordered = type == QLatin1String("Line") || type == QLatin1String("Ink")
         || type == QLatin1String("Circle") || type == QLatin1String("Square");
-    if (b.hasBorder || bordered) {
+    // A free text's zero-width border is how the file says it has none.
+    const bool freeTextWithout = b.hasBorder && b.borderWidth <= 0
+        && dynamic_cast<const PDFAnnotationFreeText *>(&annotation);
+    if ((b.hasBorder || bordered) && !freeTextWithout) {
         auto border = std::make_shared<PDFBorder>();
         border->setLineWidth(b.hasBorder ? b.borderWidth : 1.0);
         border->setStyle(b.dashed ? PDFBorder::Dashed : PDFBorder::Solid);

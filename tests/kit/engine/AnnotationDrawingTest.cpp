@@ -176,6 +176,13 @@ private slots:
         const QImage image = drawn(*annotation);
         QVERIFY2(near(at(image, point), expected), qPrintable(at(image, point).name()));
         QVERIFY2(near(at(image, clearPoint), Qt::white), qPrintable(at(image, clearPoint).name()));
+        // The file's picture, which other readers and engine rendering show, agrees; MuPDF
+        // draws its own note icon.
+        if (kind == QLatin1String("note"))
+            return;
+        const QImage page = rendered(*doc->pageAtIndex(0));
+        QVERIFY2(near(at(page, point), expected), qPrintable(at(page, point).name()));
+        QVERIFY2(near(at(page, clearPoint), Qt::white), qPrintable(at(page, clearPoint).name()));
     }
 
     void freeTextWritesInItsFontColourAtItsAlignment()

@@ -156,6 +156,8 @@ private slots:
             QCOMPARE(end, bounds.bottomRight());
             QCOMPARE(line->endLineStyle(), int(PDFAnnotationLine::OpenArrow));
         }
+        if (type == QLatin1String("FreeText"))
+            QVERIFY(!read->border());
         if (auto markup = std::dynamic_pointer_cast<PDFAnnotationMarkup>(read)) {
             QCOMPARE(markup->quadrilateralPoints().size(), 4);
             QCOMPARE(
