@@ -15,7 +15,7 @@
 class PDFTileCache
 {
 public:
-    explicit PDFTileCache(qint64 pixelBudget = 40LL * 1024 * 1024);
+    explicit PDFTileCache(qint64 pixelBudget = 32LL * 1024 * 1024);
 
     void setPixelBudget(qint64 pixels);
     qint64 pixelBudget() const { return m_budget; }

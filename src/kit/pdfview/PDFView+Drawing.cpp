@@ -43,8 +43,10 @@ PDFView::RenderState &PDFView::renderState(const std::shared_ptr<PDFPage> &page)
 
 quint64 PDFView::tileRevision(const PDFPage *page)
 {
+    // The epoch keeps a late tile of a page that is gone from matching a new page that happens
+    // to live at the same address.
     const RenderState &state = m_renderStates[page];
-    return (page->revision() << 20) + state.generation;
+    return (m_epoch << 44) + (page->revision() << 16) + state.generation;
 }
 
 QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const

@@ -57,6 +57,7 @@ PDFView::~PDFView()
 
 void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 {
+    ++m_epoch;
     m_scheduler->cancelAll();
     removeAllPageViews();
     m_tiles.clear();
@@ -203,7 +204,7 @@ void PDFView::updateScrollBars()
     // Keep the cache able to hold a few screens of tiles at the current density.
     const double dpr = devicePixelRatioF();
     const qint64 screen = qint64(view.width() * dpr) * qint64(view.height() * dpr);
-    m_tiles.setPixelBudget(std::max<qint64>(40LL * 1024 * 1024, 6 * screen));
+    m_tiles.setPixelBudget(std::max<qint64>(32LL * 1024 * 1024, 6 * screen));
 }
 
 QPoint PDFView::documentOrigin() const
@@ -406,6 +407,7 @@ void PDFView::setDisplayBox(PDFDisplayBox box)
         return;
     const auto current = currentPage();
     m_displayBox = box;
+    ++m_epoch;
     m_scheduler->cancelAll();
     m_tiles.clear();
     m_renderStates.clear();
@@ -496,13 +498,19 @@ void PDFView::setAutoScales(bool autoScales)
 
 void PDFView::applyAutoScale()
 {
-    const double width = m_layout.documentSize().width();
+    // The current page's row fills the width.
+    const auto current = currentPage();
+    const int index = current ? indexOfPage(current.get()) : -1;
+    if (index < 0)
+        return;
+    double width = 0;
+    for (int i = m_layout.firstPageOfRow(index); i <= m_layout.lastPageOfRow(index); ++i)
+        width += m_layout.pageSize(i).width() + 2 * m_layout.margin();
     if (width <= 0)
         return;
     // Room for a vertical scroll bar is always left, so that its coming and going cannot
     // change the fit.
-    const double available
-        = maximumViewportSize().width() - verticalScrollBar()->sizeHint().width();
+    const double available = maximumViewportSize().width() - verticalScrollBar()->sizeHint().width();
     setScaleInternal(available / width, QPointF(0, 0), true);
 }
 

@@ -289,6 +289,7 @@ private:
     PDFRenderScheduler *m_scheduler = nullptr;
     PDFTileCache m_tiles;
     std::unordered_map<const PDFPage *, RenderState> m_renderStates;
+    quint64 m_epoch = 0; // rises with every new document or display box
     QTimer m_renderTimer;
     bool m_visibleComplete = false;
     std::map<int, QPointer<PDFPageView>> m_pageViews;

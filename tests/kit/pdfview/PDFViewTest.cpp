@@ -212,6 +212,7 @@ private slots:
         // Ctrl+wheel zooms around the pointer: the text under it stays under it.
         view.setScaleFactor(1.0);
         const auto page = document->pageAtIndex(0);
+        view.goToPage(page);
         const QPoint pointer = characterPoint(view, page, "lazy");
         const QPointF before = view.convertPointToPage(pointer, page);
         QWheelEvent wheel(pointer, view.viewport()->mapToGlobal(pointer), QPoint(), QPoint(0, 120),
@@ -219,6 +220,20 @@ private slots:
         QApplication::sendEvent(view.viewport(), &wheel);
         QVERIFY(view.scaleFactor() > 1.1);
         QVERIFY((view.convertPointToPage(pointer, page) - before).manhattanLength() < 2);
+
+        // Auto scaling fits the pages' width, follows resizing, and ends with a chosen scale.
+        view.setAutoScales(true);
+        const auto width = [&] {
+            return view.convertRectFromPage(page->boundsForBox(PDFDisplayBox::CropBox), page)
+                .width();
+        };
+        QVERIFY(width() > view.viewport()->width() - 40 && width() <= view.viewport()->width());
+        view.resize(500, 600);
+        QVERIFY(width() > view.viewport()->width() - 40 && width() <= view.viewport()->width());
+        view.setScaleFactor(1.0);
+        QVERIFY(!view.autoScales());
+        view.resize(800, 600);
+        QCOMPARE(view.scaleFactor(), 1.0);
     }
 
     void historyGoesBackAndForwardThroughJumps()
