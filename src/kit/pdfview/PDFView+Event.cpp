@@ -223,8 +223,24 @@ void PDFView::mouseMoveEvent(QMouseEvent *event)
     }
     if (!m_selecting)
         return;
-    m_documentView.autoscroll(event->position());
-    extendSelectionTo(event->position());
+    m_dragPoint = event->position();
+    m_documentView.autoscroll(m_dragPoint);
+    extendSelectionTo(m_dragPoint);
+    // Outside the view the drag keeps scrolling while the pointer rests.
+    if (!QRectF(viewport()->rect()).contains(m_dragPoint))
+        m_autoscrollTimer.start();
+    else
+        m_autoscrollTimer.stop();
+}
+
+void PDFView::continueAutoscroll()
+{
+    if (!m_selecting) {
+        m_autoscrollTimer.stop();
+        return;
+    }
+    if (m_documentView.autoscroll(m_dragPoint))
+        extendSelectionTo(m_dragPoint);
 }
 
 void PDFView::mouseReleaseEvent(QMouseEvent *event)
@@ -234,6 +250,7 @@ void PDFView::mouseReleaseEvent(QMouseEvent *event)
         return;
     }
     m_selecting = false;
+    m_autoscrollTimer.stop();
     const auto link = std::move(m_pressedLink);
     m_pressedLink.reset();
     if (!link)

@@ -46,6 +46,8 @@ PDFView::PDFView(QWidget *parent)
     m_sizeTimer.setSingleShot(true);
     m_sizeTimer.setInterval(0);
     connect(&m_sizeTimer, &QTimer::timeout, this, &PDFView::loadMorePageSizes);
+    m_autoscrollTimer.setInterval(50);
+    connect(&m_autoscrollTimer, &QTimer::timeout, this, &PDFView::continueAutoscroll);
     connect(m_scheduler, &PDFRenderScheduler::tileFinished, this, &PDFView::tileFinished);
     connect(m_scheduler, &PDFRenderScheduler::pageFailed, this, &PDFView::pageFailed);
 }
@@ -510,7 +512,8 @@ void PDFView::applyAutoScale()
         return;
     // Room for a vertical scroll bar is always left, so that its coming and going cannot
     // change the fit.
-    const double available = maximumViewportSize().width() - verticalScrollBar()->sizeHint().width();
+    const double available
+        = maximumViewportSize().width() - verticalScrollBar()->sizeHint().width();
     setScaleInternal(available / width, QPointF(0, 0), true);
 }
 

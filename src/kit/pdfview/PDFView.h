@@ -263,6 +263,7 @@ private:
     void beginSelection(int index, const QPointF &pagePoint, bool extend);
     void extendSelectionTo(const QPointF &viewPoint);
     void activateLink(const std::shared_ptr<PDFAction> &action);
+    void continueAutoscroll();
     void updateCursor(const QPointF &viewPoint, Qt::KeyboardModifiers modifiers);
 
     std::shared_ptr<PDFDocument> m_document;
@@ -302,6 +303,8 @@ private:
     QPointF m_lastDoubleClickPoint;
     std::shared_ptr<PDFAction> m_pressedLink;
     QPointF m_pressPoint;
+    QPointF m_dragPoint;
+    QTimer m_autoscrollTimer;
     QPointer<QVariantAnimation> m_selectionAnimation;
     double m_selectionEmphasis = 0;
     bool m_revertingScroll = false;

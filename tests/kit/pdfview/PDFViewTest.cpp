@@ -386,6 +386,25 @@ private slots:
         QVERIFY(!view.currentSelection());
     }
 
+    void draggingPastTheEdgeScrollsAndSelectsAcrossPages()
+    {
+        const auto document = text(3);
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        const auto first = document->pageAtIndex(0);
+        QWidget *viewport = view.viewport();
+        QTest::mousePress(
+            viewport, Qt::LeftButton, {}, characterPoint(view, first, "line 9", 0, -0.45));
+        QTest::mouseMove(viewport, QPoint(300, viewport->height() + 30));
+        QTRY_VERIFY(view.currentSelection() && view.currentSelection()->pages().size() == 2);
+        QTest::mouseRelease(viewport, Qt::LeftButton, {}, QPoint(300, viewport->height() + 30));
+        const QString text = view.currentSelection()->string();
+        QVERIFY(text.startsWith(QStringLiteral("line 9")));
+        QVERIFY(text.contains(QStringLiteral("Page 1 line 10")));
+        QVERIFY(text.contains(QStringLiteral("Page 2 line 1 ")));
+    }
+
     void linkClicksReachTheDelegateOrJump()
     {
         const auto document = standard();
