@@ -25,6 +25,32 @@ const QString PDFDocument::FoundSelectionKey = QStringLiteral("PDFDocumentFoundS
 
 namespace {
 
+constexpr int MaxTreeDepth = 64;
+
+// Appends the page objects under a /Kids array in order, as kept indirect references; answers
+// the new count (more than capacity means the tree does not match the page count). Plain MuPDF
+// calls: runs inside a guarded block. pdf_load_page_tree is not used: in this MuPDF it leaks the
+// objects it caches.
+int collectPages(fz_context *ctx, pdf_obj *kids, pdf_obj **out, int capacity, int count, int depth)
+{
+    const int n = pdf_array_len(ctx, kids);
+    for (int i = 0; i < n && count <= capacity; ++i) {
+        pdf_obj *kid = pdf_array_get(ctx, kids, i);
+        pdf_obj *grandKids = pdf_dict_get(ctx, kid, PDF_NAME(Kids));
+        if (pdf_is_array(ctx, grandKids)) {
+            if (depth < MaxTreeDepth)
+                count = collectPages(ctx, grandKids, out, capacity, count, depth + 1);
+            else
+                count = capacity + 1;
+            continue;
+        }
+        if (count < capacity)
+            out[count] = pdf_keep_obj(ctx, kid);
+        ++count;
+    }
+    return count;
+}
+
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
 constexpr const char *WriteOptions = "garbage=1";
@@ -86,32 +112,37 @@ bool PDFDocumentPrivate::loadContent()
     {
         const mu::Lock lock(handle->mutex());
         int count = 0;
-        bool treeLoaded = false;
-        mu::run(ctx, failure, [&] {
-            pdf_load_page_tree(ctx, doc);
-            treeLoaded = true;
-            count = pdf_count_pages(ctx, doc);
-        });
+        mu::run(ctx, failure, [&] { count = pdf_count_pages(ctx, doc); });
         objects.assign(static_cast<size_t>(std::max(count, 0)), nullptr);
         numbers.assign(objects.size(), 0);
         pdf_obj **const out = objects.data();
         int *const outNumbers = numbers.data();
         if (!failure.failed) {
+            int found = 0;
+            mu::run(ctx, failure, [&] {
+                pdf_obj *kids = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages/Kids");
+                found = collectPages(ctx, kids, out, count, 0, 0);
+            });
+            // A tree that does not add up is walked the slow way, page by page as MuPDF
+            // counts them, so that index i is MuPDF's page i.
+            if (failure.failed || found != count) {
+                for (pdf_obj *obj : objects)
+                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+                std::fill(objects.begin(), objects.end(), nullptr);
+                failure = mu::Error();
+                mu::run(ctx, failure, [&] {
+                    for (int i = 0; i < count; ++i)
+                        out[i] = pdf_keep_obj(ctx, pdf_lookup_page_obj(ctx, doc, i));
+                });
+            }
             mu::run(ctx, failure, [&] {
                 for (int i = 0; i < count; ++i) {
-                    // The page tree cache answers resolved dictionaries; pages are kept as
-                    // indirect references, the form the page tree itself holds.
-                    pdf_obj *obj = pdf_lookup_page_obj(ctx, doc, i);
-                    if (pdf_is_indirect(ctx, obj))
-                        out[i] = pdf_keep_obj(ctx, obj);
-                    else
-                        out[i] = pdf_new_indirect(ctx, doc, pdf_obj_parent_num(ctx, obj), 0);
+                    if (!pdf_is_indirect(ctx, out[i]))
+                        fz_throw(ctx, FZ_ERROR_GENERIC, "page %d is not an object", i + 1);
                     outNumbers[i] = pdf_to_num(ctx, out[i]);
                 }
             });
         }
-        if (treeLoaded)
-            mu::runQuietly(ctx, [&] { pdf_drop_page_tree(ctx, doc); });
         if (failure.failed) {
             for (pdf_obj *obj : objects)
                 mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });

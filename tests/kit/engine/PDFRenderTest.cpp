@@ -181,6 +181,8 @@ private slots:
         QVERIFY(!source->buildDisplayList(&cancel));
         QImage image(50, 50, QImage::Format_ARGB32_Premultiplied);
         QVERIFY(!list->render(image, QTransform(), &cancel));
+        QVERIFY(!source->render(image, QTransform(), &cancel));
+        QVERIFY(source->render(image, QTransform()));
         QImage wrongFormat(50, 50, QImage::Format_RGB888);
         QVERIFY(!list->render(wrongFormat, QTransform()));
     }
