@@ -1,0 +1,119 @@
+#include "PDFDocument.h"
+
+#include "PDFDocumentPrivate.h"
+#include "PDFPage.h"
+#include "PDFPagePrivate.h"
+#include "PDFSelection.h"
+
+#include <kit/base/MainQueue.h>
+#include <kit/base/NotificationCenter.h>
+
+// Asynchronous find and selections across pages.
+
+void PDFDocument::beginFindString(const QString &string, int options)
+{
+    cancelFindString();
+    d->stopFind();
+    if (!d->handle || string.trimmed().isEmpty())
+        return;
+    std::vector<pdf_obj *> objects;
+    std::vector<int> indexes;
+    d->findPages.clear();
+    {
+        const mu::Lock lock(d->handle->mutex());
+        fz_context *ctx = mu::context();
+        for (const auto &page : d->pages) {
+            if (page->d->handle != d->handle)
+                continue;
+            pdf_obj *const obj = page->d->object;
+            mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, obj); });
+            objects.push_back(obj);
+            indexes.push_back(static_cast<int>(d->findPages.size()));
+            d->findPages.push_back(page);
+        }
+    }
+    d->findJob = std::make_shared<FindJob>(d->handle, std::move(objects), std::move(indexes),
+        string, (options & CaseInsensitiveSearch) != 0);
+    d->finding = true;
+    const quint64 generation = ++d->findGeneration;
+    const std::weak_ptr<PDFDocument> weakSelf = weak_from_this();
+    // Delivery happens on the main thread, and only while this find is the current one.
+    const auto current = [weakSelf, generation]() -> std::shared_ptr<PDFDocument> {
+        auto self = weakSelf.lock();
+        return self && self->d->finding && self->d->findGeneration == generation ? self : nullptr;
+    };
+    const auto onPage = [current](int slot, std::vector<PDFTextRange> hits) {
+        MainQueue::async([current, slot, hits = std::move(hits)] {
+            for (const PDFTextRange &hit : hits) {
+                const auto self = current();
+                if (!self)
+                    return;
+                auto selection = std::make_shared<PDFSelection>(self);
+                if (const auto page = self->d->findPages[static_cast<size_t>(slot)].lock())
+                    selection->addRange(page, hit);
+                NotificationCenter::defaultCenter().post(DidFindMatchNotification, self.get(),
+                    { { FoundSelectionKey, QVariant::fromValue(selection) } });
+            }
+        });
+    };
+    const auto onEnd = [current] {
+        MainQueue::async([current] {
+            if (const auto self = current()) {
+                self->d->finding = false;
+                NotificationCenter::defaultCenter().post(DidEndFindNotification, self.get());
+            }
+        });
+    };
+    d->findThread = std::thread([job = d->findJob, onPage, onEnd] { job->run(onPage, onEnd); });
+}
+
+void PDFDocument::cancelFindString()
+{
+    ++d->findGeneration;
+    d->finding = false;
+    if (d->findJob)
+        d->findJob->cancel();
+}
+
+bool PDFDocument::isFinding() const
+{
+    return d->finding;
+}
+
+std::shared_ptr<PDFSelection> PDFDocument::selectionFromPage(
+    const std::shared_ptr<PDFPage> &startPage, const QPointF &startPoint,
+    const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint) const
+{
+    if (!startPage || !endPage)
+        return nullptr;
+    int first = indexForPage(startPage);
+    int last = indexForPage(endPage);
+    if (startPage == endPage || first < 0 || last < 0)
+        return startPage == endPage ? startPage->selectionFromPointToPoint(startPoint, endPoint)
+                                    : nullptr;
+    auto fromPage = startPage;
+    auto toPage = endPage;
+    QPointF fromPoint = startPoint;
+    QPointF toPoint = endPoint;
+    if (first > last) {
+        std::swap(first, last);
+        std::swap(fromPage, toPage);
+        std::swap(fromPoint, toPoint);
+    }
+    auto selection
+        = std::make_shared<PDFSelection>(std::const_pointer_cast<PDFDocument>(shared_from_this()));
+    const auto startLayout = PDFPageInternals::textLayout(*fromPage);
+    const int start = startLayout->nearestIndex(fromPoint);
+    if (start >= 0)
+        selection->addRange(fromPage, { start, startLayout->size() - start });
+    for (int i = first + 1; i < last; ++i) {
+        const auto page = pageAtIndex(i);
+        const int size = PDFPageInternals::textLayout(*page)->size();
+        if (size > 0)
+            selection->addRange(page, { 0, size });
+    }
+    const int end = PDFPageInternals::textLayout(*toPage)->nearestIndex(toPoint);
+    if (end >= 0)
+        selection->addRange(toPage, { 0, end + 1 });
+    return selection->isEmpty() ? nullptr : selection;
+}
