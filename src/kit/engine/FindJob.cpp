@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 FindJob::FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
@@ -112,9 +113,15 @@ void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
             }
         }
     };
-    std::thread helper(work);
+    std::thread helper;
+    try {
+        helper = std::thread(work);
+    } catch (const std::system_error &) {
+        // No second thread: this one does all the pages.
+    }
     work();
-    helper.join();
+    if (helper.joinable())
+        helper.join();
     if (!m_cancelled)
         onEnd();
 }
