@@ -180,7 +180,7 @@ private slots:
         FindRecorder recorder(doc);
         doc->beginFindString(needle, options);
         QVERIFY(doc->isFinding());
-        QTRY_COMPARE(recorder.ends, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.ends, 1, 60000);
         QVERIFY(!doc->isFinding());
         QCOMPARE(recorder.summary(), hits);
     }
@@ -199,11 +199,11 @@ private slots:
             }
         };
         big->beginFindString("needle", PDFDocument::CaseInsensitiveSearch);
-        QTRY_VERIFY(hitsAtCancel > 0);
+        QTRY_VERIFY_WITH_TIMEOUT(hitsAtCancel > 0, 60000);
         // A second search runs to its end; nothing of the first arrives after its cancel.
         recorder.onHit = nullptr;
         big->beginFindString("Page 150 line 40", 0);
-        QTRY_COMPARE(recorder.ends, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.ends, 1, 60000);
         QStringList after;
         for (int i = hitsAtCancel; i < recorder.hits.size(); ++i)
             after.append(recorder.hits[i]->string());
