@@ -340,6 +340,12 @@ private slots:
         QVERIFY(near(at(rendered(*page), QPointF(50, 50)), QColor(0, 204, 0)));
         QVERIFY(
             near(at(rendered(*reopen(*doc)->pageAtIndex(0)), QPointF(50, 50)), QColor(0, 204, 0)));
+        // In another document, too.
+        auto other = blankDocument();
+        page->removeAnnotation(stamp);
+        other->pageAtIndex(0)->addAnnotation(stamp);
+        QVERIFY(near(at(rendered(*other->pageAtIndex(0)), QPointF(50, 50)), QColor(0, 204, 0)));
+        QVERIFY(near(at(rendered(*page), QPointF(50, 50)), Qt::white));
     }
 };
 

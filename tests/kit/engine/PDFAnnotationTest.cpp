@@ -23,6 +23,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <thread>
+
 using namespace AnnotationFixtures;
 
 namespace {
@@ -217,6 +219,21 @@ private slots:
         QCOMPARE(read->border()->lineWidth(), 3.0);
         QCOMPARE(read->border()->style(), int(PDFBorder::Dashed));
         QCOMPARE(read->contents(), QStringLiteral("unseen"));
+    }
+
+    void changesReachBytesSerialisedOnAWorker()
+    {
+        auto doc = textDocument();
+        const auto square = makeAnnotation(QStringLiteral("Square"), QRectF(50, 50, 100, 100));
+        doc->pageAtIndex(0)->addAnnotation(square);
+        square->setContents(QStringLiteral("from a worker"));
+        QByteArray bytes;
+        std::thread worker([&] { bytes = doc->dataRepresentation(); });
+        worker.join();
+        const auto read = only(open(bytes)->pageAtIndex(0), QStringLiteral("Square"));
+        QVERIFY(read);
+        QCOMPARE(read->contents(), QStringLiteral("from a worker"));
+        QVERIFY(read->hasAppearanceStream());
     }
 
     void annotationLivesWithoutAPageAndComesBack()
