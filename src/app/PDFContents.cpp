@@ -1,0 +1,422 @@
+#include "PDFContents.h"
+
+#include "Alert.h"
+#include "FDDefaults.h"
+#include "FDFilePanel.h"
+#include "PDFContentsConainer.h"
+#include "PDFWindowController.h"
+
+#include <document/Common.h>
+#include <document/FDDocument.h>
+#include <kit/base/MainQueue.h>
+#include <kit/base/NotificationCenter.h>
+#include <kit/base/Workspace.h>
+#include <kit/engine/PDFSelection.h>
+#include <view/FDPDFView.h>
+
+#include <QSplitter>
+
+const QString PDFContents::ToolModeDidChangeNotification
+    = QStringLiteral("PDFContents_ToolModeDidChange");
+const QString PDFContents::PagesEditingModeDidChangeNotification
+    = QStringLiteral("PDFContents_PagesEditingModeDidChange");
+const QString PDFContents::SecondaryTBVisibilityDidChangeNotification
+    = QStringLiteral("PDFContents_SecondaryTBVisibilityDidChange");
+const QString PDFContents::SidebarVisibilityDidChangeNotification
+    = QStringLiteral("PDFContents_SidebarVisibilityDidChange");
+const QString PDFContents::QueryStringDidChangeNotification
+    = QStringLiteral("PDFContents_QueryStringDidChange");
+const QString PDFContents::SelectedPDFViewDidChangeNotification
+    = QStringLiteral("PDFContents_SelectedPDFViewDidChange");
+const QString PDFContents::SplitModeDidChangeNotification
+    = QStringLiteral("PDFContents_SplitModeDidChange");
+const QString PDFContents::PDFViewsDidSwapNotification
+    = QStringLiteral("PDFContents_PDFViewsDidSwap");
+const QString PDFContents::SidebarModeDidChangeNotification
+    = QStringLiteral("PDFContents_SidebarModeDidChange");
+const QString PDFContents::AddOutlineNotification = QStringLiteral("PDFContents_AddOutline");
+
+namespace {
+
+int changesOf(const FDPDFView *view)
+{
+    const auto document = view ? view->fdDocument() : nullptr;
+    return document ? document->numberOfChanges() : 0;
+}
+
+} // namespace
+
+PDFContents::PDFContents(const QUrl &url, QObject *parent)
+    : FDContents(parent)
+{
+    // The layout makes both views at once.
+    view();
+    observeView(m_primaryPDFView);
+    observeView(m_secondaryPDFView);
+    NotificationCenter::defaultCenter().addObserver(this, PDFView::DocumentChangedNotification,
+        m_primaryPDFView.data(),
+        [this](const Notification &notification) { onPDFDocumentChanged(notification); });
+    m_container->onViewInit();
+    setUrl(url.isEmpty() ? QString() : absoluteString(url));
+    m_primaryPDFView->loadDocument(url);
+    refreshTitle();
+}
+
+PDFContents::~PDFContents()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    // The views outlive this object by the base's destructor; they must not call back into it.
+    for (FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        if (pdfView) {
+            pdfView->setDelegate2(nullptr);
+            pdfView->setDelegate(nullptr);
+        }
+    }
+}
+
+void PDFContents::registerAsDocumentContents()
+{
+    PDFWindowController::setDocumentContentsMaker(
+        [](const QUrl &url) -> std::unique_ptr<FDContents> {
+            return std::make_unique<PDFContents>(url);
+        });
+}
+
+std::unique_ptr<QWidget> PDFContents::loadView()
+{
+    auto *const primary = new FDPDFView;
+    primary->setObjectName(QStringLiteral("primaryPDFView"));
+    auto *const secondary = new FDPDFView;
+    secondary->setObjectName(QStringLiteral("secondaryPDFView"));
+    for (FDPDFView *const pdfView : { primary, secondary }) {
+        pdfView->setDelegate2(this);
+        pdfView->setDelegate(this);
+    }
+    auto root = std::make_unique<PDFContentsConainer>(this, primary, secondary);
+    m_container = root.get();
+    m_searchSplitView = root->searchSplitView();
+    m_sidebarSplitView = root->sidebarSplitView();
+    m_vertPDFSplitView = root->vertPDFSplitView();
+    m_horiPDFSplitView = root->horiPDFSplitView();
+    m_pdfAreaView = root->pdfAreaView();
+    m_primaryPDFView = primary;
+    m_secondaryPDFView = secondary;
+    m_selectedPDFView = primary;
+    return root;
+}
+
+void PDFContents::observeView(FDPDFView *pdfView)
+{
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    center.addObserver(this, FDPDFView::URLDidChangeNotification, pdfView,
+        [this](const Notification &notification) { onPDFDocumentChanged(notification); });
+    for (const QString &name : { FDDocument::DocumentAnnDidChangeNotification,
+             FDDocument::DocumentPageDidChangeNotification }) {
+        center.addObserver(
+            this, name, pdfView, [this](const Notification &) { onPDFDocumentContentChanged(); });
+    }
+}
+
+void PDFContents::post(const QString &name, const QVariantMap &userInfo)
+{
+    NotificationCenter::defaultCenter().post(name, this, userInfo);
+}
+
+void PDFContents::onPDFDocumentChanged(const Notification &notification)
+{
+    if (!m_primaryPDFView || notification.sender != m_primaryPDFView.data())
+        return;
+    // A view still waiting for its window names its pending URL, so the tab is found by it.
+    const QUrl url = m_primaryPDFView->fileURL();
+    setUrl(url.isEmpty() ? QString() : absoluteString(url));
+    refreshTitle();
+    const auto document = m_primaryPDFView->fdDocument();
+    if (!document)
+        return;
+    if (m_splitMode == PDFSplitViewMode::none) {
+        if (document->outlineRoot() || FDDefaults::alwaysShowSidebar() == 1) {
+            m_isSidebarHidden = false;
+            post(SidebarVisibilityDidChangeNotification);
+            m_sidebarMode = PDFSidebarMode::toc;
+            applySidebarMode();
+        } else {
+            m_isSidebarHidden = true;
+            post(SidebarVisibilityDidChangeNotification);
+        }
+    }
+    // A new untitled document opens straight in the pages editor.
+    if (document->fileURL().isEmpty()) {
+        m_isPagesEditingMode = true;
+        post(PagesEditingModeDidChangeNotification);
+    }
+}
+
+void PDFContents::onPDFDocumentContentChanged()
+{
+    refreshTitle();
+}
+
+void PDFContents::refreshTitle()
+{
+    if (!m_primaryPDFView)
+        return;
+    const bool changed = changesOf(m_primaryPDFView) > 0 || changesOf(m_secondaryPDFView) > 0;
+    setTitle((changed ? QStringLiteral("* ") : QString()) + m_primaryPDFView->title());
+}
+
+void PDFContents::applySidebarMode()
+{
+    m_isSidebarHidden = false;
+    post(SidebarVisibilityDidChangeNotification);
+    post(SidebarModeDidChangeNotification);
+}
+
+void PDFContents::setToolMode(PDFToolMode mode)
+{
+    if (FDPDFView *const pdfView = m_selectedPDFView) {
+        const auto selection = pdfView->currentSelection();
+        if (selection && !selection->string().isEmpty()) {
+            bool made = false;
+            if (mode == PDFToolModeAnnHighlight)
+                made = pdfView->onAddHighlight();
+            else if (mode == PDFToolModeAnnUnderline)
+                made = pdfView->onAddUnderline();
+            else if (mode == PDFToolModeAnnStrikeOut)
+                made = pdfView->onAddStrikeout();
+            pdfView->clearSelection();
+            if (made)
+                return;
+        }
+    }
+    m_toolMode = mode;
+    if (XPDFView::isAnnToolMode(mode)) {
+        m_isAnnBarPinned = true;
+        m_isEditBarHidden = true;
+        m_isAnnBarHidden = false;
+        post(SecondaryTBVisibilityDidChangeNotification);
+    } else {
+        post(ToolModeDidChangeNotification);
+    }
+}
+
+void PDFContents::setIsPagesEditingMode(bool editing)
+{
+    m_isPagesEditingMode = editing;
+    post(PagesEditingModeDidChangeNotification);
+}
+
+void PDFContents::setSplitMode(PDFSplitViewMode mode)
+{
+    m_splitMode = mode;
+    if (mode != PDFSplitViewMode::none) {
+        m_isSidebarHidden = true;
+        post(SidebarVisibilityDidChangeNotification);
+    }
+    post(SplitModeDidChangeNotification);
+}
+
+void PDFContents::setIsAnnBarPinned(bool pinned)
+{
+    m_isAnnBarPinned = pinned;
+    if (pinned) {
+        m_isEditBarHidden = true;
+        m_isAnnBarHidden = false;
+    } else {
+        m_isAnnBarHidden = true;
+        // The tool logic runs again with the tool it has.
+        setToolMode(m_toolMode);
+    }
+    post(SecondaryTBVisibilityDidChangeNotification);
+}
+
+void PDFContents::setIsAnnBarHidden(bool hidden)
+{
+    m_isAnnBarHidden = hidden;
+    if (!hidden)
+        m_isEditBarHidden = true;
+    post(SecondaryTBVisibilityDidChangeNotification);
+}
+
+void PDFContents::setIsEditBarHidden(bool hidden)
+{
+    m_isEditBarHidden = hidden;
+    if (!hidden) {
+        m_isAnnBarPinned = false;
+        m_isAnnBarHidden = true;
+    }
+    post(SecondaryTBVisibilityDidChangeNotification);
+}
+
+void PDFContents::setIsSidebarHidden(bool hidden)
+{
+    m_isSidebarHidden = hidden;
+    post(SidebarVisibilityDidChangeNotification);
+}
+
+void PDFContents::setSidebarMode(PDFSidebarMode mode)
+{
+    m_sidebarMode = mode;
+    applySidebarMode();
+}
+
+void PDFContents::setQueryString(const QString &query)
+{
+    const QString trimmed = query.trimmed();
+    m_queryString = trimmed.isEmpty() ? std::nullopt : std::optional<QString>(trimmed);
+    post(QueryStringDidChangeNotification);
+}
+
+bool PDFContents::splitViewShouldHideDivider(const QSplitter *splitView) const
+{
+    if (splitView == m_vertPDFSplitView)
+        return m_splitMode != PDFSplitViewMode::horizontal;
+    if (splitView == m_horiPDFSplitView)
+        return m_splitMode != PDFSplitViewMode::vertical;
+    if (splitView == m_searchSplitView)
+        return !m_queryString.has_value();
+    return false;
+}
+
+bool PDFContents::hasChangesToPromptUser() const
+{
+    for (const FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        const auto document = pdfView ? pdfView->fdDocument() : nullptr;
+        if (document && document->numberOfChanges() > 0
+            && (FDDefaults::savingPrompt() == FDSavingPrompt::prompt
+                || document->fileURL().isEmpty()))
+            return true;
+    }
+    return false;
+}
+
+bool PDFContents::shouldClose()
+{
+    for (const FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        const auto document = pdfView ? pdfView->fdDocument() : nullptr;
+        if (!document || document->numberOfChanges() <= 0)
+            continue;
+        const int answer = promptToSave(document);
+        if (answer == 0)
+            document->setNumberOfChanges(0);
+        else if (answer != 1)
+            return false;
+    }
+    return true;
+}
+
+int PDFContents::promptToSave(const std::shared_ptr<FDDocument> &document)
+{
+    // A named file is saved without a question unless the person asked for one.
+    if (FDDefaults::savingPrompt() != FDSavingPrompt::prompt && !document->fileURL().isEmpty())
+        return 1;
+    AlertRequest request;
+    request.messageText
+        = QStringLiteral("Do you want to save the changes made to the document \"%1\"?")
+              .arg(document->title());
+    request.informativeText = QStringLiteral("Your changes will be lost if you don't save them!");
+    request.buttons
+        = { QStringLiteral("Save"), QStringLiteral("Cancel"), QStringLiteral("Don't Save") };
+    const int response = Alert::runModal(request);
+    if (response == Alert::ThirdButtonReturn)
+        return 0;
+    if (response != Alert::FirstButtonReturn)
+        return -1;
+    if (!document->fileURL().isEmpty())
+        return 1;
+    FilePanelRequest panel;
+    panel.kind = FilePanelRequest::Save;
+    panel.parent = m_container;
+    const QUrl chosen = FDFilePanel::runModal(panel);
+    if (chosen.isEmpty())
+        return -1;
+    document->setFileURL(chosen);
+    return 1;
+}
+
+void PDFContents::destroy(TabStripModel *model)
+{
+    for (FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        if (!pdfView)
+            continue;
+        if (const auto document = pdfView->fdDocument())
+            document->setDelegate({});
+        // A document with changes goes to the saving service here.
+        pdfView->setDocument(nullptr);
+        pdfView->setDelegate2(nullptr);
+        pdfView->setDelegate(nullptr);
+    }
+    NotificationCenter::defaultCenter().removeObserver(this);
+    FDContents::destroy(model);
+}
+
+void PDFContents::tabDidBecomeSelected()
+{
+    FDContents::tabDidBecomeSelected();
+    MainQueue::async(this, [this] {
+        if (m_selectedPDFView)
+            m_selectedPDFView->setFocus(Qt::OtherFocusReason);
+    });
+}
+
+QVariantMap PDFContents::lastOpenedWindowsRecord() const
+{
+    QList<QUrl> urls;
+    for (const FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        const QUrl url = pdfView ? pdfView->fileURL() : QUrl();
+        if (!url.isEmpty())
+            urls.append(url);
+    }
+    if (urls.isEmpty())
+        return {};
+    return {
+        { QStringLiteral("IsNewTab"), false },
+        { QStringLiteral("SplitMode"), qint64(m_splitMode) },
+        { QStringLiteral("URLs"), FDEncodeURLs(urls) },
+    };
+}
+
+void PDFContents::swapPDFViews()
+{
+    QWidget *const primaryPlace = m_primaryPDFView->parentWidget();
+    QWidget *const secondaryPlace = m_secondaryPDFView->parentWidget();
+    PDFContentsConainer::placeView(m_primaryPDFView, secondaryPlace);
+    PDFContentsConainer::placeView(m_secondaryPDFView, primaryPlace);
+    post(PDFViewsDidSwapNotification);
+}
+
+void PDFContents::PDFViewESCKeyDown(XPDFView *sender)
+{
+    m_isAnnBarPinned = false;
+    m_isAnnBarHidden = true;
+    setToolMode(m_toolMode);
+    post(SecondaryTBVisibilityDidChangeNotification);
+    sender->setSelectedAnn(nullptr);
+}
+
+void PDFContents::PDFViewDidBecomeFirstResponder(XPDFView *sender)
+{
+    auto *const pdfView = qobject_cast<FDPDFView *>(sender);
+    if (!pdfView || pdfView == m_selectedPDFView)
+        return;
+    if (m_selectedPDFView)
+        m_selectedPDFView->setSelectedAnn(nullptr);
+    m_selectedPDFView = pdfView;
+    post(SelectedPDFViewDidChangeNotification);
+}
+
+void PDFContents::PDFViewPerformAddOutline(XPDFView *sender)
+{
+    m_isSidebarHidden = false;
+    m_sidebarMode = PDFSidebarMode::toc;
+    applySidebarMode();
+    post(AddOutlineNotification,
+        { { QStringLiteral("PDFView"), QVariant::fromValue<QObject *>(sender) } });
+}
+
+void PDFContents::PDFViewWillClickOnLink(PDFView *sender, const QUrl &url)
+{
+    if (url.scheme() == QLatin1String("mailto"))
+        Workspace::openURL(url);
+    else
+        PDFViewDelegate::PDFViewWillClickOnLink(sender, url);
+}

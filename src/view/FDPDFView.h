@@ -1,0 +1,109 @@
+#pragma once
+
+// The application's document view: loads its document once it is in a shown window (taking a
+// document that is still being saved back from the saving service), remembers where the reader
+// was in an extended attribute of the file, keeps a fit-to-width or fit-to-page zoom alive across
+// resizes, tints pages under the sunset and night themes, and hands a changed document to the
+// saving service when it lets go of it. Main thread only.
+
+#include "PDFViewScaleMode.h"
+#include "XPDFView.h"
+
+#include <QColor>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+
+class FDDocument;
+class FDDocumentDelegate;
+
+class FDPDFView : public XPDFView
+{
+    Q_OBJECT
+
+public:
+    // Posted with the view as sender after a load was asked for.
+    static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
+    static const QString PageNavigatorVisibilityDidChangeNotification;
+    // The name of the file attribute that holds the reading position.
+    static const QString LastPositionAttributeName; // "com.Scrollwick.PDFView.LastPosition"
+    // How long screen updates pause around a jump under the tinted themes, in seconds.
+    static constexpr double navigationPause = 0.0835;
+    // Room left below a page in fit-page mode while page breaks show, in points.
+    static constexpr double pageBreakAllowance = 8.0;
+
+    explicit FDPDFView(QWidget *parent = nullptr);
+    ~FDPDFView() override;
+
+    // Asks for the document at url (empty: a new untitled document); it is read once the view
+    // shows in a window.
+    void loadDocument(const QUrl &url);
+    bool isLoading() const { return m_isLoading; }
+    QUrl pendingURL() const { return m_pendingURL; }
+    bool pendingNewDocument() const { return m_pendingNewDocument; }
+    std::shared_ptr<FDDocument> fdDocument() const;
+
+    // The file's name without extension, "Untitled" for a new document, "(empty)" for nothing.
+    QString title() const;
+    // The document's URL, else the one waiting to be read.
+    QUrl fileURL() const;
+
+    // Letting go of a document commits editing, stores the reading position with it, detaches
+    // it, and hands it to the saving service when it has changes.
+    void setDocument(const std::shared_ptr<PDFDocument> &document) override;
+
+    // The reading position as the pending file attribute of the document.
+    void saveStatus();
+    bool hasSavedStatus() const;
+    // Display mode, zoom rule or factor, and position from the file attribute; anything
+    // ill-formed is ignored.
+    void restoreStatus();
+
+    PDFViewScaleMode scaleMode() const { return m_scaleMode; }
+    // Sets the rule and applies it at once.
+    void setScaleMode(PDFViewScaleMode mode);
+    double scaleFactorByMode() const { return m_scaleFactorByMode; }
+    void zoomIn() override;
+    void zoomOut() override;
+    void zoomActualSize();
+
+    bool isPageNavigatorHidden() const { return m_isPageNavigatorHidden; }
+    void setIsPageNavigatorHidden(bool hidden);
+
+    // Jumps; under the sunset and night themes the screen pauses briefly around them.
+    void goToPage(const std::shared_ptr<PDFPage> &page) override;
+    void goToRect(const QRectF &rect, const std::shared_ptr<PDFPage> &onPage) override;
+    void goToDestination(const std::shared_ptr<PDFDestination> &destination) override;
+    void goToSelection(const std::shared_ptr<PDFSelection> &selection) override;
+
+    // The colour a page takes under the current theme; invalid when pages keep their own.
+    static QColor pageTintColor();
+
+protected:
+    void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    class DocumentDelegate;
+
+    void runLoadStep();
+    void applyScaleMode();
+    void fitWidth();
+    void fitPage();
+    QSizeF currentPageSize() const;
+    int pagesAcross() const;
+    void onScaleChanged();
+    void onThemeChanged();
+    void navigate(const std::function<void()> &jump);
+
+    std::shared_ptr<DocumentDelegate> m_documentDelegate;
+    bool m_isLoading = false;
+    QUrl m_pendingURL;
+    bool m_pendingNewDocument = false;
+    bool m_isPageNavigatorHidden = true;
+    PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
+    double m_scaleFactorByMode = 0;
+    int m_updatePauses = 0;
+};

@@ -1,0 +1,175 @@
+#include "XPDFView.h"
+
+#include "PDFViewDelegate2.h"
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFAnnotation.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+
+#include <QKeyEvent>
+
+#include <array>
+#include <utility>
+
+const QString XPDFView::ToolModeDidChangeNotification
+    = QStringLiteral("kPDFViewToolModeDidChangeNotification");
+const QString XPDFView::SelectedAnnotationDidChangeNotification
+    = QStringLiteral("kPDFViewSelectedAnnotationDidChangeNotification");
+
+namespace {
+
+qint64 liveInstances = 0;
+quint64 instancesEver = 0;
+
+// The tools that make an annotation of a type, answered both ways from one table.
+const std::array<std::pair<PDFToolMode, const char *>, 10> &annotationTypeTable()
+{
+    static const std::array<std::pair<PDFToolMode, const char *>, 10> table { {
+        { PDFToolModeAnnHighlight, "Highlight" },
+        { PDFToolModeAnnUnderline, "Underline" },
+        { PDFToolModeAnnStrikeOut, "StrikeOut" },
+        { PDFToolModeAnnFreeText, "FreeText" },
+        { PDFToolModeAnnText, "Text" },
+        { PDFToolModeAnnCircle, "Circle" },
+        { PDFToolModeAnnSquare, "Square" },
+        { PDFToolModeAnnLine, "Line" },
+        { PDFToolModeAnnInk, "Ink" },
+        { PDFToolModeAnnStamp, "Stamp" },
+    } };
+    return table;
+}
+
+} // namespace
+
+XPDFView::XPDFView(QWidget *parent)
+    : PDFView(parent)
+{
+    ++liveInstances;
+    m_instanceId = ++instancesEver;
+    NotificationCenter::defaultCenter().post(ToolModeDidChangeNotification, this);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+XPDFView::~XPDFView()
+{
+    if (liveInstances < 1)
+        qFatal("XPDFView::~XPDFView: _numberOfPDFViewInstances >= 1 (%s)", __FILE__);
+    --liveInstances;
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+qint64 XPDFView::numberOfInstances()
+{
+    return liveInstances;
+}
+
+PDFToolMode XPDFView::toolModeForType(const QString &type)
+{
+    for (const auto &[mode, name] : annotationTypeTable()) {
+        if (type == QLatin1String(name))
+            return mode;
+    }
+    return PDFToolModeNone;
+}
+
+QString XPDFView::annTypeForToolMode(int mode)
+{
+    for (const auto &[tool, name] : annotationTypeTable()) {
+        if (tool == mode)
+            return QString::fromLatin1(name);
+    }
+    return {};
+}
+
+PDFToolMode XPDFView::toolMode() const
+{
+    return m_delegate2 ? m_delegate2->toolMode() : PDFToolModeTextSelection;
+}
+
+void XPDFView::setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation)
+{
+    const auto old = m_selectedAnn.lock();
+    if (old == annotation)
+        return;
+    m_selectedAnn = annotation;
+    // A text selection never stays beside a change of the selected annotation.
+    clearSelection();
+    viewport()->update();
+    const auto oldPage = old ? old->page() : nullptr;
+    const auto page = annotation ? annotation->page() : nullptr;
+    NotificationCenter::defaultCenter().post(SelectedAnnotationDidChangeNotification, this,
+        { { QStringLiteral("OldPage"), QVariant::fromValue(oldPage) },
+            { QStringLiteral("Page"), QVariant::fromValue(page) } });
+}
+
+void XPDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
+{
+    sanitizeAnnotationsInDocument(document);
+    m_selectionRect = QRectF();
+    m_selectionPageIndex = NotFound;
+    PDFView::setDocument(document);
+}
+
+void XPDFView::sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document)
+{
+    if (!document)
+        return;
+    for (int index = 0; index < document->pageCount(); ++index) {
+        const auto page = document->pageAtIndex(index);
+        if (!page)
+            continue;
+        // A copy: changing an annotation must not disturb the walk.
+        const auto annotations = page->annotations();
+        for (const auto &annotation : annotations) {
+            if (annotation->hasAppearanceStream())
+                annotation->removeAllAppearanceStreams();
+            if (!annotation->color().isValid())
+                annotation->setColor(QColor(0, 0, 0, 0));
+        }
+    }
+}
+
+void XPDFView::setDisplayMode(int mode)
+{
+    if (mode == displayMode())
+        return;
+    const auto remembered = currentPage();
+    PDFView::setDisplayMode(mode);
+    setDisplaysPageBreaks(mode == SinglePage || mode == SinglePageContinuous);
+    if (remembered && currentPage() != remembered)
+        goToPage(remembered);
+}
+
+void XPDFView::setDisplayBox(PDFDisplayBox box)
+{
+    if (box == displayBox())
+        return;
+    const auto remembered = currentPage();
+    PDFView::setDisplayBox(box);
+    if (remembered && currentPage() != remembered)
+        goToPage(remembered);
+}
+
+void XPDFView::setDisplaysAsBook(bool asBook)
+{
+    if (asBook != displaysAsBook())
+        PDFView::setDisplaysAsBook(asBook);
+}
+
+void XPDFView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && m_delegate2) {
+        m_delegate2->PDFViewESCKeyDown(this);
+        event->accept();
+        return;
+    }
+    PDFView::keyPressEvent(event);
+}
+
+void XPDFView::focusInEvent(QFocusEvent *event)
+{
+    PDFView::focusInEvent(event);
+    if (m_delegate2)
+        m_delegate2->PDFViewDidBecomeFirstResponder(this);
+}

@@ -1,0 +1,294 @@
+#include "support/AppTestEnvironment.h"
+
+#include <support/PdfFixtures.h>
+#include <app/Alert.h>
+#include <app/FDDefaults.h>
+#include <app/FDRecentDocuments.h>
+#include <document/Common.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
+#include <kit/base/Archiver.h>
+#include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFPage.h>
+#include <view/FDPDFView.h>
+
+#include <QApplication>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/xattr.h>
+
+class FDPDFViewTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void readingPositionSurvivesCloseAndReopen();
+    void storedStatusIsParsedStrictly_data();
+    void storedStatusIsParsedStrictly();
+    void fragmentPageWinsOverStoredPosition();
+    void fitWidthFollowsResizeUntilAManualZoom_data();
+    void fitWidthFollowsResizeUntilAManualZoom();
+    void fitPageLeavesRoomForPageBreaks();
+    void reopeningTakesOverTheDocumentBeingSaved();
+    void unreadableFileAlertsOnceAndStaysEmpty();
+    void titlesOfEmptyNewAndNamedViews();
+
+private:
+    QString writeFixture(const QString &name, int pages = 8);
+    // A shown view that has loaded url (restoring its status, when asked, on the next turn).
+    std::unique_ptr<FDPDFView> openView(const QUrl &url, QSize size = { 700, 600 });
+    int currentIndex(const FDPDFView &view) const
+    {
+        return view.document()->indexForPage(view.currentPage());
+    }
+
+    QTemporaryDir m_dir;
+};
+
+void FDPDFViewTest::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    const QByteArray probe = QFile::encodeName(writeFixture(QStringLiteral("probe.pdf"), 1));
+    if (::setxattr(probe.constData(), "user.probe", "1", 1, 0) != 0)
+        QSKIP("this file system refuses extended attributes in the user namespace");
+}
+
+void FDPDFViewTest::init()
+{
+    AppTestEnvironment::clearStore();
+    FDDefaults::registerDefaults();
+    UserDefaults::standard().setInteger(1, FDDefaults::RememberLastPosition);
+}
+
+QString FDPDFViewTest::writeFixture(const QString &name, int pages)
+{
+    const QString path = m_dir.filePath(name);
+    PdfFixtures::write(PdfFixtures::textPages(pages, 30, 0), path);
+    return path;
+}
+
+std::unique_ptr<FDPDFView> FDPDFViewTest::openView(const QUrl &url, QSize size)
+{
+    auto view = std::make_unique<FDPDFView>();
+    view->resize(size);
+    view->loadDocument(url);
+    view->show();
+    return view;
+}
+
+void FDPDFViewTest::readingPositionSurvivesCloseAndReopen()
+{
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("reopen.pdf")));
+    auto first = openView(url);
+    QTRY_VERIFY(!first->isLoading());
+    first->setScaleFactor(1.5);
+    first->goToPage(first->document()->pageAtIndex(5));
+    QCOMPARE(currentIndex(*first), 5);
+    // A change makes closing write the file, and the position with it.
+    first->fdDocument()->setNumberOfAnnotationChanges(1);
+    first->setDocument(nullptr);
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(FDGetXAttr(url, FDPDFView::LastPositionAttributeName).has_value());
+
+    auto second = openView(url);
+    QVERIFY(second->hasSavedStatus());
+    QTRY_VERIFY(!second->isLoading());
+    QCOMPARE(currentIndex(*second), 5);
+    QCOMPARE(second->scaleFactor(), 1.5);
+    QCOMPARE(second->scaleMode(), PDFViewScaleMode::none);
+}
+
+void FDPDFViewTest::storedStatusIsParsedStrictly_data()
+{
+    QTest::addColumn<QString>("destination");
+    QTest::addColumn<int>("scaleMode");
+    QTest::addColumn<int>("displayMode");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<double>("scale");
+
+    QTest::newRow("position and zoom") << "3,72.000000,400.000000,1.250000" << 0 << 1 << 3 << 1.25;
+    QTest::newRow("no position, still the scale") << "-1,0,0,0" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("no position, still two-up") << "-1,0,0,0" << 0 << 3 << 0 << 1.75;
+    QTest::newRow("three fields") << "3,72,400" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("blank inside a field") << "3, 72,400,1.25" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("not a number") << "3,x,400,1.25" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("no such page") << "42,0,0,1.25" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("fit width, no position") << "-1,0,0,0" << 1 << 1 << 0 << -1.0;
+}
+
+void FDPDFViewTest::storedStatusIsParsedStrictly()
+{
+    QFETCH(QString, destination);
+    QFETCH(int, scaleMode);
+    QFETCH(int, displayMode);
+    QFETCH(int, page);
+    QFETCH(double, scale);
+
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("status.pdf")));
+    const QVariantMap status {
+        { QStringLiteral("Destination"), destination },
+        { QStringLiteral("ScaleMode"), qint64(scaleMode) },
+        { QStringLiteral("ScaleFactor"), 1.75 },
+        { QStringLiteral("DisplayMode"), qint64(displayMode) },
+    };
+    FDSetXAttr(url, FDPDFView::LastPositionAttributeName, Archiver::archivedData(status));
+
+    auto view = openView(url);
+    QTRY_VERIFY(!view->isLoading());
+    QCOMPARE(currentIndex(*view), page);
+    QCOMPARE(view->displayMode(), displayMode);
+    QCOMPARE(int(view->scaleMode()), scaleMode);
+    if (scale > 0)
+        QCOMPARE(view->scaleFactor(), scale);
+    else
+        QCOMPARE(view->scaleFactor(), view->scaleFactorByMode());
+}
+
+void FDPDFViewTest::fragmentPageWinsOverStoredPosition()
+{
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("fragment.pdf")));
+    const QVariantMap status {
+        { QStringLiteral("Destination"), QStringLiteral("2,0,0,2") },
+        { QStringLiteral("ScaleMode"), qint64(0) },
+        { QStringLiteral("ScaleFactor"), 2.0 },
+        { QStringLiteral("DisplayMode"), qint64(1) },
+    };
+    FDSetXAttr(url, FDPDFView::LastPositionAttributeName, Archiver::archivedData(status));
+    QUrl withPage = url;
+    withPage.setFragment(QStringLiteral("6"));
+
+    auto view = openView(withPage);
+    QVERIFY(!view->isLoading());
+    QCOMPARE(view->fileURL(), url);
+    QTRY_COMPARE(currentIndex(*view), 6);
+    QCOMPARE(view->scaleFactor(), 1.0);
+    QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), url);
+}
+
+void FDPDFViewTest::fitWidthFollowsResizeUntilAManualZoom_data()
+{
+    QTest::addColumn<int>("displayMode");
+    QTest::addColumn<int>("across");
+    QTest::newRow("one page") << int(PDFView::SinglePageContinuous) << 1;
+    QTest::newRow("two-up") << int(PDFView::TwoUpContinuous) << 2;
+}
+
+void FDPDFViewTest::fitWidthFollowsResizeUntilAManualZoom()
+{
+    QFETCH(int, displayMode);
+    QFETCH(int, across);
+    UserDefaults::standard().setInteger(
+        int(PDFViewScaleMode::fitWidth), FDDefaults::DefaultScaleMode);
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("fit.pdf")));
+    auto view = openView(url, { 500, 600 });
+    QTRY_VERIFY(!view->isLoading());
+    view->setDisplayMode(displayMode);
+    view->setScaleMode(PDFViewScaleMode::fitWidth);
+
+    const auto expected = [&] {
+        const double pageWidth = 612 + (view->displaysPageBreaks() ? 8.0 : 0.0);
+        return (view->maximumViewportSize().width() - view->verticalScrollBar()->sizeHint().width())
+            / (pageWidth * across);
+    };
+    QCOMPARE(view->scaleFactor(), expected());
+    QCOMPARE(view->horizontalScrollBar()->maximum(), 0);
+
+    const double narrow = view->scaleFactor();
+    view->resize(900, 600);
+    QTRY_COMPARE(view->scaleFactor(), expected());
+    QVERIFY(view->scaleFactor() > narrow);
+    QCOMPARE(view->horizontalScrollBar()->maximum(), 0);
+
+    view->zoomIn();
+    const double zoomed = view->scaleFactor();
+    QCOMPARE(view->scaleMode(), PDFViewScaleMode::none);
+    view->resize(600, 600);
+    QCOMPARE(view->scaleFactor(), zoomed);
+}
+
+void FDPDFViewTest::fitPageLeavesRoomForPageBreaks()
+{
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("fitpage.pdf")));
+    auto view = openView(url, { 800, 500 });
+    QTRY_VERIFY(!view->isLoading());
+    view->setScaleMode(PDFViewScaleMode::fitPage);
+    QCOMPARE(view->scaleFactor(), view->maximumViewportSize().height() / (792.0 + 8.0));
+
+    // A zoom from elsewhere that moves the scale by more than 0.001 ends the fit.
+    view->setScaleFactor(view->scaleFactor() + 0.0011);
+    QCOMPARE(view->scaleMode(), PDFViewScaleMode::none);
+}
+
+void FDPDFViewTest::reopeningTakesOverTheDocumentBeingSaved()
+{
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("takeover.pdf"), 4));
+    auto first = openView(url);
+    QTRY_VERIFY(!first->isLoading());
+    const auto document = first->fdDocument();
+    auto extra = std::make_shared<PDFPage>();
+    QVERIFY(extra->init());
+    document->insertPage(extra, 0);
+    first->setDocument(nullptr);
+    QVERIFY(!document->pdfView());
+    QVERIFY(PDFSavingService::shared().getDocumentByURL(url) == document);
+
+    // Reopened while the write has not ended: the live object, not the file, is shown.
+    auto second = openView(url);
+    QVERIFY(second->fdDocument() == document);
+    QCOMPARE(second->document()->pageCount(), 5);
+    QCOMPARE(document->pdfView(), static_cast<QObject *>(second.get()));
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+}
+
+void FDPDFViewTest::unreadableFileAlertsOnceAndStaysEmpty()
+{
+    const QString path = m_dir.filePath(QStringLiteral("broken name.pdf"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("not a PDF at all");
+    file.close();
+    QStringList messages;
+    Alert::setHandlerForTesting([&](const AlertRequest &request) {
+        messages << request.messageText;
+        return int(Alert::FirstButtonReturn);
+    });
+    auto view = openView(QUrl::fromLocalFile(path));
+    QTRY_COMPARE(messages.size(), 1);
+    QCOMPARE(messages.first(), QStringLiteral("Can't read file: \"file://%1\"").arg(path));
+    QVERIFY(!view->document());
+    view->hide();
+    view->show();
+    QCoreApplication::processEvents();
+    QCOMPARE(messages.size(), 1);
+    Alert::setHandlerForTesting({});
+}
+
+void FDPDFViewTest::titlesOfEmptyNewAndNamedViews()
+{
+    FDPDFView empty;
+    QCOMPARE(empty.title(), QStringLiteral("(empty)"));
+    FDPDFView fresh;
+    fresh.loadDocument(QUrl());
+    QCOMPARE(fresh.title(), QStringLiteral("Untitled"));
+    fresh.show();
+    QVERIFY(fresh.fdDocument());
+    QCOMPARE(fresh.title(), QStringLiteral("Untitled"));
+    FDPDFView waiting;
+    waiting.loadDocument(QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("Report 2024.pdf"))));
+    QCOMPARE(waiting.title(), QStringLiteral("Report 2024"));
+    QVERIFY(!waiting.document());
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    FDPDFViewTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "FDPDFViewTest.moc"

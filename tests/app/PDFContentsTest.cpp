@@ -1,0 +1,345 @@
+#include "support/AppTestEnvironment.h"
+
+#include <support/PdfFixtures.h>
+#include <app/Alert.h>
+#include <app/FDDefaults.h>
+#include <app/FDFilePanel.h>
+#include <app/NewTabContents.h>
+#include <app/PDFContents.h>
+#include <app/PDFContentsConainer.h>
+#include <app/PDFWindowController.h>
+#include <appearance/FDThemeProvider.h>
+#include <document/Common.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
+#include <kit/base/NotificationCenter.h>
+#include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/tabs/TabStripModel.h>
+#include <view/FDPDFView.h>
+
+#include <QApplication>
+#include <QSplitter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class PDFContentsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void openingAURLMakesOneDocumentTab();
+    void titleMarkComesWithTheFirstChangeAndGoesWhenTheSaveIsQueued();
+    void namedChangedFileClosesSilentlyAndIsWritten();
+    void untitledChangedDocumentPrompts_data();
+    void untitledChangedDocumentPrompts();
+    void splitShowsTheSecondViewAndSwapExchangesPlaces();
+    void blankSearchTextHidesTheSearchArea();
+    void nightThemeTintsThePage_data();
+    void nightThemeTintsThePage();
+
+private:
+    QUrl fixture(const QString &name);
+    PDFContents *openTab(const QUrl &url);
+    static void addPage(const std::shared_ptr<FDDocument> &document)
+    {
+        auto page = std::make_shared<PDFPage>();
+        QVERIFY(page->init());
+        document->insertPage(page, document->pageCount());
+    }
+
+    QTemporaryDir m_dir;
+    QPointer<PDFWindowController> m_window;
+    QStringList m_alerts;
+    bool m_hasXAttrs = false;
+};
+
+void PDFContentsTest::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    PDFContents::registerAsDocumentContents();
+    const QUrl probe = fixture(QStringLiteral("probe.pdf"));
+    FDSetXAttr(probe, QStringLiteral("probe"), "1");
+    m_hasXAttrs = FDGetXAttr(probe, QStringLiteral("probe")).has_value();
+}
+
+void PDFContentsTest::init()
+{
+    AppTestEnvironment::clearStore();
+    FDDefaults::registerDefaults();
+    m_alerts.clear();
+    Alert::setHandlerForTesting([this](const AlertRequest &request) {
+        m_alerts << request.messageText;
+        return int(Alert::SecondButtonReturn);
+    });
+    m_window = TabWindowController::create<PDFWindowController>();
+    m_window->resize(900, 700);
+    m_window->openNewTab();
+    m_window->show();
+}
+
+void PDFContentsTest::cleanup()
+{
+    Alert::setHandlerForTesting({});
+    FDFilePanel::setHandlerForTesting({});
+    FDThemeProvider::setCurrent(FDThemeProvider::blue());
+    // Closing its last tab closes the window.
+    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
+    // Whatever a test left changed is dropped, so no prompt or save outlives it.
+    for (int index = 0; model && index < model->count(); ++index) {
+        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
+            for (FDPDFView *const view : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
+                if (const auto document = view->fdDocument())
+                    document->setNumberOfChanges(0);
+            }
+        }
+    }
+    delete m_window.data();
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+}
+
+QUrl PDFContentsTest::fixture(const QString &name)
+{
+    const QString path = m_dir.filePath(name);
+    PdfFixtures::write(PdfFixtures::textPages(3, 30, 0), path);
+    return QUrl::fromLocalFile(path);
+}
+
+PDFContents *PDFContentsTest::openTab(const QUrl &url)
+{
+    auto *const tab
+        = qobject_cast<PDFContents *>(m_window->openPDFDocumentWithURL(url, true, true));
+    const bool loaded = tab && QTest::qWaitFor([tab] {
+        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
+    });
+    return loaded ? tab : nullptr;
+}
+
+void PDFContentsTest::openingAURLMakesOneDocumentTab()
+{
+    const QUrl url = fixture(QStringLiteral("Once.pdf"));
+    PDFContents *const tab = openTab(url);
+    QVERIFY(tab);
+    QVERIFY(tab);
+    TabStripModel *const model = m_window->tabStripModel();
+    // The start tab was replaced, and a second opening selects the same tab.
+    QCOMPARE(model->count(), 1);
+    QCOMPARE(m_window->openPDFDocumentWithURL(url, true, true), static_cast<TabContents *>(tab));
+    QCOMPARE(model->count(), 1);
+    QCOMPARE(tab->title(), QStringLiteral("Once"));
+    QCOMPARE(m_window->windowTitle(), QStringLiteral("Once"));
+    QVERIFY(!tab->isPagesEditingMode());
+    QVERIFY(tab->secondaryPDFView()->isHidden() || !tab->secondaryPDFView()->isVisible());
+    QVERIFY(!tab->secondaryPDFView()->document());
+}
+
+void PDFContentsTest::titleMarkComesWithTheFirstChangeAndGoesWhenTheSaveIsQueued()
+{
+    PDFContents *const tab = openTab(fixture(QStringLiteral("Marked.pdf")));
+    QVERIFY(tab);
+    const auto document = tab->primaryPDFView()->fdDocument();
+    QCOMPARE(tab->title(), QStringLiteral("Marked"));
+    addPage(document);
+    QCOMPARE(tab->title(), QStringLiteral("* Marked"));
+    addPage(document);
+    QCOMPARE(tab->title(), QStringLiteral("* Marked"));
+
+    document->save();
+    // The mark goes as the save is queued, before the file has been written.
+    QVERIFY(PDFSavingService::shared().numberOfTasks() > 0);
+    QCOMPARE(tab->title(), QStringLiteral("Marked"));
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+}
+
+void PDFContentsTest::namedChangedFileClosesSilentlyAndIsWritten()
+{
+    UserDefaults::standard().setInteger(0, FDDefaults::SavingPrompt);
+    const QUrl url = fixture(QStringLiteral("Silent.pdf"));
+    PDFContents *const tab = openTab(url);
+    QVERIFY(tab);
+    addPage(tab->primaryPDFView()->fdDocument());
+    QVERIFY(!tab->hasChangesToPromptUser());
+
+    TabStripModel *const model = m_window->tabStripModel();
+    model->appendTabContents(m_window->createBlankTabContents(), false);
+    QVERIFY(model->closeTabContentsAtIndex(
+        model->getIndexOfTabContents(tab), TabStripModel::CloseUserGesture));
+    QVERIFY(m_alerts.isEmpty());
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+
+    auto reread = std::make_shared<PDFDocument>();
+    QVERIFY(reread->initWithURL(url));
+    QCOMPARE(reread->pageCount(), 4);
+    // The reading position went with the write.
+    if (m_hasXAttrs)
+        QVERIFY(FDGetXAttr(url, FDPDFView::LastPositionAttributeName).has_value());
+}
+
+void PDFContentsTest::untitledChangedDocumentPrompts_data()
+{
+    QTest::addColumn<int>("button");
+    QTest::addColumn<bool>("chooseFile");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<int>("changesAfter");
+    QTest::newRow("Don't Save") << int(Alert::ThirdButtonReturn) << false << true << 0;
+    QTest::newRow("Cancel") << int(Alert::SecondButtonReturn) << false << false << 1;
+    QTest::newRow("Save, panel cancelled") << int(Alert::FirstButtonReturn) << false << false << 1;
+    QTest::newRow("Save to a chosen file") << int(Alert::FirstButtonReturn) << true << true << 1;
+}
+
+void PDFContentsTest::untitledChangedDocumentPrompts()
+{
+    QFETCH(int, button);
+    QFETCH(bool, chooseFile);
+    QFETCH(bool, closes);
+    QFETCH(int, changesAfter);
+    UserDefaults::standard().setInteger(0, FDDefaults::SavingPrompt);
+    const QUrl target = QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("Chosen.pdf")));
+    QFile::remove(target.toLocalFile());
+    Alert::setHandlerForTesting([&](const AlertRequest &request) {
+        m_alerts << request.messageText + QLatin1Char('|') + request.informativeText
+                + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
+        return button;
+    });
+    int panels = 0;
+    FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
+        ++panels;
+        return request.kind == FilePanelRequest::Save && chooseFile ? target : QUrl();
+    });
+
+    PDFContents *const tab = openTab(QUrl());
+    QVERIFY(tab);
+    // A new document opens in the pages editor.
+    QVERIFY(tab->isPagesEditingMode());
+    QVERIFY(tab->container()->pagesEditor()->isVisible());
+    const auto document = tab->primaryPDFView()->fdDocument();
+    addPage(document);
+    QCOMPARE(tab->title(), QStringLiteral("* Untitled"));
+    QVERIFY(tab->hasChangesToPromptUser());
+
+    TabStripModel *const model = m_window->tabStripModel();
+    const bool closed = model->closeTabContentsAtIndex(
+        model->getIndexOfTabContents(tab), TabStripModel::CloseUserGesture);
+    QCOMPARE(closed, closes);
+    QCOMPARE(m_alerts,
+        QStringList { QStringLiteral("Do you want to save the changes made to the document "
+                                     "\"Untitled\"?|Your changes will be lost if you don't save "
+                                     "them!|Save,Cancel,Don't Save") });
+    QCOMPARE(panels, button == Alert::FirstButtonReturn ? 1 : 0);
+    QCOMPARE(document->numberOfChanges() > 0 ? 1 : 0, closed && chooseFile ? 0 : changesAfter);
+    if (!closes) {
+        QCOMPARE(model->getIndexOfTabContents(tab) >= 0, true);
+        return;
+    }
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(QFileInfo::exists(target.toLocalFile()), chooseFile);
+}
+
+void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
+{
+    PDFContents *const tab = openTab(fixture(QStringLiteral("Split.pdf")));
+    QVERIFY(tab);
+    PDFContentsConainer *const root = tab->container();
+    tab->setIsSidebarHidden(false);
+    QVERIFY(root->sidebarContainer()->isVisible());
+
+    tab->setSplitMode(PDFSplitViewMode::vertical);
+    QVERIFY(tab->isSidebarHidden());
+    QVERIFY(!root->sidebarContainer()->isVisible());
+    QVERIFY(tab->secondaryPDFView()->isVisible());
+    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->bottomContainer());
+    QVERIFY(tab->secondaryPDFView()->y() > 0 || root->bottomContainer()->y() > 0);
+
+    tab->setSplitMode(PDFSplitViewMode::horizontal);
+    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->rightContainer());
+    QVERIFY(root->rightContainer()->isVisible());
+    QVERIFY(!root->bottomContainer()->isVisible());
+
+    QWidget *const primaryPlace = tab->primaryPDFView()->parentWidget();
+    tab->swapPDFViews();
+    QCOMPARE(tab->primaryPDFView()->parentWidget(), root->rightContainer());
+    QCOMPARE(tab->secondaryPDFView()->parentWidget(), primaryPlace);
+
+    tab->setSplitMode(PDFSplitViewMode::none);
+    QVERIFY(!root->rightContainer()->isVisible());
+}
+
+void PDFContentsTest::blankSearchTextHidesTheSearchArea()
+{
+    PDFContents *const tab = openTab(fixture(QStringLiteral("Search.pdf")));
+    QVERIFY(tab);
+    int posts = 0;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFContents::QueryStringDidChangeNotification, tab, [&](const Notification &) { ++posts; });
+    tab->setQueryString(QStringLiteral("  fox\n"));
+    QCOMPARE(tab->queryString().value_or(QString()), QStringLiteral("fox"));
+    QVERIFY(tab->container()->searchResultsContainer()->isVisible());
+    QVERIFY(tab->searchSplitView()->handle(1)->isVisible());
+    tab->setQueryString(QStringLiteral(" \t\n "));
+    QVERIFY(!tab->queryString());
+    QVERIFY(!tab->container()->searchResultsContainer()->isVisible());
+    QVERIFY(!tab->searchSplitView()->handle(1)->isVisible());
+    tab->setQueryString(QString());
+    QCOMPARE(posts, 3);
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void PDFContentsTest::nightThemeTintsThePage_data()
+{
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<QColor>("paper");
+    QTest::addColumn<QColor>("ink");
+    QTest::newRow("blue") << 2 << QColor(255, 255, 255) << QColor(0, 0, 0);
+    QTest::newRow("night") << 4 << QColor(41, 41, 41) << QColor(214, 214, 214);
+    QTest::newRow("sunset") << 3 << QColor(242, 236, 212) << QColor(13, 19, 43);
+}
+
+void PDFContentsTest::nightThemeTintsThePage()
+{
+    QFETCH(int, theme);
+    QFETCH(QColor, paper);
+    QFETCH(QColor, ink);
+    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
+    // A page of one colour field: black on the left half, white on the right.
+    const QString path = m_dir.filePath(QStringLiteral("Halves.pdf"));
+    PdfFixtures::Document halves;
+    PdfFixtures::Page page;
+    page.fills.append({ QRectF(0, 0, 306, 792), 0, 0, 0 });
+    halves.pages.append(page);
+    QVERIFY(PdfFixtures::write(halves, path));
+    PDFContents *const tab = openTab(QUrl::fromLocalFile(path));
+    QVERIFY(tab);
+    FDPDFView *const view = tab->primaryPDFView();
+    QTRY_VERIFY(view->isVisibleAreaRendered());
+
+    const QImage image = tab->view()->grab().toImage();
+    if (!qEnvironmentVariableIsEmpty("FOLIDOC_GRAB_DIR"))
+        image.save(qEnvironmentVariable("FOLIDOC_GRAB_DIR")
+            + QStringLiteral("/contents-%1.png").arg(theme));
+    const auto pixelAt = [&](const QPointF &pagePoint) {
+        const QPointF inView = view->convertPointFromPage(pagePoint, view->currentPage());
+        const QPoint where = view->viewport()->mapTo(tab->view(), inView.toPoint());
+        return image.pixelColor(where * image.devicePixelRatio());
+    };
+    const auto near = [](const QColor &a, const QColor &b) {
+        return qAbs(a.red() - b.red()) <= 3 && qAbs(a.green() - b.green()) <= 3
+            && qAbs(a.blue() - b.blue()) <= 3;
+    };
+    const QColor seenPaper = pixelAt(QPointF(450, 400));
+    const QColor seenInk = pixelAt(QPointF(150, 400));
+    QVERIFY2(near(seenPaper, paper), qPrintable(seenPaper.name()));
+    QVERIFY2(near(seenInk, ink), qPrintable(seenInk.name()));
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    PDFContentsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "PDFContentsTest.moc"
