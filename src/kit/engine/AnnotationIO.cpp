@@ -17,6 +17,7 @@
 
 #include <QFontInfo>
 
+#include <cmath>
 #include <vector>
 
 namespace AnnotationIO {
@@ -24,6 +25,13 @@ namespace {
 
 constexpr const char *LineStyleNames[]
     = { "None", "Square", "Circle", "Diamond", "OpenArrow", "ClosedArrow" };
+
+// Numbers a file can hold: what is not finite becomes 0, and magnitudes stay where readers
+// accept them.
+float num(double value)
+{
+    return std::isfinite(value) ? static_cast<float>(std::clamp(value, -1e7, 1e7)) : 0.0f;
+}
 
 int lineStyleForName(const char *name)
 {
@@ -333,7 +341,11 @@ QByteArray dashOperator(const PDFAnnotation &annotation)
     const auto border = annotation.border();
     if (!border || border->style() != PDFBorder::Dashed)
         return {};
-    QList<double> pattern = border->dashPattern();
+    QList<double> pattern;
+    for (const double value : border->dashPattern()) {
+        if (num(value) > 0)
+            pattern.append(num(value));
+    }
     if (pattern.isEmpty())
         pattern = { 3.0 };
     QByteArray op = "[";
@@ -408,8 +420,8 @@ std::vector<std::vector<float>> inkLists(const PDFAnnotationInk &ink, const QPoi
                 lists.emplace_back();
             if (kind == BezierPath::ClosePath)
                 continue;
-            lists.back().push_back(static_cast<float>(points[0].x() + origin.x()));
-            lists.back().push_back(static_cast<float>(points[0].y() + origin.y()));
+            lists.back().push_back(num(points[0].x() + origin.x()));
+            lists.back().push_back(num(points[0].y() + origin.y()));
         }
     }
     std::erase_if(lists, [](const std::vector<float> &list) { return list.size() < 2; });
@@ -422,8 +434,7 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
     if (const auto *line = dynamic_cast<const PDFAnnotationLine *>(&annotation)) {
         const QPointF s = origin + line->startPoint();
         const QPointF e = origin + line->endPoint();
-        const float l[4] = { static_cast<float>(s.x()), static_cast<float>(s.y()),
-            static_cast<float>(e.x()), static_cast<float>(e.y()) };
+        const float l[4] = { num(s.x()), num(s.y()), num(e.x()), num(e.y()) };
         const auto styleName
             = [](int style) { return LineStyleNames[style >= 0 && style <= 5 ? style : 0]; };
         const char *const startName = styleName(line->startLineStyle());
@@ -463,8 +474,8 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
     if (const auto *markup = dynamic_cast<const PDFAnnotationMarkup *>(&annotation)) {
         std::vector<float> values;
         for (const QPointF &point : markup->quadrilateralPoints()) {
-            values.push_back(static_cast<float>(point.x() + origin.x()));
-            values.push_back(static_cast<float>(point.y() + origin.y()));
+            values.push_back(num(point.x() + origin.x()));
+            values.push_back(num(point.y() + origin.y()));
         }
         const float *const data = values.data();
         const int n = static_cast<int>(values.size());
@@ -514,8 +525,8 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
         pdf_obj *const target = destination && destination->page() && objectForPage
             ? objectForPage(*destination->page())
             : nullptr;
-        const float x = destination ? static_cast<float>(destination->point().x()) : 0;
-        const float y = destination ? static_cast<float>(destination->point().y()) : 0;
+        const float x = destination ? num(destination->point().x()) : 0;
+        const float y = destination ? num(destination->point().y()) : 0;
         return mu::run(ctx, error, [&] {
             if (uri) {
                 pdf_dict_del(ctx, dict, PDF_NAME(Dest));
@@ -543,9 +554,8 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
 {
     const QString type = annotation.type();
     const QRectF bounds = annotation.bounds().normalized();
-    const fz_rect rect
-        = fz_make_rect(static_cast<float>(bounds.left()), static_cast<float>(bounds.top()),
-            static_cast<float>(bounds.right()), static_cast<float>(bounds.bottom()));
+    const fz_rect rect = fz_make_rect(
+        num(bounds.left()), num(bounds.top()), num(bounds.right()), num(bounds.bottom()));
     const QByteArray contents = annotation.contents().toUtf8();
     const char *const contentsText
         = annotation.contents().isNull() ? nullptr : contents.constData();
@@ -558,12 +568,14 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
     const auto border = annotation.border();
     const bool writesBorder = type == QLatin1String("Line") || type == QLatin1String("Ink")
         || type == QLatin1String("Circle") || type == QLatin1String("Square") || isFreeText;
-    const float borderWidth = border ? static_cast<float>(border->lineWidth()) : 0.0f;
+    const float borderWidth = border ? std::max(0.0f, num(border->lineWidth())) : 0.0f;
     const bool dashed = border && border->style() == PDFBorder::Dashed;
     std::vector<float> dash;
     if (border) {
-        for (const double value : border->dashPattern())
-            dash.push_back(static_cast<float>(value));
+        for (const double value : border->dashPattern()) {
+            if (num(value) > 0)
+                dash.push_back(num(value));
+        }
     }
     const float *const dashValues = dash.data();
     const int dashCount = static_cast<int>(dash.size());

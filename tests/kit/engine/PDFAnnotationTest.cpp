@@ -20,9 +20,11 @@
 #include <kit/engine/PDFDocumentDelegate.h>
 #include <kit/engine/PDFPage.h>
 
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
 #include <thread>
 
 using namespace AnnotationFixtures;
@@ -234,6 +236,47 @@ private slots:
         QVERIFY(read);
         QCOMPARE(read->contents(), QStringLiteral("from a worker"));
         QVERIFY(read->hasAppearanceStream());
+    }
+
+    void nonsenseValuesLeaveASoundFile()
+    {
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        auto doc = textDocument();
+        const auto page = doc->pageAtIndex(0);
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const double inf = std::numeric_limits<double>::infinity();
+        auto line = std::static_pointer_cast<PDFAnnotationLine>(
+            makeAnnotation(QStringLiteral("Line"), QRectF(nan, 10, inf, -5)));
+        line->setEndPoint(QPointF(-inf, 1e300));
+        line->setEndLineStyle(99);
+        line->border()->setLineWidth(-3);
+        line->border()->setStyle(PDFBorder::Dashed);
+        line->border()->setDashPattern({ -1, 0, nan });
+        auto ink = std::static_pointer_cast<PDFAnnotationInk>(
+            makeAnnotation(QStringLiteral("Ink"), QRectF(0, 0, 0, 0)));
+        auto stroke = std::make_shared<BezierPath>();
+        stroke->moveTo({ nan, nan });
+        ink->addBezierPath(stroke);
+        ink->addBezierPath(std::make_shared<BezierPath>());
+        const auto note = makeAnnotation(QStringLiteral("Text"), QRectF(1e12, -1e12, 0, 0));
+        note->setModificationDate(QDateTime());
+        note->setContents(QString(QChar(0)) + QStringLiteral(") \\ ( \xfffd"));
+        for (const auto &annotation :
+            { std::shared_ptr<PDFAnnotation>(line), std::shared_ptr<PDFAnnotation>(ink), note })
+            page->addAnnotation(annotation);
+        QVERIFY(!page->imageForBox(PDFDisplayBox::CropBox, QSize(61, 79)).isNull());
+        QImage overlay(100, 100, QImage::Format_ARGB32_Premultiplied);
+        QPainter painter(&overlay);
+        for (const auto &annotation : page->annotations())
+            annotation->drawWithBox(painter, PDFDisplayBox::CropBox);
+        painter.end();
+
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("nonsense.pdf"));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(path)));
+        const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+        QVERIFY2(check.exitCode == 0, check.out.constData());
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(3));
     }
 
     void annotationLivesWithoutAPageAndComesBack()
