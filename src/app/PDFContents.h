@@ -6,8 +6,10 @@
 // Main thread only.
 
 #include "FDContents.h"
+#include "PDFContentsConainer.h"
 
 #include <kit/pdfview/PDFViewDelegate.h>
+#include <view/FDPDFView.h>
 #include <view/PDFToolMode.h>
 #include <view/PDFViewDelegate2.h>
 
@@ -19,8 +21,6 @@
 #include <optional>
 
 class FDDocument;
-class FDPDFView;
-class PDFContentsConainer;
 struct Notification;
 
 enum class PDFSplitViewMode : int { none = 0, horizontal = 1, vertical = 2 };
