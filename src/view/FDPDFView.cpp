@@ -430,7 +430,17 @@ void FDPDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter
 
 void FDPDFView::onThemeChanged()
 {
-    setBackgroundColor(FDThemeProvider::current()->color(FDTheme::pageBackgroundColor));
+    const FDTheme *const theme = FDThemeProvider::current();
+    const QColor background = theme->color(FDTheme::pageBackgroundColor);
+    setBackgroundColor(background);
+    // The scroll bars sit on the page background and take its colours.
+    for (QScrollBar *const bar : { verticalScrollBar(), horizontalScrollBar() }) {
+        QPalette palette = bar->palette();
+        palette.setColor(QPalette::Window, background);
+        palette.setColor(QPalette::Base, background);
+        palette.setColor(QPalette::Button, theme->color(FDTheme::secondaryBorderColor));
+        bar->setPalette(palette);
+    }
     viewport()->update();
 }
 

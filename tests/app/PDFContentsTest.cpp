@@ -1,6 +1,5 @@
 #include "support/AppTestEnvironment.h"
 
-#include <support/PdfFixtures.h>
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
@@ -16,6 +15,7 @@
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
+#include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -303,12 +303,13 @@ void PDFContentsTest::nightThemeTintsThePage()
     QFETCH(QColor, paper);
     QFETCH(QColor, ink);
     FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
-    // A page of one colour field: black on the left half, white on the right.
+    // Black on the left half, text on the right; an outline, so the sidebar shows too.
     const QString path = m_dir.filePath(QStringLiteral("Halves.pdf"));
-    PdfFixtures::Document halves;
-    PdfFixtures::Page page;
-    page.fills.append({ QRectF(0, 0, 306, 792), 0, 0, 0 });
-    halves.pages.append(page);
+    PdfFixtures::Document halves = PdfFixtures::textPages(3, 30, 0);
+    halves.pages[0].fills.append({ QRectF(0, 0, 306, 792), 0, 0, 0 });
+    halves.pages[0].textStart = QPointF(330, 720);
+    halves.outline = { { QStringLiteral("Halves"), 0, {}, 0, true, {} },
+        { QStringLiteral("Text"), 1, {}, 0, true, {} } };
     QVERIFY(PdfFixtures::write(halves, path));
     PDFContents *const tab = openTab(QUrl::fromLocalFile(path));
     QVERIFY(tab);
@@ -328,7 +329,7 @@ void PDFContentsTest::nightThemeTintsThePage()
         return qAbs(a.red() - b.red()) <= 3 && qAbs(a.green() - b.green()) <= 3
             && qAbs(a.blue() - b.blue()) <= 3;
     };
-    const QColor seenPaper = pixelAt(QPointF(450, 400));
+    const QColor seenPaper = pixelAt(QPointF(450, 220));
     const QColor seenInk = pixelAt(QPointF(150, 400));
     QVERIFY2(near(seenPaper, paper), qPrintable(seenPaper.name()));
     QVERIFY2(near(seenInk, ink), qPrintable(seenInk.name()));
