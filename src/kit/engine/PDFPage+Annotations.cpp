@@ -25,8 +25,10 @@ bool sameObject(fz_context *ctx, pdf_obj *a, pdf_obj *b)
     return a && b && pdf_resolve_indirect(ctx, a) == pdf_resolve_indirect(ctx, b);
 }
 
-// The loaded annotation (or widget) that stands for the dictionary, borrowed; null when MuPDF's
-// list has none (links, popups).
+} // namespace
+
+namespace PDFPageInternals {
+
 pdf_annot *findAnnot(fz_context *ctx, pdf_page *page, pdf_obj *object)
 {
     pdf_annot *found = nullptr;
@@ -49,22 +51,6 @@ bool onPageInFile(const PDFPagePrivate &pd, const PDFAnnotationPrivate &ad)
     return ad.inFile && ad.object && pd.handle && ad.handle == pd.handle;
 }
 
-bool isListed(const PDFPagePrivate &pd, const PDFAnnotation &annotation)
-{
-    return std::any_of(pd.annotations.begin(), pd.annotations.end(),
-        [&](const auto &a) { return a.get() == &annotation; });
-}
-
-AnnotationIO::ObjectForPage objectsIn(const PDFPagePrivate &pd)
-{
-    const auto handle = pd.handle;
-    return [handle](const PDFPage &page) -> pdf_obj * {
-        const PDFPagePrivate &other = PDFPagePrivate::of(page);
-        return other.handle == handle ? other.object : nullptr;
-    };
-}
-
-// Binds annotations of a page that moved into another file to their copies there.
 void resolveMovedLocked(PDFPagePrivate &pd, fz_context *ctx)
 {
     if (!pd.annotationsMoved || !pd.handle)
@@ -95,36 +81,25 @@ void resolveMovedLocked(PDFPagePrivate &pd, fz_context *ctx)
     pd.appearancesStale = true;
 }
 
-void patchDashLocked(fz_context *ctx, pdf_document *doc, const PDFAnnotation &annotation)
+} // namespace PDFPageInternals
+
+using namespace PDFPageInternals;
+
+namespace {
+
+bool isListed(const PDFPagePrivate &pd, const PDFAnnotation &annotation)
 {
-    const QByteArray op = AnnotationIO::dashOperator(annotation);
-    pdf_obj *const object = PDFAnnotationPrivate::of(annotation).object;
-    if (op.isEmpty() || !object)
-        return;
-    pdf_obj *stream = nullptr;
-    mu::Buffer old;
-    mu::Error error;
-    mu::run(ctx, error, [&] {
-        stream = pdf_dict_getp(ctx, object, "AP/N");
-        if (pdf_is_stream(ctx, stream))
-            old.p = pdf_load_stream(ctx, stream);
-    });
-    if (!old.p)
-        return;
-    unsigned char *data = nullptr;
-    const size_t length = fz_buffer_storage(ctx, old.p, &data);
-    const QByteArray content(reinterpret_cast<const char *>(data), static_cast<qsizetype>(length));
-    if (content.startsWith(op))
-        return;
-    // Other readers see the dash only in the picture: MuPDF makes it without one.
-    const QByteArray patched = op + content;
-    const auto *bytes = reinterpret_cast<const unsigned char *>(patched.constData());
-    const size_t size = static_cast<size_t>(patched.size());
-    mu::Buffer fresh;
-    mu::run(ctx, error, [&] {
-        fresh.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
-        pdf_update_stream(ctx, doc, stream, fresh.p, 0);
-    });
+    return std::any_of(pd.annotations.begin(), pd.annotations.end(),
+        [&](const auto &a) { return a.get() == &annotation; });
+}
+
+AnnotationIO::ObjectForPage objectsIn(const PDFPagePrivate &pd)
+{
+    const auto handle = pd.handle;
+    return [handle](const PDFPage &page) -> pdf_obj * {
+        const PDFPagePrivate &other = PDFPagePrivate::of(page);
+        return other.handle == handle ? other.object : nullptr;
+    };
 }
 
 // Puts an annotation that is in no file into the page's file. Both files' locks are held.
@@ -398,161 +373,6 @@ void annotationVisibilityChanged(PDFAnnotation &annotation)
 {
     if (const auto page = annotation.page())
         ++PDFPagePrivate::of(*page).revision;
-}
-
-bool hasAppearance(const PDFAnnotation &annotation)
-{
-    const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
-    if (!ad.handle || !ad.object)
-        return false;
-    const mu::Lock lock(ad.handle->mutex());
-    fz_context *ctx = mu::context();
-    pdf_obj *const object = ad.object;
-    bool found = false;
-    mu::Error error;
-    mu::run(ctx, error, [&] { found = pdf_dict_getp(ctx, object, "AP/N") != nullptr; });
-    return found;
-}
-
-void requestNewAppearance(PDFAnnotation &annotation)
-{
-    PDFAnnotationPrivate::of(annotation).appearanceDirty = true;
-    if (const auto page = annotation.page()) {
-        PDFPagePrivate &pd = PDFPagePrivate::of(*page);
-        pd.appearancesStale = true;
-        ++pd.revision;
-    }
-}
-
-void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *loaded)
-{
-    PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    resolveMovedLocked(pd, ctx);
-    if (!pd.appearancesStale || !loaded)
-        return;
-    for (const auto &annotation : pd.annotations) {
-        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        if (!ad.appearanceDirty || !onPageInFile(pd, ad))
-            continue;
-        ad.appearanceDirty = false;
-        // MuPDF keeps a picture that came with the file even when told it is dirty; without
-        // one it always makes a new one.
-        pdf_obj *const object = ad.object;
-        if (pdf_annot *annot = findAnnot(ctx, loaded, object)) {
-            mu::runQuietly(ctx, [&] {
-                pdf_dict_del(ctx, object, PDF_NAME(AP));
-                pdf_dirty_annot(ctx, annot);
-            });
-        }
-    }
-    mu::Error error;
-    mu::run(ctx, error, [&] {
-        for (pdf_annot *a = pdf_first_annot(ctx, loaded); a; a = pdf_next_annot(ctx, a)) {
-            // One annotation MuPDF cannot draw must not keep the others stale.
-            fz_try(ctx)
-            {
-                pdf_update_annot(ctx, a);
-            }
-            fz_catch(ctx)
-            { }
-        }
-    });
-    for (const auto &annotation : pd.annotations) {
-        const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        if (!annotation->isAppearanceSynthesised() || !onPageInFile(pd, ad))
-            continue;
-        if (!ad.ownAppearance)
-            patchDashLocked(ctx, pd.handle->doc(), *annotation);
-        // MuPDF makes every note icon 18 by 18; the note keeps its own size and the icon scales.
-        if (dynamic_cast<const PDFAnnotationText *>(annotation.get())) {
-            pdf_obj *const object = ad.object;
-            const fz_rect rect = mu::toFz(annotation->bounds().normalized());
-            mu::runQuietly(ctx, [&] { pdf_dict_put_rect(ctx, object, PDF_NAME(Rect), rect); });
-        }
-    }
-    pd.appearancesStale = false;
-}
-
-void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index)
-{
-    PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    if (!pd.annotationsLoaded || (!pd.appearancesStale && !pd.annotationsMoved))
-        return;
-    mu::Error error;
-    pdf_page *const loaded = pd.pageLocked(ctx, index, error);
-    prepareAnnotationsLocked(page, ctx, loaded);
-}
-
-std::optional<std::vector<int>> shownAnnotationsLocked(
-    const PDFPage &page, fz_context *ctx, bool forPrinting)
-{
-    const PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    if (!pd.annotationsLoaded)
-        return std::nullopt;
-    std::vector<int> shown;
-    for (const auto &annotation : pd.annotations) {
-        const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        if (!onPageInFile(pd, ad) || !ad.shouldDisplay || (forPrinting && !ad.shouldPrint))
-            continue;
-        shown.push_back(pdf_to_num(ctx, ad.object));
-    }
-    return shown;
-}
-
-void drawAppearance(const PDFAnnotation &annotation, QPainter &painter, PDFDisplayBox box)
-{
-    const auto page = annotation.page();
-    const QRectF bounds = annotation.bounds();
-    if (!page || bounds.isEmpty())
-        return;
-    PDFPagePrivate &pd = PDFPagePrivate::of(*page);
-    const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
-    if (!onPageInFile(pd, ad) || !painter.device())
-        return;
-    painter.save();
-    page->transformContextForBox(painter, box);
-    const QTransform toDevice = painter.deviceTransform();
-    const QRect area = toDevice.mapRect(bounds).toAlignedRect().intersected(
-        QRect(0, 0, painter.device()->width(), painter.device()->height()));
-    if (area.isEmpty()) {
-        painter.restore();
-        return;
-    }
-    QImage image(area.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    const int index = treeIndex(*page);
-    bool drawn = false;
-    {
-        const mu::Lock lock(pd.handle->mutex());
-        fz_context *ctx = mu::context();
-        mu::Error error;
-        pdf_page *const loaded = pd.pageLocked(ctx, index, error);
-        if (loaded) {
-            prepareAnnotationsLocked(*page, ctx, loaded);
-            pdf_annot *const annot = findAnnot(ctx, loaded, ad.object);
-            const QTransform toImage
-                = toDevice * QTransform::fromTranslate(-area.left(), -area.top());
-            const int width = image.width();
-            const int height = image.height();
-            const int stride = static_cast<int>(image.bytesPerLine());
-            unsigned char *const samples = image.bits();
-            mu::Pixmap pixmap;
-            mu::Device device;
-            drawn = annot && mu::run(ctx, error, [&] {
-                const fz_matrix ctm = fz_concat(mu::fzToPageSpace(ctx, loaded), mu::toFz(toImage));
-                pixmap.p = fz_new_pixmap_with_data(
-                    ctx, fz_device_bgr(ctx), width, height, nullptr, 1, stride, samples);
-                device.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
-                pdf_run_annot(ctx, annot, device.p, ctm, nullptr);
-                fz_close_device(ctx, device.p);
-            });
-        }
-    }
-    if (drawn) {
-        painter.resetTransform();
-        painter.drawImage(area.topLeft(), image);
-    }
-    painter.restore();
 }
 
 } // namespace PDFPageInternals

@@ -16,6 +16,7 @@
 #include <vector>
 
 class PDFAnnotation;
+struct PDFAnnotationPrivate;
 class PDFDocument;
 class PDFPage;
 class QPainter;
@@ -79,7 +80,16 @@ pdf_obj *graftPage(
 void graftAnnotations(
     fz_context *ctx, pdf_document *target, pdf_graft_map *map, pdf_obj *source, pdf_obj *copy);
 
-// Annotation plumbing, all on the main thread (PDFPage+Annotations.cpp).
+// Annotation plumbing, all on the main thread (PDFPage+Annotations.cpp,
+// PDFPage+AnnotationAppearances.cpp).
+// The loaded annotation or widget that stands for the dictionary, borrowed; null when MuPDF's
+// list has none (links, popups). The lock is held.
+pdf_annot *findAnnot(fz_context *ctx, pdf_page *page, pdf_obj *object);
+// The annotation's dictionary is in the page's current file.
+bool onPageInFile(const PDFPagePrivate &page, const PDFAnnotationPrivate &annotation);
+// Binds the annotations of a page that moved into another file to their copies there; the lock
+// is held.
+void resolveMovedLocked(PDFPagePrivate &page, fz_context *ctx);
 void loadAnnotations(const PDFPage &page);
 // Before a page leaves its file: each loaded annotation remembers its place in /Annots. The
 // caller holds the old file's lock.
