@@ -1,18 +1,20 @@
 #include "support/AppTestEnvironment.h"
 
-#include <support/PdfFixtures.h>
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
+#include <appearance/FDThemeProvider.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
 #include <kit/base/Archiver.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFPage.h>
+#include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -36,6 +38,8 @@ private slots:
     void reopeningTakesOverTheDocumentBeingSaved();
     void unreadableFileAlertsOnceAndStaysEmpty();
     void titlesOfEmptyNewAndNamedViews();
+    void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
+    void jumpsPauseTheScreenOnlyUnderTintedThemes();
 
 private:
     QString writeFixture(const QString &name, int pages = 8);
@@ -281,6 +285,35 @@ void FDPDFViewTest::titlesOfEmptyNewAndNamedViews()
     waiting.loadDocument(QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("Report 2024.pdf"))));
     QCOMPARE(waiting.title(), QStringLiteral("Report 2024"));
     QVERIFY(!waiting.document());
+}
+
+void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes_data()
+{
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<bool>("pauses");
+    QTest::newRow("blue") << 2 << false;
+    QTest::newRow("sunset") << 3 << true;
+    QTest::newRow("night") << 4 << true;
+}
+
+void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes()
+{
+    QFETCH(int, theme);
+    QFETCH(bool, pauses);
+    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
+    auto view = openView(QUrl::fromLocalFile(writeFixture(QStringLiteral("jump.pdf"))));
+    QTRY_VERIFY(!view->isLoading());
+    QElapsedTimer clock;
+    clock.start();
+    view->goToPage(view->document()->pageAtIndex(4));
+    view->goToPage(view->document()->pageAtIndex(2));
+    QCOMPARE(currentIndex(*view), 2);
+    QCOMPARE(view->viewport()->updatesEnabled(), !pauses);
+    // The pause is bounded: updates come back after about 0.0835 s, counted from the last jump.
+    QTRY_VERIFY(view->viewport()->updatesEnabled());
+    if (pauses)
+        QVERIFY(clock.elapsed() >= 80);
+    FDThemeProvider::setCurrent(FDThemeProvider::blue());
 }
 
 int main(int argc, char *argv[])

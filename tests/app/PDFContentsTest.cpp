@@ -134,6 +134,12 @@ void PDFContentsTest::openingAURLMakesOneDocumentTab()
     QVERIFY(!tab->isPagesEditingMode());
     QVERIFY(tab->secondaryPDFView()->isHidden() || !tab->secondaryPDFView()->isVisible());
     QVERIFY(!tab->secondaryPDFView()->document());
+
+    // The record the window list stores for the tab.
+    const QVariantMap record = tab->lastOpenedWindowsRecord();
+    QCOMPARE(record.value(QStringLiteral("IsNewTab")).toBool(), false);
+    QCOMPARE(record.value(QStringLiteral("SplitMode")).toInt(), 0);
+    QCOMPARE(FDDecodeURLs(record.value(QStringLiteral("URLs"))), QList<QUrl> { url });
 }
 
 void PDFContentsTest::titleMarkComesWithTheFirstChangeAndGoesWhenTheSaveIsQueued()
@@ -262,6 +268,17 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
     tab->swapPDFViews();
     QCOMPARE(tab->primaryPDFView()->parentWidget(), root->rightContainer());
     QCOMPARE(tab->secondaryPDFView()->parentWidget(), primaryPlace);
+
+    // The view that takes the focus becomes the one the commands act on.
+    int selections = 0;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFContents::SelectedPDFViewDidChangeNotification, tab,
+        [&](const Notification &) { ++selections; });
+    QApplication::setActiveWindow(m_window);
+    tab->secondaryPDFView()->setFocus();
+    QTRY_COMPARE(tab->selectedPDFView(), tab->secondaryPDFView());
+    QCOMPARE(selections, 1);
+    NotificationCenter::defaultCenter().removeObserver(this);
 
     tab->setSplitMode(PDFSplitViewMode::none);
     QVERIFY(!root->rightContainer()->isVisible());
