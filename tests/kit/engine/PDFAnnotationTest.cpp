@@ -389,6 +389,12 @@ private slots:
             types.append(annotation->type());
         QCOMPARE(types, QStringList({ "Link", "Link", "Line", "Ink", "StrikeOut", "Polygon" }));
         QCOMPARE(delegate->asked, types);
+        // A copy of the page, in no document yet, builds its annotations the same way.
+        delegate->asked.clear();
+        const auto copy = doc->pageAtIndex(0)->copy();
+        QCOMPARE(copy->annotations().size(), annotations.size());
+        QCOMPARE(delegate->asked, types);
+        QCOMPARE(copy->annotations()[2]->bounds(), annotations[2]->bounds());
 
         const auto url = std::dynamic_pointer_cast<PDFAnnotationLink>(annotations[0]);
         QCOMPARE(url->URL(), QUrl(QStringLiteral("https://example.org/a")));
