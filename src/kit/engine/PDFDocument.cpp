@@ -8,6 +8,7 @@
 #include "PDFPagePrivate.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
 
@@ -212,30 +213,65 @@ QString PDFDocumentPrivate::labelForIndex(int index) const
     return labels.labelForIndex(index);
 }
 
-QByteArray PDFDocumentPrivate::writeLocked(const mu::DocumentHandle &handle, QString *errorText)
+namespace {
+
+// The bytes MuPDF writes go straight into a QByteArray, so the file is never copied whole.
+struct ByteSink
+{
+    QByteArray bytes;
+    bool failed = false;
+};
+
+void appendToSink(fz_context *, void *state, const void *data, size_t size)
+{
+    auto *sink = static_cast<ByteSink *>(state);
+    if (sink->failed)
+        return;
+    try {
+        // Doubling: QByteArray's own growth copies the whole file far too often.
+        const qsizetype needed = sink->bytes.size() + static_cast<qsizetype>(size);
+        if (needed > sink->bytes.capacity())
+            sink->bytes.reserve(std::max(needed, sink->bytes.capacity() * 2));
+        sink->bytes.append(static_cast<const char *>(data), static_cast<qsizetype>(size));
+    } catch (...) {
+        // An exception may not cross MuPDF's frames; the failure is read after writing.
+        sink->failed = true;
+    }
+}
+
+int64_t sinkPosition(fz_context *, void *state)
+{
+    return static_cast<const ByteSink *>(state)->bytes.size();
+}
+
+} // namespace
+
+QByteArray PDFDocumentPrivate::writeLocked(
+    const mu::DocumentHandle &handle, QString *errorText, qsizetype sizeHint)
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = handle.doc();
-    mu::Buffer buffer;
+    ByteSink sink;
+    sink.bytes.reserve(sizeHint + sizeHint / 8 + 64 * 1024);
+    ByteSink *const state = &sink;
     mu::Output output;
     mu::Error failure;
-    unsigned char *data = nullptr;
-    size_t length = 0;
     mu::run(ctx, failure, [&] {
         pdf_write_options options;
         pdf_parse_write_options(ctx, &options, WriteOptions);
-        buffer.p = fz_new_buffer(ctx, 64 * 1024);
-        output.p = fz_new_output_with_buffer(ctx, buffer.p);
+        output.p = fz_new_output(ctx, 64 * 1024, state, appendToSink, nullptr, nullptr);
+        output.p->tell = sinkPosition;
         pdf_write_document(ctx, doc, output.p, &options);
         fz_close_output(ctx, output.p);
-        length = fz_buffer_storage(ctx, buffer.p, &data);
     });
+    if (sink.failed)
+        failure.fail("out of memory while writing the document");
     if (failure.failed) {
         if (errorText)
             *errorText = failure.text();
         return {};
     }
-    return QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(length));
+    return std::move(sink.bytes);
 }
 
 QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *errorText)
@@ -278,6 +314,7 @@ bool PDFDocument::initWithURL(const QUrl &url)
         d->error = QStringLiteral("The file does not exist: %1").arg(path);
         return false;
     }
+    d->sourceSize = QFileInfo(path).size();
     const QByteArray name = QFile::encodeName(path);
     const char *const filename = name.constData();
     fz_context *ctx = mu::context();
@@ -301,6 +338,7 @@ bool PDFDocument::initWithData(const QByteArray &data)
     fz_context *ctx = mu::context();
     const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
     const size_t size = static_cast<size_t>(data.size());
+    d->sourceSize = data.size();
     mu::Buffer buffer;
     mu::Stream stream;
     pdf_document *doc = nullptr;
@@ -479,7 +517,7 @@ QByteArray PDFDocument::dataRepresentation() const
             return {};
         }
     }
-    return PDFDocumentPrivate::writeLocked(*d->handle, &d->error);
+    return PDFDocumentPrivate::writeLocked(*d->handle, &d->error, d->sourceSize);
 }
 
 bool PDFDocument::writeToURL(const QUrl &url) const

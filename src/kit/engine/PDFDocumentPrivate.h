@@ -39,7 +39,9 @@ struct PDFDocumentPrivate
     void stopFind();
 
     // Full rewrite of a document into memory; the caller holds the lock.
-    static QByteArray writeLocked(const mu::DocumentHandle &handle, QString *error);
+    // sizeHint: the expected size (the file read), to allocate once.
+    static QByteArray writeLocked(
+        const mu::DocumentHandle &handle, QString *error, qsizetype sizeHint = 0);
     static QByteArray write(const mu::DocumentHandle &handle, QString *error);
 
     PDFDocument &q;
@@ -53,6 +55,7 @@ struct PDFDocumentPrivate
     bool encrypted = false;
     bool locked = false;
     bool contentLoaded = false;
+    qsizetype sourceSize = 0;
     PageLabels labels;
 
     std::shared_ptr<FindJob> findJob;
