@@ -82,15 +82,17 @@ bool PDFDocument::isFinding() const
 
 std::shared_ptr<PDFSelection> PDFDocument::selectionFromPage(
     const std::shared_ptr<PDFPage> &startPage, const QPointF &startPoint,
-    const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint) const
+    const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint,
+    PDFSelectionGranularity granularity) const
 {
     if (!startPage || !endPage)
         return nullptr;
     int first = indexForPage(startPage);
     int last = indexForPage(endPage);
-    if (startPage == endPage || first < 0 || last < 0)
-        return startPage == endPage ? startPage->selectionFromPointToPoint(startPoint, endPoint)
-                                    : nullptr;
+    if (startPage == endPage)
+        return startPage->selectionFromPointToPoint(startPoint, endPoint, granularity);
+    if (first < 0 || last < 0)
+        return nullptr;
     auto fromPage = startPage;
     auto toPage = endPage;
     QPointF fromPoint = startPoint;
@@ -102,18 +104,23 @@ std::shared_ptr<PDFSelection> PDFDocument::selectionFromPage(
     }
     auto selection
         = std::make_shared<PDFSelection>(std::const_pointer_cast<PDFDocument>(shared_from_this()));
+    // The first page from the start point to its end, whole pages between, the last page up
+    // to the end point; the two ends snap outwards.
     const auto startLayout = PDFPageInternals::textLayout(*fromPage);
     const int start = startLayout->nearestIndex(fromPoint);
-    if (start >= 0)
-        selection->addRange(fromPage, { start, startLayout->size() - start });
+    if (start >= 0) {
+        const int from = startLayout->span(start, start, granularity).location;
+        selection->addRange(fromPage, { from, startLayout->size() - from });
+    }
     for (int i = first + 1; i < last; ++i) {
         const auto page = pageAtIndex(i);
         const int size = PDFPageInternals::textLayout(*page)->size();
         if (size > 0)
             selection->addRange(page, { 0, size });
     }
-    const int end = PDFPageInternals::textLayout(*toPage)->nearestIndex(toPoint);
+    const auto endLayout = PDFPageInternals::textLayout(*toPage);
+    const int end = endLayout->nearestIndex(toPoint);
     if (end >= 0)
-        selection->addRange(toPage, { 0, end + 1 });
+        selection->addRange(toPage, { 0, endLayout->span(end, end, granularity).end() });
     return selection->isEmpty() ? nullptr : selection;
 }

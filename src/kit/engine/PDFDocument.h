@@ -5,6 +5,7 @@
 // Subclasses override the initialisers and the three page mutators.
 
 #include "PDFDisplayBox.h"
+#include "PDFSelection.h"
 
 #include <QByteArray>
 #include <QPointF>
@@ -17,7 +18,6 @@
 class PDFDocumentDelegate;
 class PDFOutline;
 class PDFPage;
-class PDFSelection;
 struct PDFDocumentPrivate;
 
 class PDFDocument : public std::enable_shared_from_this<PDFDocument>
@@ -83,8 +83,8 @@ public:
 
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,
-        const QPointF &startPoint, const std::shared_ptr<PDFPage> &endPage,
-        const QPointF &endPoint) const;
+        const QPointF &startPoint, const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint,
+        PDFSelectionGranularity granularity = PDFSelectionGranularity::Character) const;
 
 private:
     friend class PDFPage;

@@ -431,16 +431,14 @@ std::shared_ptr<PDFSelection> PDFPage::selectionForLineAtPoint(const QPointF &po
 }
 
 std::shared_ptr<PDFSelection> PDFPage::selectionFromPointToPoint(
-    const QPointF &startPoint, const QPointF &endPoint) const
+    const QPointF &startPoint, const QPointF &endPoint, PDFSelectionGranularity granularity) const
 {
     const auto layout = PDFPageInternals::textLayout(*this);
-    int from = layout->nearestIndex(startPoint);
-    int to = layout->nearestIndex(endPoint);
+    const int from = layout->nearestIndex(startPoint);
+    const int to = layout->nearestIndex(endPoint);
     if (from < 0 || to < 0)
         return nullptr;
-    if (from > to)
-        std::swap(from, to);
-    return selectionForRange({ from, to - from + 1 });
+    return selectionForRange(layout->span(from, to, granularity));
 }
 
 void PDFPage::drawWithBox(QPainter &painter, PDFDisplayBox box) const

@@ -69,8 +69,10 @@ public:
     std::shared_ptr<PDFSelection> selectionForRange(const PDFTextRange &range) const;
     std::shared_ptr<PDFSelection> selectionForWordAtPoint(const QPointF &point) const;
     std::shared_ptr<PDFSelection> selectionForLineAtPoint(const QPointF &point) const;
-    std::shared_ptr<PDFSelection> selectionFromPointToPoint(
-        const QPointF &startPoint, const QPointF &endPoint) const;
+    // The text from the character nearest one point to the one nearest the other, snapped.
+    std::shared_ptr<PDFSelection> selectionFromPointToPoint(const QPointF &startPoint,
+        const QPointF &endPoint,
+        PDFSelectionGranularity granularity = PDFSelectionGranularity::Character) const;
 
     // Draws the rotated box into (0, 0, w, h) of the painter's coordinates, y down, with the
     // displayed annotations, at the resolution of the painter's device transform.

@@ -21,6 +21,13 @@ struct PDFTextRange
     bool operator==(const PDFTextRange &) const = default;
 };
 
+// What a selection between two points snaps to.
+enum class PDFSelectionGranularity {
+    Character,
+    Word,
+    Line,
+};
+
 class PDFSelection : public std::enable_shared_from_this<PDFSelection>
 {
 public:

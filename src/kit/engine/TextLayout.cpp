@@ -174,6 +174,22 @@ PDFTextRange TextLayout::lineRange(int index) const
     return lines[lineOf[index]];
 }
 
+PDFTextRange TextLayout::span(int first, int last, PDFSelectionGranularity granularity) const
+{
+    if (first > last)
+        std::swap(first, last);
+    int start = first;
+    int end = last + 1;
+    if (granularity == PDFSelectionGranularity::Word) {
+        start = wordRange(first).location;
+        end = wordRange(last).end();
+    } else if (granularity == PDFSelectionGranularity::Line) {
+        start = lineRange(first).location;
+        end = lineRange(last).end();
+    }
+    return clamp({ start, end - start });
+}
+
 PDFTextRange TextLayout::clamp(const PDFTextRange &range) const
 {
     const int start = std::clamp(range.location, 0, size());

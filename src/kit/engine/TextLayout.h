@@ -38,6 +38,8 @@ struct TextLayout
     int nearestIndex(const QPointF &point) const; // the closest character, or -1 when no text
     PDFTextRange wordRange(int index) const;
     PDFTextRange lineRange(int index) const;
+    // The characters from index first to index last (in either order), both snapped outwards.
+    PDFTextRange span(int first, int last, PDFSelectionGranularity granularity) const;
     // Clamped to the text.
     PDFTextRange clamp(const PDFTextRange &range) const;
     QRectF bounds(const PDFTextRange &range) const;

@@ -156,6 +156,37 @@ private slots:
         QVERIFY(!page->selectionForRect(QRectF(0, 0, 10, 10)));
     }
 
+    void dragsSnapToWordsAndLines_data()
+    {
+        QTest::addColumn<int>("granularity");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("characters") << int(PDFSelectionGranularity::Character) << "uick brown fo";
+        QTest::newRow("words") << int(PDFSelectionGranularity::Word) << "quick brown fox";
+        QTest::newRow("lines") << int(PDFSelectionGranularity::Line)
+                               << "The quick brown fox jumps over the lazy dog";
+    }
+    void dragsSnapToWordsAndLines()
+    {
+        QFETCH(int, granularity);
+        QFETCH(QString, text);
+        const auto page = doc->pageAtIndex(0);
+        const int u = page->string().indexOf("uick");
+        const int o = page->string().indexOf("fox") + 1;
+        // Dragged backwards: the order of the points does not matter.
+        const auto selection
+            = page->selectionFromPointToPoint(page->characterBoundsAtIndex(o).center(),
+                page->characterBoundsAtIndex(u).center(), PDFSelectionGranularity(granularity));
+        QVERIFY(selection);
+        QCOMPARE(selection->string(), text);
+        if (granularity == int(PDFSelectionGranularity::Word)) {
+            const auto across
+                = doc->selectionFromPage(page, page->characterBoundsAtIndex(o).center(),
+                    doc->pageAtIndex(1), QPointF(80, 724), PDFSelectionGranularity::Word);
+            QVERIFY(across->string().startsWith("fox jumps"));
+            QVERIFY(across->string().endsWith("marker\nCropped"));
+        }
+    }
+
     void findPostsHitsInPageOrderThenEnds_data()
     {
         QTest::addColumn<QString>("needle");
