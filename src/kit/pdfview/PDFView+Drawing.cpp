@@ -41,12 +41,13 @@ PDFView::RenderState &PDFView::renderState(const std::shared_ptr<PDFPage> &page)
     return state;
 }
 
-quint64 PDFView::tileRevision(const PDFPage *page)
+quint64 PDFView::tileRevision(const PDFPage *page) const
 {
     // The epoch keeps a late tile of a page that is gone from matching a new page that happens
     // to live at the same address.
-    const RenderState &state = m_renderStates[page];
-    return (m_epoch << 44) + (page->revision() << 16) + state.generation;
+    const auto state = m_renderStates.find(page);
+    const quint64 generation = state == m_renderStates.end() ? 0 : state->second.generation;
+    return (m_epoch << 44) + (page->revision() << 16) + generation;
 }
 
 QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const
@@ -281,11 +282,10 @@ void PDFView::updateRenderRequests()
         return !item.second.failed && item.second.generation == 0
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     });
-    bool complete = false;
-    visibleTilesComplete(&complete);
+    noteRenderProgress();
 }
 
-bool PDFView::visibleTilesComplete(bool *complete)
+bool PDFView::visibleTilesComplete(std::vector<const PDFPage *> *completePages) const
 {
     bool result = true;
     const double dpr = viewport()->devicePixelRatioF();
@@ -312,23 +312,29 @@ bool PDFView::visibleTilesComplete(bool *complete)
                     pageComplete = false;
             }
         }
-        if (pageComplete)
-            m_tiles.removeOtherRevisions(page.get(), revision);
+        if (pageComplete && completePages)
+            completePages->push_back(page.get());
         result = result && pageComplete;
-    }
-    if (complete) {
-        *complete = result;
-        const bool becameComplete = result && !m_visibleComplete;
-        m_visibleComplete = result;
-        if (becameComplete)
-            emit visibleAreaRendered();
     }
     return result;
 }
 
+void PDFView::noteRenderProgress()
+{
+    std::vector<const PDFPage *> complete;
+    const bool result = visibleTilesComplete(&complete);
+    // Once a page shows only current tiles, older revisions of it are of no more use.
+    for (const PDFPage *page : complete)
+        m_tiles.removeOtherRevisions(page, tileRevision(page));
+    const bool becameComplete = result && !m_visibleComplete;
+    m_visibleComplete = result;
+    if (becameComplete)
+        emit visibleAreaRendered();
+}
+
 bool PDFView::isVisibleAreaRendered() const
 {
-    return const_cast<PDFView *>(this)->visibleTilesComplete();
+    return visibleTilesComplete();
 }
 
 void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
@@ -346,8 +352,7 @@ void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
             QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr)
                                .toAlignedRect());
     }
-    bool complete = false;
-    visibleTilesComplete(&complete);
+    noteRenderProgress();
 }
 
 void PDFView::pageFailed(const void *page, quint64 revision)
@@ -362,8 +367,7 @@ void PDFView::pageFailed(const void *page, quint64 revision)
     state.failedRevision = revision;
     Log::warn(QStringLiteral("Page %1 could not be rendered; it shows blank").arg(index + 1));
     viewport()->update(pageRectInView(index));
-    bool complete = false;
-    visibleTilesComplete(&complete);
+    noteRenderProgress();
 }
 
 void PDFView::annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page)

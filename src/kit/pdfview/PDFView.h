@@ -243,7 +243,7 @@ private:
 
     // Drawing and rendering (PDFView+Drawing.cpp).
     double devicePixelsPerPoint() const;
-    quint64 tileRevision(const PDFPage *page);
+    quint64 tileRevision(const PDFPage *page) const;
     RenderState &renderState(const std::shared_ptr<PDFPage> &page);
     QSize pagePixels(int index, double devicePixelsPerPoint) const;
     void drawPageFrame(QPainter &painter, const QRect &rect) const;
@@ -254,7 +254,8 @@ private:
     void updateRenderRequests();
     void tileFinished(const PDFTileKey &key, const QImage &image);
     void pageFailed(const void *page, quint64 revision);
-    bool visibleTilesComplete(bool *complete = nullptr);
+    bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
+    void noteRenderProgress();
     void updatePageViews();
     void removeAllPageViews();
 
