@@ -108,7 +108,7 @@ void PDFView::drawPageFrame(QPainter &painter, const QRect &rect) const
     painter.fillRect(QRect(rect.left() - 1, rect.bottom() + 1, rect.width() + 2, 1), edge);
     const int depth = std::clamp(int(m_layout.margin() * m_scale * 0.75), 1, 4);
     for (int i = 2; i <= depth + 1; ++i) {
-        const QColor shade(0, 0, 0, 60 * (depth + 2 - i) / (depth + 1));
+        const QColor shade(0, 0, 0, 110 * (depth + 2 - i) / (depth + 1));
         painter.fillRect(QRect(rect.left() + i, rect.bottom() + i, rect.width(), 1), shade);
         painter.fillRect(QRect(rect.right() + i, rect.top() + i, 1, rect.height() - 1), shade);
     }
