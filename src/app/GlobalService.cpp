@@ -4,6 +4,7 @@
 #include "FDContents.h"
 #include "FDDefaults.h"
 #include "FDSingleInstance.h"
+#include "PDFContents.h"
 #include "PDFWindowController.h"
 #include "PrefWindowController.h"
 
@@ -14,6 +15,7 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/tabs/TabStripModel.h>
+#include <view/FDPDFView.h>
 
 #include <QApplication>
 #include <QDir>
@@ -27,9 +29,12 @@ namespace {
 
 GlobalService *sharedService = nullptr;
 
+// One file has one URL, however its path was spelt: links and ".." are resolved when it exists.
 QUrl fileURLForPath(const QString &path)
 {
-    return QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
+    const QFileInfo file(path);
+    const QString canonical = file.canonicalFilePath();
+    return QUrl::fromLocalFile(canonical.isEmpty() ? file.absoluteFilePath() : canonical);
 }
 
 QString instanceName()
@@ -225,6 +230,9 @@ void GlobalService::restoreWindow(const QVariantMap &record)
 {
     auto *const window = TabWindowController::create<PDFWindowController>();
     TabStripModel *const model = window->tabStripModel();
+    // Split modes wait for the window's frame: a split laid out in a default frame would keep
+    // the wrong proportions.
+    QList<std::pair<QPointer<PDFContents>, PDFSplitViewMode>> pendingSplitModes;
     const QVariantList tabs = record.value(kLOW_Tabs).toList();
     for (const QVariant &tabValue : tabs) {
         const QVariantMap tab = tabValue.toMap();
@@ -243,7 +251,17 @@ void GlobalService::restoreWindow(const QVariantMap &record)
         if (urls.isEmpty() || PDFWindowController::selectContentsBy(urls.first()))
             continue;
         // Opened in the background: the document is read when its tab is first shown.
-        window->openPDFDocumentWithURL(urls.first(), false, false);
+        auto *const contents = qobject_cast<PDFContents *>(
+            window->openPDFDocumentWithURL(urls.first(), false, false));
+        if (!contents)
+            continue;
+        const QVariant splitMode = tab.value(kLOW_SplitMode);
+        const qint64 mode = splitMode.toLongLong();
+        if (!splitMode.isValid() || mode < 0 || mode >= 3)
+            continue;
+        pendingSplitModes.append({ contents, PDFSplitViewMode(mode) });
+        if (mode != 0 && urls.size() >= 2 && contents->secondaryPDFView())
+            contents->secondaryPDFView()->loadDocument(urls.last());
     }
 
     const qint64 selected = record.value(kLOW_SelectedIndex, -1).toLongLong();
@@ -261,11 +279,15 @@ void GlobalService::restoreWindow(const QVariantMap &record)
     }
     const QRect rect = Geometry::rectFromString(frame).toRect();
     QPointer<PDFWindowController> guarded(window);
-    MainQueue::async(window, [guarded, rect] {
+    MainQueue::async(window, [guarded, rect, pendingSplitModes] {
         if (!guarded)
             return;
         if (rect.width() > 0 && rect.height() > 0)
             guarded->setGeometry(rect);
+        for (const auto &[contents, mode] : pendingSplitModes) {
+            if (contents)
+                contents->setSplitMode(mode);
+        }
         guarded->show();
     });
 }

@@ -318,11 +318,8 @@ bool PDFWindowController::validateMenuItem(QAction *item)
     if (command.isEmpty())
         return false;
     item->setChecked(false);
-    if (command.startsWith(QLatin1String("PDF_"))) {
-        // Document commands act on the selected document tab and its view; the start and
-        // compression tabs have neither.
-        return false;
-    }
+    if (command.startsWith(QLatin1String("PDF_")))
+        return validateDocumentCommand(item);
     if (command == QLatin1String("onChangeTheme:")) {
         item->setChecked(FDThemeProvider::current()->id() == item->data().toInt());
         return true;
@@ -336,10 +333,8 @@ void PDFWindowController::performCommand(QAction *item)
     const int tag = item->data().toInt();
     TabStripModel *const model = tabStripModel();
     if (command.startsWith(QLatin1String("PDF_"))) {
-        // Nothing to act on without a document tab.
-        return;
-    }
-    if (command == QLatin1String("newDocument:")) {
+        performDocumentCommand(item);
+    } else if (command == QLatin1String("newDocument:")) {
         newDocument();
     } else if (command == QLatin1String("openDocument:")) {
         openDocument();

@@ -11,7 +11,9 @@
 #include <functional>
 
 class FDContents;
+class FDPDFView;
 class FDToolbarController;
+class PDFContents;
 class PDFWindowMenus;
 class QAction;
 
@@ -44,6 +46,9 @@ public:
     QWidget *infoBannerContainer() const { return m_infoBannerContainer; }
     bool isClosingTabByUser() const { return m_isClosingTabByUser; }
     FDContents *selectedContents() const;
+    // The selected tab if it shows a document, and its view that commands act on.
+    PDFContents *selectedPDFContents() const;
+    FDPDFView *selectedPDFView() const;
     FDToolbarController *toolbarController();
 
     // The tab now showing url: an open one is selected, else a new one replaces the selected
@@ -76,6 +81,8 @@ protected:
 
 private:
     bool closeTabAt(int index);
+    bool validateDocumentCommand(QAction *item);
+    void performDocumentCommand(QAction *item);
     void applyTheme();
     void onUserDropFile(const QUrl &url);
 

@@ -5,6 +5,7 @@
 #include <app/FDDefaults.h>
 #include <app/GlobalService.h>
 #include <app/NewTabContents.h>
+#include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
@@ -13,6 +14,7 @@
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
+#include <view/FDPDFView.h>
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -33,6 +35,8 @@ private slots:
     void closingTheOnlyWindowSavesTheList();
     void terminationSavesClosesAndKeepsTheListOnRepeat();
     void quitWaitsForAPendingSave();
+    void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab();
+    void aDocumentStoredTwiceIsRestoredOnceWithItsSplit();
 
 private:
     static QVariantMap windowRecord(const QVariantList &tabs, int selected, const QRect &frame)
@@ -242,10 +246,65 @@ void GlobalServiceTest::quitWaitsForAPendingSave()
     QVERIFY(QFileInfo(path).size() != sizeBefore);
 }
 
+void GlobalServiceTest::twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab()
+{
+    QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("sub")));
+    const QString path = folder.filePath(QStringLiteral("one.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    const QString link = folder.filePath(QStringLiteral("link.pdf"));
+    QVERIFY(QFile::link(path, link));
+    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+    m_service->applicationDidFinishLaunching();
+    QCOMPARE(windows().size(), 1);
+    m_service->openFiles({ path, folder.filePath(QStringLiteral("sub/../one.pdf")), link });
+    TabStripModel *model = windows().first()->tabStripModel();
+    QCOMPARE(model->count(), 1);
+    auto *contents = qobject_cast<PDFContents *>(model->getSelectedTabContents());
+    QVERIFY(contents);
+    QCOMPARE(contents->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+}
+
+void GlobalServiceTest::aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
+{
+    QTemporaryDir folder;
+    QList<QUrl> urls;
+    for (const char *name : { "x.pdf", "y.pdf", "z.pdf" }) {
+        urls << QUrl::fromLocalFile(folder.filePath(QLatin1String(name)));
+        QVERIFY(AppFixtures::writeColourPDF(urls.last().toLocalFile(), Qt::white));
+    }
+    const auto documentTab = [](const QList<QUrl> &tabURLs, int splitMode) {
+        return QVariantMap { { GlobalService::kLOW_IsNewTab, false },
+            { GlobalService::kLOW_SplitMode, splitMode },
+            { GlobalService::kLOW_URLs, FDEncodeURLs(tabURLs) } };
+    };
+    UserDefaults::standard().setObject(
+        QVariantList {
+            windowRecord({ documentTab({ urls[0] }, 0) }, 0, { 10, 10, 700, 500 }),
+            windowRecord({ documentTab({ urls[0] }, 0), documentTab({ urls[1], urls[2] }, 2) }, 1,
+                { 30, 30, 800, 600 }),
+        },
+        FDDefaults::LastOpenedWindows);
+    QVERIFY(m_service->restoreLastOpenedWindows());
+    QCOMPARE(windows().size(), 2);
+    QCOMPARE(windows().at(0)->tabStripModel()->count(), 1);
+    TabStripModel *second = windows().at(1)->tabStripModel();
+    QCOMPARE(second->count(), 1);
+    auto *split = qobject_cast<PDFContents *>(second->getTabContentsAtIndex(0));
+    QVERIFY(split);
+    QCOMPARE(split->url(), urls[1].toString(QUrl::FullyEncoded));
+    // The split comes with the frame, on the next turn, and hides the sidebar.
+    QCOMPARE(split->splitMode(), PDFSplitViewMode::none);
+    QTRY_COMPARE(split->splitMode(), PDFSplitViewMode::vertical);
+    QVERIFY(split->isSidebarHidden());
+    QTRY_COMPARE(split->secondaryPDFView()->fileURL(), urls[2]);
+}
+
 int main(int argc, char *argv[])
 {
     AppTestEnvironment::isolate();
     QApplication app(argc, argv);
+    PDFContents::registerAsDocumentContents();
     GlobalServiceTest test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -1,18 +1,22 @@
+#include "support/AppFixtures.h"
 #include "support/AppTestEnvironment.h"
 
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/NewTabContents.h>
+#include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <app/PDFWindowMenus.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/tabs/TabStripModel.h>
+#include <view/FDPDFView.h>
 
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class PDFWindowControllerTest : public QObject
@@ -31,6 +35,8 @@ private slots:
     void closingTheWindowClosesEveryTab();
     void aCancelledOpenPanelOpensNothing();
     void createdWindowAnnouncesItselfOnTheNextTurn();
+    void documentCommandsFollowTheDocumentTab();
+    void aFileOpenInAnotherWindowIsBroughtForward();
 
 private:
     QAction *action(const QString &command, int tag = -1)
@@ -217,10 +223,57 @@ void PDFWindowControllerTest::createdWindowAnnouncesItselfOnTheNextTurn()
     delete other;
 }
 
+void PDFWindowControllerTest::documentCommandsFollowTheDocumentTab()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("paper.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
+    // The start tab was replaced by the document.
+    QCOMPARE(m_window->tabStripModel()->count(), 1);
+    QTRY_VERIFY(m_window->selectedPDFView() && m_window->selectedPDFView()->document());
+    const auto validated = [this](const QString &command, int tag = -1) {
+        QAction *item = action(command, tag);
+        return m_window->validateMenuItem(item);
+    };
+    // Never saved and unchanged: nothing to save; named: save as and reveal are on.
+    QVERIFY(!validated(QStringLiteral("PDF_saveDocument:")));
+    QVERIFY(validated(QStringLiteral("PDF_saveDocumentAs:")));
+    QVERIFY(validated(QStringLiteral("PDF_onGoToNextPage:")));
+    action(QStringLiteral("PDF_onChangeSplitMode:"), 2)->trigger();
+    QVERIFY(validated(QStringLiteral("PDF_onChangeSplitMode:"), 2));
+    QVERIFY(action(QStringLiteral("PDF_onChangeSplitMode:"), 2)->isChecked());
+    // In the pages editor every document command is off, the editor's own item too.
+    action(QStringLiteral("PDF_onShowPagesEditor:"))->trigger();
+    for (QAction *item : m_window->menus()->allActions()) {
+        if (item->objectName().startsWith(QLatin1String("PDF_")))
+            QVERIFY2(!m_window->validateMenuItem(item), qPrintable(item->objectName()));
+    }
+}
+
+void PDFWindowControllerTest::aFileOpenInAnotherWindowIsBroughtForward()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("once.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
+    QPointer<PDFWindowController> other = TabWindowController::create<PDFWindowController>();
+    other->openNewTab();
+    // The same file under another spelling of its path.
+    other->openPDFDocumentWithURL(QUrl::fromLocalFile(folder.path() + QStringLiteral("/./once.pdf"))
+                                      .adjusted(QUrl::NormalizePathSegments),
+        true, true);
+    QCOMPARE(other->tabStripModel()->count(), 1);
+    QVERIFY(qobject_cast<NewTabContents *>(other->tabStripModel()->getSelectedTabContents()));
+    QCOMPARE(m_window->tabStripModel()->count(), 1);
+    delete other.data();
+}
+
 int main(int argc, char *argv[])
 {
     AppTestEnvironment::isolate();
     QApplication app(argc, argv);
+    PDFContents::registerAsDocumentContents();
     PDFWindowControllerTest test;
     return QTest::qExec(&test, argc, argv);
 }
