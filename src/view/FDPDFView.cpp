@@ -3,6 +3,7 @@
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
+#include <app/PDFWindowController.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <document/Common.h>
@@ -12,9 +13,13 @@
 #include <kit/base/Archiver.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
+#include <kit/base/Workspace.h>
+#include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFDestination.h>
+#include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 
+#include <QFileInfo>
 #include <QPainter>
 #include <QPointer>
 #include <QRegularExpression>
@@ -227,6 +232,7 @@ void FDPDFView::setDocument(const std::shared_ptr<PDFDocument> &newDocument)
         if (old->numberOfChanges() > 0)
             PDFSavingService::shared().addTask(old);
     }
+    m_mapPagesToOutlines.reset();
     XPDFView::setDocument(newDocument);
 }
 
@@ -480,4 +486,58 @@ void FDPDFView::goToDestination(const std::shared_ptr<PDFDestination> &destinati
 void FDPDFView::goToSelection(const std::shared_ptr<PDFSelection> &selection)
 {
     navigate([this, &selection] { XPDFView::goToSelection(selection); });
+}
+
+void FDPDFView::performAction(const std::shared_ptr<PDFAction> &action)
+{
+    const auto remote = std::dynamic_pointer_cast<PDFActionRemoteGoTo>(action);
+    if (!remote) {
+        XPDFView::performAction(action);
+        return;
+    }
+    const QUrl url = remote->URL();
+    const QString path = url.toLocalFile();
+    auto *const controller = qobject_cast<PDFWindowController *>(window());
+    if (!url.isLocalFile() || !Workspace::isPDF(path) || !QFileInfo(path).isReadable()
+        || !controller) {
+        Workspace::openURL(url);
+        return;
+    }
+    // The fragment names the page for the new tab's load.
+    QUrl withPage = url;
+    withPage.setFragment(QString::number(remote->pageIndex()));
+    controller->openPDFDocumentWithURL(withPage, false, true);
+}
+
+std::shared_ptr<PDFOutline> FDPDFView::closestOutlineItemFor(const std::shared_ptr<PDFPage> &page)
+{
+    const auto current = document();
+    if (!current)
+        return nullptr;
+    if (!m_mapPagesToOutlines) {
+        m_mapPagesToOutlines.emplace();
+        // Parent before children, children in order: the first item of a page wins.
+        const std::function<void(const std::shared_ptr<PDFOutline> &)> walk
+            = [&](const std::shared_ptr<PDFOutline> &item) {
+                  const auto destination = item->destination();
+                  const int index = destination && destination->page()
+                      ? current->indexForPage(destination->page())
+                      : -1;
+                  if (index >= 0)
+                      m_mapPagesToOutlines->emplace(index, item);
+                  for (int child = 0; child < item->numberOfChildren(); ++child)
+                      walk(item->childAtIndex(child));
+              };
+        if (const auto root = current->outlineRoot())
+            walk(root);
+    }
+    const int pageIndex = page ? current->indexForPage(page) : -1;
+    std::shared_ptr<PDFOutline> passed;
+    for (const auto &[index, item] : *m_mapPagesToOutlines) {
+        if (index > pageIndex)
+            return passed;
+        passed = item;
+    }
+    // Past every key without a greater one: no item.
+    return nullptr;
 }

@@ -13,10 +13,13 @@
 #include <QUrl>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 
 class FDDocument;
 class FDDocumentDelegate;
+class PDFOutline;
 
 class FDPDFView : public XPDFView
 {
@@ -77,6 +80,16 @@ public:
     void goToDestination(const std::shared_ptr<PDFDestination> &destination) override;
     void goToSelection(const std::shared_ptr<PDFSelection> &selection) override;
 
+    // A link into another PDF file opens it in a new tab of this window, at the link's page;
+    // other files open on the desktop. Every other action is the kit's.
+    void performAction(const std::shared_ptr<PDFAction> &action) override;
+
+    // The outline item a page belongs to: the last outlined page before or at it, from a map
+    // built on demand. Pages before the first and from the last outlined page on have none.
+    std::shared_ptr<PDFOutline> closestOutlineItemFor(const std::shared_ptr<PDFPage> &page);
+    // The outline changed: the map is built again at the next lookup.
+    void noteOutlineChanged() { m_mapPagesToOutlines.reset(); }
+
     // The colour a page takes under the current theme; invalid when pages keep their own.
     static QColor pageTintColor();
 
@@ -106,4 +119,6 @@ private:
     PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
     double m_scaleFactorByMode = 0;
     int m_updatePauses = 0;
+    // Page index to its first outline item in reading order; the keys are kept ascending.
+    std::optional<std::map<int, std::shared_ptr<PDFOutline>>> m_mapPagesToOutlines;
 };

@@ -9,6 +9,7 @@
 #include <document/PDFSavingService.h>
 #include <kit/base/Archiver.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
@@ -39,6 +40,8 @@ private slots:
     void unreadableFileAlertsOnceAndStaysEmpty();
     void titlesOfEmptyNewAndNamedViews();
     void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
+    void closestOutlineItemIsTheLastOutlinedPageBefore_data();
+    void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
 
 private:
@@ -314,6 +317,38 @@ void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes()
     if (pauses)
         QVERIFY(clock.elapsed() >= 80);
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
+}
+
+void FDPDFViewTest::closestOutlineItemIsTheLastOutlinedPageBefore_data()
+{
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QString>("label");
+    QTest::newRow("before the first outlined page") << 0 << QString();
+    QTest::newRow("first outlined page") << 2 << QStringLiteral("Two");
+    QTest::newRow("between") << 3 << QStringLiteral("Two");
+    QTest::newRow("a child's page") << 4 << QStringLiteral("Four");
+    QTest::newRow("page of a later sibling") << 5 << QStringLiteral("Five");
+    QTest::newRow("the last outlined page") << 6 << QString();
+    QTest::newRow("beyond it") << 7 << QString();
+}
+
+void FDPDFViewTest::closestOutlineItemIsTheLastOutlinedPageBefore()
+{
+    QFETCH(int, page);
+    QFETCH(QString, label);
+    PdfFixtures::Document outlined = PdfFixtures::textPages(8, 5, 0);
+    // "Four" is read before "Also four", and a parent before its children.
+    outlined.outline = { { QStringLiteral("Two"), 2, {}, 0, true,
+                             { { QStringLiteral("Four"), 4, {}, 0, true, {} },
+                                 { QStringLiteral("Six"), 6, {}, 0, true, {} } } },
+        { QStringLiteral("Also four"), 4, {}, 0, true, {} },
+        { QStringLiteral("Five"), 5, {}, 0, true, {} } };
+    const QString path = m_dir.filePath(QStringLiteral("outlined.pdf"));
+    QVERIFY(PdfFixtures::write(outlined, path));
+    auto view = openView(QUrl::fromLocalFile(path));
+    QTRY_VERIFY(!view->isLoading());
+    const auto item = view->closestOutlineItemFor(view->document()->pageAtIndex(page));
+    QCOMPARE(item ? item->label() : QString(), label);
 }
 
 int main(int argc, char *argv[])

@@ -13,6 +13,7 @@
 #include <document/PDFSavingService.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
 #include <support/PdfFixtures.h>
@@ -38,6 +39,7 @@ private slots:
     void untitledChangedDocumentPrompts();
     void splitShowsTheSecondViewAndSwapExchangesPlaces();
     void blankSearchTextHidesTheSearchArea();
+    void linkIntoAnotherFileOpensItsPageInANewTab();
     void nightThemeTintsThePage_data();
     void nightThemeTintsThePage();
 
@@ -302,6 +304,23 @@ void PDFContentsTest::blankSearchTextHidesTheSearchArea()
     tab->setQueryString(QString());
     QCOMPARE(posts, 3);
     NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void PDFContentsTest::linkIntoAnotherFileOpensItsPageInANewTab()
+{
+    PDFContents *const tab = openTab(fixture(QStringLiteral("From.pdf")));
+    QVERIFY(tab);
+    const QUrl target = fixture(QStringLiteral("To.pdf"));
+    TabStripModel *const model = m_window->tabStripModel();
+    tab->primaryPDFView()->performAction(
+        std::make_shared<PDFActionRemoteGoTo>(2, QPointF(0, 0), target));
+    QCOMPARE(model->count(), 2);
+    auto *const opened = qobject_cast<PDFContents *>(model->getSelectedTabContents());
+    QVERIFY(opened && opened != tab);
+    FDPDFView *const view = opened->primaryPDFView();
+    QTRY_VERIFY(view->document() && !view->isLoading());
+    QCOMPARE(view->fileURL(), target);
+    QTRY_COMPARE(view->document()->indexForPage(view->currentPage()), 2);
 }
 
 void PDFContentsTest::nightThemeTintsThePage_data()
