@@ -181,6 +181,17 @@ int roundtrip(const QStringList &arguments)
     if (!word.isEmpty() && countMatches(*document, word) < 0)
         differences.append(QStringLiteral("finding \"%1\" did not end").arg(word));
 
+    // A file the engine cannot even write back as it stands is damaged beyond repair.
+    const QByteArray untouched = document->dataRepresentation();
+    if (untouched.isEmpty())
+        return refused(QStringLiteral("damaged beyond repair: it cannot be written back: %1")
+                           .arg(document->errorString()));
+    auto plain = std::make_shared<PDFDocument>();
+    if (!plain->initWithData(untouched) || plain->pageCount() != count)
+        return refused(QStringLiteral("damaged beyond repair: written back as it stands, it does "
+                                      "not read again with its %1 pages")
+                           .arg(count));
+
     std::vector<QStringList> before;
     for (int i = 0; i < count; ++i)
         before.push_back(describe(document->pageAtIndex(i)));
