@@ -314,6 +314,23 @@ private slots:
         QVERIFY2(dark > 30 && light > 30, qPrintable(QStringLiteral("%1/%2").arg(dark).arg(light)));
     }
 
+    void aPageCarriesItsFileAnnotationsIntoAnotherDocument()
+    {
+        auto source = blankDocument(true);
+        const auto page = source->pageAtIndex(0);
+        auto target = std::make_shared<PDFDocument>();
+        QVERIFY(target->init());
+        target->insertPage(page, 0); // before anything asked for the annotations
+        QCOMPARE(page->annotations().size(), size_t(2));
+        QCOMPARE(page->annotations()[0]->type(), QStringLiteral("Stamp"));
+        const QImage image = rendered(*page);
+        QVERIFY(near(at(image, QPointF(50, 150)), QColor(0, 204, 0)));
+        QVERIFY(near(at(image, QPointF(150, 50)), Qt::blue));
+        const auto read = reopen(*target)->pageAtIndex(0);
+        QCOMPARE(read->annotations().size(), size_t(2));
+        QVERIFY(near(at(rendered(*read), QPointF(50, 150)), QColor(0, 204, 0)));
+    }
+
     void sanitisingRedrawsWhatItCanAndKeepsStamps()
     {
         auto doc = blankDocument(true);
