@@ -9,6 +9,7 @@
 #include "PDFWindowMenus.h"
 
 #include <appearance/FDTheme.h>
+#include <appearance/FDThemePicker.h>
 #include <appearance/FDThemeProvider.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
@@ -144,6 +145,11 @@ FDContents *PDFWindowController::selectedContents() const
 FDToolbarController *PDFWindowController::toolbarController()
 {
     return static_cast<FDToolbarController *>(contentsToolbarController());
+}
+
+void PDFWindowController::onThemeButtonClickedWithButton(QWidget *button)
+{
+    FDThemePicker::shared().showRelativeTo(button);
 }
 
 void PDFWindowController::makeKeyAndOrderFront()

@@ -63,6 +63,8 @@ public:
     void showInfoBanner(QWidget *banner);
     void hideInfoBanner();
     void makeKeyAndOrderFront();
+    // Shows the theme picker below the toolbar's theme button.
+    void onThemeButtonClickedWithButton(QWidget *button);
 
     // The menu commands: each item is named by its command and carries its tag.
     PDFWindowMenus *menus() const { return m_menus; }

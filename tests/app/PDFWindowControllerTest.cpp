@@ -8,9 +8,12 @@
 #include <app/PDFWindowController.h>
 #include <app/PDFWindowMenus.h>
 #include <appearance/FDTheme.h>
+#include <appearance/FDThemeButton.h>
+#include <appearance/FDThemePicker.h>
 #include <appearance/FDThemeProvider.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/tabs/TabStripModel.h>
+#include <kit/tabs/TabStripView.h>
 #include <view/FDPDFView.h>
 
 #include <QAction>
@@ -142,6 +145,15 @@ void PDFWindowControllerTest::themeItemsShowAndSetTheCurrentTheme()
     }
     action(QStringLiteral("onChangeTheme:"), FDTheme::night)->trigger();
     QCOMPARE(FDThemeProvider::current(), FDThemeProvider::night());
+    // The toolbar's theme button opens the picker right below itself.
+    QWidget *button = m_window->tabStripView();
+    m_window->onThemeButtonClickedWithButton(button);
+    FDThemePicker &picker = FDThemePicker::shared();
+    QVERIFY(picker.isVisible());
+    QVERIFY(picker.geometry().top() >= button->mapToGlobal(QPoint(0, button->height())).y());
+    QTest::mouseClick(picker.sunsetButton(), Qt::LeftButton);
+    QCOMPARE(FDThemeProvider::current(), FDThemeProvider::sunset());
+    picker.hide();
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
 }
 
