@@ -1,6 +1,7 @@
 #include "support/AppFixtures.h"
 #include "support/AppTestEnvironment.h"
 
+#include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/NewTabContents.h>
@@ -11,7 +12,9 @@
 #include <appearance/FDThemeButton.h>
 #include <appearance/FDThemePicker.h>
 #include <appearance/FDThemeProvider.h>
+#include <document/FDDocument.h>
 #include <kit/base/NotificationCenter.h>
+#include <kit/base/UserDefaults.h>
 #include <kit/tabs/TabStripModel.h>
 #include <kit/tabs/TabStripView.h>
 #include <view/FDPDFView.h>
@@ -40,6 +43,8 @@ private slots:
     void createdWindowAnnouncesItselfOnTheNextTurn();
     void documentCommandsFollowTheDocumentTab();
     void aFileOpenInAnotherWindowIsBroughtForward();
+    void closingAWindowAsksForTheChangedTabFirst_data();
+    void closingAWindowAsksForTheChangedTabFirst();
 
 private:
     QAction *action(const QString &command, int tag = -1)
@@ -279,6 +284,51 @@ void PDFWindowControllerTest::aFileOpenInAnotherWindowIsBroughtForward()
     QVERIFY(qobject_cast<NewTabContents *>(other->tabStripModel()->getSelectedTabContents()));
     QCOMPARE(m_window->tabStripModel()->count(), 1);
     delete other.data();
+}
+
+void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<int>("tabsLeft");
+    QTest::newRow("Cancel keeps all three") << int(Alert::SecondButtonReturn) << 3;
+    QTest::newRow("Don't Save closes all") << int(Alert::ThirdButtonReturn) << 0;
+}
+
+void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst()
+{
+    QFETCH(int, answer);
+    QFETCH(int, tabsLeft);
+    UserDefaults::standard().setInteger(1, FDDefaults::SavingPrompt);
+    QTemporaryDir folder;
+    QList<PDFContents *> tabs;
+    for (const char *name : { "first.pdf", "middle.pdf", "last.pdf" }) {
+        const QString path = folder.filePath(QLatin1String(name));
+        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        tabs << qobject_cast<PDFContents *>(
+            m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
+        QVERIFY(tabs.last());
+        QTRY_VERIFY(tabs.last()->primaryPDFView()->fdDocument());
+    }
+    tabs[1]->primaryPDFView()->fdDocument()->setNumberOfOtherChanges(1);
+    m_window->tabStripModel()->selectTabContentsAt(2, true);
+
+    QList<std::pair<QString, int>> prompts; // message, selected tab while asking
+    Alert::setHandlerForTesting([&](const AlertRequest &request) {
+        prompts.append({ request.messageText, m_window->tabStripModel()->selectedIndex() });
+        return answer;
+    });
+    const bool closed = m_window->windowShouldClose(nullptr);
+    Alert::setHandlerForTesting({});
+    QCOMPARE(closed, tabsLeft == 0);
+    QCOMPARE(prompts.size(), 1);
+    QVERIFY(prompts.first().first.contains(QStringLiteral("\"middle\"")));
+    QCOMPARE(prompts.first().second, 1);
+    if (tabsLeft)
+        QCOMPARE(m_window->tabStripModel()->count(), tabsLeft);
+    else
+        QTRY_VERIFY(m_window.isNull());
+    if (tabsLeft)
+        tabs[1]->primaryPDFView()->fdDocument()->setNumberOfOtherChanges(0);
 }
 
 int main(int argc, char *argv[])
