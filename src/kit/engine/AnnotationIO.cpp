@@ -356,36 +356,36 @@ QByteArray dashOperator(const PDFAnnotation &annotation)
 
 namespace {
 
-struct ColorSpec
+struct FileColor
 {
     int n = 0;
     float c[3] = {};
     float alpha = 1;
 };
 
-ColorSpec specOf(const QColor &color)
+FileColor fileColorOf(const QColor &color)
 {
-    ColorSpec spec;
+    FileColor result;
     if (!color.isValid() || color.alpha() == 0)
-        return spec;
+        return result;
     const QColor rgb = color.toRgb();
-    spec.n = 3;
-    spec.c[0] = static_cast<float>(rgb.redF());
-    spec.c[1] = static_cast<float>(rgb.greenF());
-    spec.c[2] = static_cast<float>(rgb.blueF());
-    spec.alpha = static_cast<float>(rgb.alphaF());
-    return spec;
+    result.n = 3;
+    result.c[0] = static_cast<float>(rgb.redF());
+    result.c[1] = static_cast<float>(rgb.greenF());
+    result.c[2] = static_cast<float>(rgb.blueF());
+    result.alpha = static_cast<float>(rgb.alphaF());
+    return result;
 }
 
-void putColor(fz_context *ctx, pdf_obj *dict, pdf_obj *key, const ColorSpec &spec)
+void putColor(fz_context *ctx, pdf_obj *dict, pdf_obj *key, const FileColor &color)
 {
-    if (!spec.n) {
+    if (!color.n) {
         pdf_dict_del(ctx, dict, key);
         return;
     }
     pdf_obj *array = pdf_dict_put_array(ctx, dict, key, 3);
     for (int i = 0; i < 3; ++i)
-        pdf_array_push_real(ctx, array, spec.c[i]);
+        pdf_array_push_real(ctx, array, color.c[i]);
 }
 
 void putText(fz_context *ctx, pdf_obj *dict, pdf_obj *key, const char *utf8)
@@ -450,8 +450,8 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
     }
     if (dynamic_cast<const PDFAnnotationCircle *>(&annotation)
         || dynamic_cast<const PDFAnnotationSquare *>(&annotation)) {
-        const ColorSpec interior
-            = specOf(annotation.valueForKey(QStringLiteral("interiorColor")).value<QColor>());
+        const FileColor interior
+            = fileColorOf(annotation.valueForKey(QStringLiteral("interiorColor")).value<QColor>());
         return mu::run(ctx, error, [&] { putColor(ctx, dict, PDF_NAME(IC), interior); });
     }
     if (const auto *ink = dynamic_cast<const PDFAnnotationInk *>(&annotation)) {
@@ -495,7 +495,7 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
         const float size = static_cast<float>(qfont.pointSizeF() > 0
                 ? qfont.pointSizeF()
                 : (qfont.pixelSize() > 0 ? qfont.pixelSize() : 12));
-        ColorSpec textColor = specOf(freeText->fontColor());
+        FileColor textColor = fileColorOf(freeText->fontColor());
         if (!textColor.n)
             textColor.n = 3;
         const int alignment = freeText->alignment();
@@ -564,7 +564,7 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
     const QDateTime modified = annotation.modificationDate();
     const int64_t time = modified.isValid() ? modified.toSecsSinceEpoch() : 0;
     const bool isFreeText = dynamic_cast<const PDFAnnotationFreeText *>(&annotation) != nullptr;
-    const ColorSpec color = specOf(annotation.color());
+    const FileColor color = fileColorOf(annotation.color());
     const auto border = annotation.border();
     const bool writesBorder = type == QLatin1String("Line") || type == QLatin1String("Ink")
         || type == QLatin1String("Circle") || type == QLatin1String("Square") || isFreeText;

@@ -43,9 +43,9 @@ std::shared_ptr<PDFDocument> blankDocument(bool withStamp = false)
                 "0 0 1 rg 0 0 60 60 re f", QRectF(0, 0, 60, 60) },
         };
     }
-    PdfFixtures::Document spec;
-    spec.pages = { page };
-    return open(PdfFixtures::build(spec));
+    PdfFixtures::Document description;
+    description.pages = { page };
+    return open(PdfFixtures::build(description));
 }
 
 // The colour at a page point of an image showing the whole 200 × 200 page at scale 1.
@@ -216,12 +216,12 @@ private slots:
     void annotationsStayInPageSpaceOnTurnedAndCroppedPages()
     {
         QFETCH(int, rotation);
-        PdfFixtures::Page spec;
-        spec.mediaBox = QRectF(0, 0, 200, 200);
-        spec.cropBox = QRectF(QPointF(10, 20), QPointF(190, 190));
-        spec.rotate = rotation;
+        PdfFixtures::Page turned;
+        turned.mediaBox = QRectF(0, 0, 200, 200);
+        turned.cropBox = QRectF(QPointF(10, 20), QPointF(190, 190));
+        turned.rotate = rotation;
         PdfFixtures::Document document;
-        document.pages = { spec };
+        document.pages = { turned };
         const auto doc = open(PdfFixtures::build(document));
         const auto page = doc->pageAtIndex(0);
         auto square = std::make_shared<PDFAnnotationSquare>();

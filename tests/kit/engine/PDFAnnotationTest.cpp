@@ -342,9 +342,9 @@ private slots:
             { "/Subtype /Text /Rect [100 100 124 124] /Contents (note) /Popup 7 0 R", {}, {} },
             { "/Subtype /Popup /Rect [200 200 300 300] /Parent 6 0 R", {}, {} },
         };
-        PdfFixtures::Document spec;
-        spec.pages = { page };
-        const QByteArray pdf = PdfFixtures::build(spec);
+        PdfFixtures::Document description;
+        description.pages = { page };
+        const QByteArray pdf = PdfFixtures::build(description);
         QVERIFY(pdf.contains("6 0 obj\n<< /Type /Annot /Subtype /Text"));
         auto doc = open(pdf);
         const auto first = doc->pageAtIndex(0);
@@ -377,12 +377,12 @@ private slots:
             { "/Subtype /Polygon /Rect [300 300 400 400] /Vertices [300 300 400 300 350 400]", {},
                 {} },
         };
-        PdfFixtures::Document spec;
-        spec.pages = { page, PdfFixtures::Page() };
+        PdfFixtures::Document description;
+        description.pages = { page, PdfFixtures::Page() };
         auto delegate = std::make_shared<MarkingDelegate>();
         auto doc = std::make_shared<PDFDocument>();
         doc->setDelegate(delegate);
-        QVERIFY(doc->initWithData(PdfFixtures::build(spec)));
+        QVERIFY(doc->initWithData(PdfFixtures::build(description)));
         const auto &annotations = doc->pageAtIndex(0)->annotations();
         QStringList types;
         for (const auto &annotation : annotations)

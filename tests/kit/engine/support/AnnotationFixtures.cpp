@@ -34,9 +34,9 @@ std::shared_ptr<PDFDocument> textDocument()
     PdfFixtures::Page page;
     page.lines = { QStringLiteral("The quick brown fox jumps over the lazy dog"),
         QStringLiteral("Alpha beta gamma delta"), QStringLiteral("Folio one marker") };
-    PdfFixtures::Document spec;
-    spec.pages = { page };
-    return open(PdfFixtures::build(spec));
+    PdfFixtures::Document description;
+    description.pages = { page };
+    return open(PdfFixtures::build(description));
 }
 
 std::shared_ptr<PDFAnnotation> makeAnnotation(const QString &type, const QRectF &bounds)
