@@ -103,6 +103,52 @@ void XPDFView::setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation)
             { QStringLiteral("Page"), QVariant::fromValue(page) } });
 }
 
+QRectF XPDFView::currentSelectionRect() const
+{
+    return toolMode() == PDFToolModeAreaSelection ? m_selectionRect : QRectF();
+}
+
+void XPDFView::setCurrentSelectionRect(const QRectF &rect)
+{
+    if (toolMode() != PDFToolModeAreaSelection || rect == m_selectionRect)
+        return;
+    viewport()->update();
+    if (rect.isEmpty()) {
+        m_selectionRect = QRectF();
+        m_selectionPageIndex = NotFound;
+        return;
+    }
+    m_selectionRect = rect;
+    if (m_selectionPageIndex == NotFound && document() && currentPage())
+        m_selectionPageIndex = document()->indexForPage(currentPage());
+}
+
+std::shared_ptr<PDFPage> XPDFView::currentSelectionPage() const
+{
+    if (m_selectionPageIndex == NotFound || !document())
+        return nullptr;
+    return document()->pageAtIndex(int(m_selectionPageIndex));
+}
+
+void XPDFView::setCurrentSelectionPage(const std::shared_ptr<PDFPage> &page)
+{
+    if (toolMode() != PDFToolModeAreaSelection)
+        return;
+    const qint64 index = page && document() ? document()->indexForPage(page) : NotFound;
+    if (!page) {
+        if (m_selectionPageIndex != NotFound)
+            viewport()->update();
+        m_selectionRect = QRectF();
+        m_selectionPageIndex = NotFound;
+        return;
+    }
+    if (index != m_selectionPageIndex)
+        viewport()->update();
+    m_selectionPageIndex = index < 0 ? NotFound : index;
+    if (m_selectionRect.isEmpty())
+        m_selectionRect = page->boundsForBox(PDFDisplayBox::CropBox);
+}
+
 void XPDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 {
     sanitizeAnnotationsInDocument(document);

@@ -62,6 +62,18 @@ public:
     std::shared_ptr<PDFAnnotation> selectedAnn() const { return m_selectedAnn.lock(); }
     virtual void setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation);
 
+    // The area selection, answered only in the area-selection tool: in any other tool the rect
+    // reads empty and the setters do nothing, while what is stored stays until the next document.
+    QRectF currentSelectionRect() const;
+    void setCurrentSelectionRect(const QRectF &rect);
+    std::shared_ptr<PDFPage> currentSelectionPage() const;
+    void setCurrentSelectionPage(const std::shared_ptr<PDFPage> &page);
+
+    // While frozen, the horizontal scroll position stays where it is (a bar above the view is
+    // shown or hidden meanwhile).
+    bool isClipViewFrozen() const { return m_isClipViewFrozen; }
+    void setIsClipViewFrozen(bool frozen) { m_isClipViewFrozen = frozen; }
+
     // Cleans the document's annotations, forgets the area selection, then shows the document.
     void setDocument(const std::shared_ptr<PDFDocument> &document) override;
     // A change of layout never moves the reader; single-page modes show page breaks, two-up
@@ -86,6 +98,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
+    bool vetoesHorizontalScroll() const override { return m_isClipViewFrozen; }
 
     QRectF m_selectionRect; // the area selection in page space; empty for none
     qint64 m_selectionPageIndex = NotFound;
@@ -94,5 +107,6 @@ private:
     PDFViewDelegate2 *m_delegate2 = nullptr;
     quint64 m_instanceId = 0;
     qint64 m_viewMode = 0;
+    bool m_isClipViewFrozen = false;
     std::weak_ptr<PDFAnnotation> m_selectedAnn;
 };

@@ -13,6 +13,7 @@
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
+#include <view/PDFViewDelegate2.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -21,6 +22,17 @@
 #include <QtTest>
 
 #include <sys/xattr.h>
+
+// The tab's part for the view: a tool the test sets.
+class ToolOwner : public PDFViewDelegate2
+{
+public:
+    PDFToolMode tool = PDFToolModeTextSelection;
+    PDFToolMode toolMode() const override { return tool; }
+    void PDFViewESCKeyDown(XPDFView *) override { }
+    void PDFViewDidBecomeFirstResponder(XPDFView *) override { }
+    void PDFViewPerformAddOutline(XPDFView *) override { }
+};
 
 class FDPDFViewTest : public QObject
 {
@@ -41,6 +53,8 @@ private slots:
     void titlesOfEmptyNewAndNamedViews();
     void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
     void closestOutlineItemIsTheLastOutlinedPageBefore_data();
+    void areaSelectionAnswersOnlyInTheAreaTool();
+    void frozenViewKeepsItsHorizontalPosition();
     void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
 
@@ -349,6 +363,53 @@ void FDPDFViewTest::closestOutlineItemIsTheLastOutlinedPageBefore()
     QTRY_VERIFY(!view->isLoading());
     const auto item = view->closestOutlineItemFor(view->document()->pageAtIndex(page));
     QCOMPARE(item ? item->label() : QString(), label);
+}
+
+void FDPDFViewTest::areaSelectionAnswersOnlyInTheAreaTool()
+{
+    auto view = openView(QUrl::fromLocalFile(writeFixture(QStringLiteral("area.pdf"))));
+    QTRY_VERIFY(!view->isLoading());
+    ToolOwner owner;
+    view->setDelegate2(&owner);
+    const QRectF area(10, 20, 100, 50);
+    view->setCurrentSelectionRect(area);
+    QVERIFY(!view->currentSelectionPage());
+
+    owner.tool = PDFToolModeAreaSelection;
+    view->setCurrentSelectionRect(area);
+    QCOMPARE(view->currentSelectionRect(), area);
+    QCOMPARE(view->currentSelectionPage(), view->currentPage());
+    owner.tool = PDFToolModeTextSelection;
+    QCOMPARE(view->currentSelectionRect(), QRectF());
+    QCOMPARE(view->currentSelectionPage(), view->currentPage());
+    owner.tool = PDFToolModeAreaSelection;
+    QCOMPARE(view->currentSelectionRect(), area);
+
+    // An empty rect clears both; a page alone selects its crop box.
+    view->setCurrentSelectionRect(QRectF());
+    QVERIFY(!view->currentSelectionPage());
+    const auto third = view->document()->pageAtIndex(2);
+    view->setCurrentSelectionPage(third);
+    QCOMPARE(view->currentSelectionRect(), third->boundsForBox(PDFDisplayBox::CropBox));
+    view->setDocument(view->document());
+    QCOMPARE(view->currentSelectionRect(), QRectF());
+    view->setDelegate2(nullptr);
+}
+
+void FDPDFViewTest::frozenViewKeepsItsHorizontalPosition()
+{
+    auto view = openView(QUrl::fromLocalFile(writeFixture(QStringLiteral("frozen.pdf"))));
+    QTRY_VERIFY(!view->isLoading());
+    view->setScaleFactor(3.0);
+    QScrollBar *const bar = view->horizontalScrollBar();
+    QVERIFY(bar->maximum() > 100);
+    const int before = bar->value();
+    view->setIsClipViewFrozen(true);
+    bar->setValue(before + 100);
+    QCOMPARE(bar->value(), before);
+    view->setIsClipViewFrozen(false);
+    bar->setValue(before + 100);
+    QCOMPARE(bar->value(), before + 100);
 }
 
 int main(int argc, char *argv[])
