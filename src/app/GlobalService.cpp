@@ -92,12 +92,20 @@ void GlobalService::setOpenedWindowsChanged(bool changed)
 
 int GlobalService::run()
 {
+    if (handOverOrListen())
+        return 0;
+    QTimer::singleShot(0, this, &GlobalService::applicationDidFinishLaunching);
+    return QApplication::exec();
+}
+
+bool GlobalService::handOverOrListen()
+{
     QStringList paths;
     for (const QString &path : std::as_const(m_launchPaths))
         paths << QFileInfo(path).absoluteFilePath();
     m_singleInstance = new FDSingleInstance(instanceName(), this);
     if (m_singleInstance->forwardToRunningInstance(paths))
-        return 0;
+        return true;
     m_singleInstance->listen([this](const QStringList &forwarded) {
         if (!forwarded.isEmpty()) {
             openFiles(forwarded);
@@ -107,8 +115,7 @@ int GlobalService::run()
         }
     });
     openFiles(paths);
-    QTimer::singleShot(0, this, &GlobalService::applicationDidFinishLaunching);
-    return QApplication::exec();
+    return false;
 }
 
 bool GlobalService::eventFilter(QObject *watched, QEvent *event)

@@ -43,6 +43,9 @@ public:
     // Hands the paths to a running Folidoc and answers 0, or becomes the running one and runs the
     // event loop to its end.
     int run();
+    // The first half of run(): true when a running Folidoc took the paths; otherwise this
+    // process now receives the paths of later launches, and keeps its own for the launch.
+    bool handOverOrListen();
 
     void applicationDidFinishLaunching();
     bool openFile(const QString &path);

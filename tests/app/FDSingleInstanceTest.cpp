@@ -1,7 +1,6 @@
 #include "support/AppTestEnvironment.h"
 
 #include <app/FDSingleInstance.h>
-#include <app/GlobalService.h>
 
 #include <QProcess>
 #include <QtTest>
@@ -13,7 +12,7 @@ class FDSingleInstanceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void aSecondLaunchHandsItsPathsToTheFirst();
+    void aSecondProcessHandsItsPathsToTheFirst();
     void withNobodyListeningNothingIsForwarded();
     void aSocketLeftByACrashIsTakenOver();
 
@@ -38,20 +37,15 @@ private:
     }
 };
 
-void FDSingleInstanceTest::aSecondLaunchHandsItsPathsToTheFirst()
+void FDSingleInstanceTest::aSecondProcessHandsItsPathsToTheFirst()
 {
     const QString name = uniqueName("forward");
     FDSingleInstance first(name);
     QList<QStringList> received;
     QVERIFY(first.listen([&](const QStringList &paths) { received << paths; }));
-    // A real second launch: the application service, which forwards and answers at once.
-    QCOMPARE(runChild(QStringLiteral("launch"), name,
-                 { QStringLiteral("/tmp/a b.pdf"), QStringLiteral("relative.pdf") }),
-        0);
-    QCOMPARE(received.size(), 1);
-    QCOMPARE(received.first().first(), QStringLiteral("/tmp/a b.pdf"));
-    // Relative paths are made absolute in the launching process's folder.
-    QCOMPARE(received.first().last(), QDir::current().absoluteFilePath("relative.pdf"));
+    const QStringList paths { QStringLiteral("/tmp/a b.pdf"), QStringLiteral("/tmp/ü,2.pdf") };
+    QCOMPARE(runChild(QStringLiteral("forward"), name, paths), 0);
+    QCOMPARE(received, QList<QStringList> { paths });
 }
 
 void FDSingleInstanceTest::withNobodyListeningNothingIsForwarded()
@@ -71,16 +65,12 @@ void FDSingleInstanceTest::aSocketLeftByACrashIsTakenOver()
     QCOMPARE(received, QStringList { QStringLiteral("/p.pdf") });
 }
 
-// Child modes: "launch" runs the application service as the process entry does; "forward"
-// forwards its arguments; "crash" listens and dies without closing the socket.
+// Child modes: "forward" forwards its arguments; "crash" listens and dies without closing the
+// socket.
 static int runChildMode(const QString &mode)
 {
     const QString name = qEnvironmentVariable("FOLIDOC_INSTANCE_NAME");
     const QStringList arguments = QCoreApplication::arguments().mid(1);
-    if (mode == QLatin1String("launch")) {
-        GlobalService service(arguments);
-        return service.run();
-    }
     FDSingleInstance instance(name);
     if (mode == QLatin1String("forward"))
         return instance.forwardToRunningInstance(arguments) ? 0 : 3;

@@ -16,8 +16,11 @@
 #include <kit/tabs/TabStripModel.h>
 #include <view/FDPDFView.h>
 
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <unistd.h>
 
 class GlobalServiceTest : public QObject
 {
@@ -37,6 +40,7 @@ private slots:
     void quitWaitsForAPendingSave();
     void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab();
     void aDocumentStoredTwiceIsRestoredOnceWithItsSplit();
+    void aSecondLaunchsPathsArriveAsTabs();
 
 private:
     static QVariantMap windowRecord(const QVariantList &tabs, int selected, const QRect &frame)
@@ -300,11 +304,45 @@ void GlobalServiceTest::aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
     QTRY_COMPARE(split->secondaryPDFView()->fileURL(), urls[2]);
 }
 
+void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs()
+{
+    QTemporaryDir folder;
+    const QString first = folder.filePath(QStringLiteral("first.pdf"));
+    const QString second = folder.filePath(QStringLiteral("second.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(first, Qt::white));
+    QVERIFY(AppFixtures::writeColourPDF(second, Qt::white));
+    qputenv("FOLIDOC_INSTANCE_NAME", QStringLiteral("folidoc-test-%1").arg(getpid()).toUtf8());
+    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+    QVERIFY(!m_service->handOverOrListen());
+    m_service->applicationDidFinishLaunching();
+
+    // A real second process, started as the desktop starts it, with a path relative to its folder.
+    QProcess launch;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("FOLIDOC_TEST_CHILD"), QStringLiteral("launch"));
+    launch.setProcessEnvironment(environment);
+    launch.setWorkingDirectory(folder.path());
+    QSignalSpy finished(&launch, &QProcess::finished);
+    launch.start(QCoreApplication::applicationFilePath(), { QStringLiteral("second.pdf"), first });
+    QVERIFY(finished.wait(20000));
+    QCOMPARE(launch.exitCode(), 0);
+    TabStripModel *model = windows().first()->tabStripModel();
+    QTRY_COMPARE(model->count(), 2);
+    QCOMPARE(model->getTabContentsAtIndex(0)->url(),
+        QUrl::fromLocalFile(second).toString(QUrl::FullyEncoded));
+    QCOMPARE(model->selectedIndex(), 1);
+    qunsetenv("FOLIDOC_INSTANCE_NAME");
+}
+
 int main(int argc, char *argv[])
 {
     AppTestEnvironment::isolate();
     QApplication app(argc, argv);
     PDFContents::registerAsDocumentContents();
+    if (qEnvironmentVariable("FOLIDOC_TEST_CHILD") == QLatin1String("launch")) {
+        GlobalService service(QApplication::arguments().mid(1));
+        return service.run();
+    }
     GlobalServiceTest test;
     return QTest::qExec(&test, argc, argv);
 }
