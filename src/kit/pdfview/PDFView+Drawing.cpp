@@ -139,19 +139,39 @@ void PDFView::drawTiles(int index, QPainter &painter)
             int(std::ceil((clip.bottom() + 1 - rect.top()) * dpr)) - 1));
     const QRect needed = devicePart.intersected(QRect(QPoint(0, 0), pixels));
     QRegion missing;
+    std::vector<std::pair<QRect, const QImage *>> exact;
     for (int row = needed.top() / T; row <= needed.bottom() / T; ++row) {
         for (int column = needed.left() / T; column <= needed.right() / T; ++column) {
             key.column = column;
             key.row = row;
             const QRect tile = key.pixelRect(pixels);
-            const QRectF target(
-                QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr);
-            if (const QImage *image = m_tiles.find(key))
-                painter.drawImage(target, *image);
-            else
-                missing += target.toAlignedRect();
+            if (const QImage *image = m_tiles.find(key)) {
+                exact.emplace_back(tile, image);
+            } else {
+                missing += QRectF(QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr,
+                    QSizeF(tile.size()) / dpr)
+                               .toAlignedRect();
+            }
         }
     }
+    // Tiles go onto whole device pixels, whatever the ratio: the page's origin is rounded to
+    // the device grid once, and each tile is copied 1:1 from there.
+    const QTransform world = painter.transform();
+    painter.save();
+    if (world.type() <= QTransform::TxTranslate) {
+        const QPoint origin
+            = ((QPointF(rect.topLeft()) + QPointF(world.dx(), world.dy())) * dpr).toPoint();
+        painter.setTransform(QTransform::fromScale(1 / dpr, 1 / dpr));
+        for (const auto &[tile, image] : exact)
+            painter.drawImage(origin + tile.topLeft(), *image);
+    } else {
+        for (const auto &[tile, image] : exact) {
+            painter.drawImage(QRectF(QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr,
+                                  QSizeF(tile.size()) / dpr),
+                *image);
+        }
+    }
+    painter.restore();
     if (missing.isEmpty())
         return;
     // Stand-ins: tiles of another scale or an older revision, stretched, worst first, over
