@@ -5,6 +5,7 @@
 #include <support/TestTools.h>
 
 #include <kit/engine/PDFActionGoTo.h>
+#include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFActionURL.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
@@ -189,6 +190,35 @@ private slots:
         doc->setOutlineRoot(nullptr);
         QVERIFY(reread->initWithData(doc->dataRepresentation()));
         QVERIFY(!reread->outlineRoot());
+    }
+
+    void actionsOfOtherKindsRoundTrip()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::build(PdfFixtures::textPages(2))));
+        auto root = std::make_shared<PDFOutline>();
+        auto remote = std::make_shared<PDFOutline>();
+        remote->setLabel("Elsewhere");
+        remote->setAction(
+            std::make_shared<PDFActionRemoteGoTo>(4, QPointF(10, 20), QUrl("other file.pdf")));
+        auto fit = std::make_shared<PDFOutline>();
+        fit->setLabel("Whole page");
+        fit->setDestination(std::make_shared<PDFDestination>(doc->pageAtIndex(1),
+            QPointF(PDFDestination::UnspecifiedValue, PDFDestination::UnspecifiedValue)));
+        root->insertChild(remote, 0);
+        root->insertChild(fit, 1);
+        doc->setOutlineRoot(root);
+        auto reread = std::make_shared<PDFDocument>();
+        QVERIFY(reread->initWithData(doc->dataRepresentation()));
+        const auto readRemote = std::dynamic_pointer_cast<PDFActionRemoteGoTo>(
+            reread->outlineRoot()->childAtIndex(0)->action());
+        QVERIFY(readRemote);
+        QCOMPARE(readRemote->pageIndex(), 4);
+        QCOMPARE(readRemote->point(), QPointF(10, 20));
+        QCOMPARE(readRemote->URL(), QUrl("other file.pdf"));
+        const auto readFit = reread->outlineRoot()->childAtIndex(1)->destination();
+        QCOMPARE(readFit->page(), reread->pageAtIndex(1));
+        QCOMPARE(readFit->point().x(), PDFDestination::UnspecifiedValue);
     }
 
     void treeRefusesCycles()
