@@ -9,6 +9,7 @@
 #include <document/PDFSavingService.h>
 #include <kit/base/Archiver.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
@@ -54,6 +55,7 @@ private slots:
     void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
     void closestOutlineItemIsTheLastOutlinedPageBefore_data();
     void areaSelectionAnswersOnlyInTheAreaTool();
+    void shownAnnotationsLoseAppearancesAndGainAColour();
     void frozenViewKeepsItsHorizontalPosition();
     void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
@@ -394,6 +396,26 @@ void FDPDFViewTest::areaSelectionAnswersOnlyInTheAreaTool()
     view->setDocument(view->document());
     QCOMPARE(view->currentSelectionRect(), QRectF());
     view->setDelegate2(nullptr);
+}
+
+void FDPDFViewTest::shownAnnotationsLoseAppearancesAndGainAColour()
+{
+    PdfFixtures::Document annotated = PdfFixtures::textPages(2, 3, 0);
+    const QByteArray box("0 0 1 RG 10 10 30 30 re S");
+    annotated.pages[1].annotations = {
+        { "/Subtype /Square /Rect [100 100 140 140]", box, QRectF(0, 0, 40, 40) },
+        { "/Subtype /Square /Rect [200 100 240 140] /C [1 0 0]", box, QRectF(0, 0, 40, 40) },
+    };
+    const QString path = m_dir.filePath(QStringLiteral("annotated.pdf"));
+    QVERIFY(PdfFixtures::write(annotated, path));
+    auto view = openView(QUrl::fromLocalFile(path));
+    QTRY_VERIFY(!view->isLoading());
+    const auto &annotations = view->document()->pageAtIndex(1)->annotations();
+    QCOMPARE(annotations.size(), size_t(2));
+    QCOMPARE(annotations[0]->color().alpha(), 0);
+    QCOMPARE(annotations[1]->color(), QColor(255, 0, 0));
+    for (const auto &annotation : annotations)
+        QVERIFY(!annotation->hasAppearanceStream());
 }
 
 void FDPDFViewTest::frozenViewKeepsItsHorizontalPosition()
