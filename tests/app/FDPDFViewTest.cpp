@@ -51,12 +51,10 @@ private slots:
     void fitPageLeavesRoomForPageBreaks();
     void reopeningTakesOverTheDocumentBeingSaved();
     void unreadableFileAlertsOnceAndStaysEmpty();
-    void titlesOfEmptyNewAndNamedViews();
     void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
     void closestOutlineItemIsTheLastOutlinedPageBefore_data();
     void areaSelectionAnswersOnlyInTheAreaTool();
     void shownAnnotationsLoseAppearancesAndGainAColour();
-    void frozenViewKeepsItsHorizontalPosition();
     void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
 
@@ -290,22 +288,6 @@ void FDPDFViewTest::unreadableFileAlertsOnceAndStaysEmpty()
     Alert::setHandlerForTesting({});
 }
 
-void FDPDFViewTest::titlesOfEmptyNewAndNamedViews()
-{
-    FDPDFView empty;
-    QCOMPARE(empty.title(), QStringLiteral("(empty)"));
-    FDPDFView fresh;
-    fresh.loadDocument(QUrl());
-    QCOMPARE(fresh.title(), QStringLiteral("Untitled"));
-    fresh.show();
-    QVERIFY(fresh.fdDocument());
-    QCOMPARE(fresh.title(), QStringLiteral("Untitled"));
-    FDPDFView waiting;
-    waiting.loadDocument(QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("Report 2024.pdf"))));
-    QCOMPARE(waiting.title(), QStringLiteral("Report 2024"));
-    QVERIFY(!waiting.document());
-}
-
 void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes_data()
 {
     QTest::addColumn<int>("theme");
@@ -416,22 +398,6 @@ void FDPDFViewTest::shownAnnotationsLoseAppearancesAndGainAColour()
     QCOMPARE(annotations[1]->color(), QColor(255, 0, 0));
     for (const auto &annotation : annotations)
         QVERIFY(!annotation->hasAppearanceStream());
-}
-
-void FDPDFViewTest::frozenViewKeepsItsHorizontalPosition()
-{
-    auto view = openView(QUrl::fromLocalFile(writeFixture(QStringLiteral("frozen.pdf"))));
-    QTRY_VERIFY(!view->isLoading());
-    view->setScaleFactor(3.0);
-    QScrollBar *const bar = view->horizontalScrollBar();
-    QVERIFY(bar->maximum() > 100);
-    const int before = bar->value();
-    view->setIsClipViewFrozen(true);
-    bar->setValue(before + 100);
-    QCOMPARE(bar->value(), before);
-    view->setIsClipViewFrozen(false);
-    bar->setValue(before + 100);
-    QCOMPARE(bar->value(), before + 100);
 }
 
 int main(int argc, char *argv[])
