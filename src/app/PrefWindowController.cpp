@@ -8,6 +8,7 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
 
+#include <QAction>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -114,6 +115,15 @@ PrefWindowController::PrefWindowController()
     m_advancedContentsView = makeAdvancedPane();
     m_advancedContentsView->hide();
     setSelectedTabButton(m_generalButton);
+
+    // The usual key closes the window as its close button does.
+    auto *const closeAction = new QAction(this);
+    const QList<QKeySequence> closeKeys = QKeySequence::keyBindings(QKeySequence::Close);
+    closeAction->setShortcuts(closeKeys.isEmpty()
+            ? QList<QKeySequence> { QKeySequence(Qt::CTRL | Qt::Key_W) }
+            : closeKeys);
+    connect(closeAction, &QAction::triggered, this, &PrefWindowController::performCloseTabAction);
+    addAction(closeAction);
 
     setFixedWidth(540);
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,

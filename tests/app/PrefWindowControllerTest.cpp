@@ -155,6 +155,10 @@ void PrefWindowControllerTest::closingOnlyHides()
     window().close();
     QVERIFY(!window().isVisible());
     QCOMPARE(&PrefWindowController::shared(), before);
+    window().showWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window()));
+    QTest::keyClick(&window(), Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!window().isVisible());
 }
 
 void PrefWindowControllerTest::windowFollowsTheTheme()
