@@ -6,6 +6,7 @@
 #include <app/FDThumbnailCache.h>
 #include <app/NewTabContents.h>
 #include <app/NewTabDropFileArea.h>
+#include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
@@ -31,6 +32,7 @@ private slots:
     void dropAreaDrawsInEveryTheme_data();
     void dropAreaDrawsInEveryTheme();
     void compressReplacesTheStartTab();
+    void choosingARecentFileReplacesTheStartTab();
 
 private:
     NewTabContents *startTab();
@@ -194,10 +196,29 @@ void NewTabContentsTest::compressReplacesTheStartTab()
     QCOMPARE(m_window->tabStripModel()->count(), count + 1);
 }
 
+void NewTabContentsTest::choosingARecentFileReplacesTheStartTab()
+{
+    const QString path = m_files.filePath(QStringLiteral("chosen.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(path));
+    NewTabContents *tab = startTab();
+    QVERIFY(tab && tab->isShowingRecents());
+    QListWidget *grid = tab->recentsCollectionView();
+    QTRY_VERIFY(grid->isVisible());
+    const QRect cell = grid->visualItemRect(grid->item(0));
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+    TabStripModel *model = m_window->tabStripModel();
+    QCOMPARE(model->count(), 1);
+    auto *document = qobject_cast<PDFContents *>(model->getSelectedTabContents());
+    QVERIFY(document);
+    QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+}
+
 int main(int argc, char *argv[])
 {
     AppTestEnvironment::isolate();
     QApplication app(argc, argv);
+    PDFContents::registerAsDocumentContents();
     NewTabContentsTest test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -22,6 +22,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -43,6 +44,7 @@ private slots:
     void createdWindowAnnouncesItselfOnTheNextTurn();
     void documentCommandsFollowTheDocumentTab();
     void aFileOpenInAnotherWindowIsBroughtForward();
+    void droppingAFileOnAStartTabReplacesIt();
     void closingAWindowAsksForTheChangedTabFirst_data();
     void closingAWindowAsksForTheChangedTabFirst();
 
@@ -284,6 +286,26 @@ void PDFWindowControllerTest::aFileOpenInAnotherWindowIsBroughtForward()
     QVERIFY(qobject_cast<NewTabContents *>(other->tabStripModel()->getSelectedTabContents()));
     QCOMPARE(m_window->tabStripModel()->count(), 1);
     delete other.data();
+}
+
+void PDFWindowControllerTest::droppingAFileOnAStartTabReplacesIt()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("dropped.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    QMimeData data;
+    data.setUrls({ QUrl::fromLocalFile(path) });
+    const QPoint at = m_window->rect().center();
+    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(m_window, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(m_window, &drop);
+    QCOMPARE(m_window->tabStripModel()->count(), 1);
+    auto *document
+        = qobject_cast<PDFContents *>(m_window->tabStripModel()->getSelectedTabContents());
+    QVERIFY(document);
+    QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
 }
 
 void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst_data()
