@@ -1,5 +1,6 @@
 #include "AnnotationIO.h"
 
+#include "PDFActionRemoteGoTo.h"
 #include "PDFAnnotation.h"
 #include "PDFAnnotationCircle.h"
 #include "PDFAnnotationFreeText.h"
@@ -252,14 +253,33 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
         popup->setIsOpen(open);
     } else if (auto *link = dynamic_cast<PDFAnnotationLink *>(&annotation)) {
         const char *uri = nullptr;
+        const char *remoteFile = nullptr;
+        int remotePage = -1;
         int pageObject = 0;
         float point[2] = { 0, 0 };
         mu::run(ctx, error, [&] {
             pdf_obj *action = pdf_dict_get(ctx, dict, PDF_NAME(A));
             pdf_obj *dest = pdf_dict_get(ctx, dict, PDF_NAME(Dest));
-            if (pdf_name_eq(ctx, pdf_dict_get(ctx, action, PDF_NAME(S)), PDF_NAME(URI)))
+            pdf_obj *kind = pdf_dict_get(ctx, action, PDF_NAME(S));
+            if (pdf_name_eq(ctx, kind, PDF_NAME(URI)))
                 uri = pdf_dict_get_text_string(ctx, action, PDF_NAME(URI));
-            else if (!dest
+            if (pdf_name_eq(ctx, kind, PDF_NAME(GoToR))) {
+                // A page of another file: its number, and the point of an XYZ destination.
+                pdf_obj *file = pdf_dict_get(ctx, action, PDF_NAME(F));
+                if (pdf_is_dict(ctx, file))
+                    file = pdf_dict_get(ctx, file, PDF_NAME(UF))
+                        ? pdf_dict_get(ctx, file, PDF_NAME(UF))
+                        : pdf_dict_get(ctx, file, PDF_NAME(F));
+                remoteFile = pdf_is_string(ctx, file) ? pdf_to_text_string(ctx, file) : "";
+                pdf_obj *remote = pdf_dict_get(ctx, action, PDF_NAME(D));
+                remotePage = pdf_is_int(ctx, pdf_array_get(ctx, remote, 0))
+                    ? pdf_to_int(ctx, pdf_array_get(ctx, remote, 0))
+                    : 0;
+                if (pdf_name_eq(ctx, pdf_array_get(ctx, remote, 1), PDF_NAME(XYZ))) {
+                    point[0] = pdf_to_real(ctx, pdf_array_get(ctx, remote, 2));
+                    point[1] = pdf_to_real(ctx, pdf_array_get(ctx, remote, 3));
+                }
+            } else if (!dest
                 && pdf_name_eq(ctx, pdf_dict_get(ctx, action, PDF_NAME(S)), PDF_NAME(GoTo)))
                 dest = pdf_dict_get(ctx, action, PDF_NAME(D));
             if (pdf_is_name(ctx, dest) || pdf_is_string(ctx, dest))
@@ -276,6 +296,9 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
         });
         if (uri)
             link->setURL(QUrl(text(uri)));
+        if (remoteFile)
+            link->setAction(std::make_shared<PDFActionRemoteGoTo>(
+                std::max(remotePage, 0), QPointF(point[0], point[1]), QUrl(text(remoteFile))));
         const auto target = pageObject > 0 && pageForObject ? pageForObject(pageObject) : nullptr;
         if (target)
             link->setDestination(

@@ -24,6 +24,8 @@ void PDFAnnotationLink::setDestination(const std::shared_ptr<PDFDestination> &de
 
 std::shared_ptr<PDFAction> PDFAnnotationLink::action() const
 {
+    if (m_action)
+        return m_action;
     if (!m_url.isEmpty())
         return std::make_shared<PDFActionURL>(m_url);
     if (m_destination)

@@ -19,8 +19,10 @@ public:
     void setURL(const QUrl &url);
     std::shared_ptr<PDFDestination> destination() const { return m_destination; }
     void setDestination(const std::shared_ptr<PDFDestination> &destination);
-    // A PDFActionURL, a PDFActionGoTo, or null for a link that goes nowhere.
+    // The explicit action (a go-to into another file, read from the file), else a PDFActionURL
+    // or a PDFActionGoTo; null for a link that goes nowhere.
     std::shared_ptr<PDFAction> action() const;
+    void setAction(const std::shared_ptr<PDFAction> &action) { m_action = action; }
 
     // Links draw nothing of their own.
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
@@ -32,4 +34,5 @@ public:
 private:
     QUrl m_url;
     std::shared_ptr<PDFDestination> m_destination;
+    std::shared_ptr<PDFAction> m_action;
 };

@@ -8,6 +8,7 @@
 #include <support/TestTools.h>
 
 #include <kit/base/BezierPath.h>
+#include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFAnnotationInk.h>
 #include <kit/engine/PDFAnnotationLine.h>
@@ -376,6 +377,9 @@ private slots:
                 {}, {} },
             { "/Subtype /Polygon /Rect [300 300 400 400] /Vertices [300 300 400 300 350 400]", {},
                 {} },
+            { "/Subtype /Link /Rect [400 600 500 620] "
+              "/A << /S /GoToR /F (other.pdf) /D [3 /XYZ 10 20 null] >>",
+                {}, {} },
         };
         PdfFixtures::Document description;
         description.pages = { page, PdfFixtures::Page() };
@@ -387,7 +391,8 @@ private slots:
         QStringList types;
         for (const auto &annotation : annotations)
             types.append(annotation->type());
-        QCOMPARE(types, QStringList({ "Link", "Link", "Line", "Ink", "StrikeOut", "Polygon" }));
+        QCOMPARE(
+            types, QStringList({ "Link", "Link", "Line", "Ink", "StrikeOut", "Polygon", "Link" }));
         QCOMPARE(delegate->asked, types);
         // A copy of the page, in no document yet, builds its annotations the same way.
         delegate->asked.clear();
@@ -402,6 +407,12 @@ private slots:
         QCOMPARE(jump->destination()->page(), doc->pageAtIndex(1));
         QCOMPARE(jump->destination()->point(), QPointF(30, 700));
         QCOMPARE(doc->pageAtIndex(0)->annotationAtPoint(QPointF(80, 565)), annotations[1]);
+        const auto remote = std::dynamic_pointer_cast<PDFActionRemoteGoTo>(
+            std::dynamic_pointer_cast<PDFAnnotationLink>(annotations[6])->action());
+        QVERIFY(remote);
+        QCOMPARE(remote->URL(), QUrl(QStringLiteral("other.pdf")));
+        QCOMPARE(remote->pageIndex(), 3);
+        QCOMPARE(remote->point(), QPointF(10, 20));
 
         const auto line = std::dynamic_pointer_cast<PDFAnnotationLine>(annotations[2]);
         QCOMPARE(line->bounds(), QRectF(90, 90, 120, 70));
