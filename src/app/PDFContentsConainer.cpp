@@ -215,6 +215,6 @@ void PDFContentsConainer::onThemeChanged()
     for (QSplitter *const splitter :
         { m_searchSplitView, m_sidebarSplitView, m_vertPDFSplitView, m_horiPDFSplitView }) {
         for (int index = 1; index < splitter->count(); ++index)
-            setBackground(splitter->handle(index), theme->color(FDTheme::paneDividerPrimaryColor));
+            setBackground(splitter->handle(index), theme->color(FDTheme::borderColor));
     }
 }

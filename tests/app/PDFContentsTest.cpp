@@ -265,6 +265,9 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
     QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->rightContainer());
     QVERIFY(root->rightContainer()->isVisible());
     QVERIFY(!root->bottomContainer()->isVisible());
+    if (!qEnvironmentVariableIsEmpty("FOLIDOC_GRAB_DIR"))
+        tab->view()->grab().save(
+            qEnvironmentVariable("FOLIDOC_GRAB_DIR") + QStringLiteral("/contents-split.png"));
 
     QWidget *const primaryPlace = tab->primaryPDFView()->parentWidget();
     tab->swapPDFViews();
