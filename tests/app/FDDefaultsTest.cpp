@@ -9,9 +9,6 @@
 #include <QProcess>
 #include <QtTest>
 
-#include <pwd.h>
-#include <unistd.h>
-
 class FDDefaultsTest : public QObject
 {
     Q_OBJECT
@@ -26,7 +23,6 @@ private slots:
     void newUserGetsTheTable_data();
     void newUserGetsTheTable();
     void tableHasThirtyOneKeysInOrder();
-    void userNameComesFromTheUserDatabase();
     void storedValueWinsAtEveryLaunch();
     void readersSeeAChangeAtTheirNextReading();
     void impossibleEnumerationValueStopsTheProcess_data();
@@ -106,18 +102,6 @@ void FDDefaultsTest::tableHasThirtyOneKeysInOrder()
     QVERIFY(!keys.contains(FDDefaults::LastOpenedWindows));
     QVERIFY(!keys.contains(AnnotationDefaultsKeys::Width));
     QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
-}
-
-void FDDefaultsTest::userNameComesFromTheUserDatabase()
-{
-    const passwd *entry = getpwuid(getuid());
-    QVERIFY(entry);
-    const QString gecosName
-        = QString::fromLocal8Bit(entry->pw_gecos).section(QLatin1Char(','), 0, 0).trimmed();
-    const QString expected
-        = gecosName.isEmpty() ? QString::fromLocal8Bit(entry->pw_name) : gecosName;
-    QCOMPARE(FDDefaults::userName(), expected);
-    QVERIFY(!FDDefaults::userName().isEmpty());
 }
 
 void FDDefaultsTest::storedValueWinsAtEveryLaunch()
