@@ -2,7 +2,6 @@
 
 #include "PDFActionRemoteGoTo.h"
 #include "PDFAnnotation.h"
-#include "PDFAnnotationCircle.h"
 #include "PDFAnnotationFreeText.h"
 #include "PDFAnnotationInk.h"
 #include "PDFAnnotationLine.h"
@@ -10,7 +9,7 @@
 #include "PDFAnnotationMarkup.h"
 #include "PDFAnnotationPopup.h"
 #include "PDFAnnotationPrivate.h"
-#include "PDFAnnotationSquare.h"
+#include "PDFAnnotationShape.h"
 #include "PDFAnnotationStamp.h"
 #include "PDFAnnotationText.h"
 #include "PDFBorder.h"
@@ -188,8 +187,7 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
         });
         line->setStartLineStyle(lineStyleForName(names[0]));
         line->setEndLineStyle(lineStyleForName(names[1]));
-    } else if (dynamic_cast<PDFAnnotationCircle *>(&annotation)
-        || dynamic_cast<PDFAnnotationSquare *>(&annotation)) {
+    } else if (dynamic_cast<PDFAnnotationShape *>(&annotation)) {
         float c[4] = {};
         int n = 0;
         mu::run(ctx, error, [&] { n = readColor(ctx, pdf_dict_get(ctx, dict, PDF_NAME(IC)), c); });
@@ -471,8 +469,7 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
             pdf_array_push_name(ctx, ends, endName);
         });
     }
-    if (dynamic_cast<const PDFAnnotationCircle *>(&annotation)
-        || dynamic_cast<const PDFAnnotationSquare *>(&annotation)) {
+    if (dynamic_cast<const PDFAnnotationShape *>(&annotation)) {
         const FileColor interior
             = fileColorOf(annotation.valueForKey(QStringLiteral("interiorColor")).value<QColor>());
         return mu::run(ctx, error, [&] { putColor(ctx, dict, PDF_NAME(IC), interior); });
