@@ -88,7 +88,8 @@ void PDFTileCache::clear()
     m_pixels = 0;
 }
 
-void PDFTileCache::erase(const PDFTileKey &key)
+// By value: the key may be the element of m_uses that this removes.
+void PDFTileCache::erase(PDFTileKey key)
 {
     const auto found = m_entries.find(key);
     if (found == m_entries.end())

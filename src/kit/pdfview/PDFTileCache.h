@@ -48,7 +48,7 @@ private:
         QImage image;
         std::list<PDFTileKey>::iterator use;
     };
-    void erase(const PDFTileKey &key);
+    void erase(PDFTileKey key);
     void trim();
 
     qint64 m_budget;
