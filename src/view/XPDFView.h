@@ -7,6 +7,7 @@
 
 #include "PDFToolMode.h"
 
+#include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFView.h>
 
 #include <QRectF>
@@ -17,10 +18,7 @@
 
 class PDFAnnotation;
 class PDFDocument;
-class PDFPage;
 class PDFViewDelegate2;
-
-Q_DECLARE_METATYPE(std::shared_ptr<PDFPage>)
 
 class XPDFView : public PDFView
 {

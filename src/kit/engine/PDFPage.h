@@ -109,3 +109,5 @@ private:
     friend struct PDFPagePrivate;
     std::unique_ptr<PDFPagePrivate> d;
 };
+
+Q_DECLARE_METATYPE(std::shared_ptr<PDFPage>)
