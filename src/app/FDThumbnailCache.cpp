@@ -88,7 +88,10 @@ QImage FDThumbnailCache::makeThumbnail(const QString &path)
     const std::shared_ptr<PDFPage> page = document->pageAtIndex(0);
     if (!page)
         return {};
-    const QSizeF points = page->boundsForBox(PDFDisplayBox::CropBox).size();
+    QSizeF points = page->boundsForBox(PDFDisplayBox::CropBox).size();
+    // The picture shows the page as it is read, turned by its rotation.
+    if (page->rotation() % 180 != 0)
+        points.transpose();
     if (points.isEmpty())
         return {};
     const QSize pixels = points.scaled(largeSide, largeSide, Qt::KeepAspectRatio).toSize();

@@ -10,6 +10,8 @@
 #include <app/PDFWindowController.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
 
 #include <QFile>
@@ -28,6 +30,7 @@ private slots:
     void withoutRecentsTheDropAreaShowsAndClearIsOff();
     void recentsAreListedNewestFirstWithThumbnails();
     void aStoredThumbnailIsTakenFromTheCache();
+    void aTurnedPageGivesALandscapeThumbnail();
     void clearingSlidesAwayAndShowsTheDropArea();
     void dropAreaDrawsInEveryTheme_data();
     void dropAreaDrawsInEveryTheme();
@@ -134,6 +137,18 @@ void NewTabContentsTest::aStoredThumbnailIsTakenFromTheCache()
     QVERIFY(theirs.save(FDThumbnailCache::largeThumbnailPath(url), "png"));
     QCOMPARE(
         FDThumbnailCache::thumbnailForURL(url, { 140, 180 }).pixelColor(10, 10), QColor(Qt::white));
+}
+
+void NewTabContentsTest::aTurnedPageGivesALandscapeThumbnail()
+{
+    const QString path = m_files.filePath(QStringLiteral("turned.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::gray, { 200, 300 }));
+    auto document = std::make_shared<PDFDocument>();
+    QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+    document->pageAtIndex(0)->setRotation(90);
+    QVERIFY(document->writeToURL(QUrl::fromLocalFile(path)));
+    const QImage thumb = FDThumbnailCache::thumbnailForURL(QUrl::fromLocalFile(path), { 140, 180 });
+    QCOMPARE(thumb.size(), QSize(140, 93));
 }
 
 void NewTabContentsTest::clearingSlidesAwayAndShowsTheDropArea()
