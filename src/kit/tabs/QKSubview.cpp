@@ -56,9 +56,10 @@ private:
 
 void removeFillFilters(QWidget *child)
 {
-    const auto filters = child->findChildren<FillParentFilter *>(Qt::FindDirectChildrenOnly);
-    for (FillParentFilter *filter : filters)
-        delete filter;
+    // By dynamic type: without Q_OBJECT, findChildren would match every child object.
+    const QObjectList children = child->children();
+    for (QObject *object : children)
+        delete dynamic_cast<FillParentFilter *>(object);
 }
 
 } // namespace

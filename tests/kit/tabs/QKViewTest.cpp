@@ -8,6 +8,7 @@
 #include <kit/tabs/QKThemeProvider.h>
 #include <kit/tabs/QKView.h>
 
+#include <QPointer>
 #include <QTest>
 
 namespace {
@@ -49,7 +50,11 @@ private slots:
         parent.resize(200, 100);
         parent.show();
         auto *child = new QWidget;
+        QPointer<QWidget> grandchild = new QWidget(child);
         qk_addSubview(&parent, child, horizontal, vertical, QKWindowOrderingMode::Above, nullptr);
+        // Adding it again refits it and leaves its own children alone.
+        qk_addSubview(&parent, child, horizontal, vertical, QKWindowOrderingMode::Above, nullptr);
+        QVERIFY(grandchild);
         const int h = int(horizontal), v = int(vertical);
         QCOMPARE(child->parentWidget(), &parent);
         QCOMPARE(child->geometry(), QRect(h, v, 200 - 2 * h, 100 - 2 * v));
