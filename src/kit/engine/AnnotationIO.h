@@ -6,6 +6,8 @@
 
 #include "mupdf/MuTry.h"
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <memory>
 
@@ -13,6 +15,17 @@ class PDFAnnotation;
 class PDFPage;
 
 namespace AnnotationIO {
+
+// The file's names of line ends 0 to 5.
+inline constexpr const char *LineStyleNames[]
+    = { "None", "Square", "Circle", "Diamond", "OpenArrow", "ClosedArrow" };
+
+// Numbers a file can hold: what is not finite becomes 0, and magnitudes stay where readers
+// accept them.
+inline float num(double value)
+{
+    return std::isfinite(value) ? static_cast<float>(std::clamp(value, -1e7, 1e7)) : 0.0f;
+}
 
 // Page whose page object has the number, or null: link destinations are matched by it.
 using PageForObject = std::function<std::shared_ptr<PDFPage>(int objectNumber)>;
