@@ -148,15 +148,28 @@ QToolButton *PrefWindowController::makeTabButton(const QString &title, const QSt
     return button;
 }
 
-QWidget *PrefWindowController::makeGeneralPane()
+QFormLayout *PrefWindowController::makePaneForm(QWidget *pane)
 {
-    auto *const pane = new QWidget(m_tabContentsContainer);
     auto *const form = new QFormLayout(pane);
     form->setContentsMargins(40, 24, 40, 24);
     form->setHorizontalSpacing(14);
     form->setVerticalSpacing(12);
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    return form;
+}
+
+QLabel *PrefWindowController::label(const QString &text)
+{
+    auto *const l = new QLabel(text);
+    m_labels.push_back(l);
+    return l;
+}
+
+QWidget *PrefWindowController::makeGeneralPane()
+{
+    auto *const pane = new QWidget(m_tabContentsContainer);
+    auto *const form = makePaneForm(pane);
     bindLineEdit(pane, FDDefaults::UserName);
     bindComboBox(
         pane, FDDefaults::LaunchWith, { tr("Show a start tab"), tr("Reopen the last windows") });
@@ -166,11 +179,6 @@ QWidget *PrefWindowController::makeGeneralPane()
         pane, FDDefaults::RememberLastPosition, tr("Reopen documents where I left off"), false);
     bindCheckBox(
         pane, FDDefaults::AlwaysShowSidebar, tr("Show the sidebar also without an outline"), false);
-    const auto label = [this](const QString &text) {
-        auto *const l = new QLabel(text);
-        m_labels.push_back(l);
-        return l;
-    };
     form->addRow(label(tr("Author name:")), controlForKey(FDDefaults::UserName));
     auto *const note = new QLabel(tr("Written into the annotations you add."), pane);
     m_notes.push_back(note);
@@ -186,21 +194,12 @@ QWidget *PrefWindowController::makeGeneralPane()
 QWidget *PrefWindowController::makeAdvancedPane()
 {
     auto *const pane = new QWidget(m_tabContentsContainer);
-    auto *const form = new QFormLayout(pane);
-    form->setContentsMargins(40, 24, 40, 24);
-    form->setHorizontalSpacing(14);
-    form->setVerticalSpacing(12);
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto *const form = makePaneForm(pane);
     bindCheckBox(pane, FDDefaults::SavingPrompt,
         tr("Ask before saving a changed document on closing"), false);
     bindCheckBox(pane, FDDefaults::DisableHistory, tr("Keep a list of recent documents"), true);
     bindCheckBox(
         pane, FDDefaults::RememberCurrentTheme, tr("Start with the theme chosen last"), false);
-    const auto label = [this](const QString &text) {
-        auto *const l = new QLabel(text);
-        m_labels.push_back(l);
-        return l;
-    };
     form->addRow(label(tr("Closing:")), controlForKey(FDDefaults::SavingPrompt));
     auto *const note
         = new QLabel(tr("Otherwise changes to a named document are saved silently."), pane);

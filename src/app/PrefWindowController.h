@@ -12,6 +12,7 @@
 #include <vector>
 
 class QAbstractButton;
+class QFormLayout;
 class QLabel;
 class QToolButton;
 
@@ -52,6 +53,10 @@ private:
         std::function<void()> read;
     };
 
+    // The two-column form every pane lays its controls out in.
+    static QFormLayout *makePaneForm(QWidget *pane);
+    // A row label whose colour follows the theme.
+    QLabel *label(const QString &text);
     QWidget *makeGeneralPane();
     QWidget *makeAdvancedPane();
     QToolButton *makeTabButton(const QString &title, const QString &iconName);
