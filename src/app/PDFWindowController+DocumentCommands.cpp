@@ -137,6 +137,10 @@ void PDFWindowController::performDocumentCommand(QAction *item)
         view->setScaleMode(PDFViewScaleMode::fitWidth);
     } else if (is(command, "PDF_onZoomFitPage:")) {
         view->setScaleMode(PDFViewScaleMode::fitPage);
+    } else if (is(command, "PDF_print:")) {
+        view->printWithAnnotations(true);
+    } else if (is(command, "PDF_printWithoutAnnotations:")) {
+        view->printWithAnnotations(false);
     } else if (is(command, "PDF_onZoomIn:")) {
         view->setScaleMode(PDFViewScaleMode::none);
         view->zoomIn();

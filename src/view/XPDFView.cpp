@@ -219,3 +219,37 @@ void XPDFView::focusInEvent(QFocusEvent *event)
     if (m_delegate2)
         m_delegate2->PDFViewDidBecomeFirstResponder(this);
 }
+
+std::shared_ptr<PDFDocument> XPDFView::printCopy(bool withAnnotations) const
+{
+    const std::shared_ptr<PDFDocument> live = document();
+    if (!live)
+        return nullptr;
+    const QByteArray bytes = live->dataRepresentation();
+    auto copy = std::make_shared<PDFDocument>();
+    if (bytes.isEmpty() || !copy->initWithData(bytes))
+        return nullptr;
+    for (int index = 0; index < copy->pageCount(); ++index) {
+        const auto page = copy->pageAtIndex(index);
+        for (const auto &annotation : page->annotations()) {
+            annotation->setShouldDisplay(withAnnotations);
+            annotation->setShouldPrint(withAnnotations);
+        }
+    }
+    return copy;
+}
+
+void XPDFView::printWithAnnotations(bool withAnnotations)
+{
+    const std::shared_ptr<PDFDocument> copy = printCopy(withAnnotations);
+    if (!copy)
+        return;
+    if (!m_printView) {
+        m_printView = new PDFView(this);
+        m_printView->setGeometry(QRect());
+        m_printView->hide();
+    }
+    m_printView->setDocument(copy);
+    m_printView->printWithInfo(nullptr, true);
+    m_printView->setDocument(nullptr);
+}

@@ -93,6 +93,12 @@ public:
     virtual bool onAddUnderline() { return false; }
     virtual bool onAddStrikeout() { return false; }
 
+    // A copy of the document read from its bytes, whose annotations all show and print, or
+    // none do. The live document and its view are never touched. Null without bytes.
+    std::shared_ptr<PDFDocument> printCopy(bool withAnnotations) const;
+    // Prints printCopy through the print dialog, pages turned to fit the paper.
+    void printWithAnnotations(bool withAnnotations);
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
@@ -107,4 +113,6 @@ private:
     qint64 m_viewMode = 0;
     bool m_isClipViewFrozen = false;
     std::weak_ptr<PDFAnnotation> m_selectedAnn;
+    // Never shown: the view the print copy is printed from.
+    PDFView *m_printView = nullptr;
 };

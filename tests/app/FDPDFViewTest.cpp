@@ -55,6 +55,7 @@ private slots:
     void closestOutlineItemIsTheLastOutlinedPageBefore_data();
     void areaSelectionAnswersOnlyInTheAreaTool();
     void shownAnnotationsLoseAppearancesAndGainAColour();
+    void printCopyShowsOrHidesAnnotationsAndLeavesTheLiveDocument();
     void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
 
@@ -398,6 +399,49 @@ void FDPDFViewTest::shownAnnotationsLoseAppearancesAndGainAColour()
     QCOMPARE(annotations[1]->color(), QColor(255, 0, 0));
     for (const auto &annotation : annotations)
         QVERIFY(!annotation->hasAppearanceStream());
+}
+
+// Red pixels of the page's image inside a page-space rectangle, at one pixel per point.
+static int redPixelsIn(const std::shared_ptr<PDFPage> &page, const QRectF &area, bool forPrinting)
+{
+    const QRectF box = page->boundsForBox(PDFDisplayBox::MediaBox);
+    const QImage image
+        = page->imageForBox(PDFDisplayBox::MediaBox, box.size().toSize(), forPrinting);
+    int red = 0;
+    for (int x = int(area.left()); x <= int(area.right()); ++x) {
+        for (int y = int(area.top()); y <= int(area.bottom()); ++y) {
+            const QColor c = image.pixelColor(x, int(box.height()) - y);
+            red += c.red() > 200 && c.green() < 80 && c.blue() < 80;
+        }
+    }
+    return red;
+}
+
+void FDPDFViewTest::printCopyShowsOrHidesAnnotationsAndLeavesTheLiveDocument()
+{
+    PdfFixtures::Document annotated = PdfFixtures::textPages(1, 3, 0);
+    annotated.pages[0].annotations = {
+        { "/Subtype /Square /Rect [200 100 240 140] /C [1 0 0] /Border [0 0 3] /F 4",
+            "1 0 0 RG 3 w 2 2 36 36 re S", QRectF(0, 0, 40, 40) },
+    };
+    const QString path = m_dir.filePath(QStringLiteral("print.pdf"));
+    QVERIFY(PdfFixtures::write(annotated, path));
+    auto view = openView(QUrl::fromLocalFile(path));
+    QTRY_VERIFY(!view->isLoading());
+    const QRectF square(198, 98, 44, 44);
+
+    const auto with = view->printCopy(true);
+    const auto without = view->printCopy(false);
+    QVERIFY(with && without);
+    QVERIFY(with != view->document() && without != view->document());
+    QVERIFY(redPixelsIn(with->pageAtIndex(0), square, true) > 40);
+    QCOMPARE(redPixelsIn(without->pageAtIndex(0), square, true), 0);
+
+    // The live document still shows its annotation and has nothing to save.
+    const auto live = view->document()->pageAtIndex(0)->annotations();
+    QCOMPARE(live.size(), size_t(1));
+    QVERIFY(live[0]->shouldDisplay() && live[0]->shouldPrint());
+    QCOMPARE(view->fdDocument()->numberOfChanges(), 0);
 }
 
 int main(int argc, char *argv[])
