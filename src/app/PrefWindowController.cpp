@@ -1,6 +1,7 @@
 #include "PrefWindowController.h"
 
 #include "FDDefaults.h"
+#include "GlobalService.h"
 
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemePicker.h>
@@ -124,6 +125,14 @@ PrefWindowController::PrefWindowController()
             : closeKeys);
     connect(closeAction, &QAction::triggered, this, &PrefWindowController::performCloseTabAction);
     addAction(closeAction);
+    // This window has no menu bar, so quitting needs its key here too.
+    auto *const quitAction = new QAction(this);
+    quitAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(quitAction, &QAction::triggered, this, [] {
+        if (GlobalService *const service = GlobalService::shared())
+            service->terminate();
+    });
+    addAction(quitAction);
 
     setFixedWidth(540);
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
