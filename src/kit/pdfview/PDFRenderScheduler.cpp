@@ -7,12 +7,15 @@
 #include <QMetaObject>
 #include <QRunnable>
 #include <QThread>
+#include <QTransform>
 
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <set>
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -32,6 +35,33 @@ void lowerThreadPriority()
         return;
     lowered = true;
     setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 8);
+}
+
+// Tile pixels live in their own anonymous mapping, so that a tile leaving the cache gives its
+// memory back to the system at once; from the allocator's heaps it would linger as fragments.
+// The mapping's first bytes hold its length, for the unmapping.
+constexpr size_t MappingHeader = 64;
+
+void unmapTile(void *info)
+{
+    auto *base = static_cast<unsigned char *>(info);
+    size_t length = 0;
+    std::memcpy(&length, base, sizeof length);
+    munmap(base, length);
+}
+
+QImage mappedTile(const QSize &size)
+{
+    const qsizetype bytesPerLine = qsizetype(size.width()) * 4;
+    const size_t length = MappingHeader + size_t(bytesPerLine) * size_t(size.height());
+    void *memory
+        = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        return {};
+    auto *base = static_cast<unsigned char *>(memory);
+    std::memcpy(base, &length, sizeof length);
+    return QImage(base + MappingHeader, size.width(), size.height(), bytesPerLine,
+        QImage::Format_ARGB32_Premultiplied, unmapTile, base);
 }
 
 } // namespace
@@ -139,7 +169,12 @@ private:
         QImage image;
         if (list) {
             const QRect tile = request.key.pixelRect(request.pagePixels);
-            image = list->renderTile(tile, request.key.devicePixelsPerPoint(), cancel.get());
+            image = mappedTile(tile.size());
+            const QTransform toTile
+                = list->geometry().pageToView(request.key.devicePixelsPerPoint())
+                * QTransform::fromTranslate(-tile.left(), -tile.top());
+            if (image.isNull() || !list->render(image, toTile, cancel.get()))
+                image = QImage();
             failed = image.isNull() && !cancel->isCancelled();
         }
         {
