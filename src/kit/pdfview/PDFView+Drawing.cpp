@@ -237,6 +237,8 @@ void PDFView::drawErrorMark(QPainter &painter, const QRect &pageRect) const
 
 void PDFView::scheduleRendering()
 {
+    // Every change that needs tiles announces the next time the view is sharp again.
+    m_visibleComplete = false;
     if (!m_renderTimer.isActive())
         m_renderTimer.start();
 }
