@@ -34,12 +34,16 @@ void silence(fz_context *ctx)
 // The library is loaded on the main thread, so this is the main thread's id.
 const std::thread::id g_mainThread = std::this_thread::get_id();
 
+// MuPDF's cache of decoded images and fonts. The reading view keeps its own tile cache, so a
+// quarter of MuPDF's default is enough and keeps memory flat through photo documents.
+constexpr size_t StoreBytes = 64 << 20;
+
 fz_context *baseContext()
 {
     // Never dropped: objects may still be released while the process ends.
     static fz_context *const base = [] {
         static const fz_locks_context locks { nullptr, lockTable, unlockTable };
-        fz_context *ctx = fz_new_context(nullptr, &locks, FZ_STORE_DEFAULT);
+        fz_context *ctx = fz_new_context(nullptr, &locks, StoreBytes);
         if (!ctx) {
             std::fputs("MuPDF context could not be created\n", stderr);
             std::abort();
