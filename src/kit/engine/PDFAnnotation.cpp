@@ -31,11 +31,6 @@ QVariant textValue(const QString &text)
     return text.isNull() ? QVariant() : QVariant(text);
 }
 
-QVariant colorValue(const QColor &color)
-{
-    return color.isValid() ? QVariant(color) : QVariant();
-}
-
 QVariant borderValue(const std::shared_ptr<PDFBorder> &border)
 {
     return border ? QVariant::fromValue(border) : QVariant();
@@ -412,4 +407,9 @@ void PDFAnnotation::beginPageSpace(QPainter &painter, PDFDisplayBox box) const
 {
     if (const auto owner = page())
         owner->transformContextForBox(painter, box);
+}
+
+QVariant PDFAnnotation::colorValue(const QColor &color)
+{
+    return color.isValid() ? QVariant(color) : QVariant();
 }

@@ -104,6 +104,8 @@ public:
     void removeObserver(const void *observer);
 
 protected:
+    // A colour as a key value: an invalid colour is "no value".
+    static QVariant colorValue(const QColor &color);
     // Kinds call this after storing a new value: the file is updated while the annotation is on
     // a page, and observers are told.
     void didChange(const QString &keyPath, const QVariant &oldValue, const QVariant &newValue);

@@ -30,8 +30,7 @@ void PDFAnnotationFreeText::setFontColor(const QColor &color)
 {
     const QColor old = m_fontColor;
     m_fontColor = color;
-    didChange(QStringLiteral("fontColor"), old.isValid() ? QVariant(old) : QVariant(),
-        color.isValid() ? QVariant(color) : QVariant());
+    didChange(QStringLiteral("fontColor"), colorValue(old), colorValue(color));
 }
 
 void PDFAnnotationFreeText::setAlignment(int alignment)
@@ -77,7 +76,7 @@ QVariant PDFAnnotationFreeText::valueForKey(const QString &key) const
     if (key == QLatin1String("font"))
         return m_font;
     if (key == QLatin1String("fontColor"))
-        return m_fontColor.isValid() ? QVariant(m_fontColor) : QVariant();
+        return colorValue(m_fontColor);
     if (key == QLatin1String("alignment"))
         return m_alignment;
     return PDFAnnotation::valueForKey(key);

@@ -26,8 +26,7 @@ void PDFAnnotationShape::setInteriorColor(const QColor &color)
 {
     const QColor old = m_interiorColor;
     m_interiorColor = color;
-    didChange(QStringLiteral("interiorColor"), old.isValid() ? QVariant(old) : QVariant(),
-        color.isValid() ? QVariant(color) : QVariant());
+    didChange(QStringLiteral("interiorColor"), colorValue(old), colorValue(color));
 }
 
 void PDFAnnotationShape::drawWithBox(QPainter &painter, PDFDisplayBox box) const
@@ -55,7 +54,7 @@ void PDFAnnotationShape::drawWithBox(QPainter &painter, PDFDisplayBox box) const
 QVariant PDFAnnotationShape::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("interiorColor"))
-        return m_interiorColor.isValid() ? QVariant(m_interiorColor) : QVariant();
+        return colorValue(m_interiorColor);
     return PDFAnnotation::valueForKey(key);
 }
 
