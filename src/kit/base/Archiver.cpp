@@ -7,7 +7,9 @@
 #include <QDateTime>
 #include <QFont>
 #include <QIODevice>
+#include <QRectF>
 #include <QTimeZone>
+#include <QUrl>
 #include <QtDebug>
 
 namespace Archiver {
@@ -38,6 +40,10 @@ enum Tag : quint8 {
     BezierPathTag,
     ListTag,
     MapTag,
+    PointTag,
+    RectTag,
+    SizeTag,
+    UrlTag,
 };
 
 enum DateKind : quint8 { InvalidDate = 0, LocalDate, UtcDate, OffsetDate, ZoneDate };
@@ -131,6 +137,28 @@ bool writeValue(QDataStream &out, const QVariant &value, int depth)
     case QMetaType::QFont:
         out << quint8(FontTag);
         writeString(out, value.value<QFont>().toString());
+        return true;
+    case QMetaType::QPointF:
+    case QMetaType::QPoint: {
+        const QPointF point = value.toPointF();
+        out << quint8(PointTag) << point.x() << point.y();
+        return true;
+    }
+    case QMetaType::QRectF:
+    case QMetaType::QRect: {
+        const QRectF rect = value.toRectF();
+        out << quint8(RectTag) << rect.x() << rect.y() << rect.width() << rect.height();
+        return true;
+    }
+    case QMetaType::QSizeF:
+    case QMetaType::QSize: {
+        const QSizeF size = value.toSizeF();
+        out << quint8(SizeTag) << size.width() << size.height();
+        return true;
+    }
+    case QMetaType::QUrl:
+        out << quint8(UrlTag);
+        writeString(out, value.toUrl().toString(QUrl::FullyEncoded));
         return true;
     case QMetaType::QStringList:
     case QMetaType::QVariantList: {
@@ -238,6 +266,20 @@ public:
             return readList(value, depth);
         case MapTag:
             return readMap(value, depth);
+        case PointTag:
+            return readDoubles<2>(value, [](const double *v) { return QPointF(v[0], v[1]); });
+        case RectTag:
+            return readDoubles<4>(
+                value, [](const double *v) { return QRectF(v[0], v[1], v[2], v[3]); });
+        case SizeTag:
+            return readDoubles<2>(value, [](const double *v) { return QSizeF(v[0], v[1]); });
+        case UrlTag: {
+            QString text;
+            if (!readString(text))
+                return false;
+            value = QUrl(text, QUrl::StrictMode);
+            return true;
+        }
         }
         return false;
     }
@@ -253,6 +295,17 @@ private:
         if (!ok())
             return false;
         value = QVariant::fromValue(Result(number));
+        return true;
+    }
+
+    template <int Count, typename Make> bool readDoubles(QVariant &value, Make make)
+    {
+        double numbers[Count] = {};
+        for (double &number : numbers)
+            m_in >> number;
+        if (!ok())
+            return false;
+        value = make(numbers);
         return true;
     }
 

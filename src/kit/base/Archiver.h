@@ -1,7 +1,8 @@
 #pragma once
 
 // Bytes for colours, fonts, bezier paths and property lists (maps and lists nesting strings,
-// numbers, bools, bytes, dates, colours, fonts and paths), and back. Any thread.
+// numbers, bools, bytes, dates, colours, fonts, paths, points, rects, sizes and URLs), and back.
+// Any thread.
 
 #include <QByteArray>
 #include <QVariant>
@@ -14,7 +15,8 @@ QByteArray archivedData(const QVariant &value);
 
 // The value an archive holds. Bytes that are not a whole, well-formed archive give an invalid
 // QVariant. Lists come back as QVariantList (a QStringList too), maps as QVariantMap, and
-// numbers keep their type (int, uint, qint64, quint64, double, float).
+// numbers keep their type (int, uint, qint64, quint64, double, float); integer points, rects
+// and sizes come back as QPointF, QRectF and QSizeF.
 QVariant unarchive(const QByteArray &data);
 
 } // namespace Archiver

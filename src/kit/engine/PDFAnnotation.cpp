@@ -36,6 +36,33 @@ QVariant borderValue(const std::shared_ptr<PDFBorder> &border)
     return border ? QVariant::fromValue(border) : QVariant();
 }
 
+QVariant archivedBorder(const std::shared_ptr<PDFBorder> &border)
+{
+    if (!border)
+        return {};
+    QVariantList pattern;
+    for (const double length : border->dashPattern())
+        pattern.append(length);
+    return QVariantMap { { QStringLiteral("style"), border->style() },
+        { QStringLiteral("lineWidth"), border->lineWidth() },
+        { QStringLiteral("dashPattern"), pattern } };
+}
+
+QVariant borderFromArchive(const QVariant &archived)
+{
+    if (archived.typeId() != QMetaType::QVariantMap)
+        return {};
+    const QVariantMap values = archived.toMap();
+    auto border = std::make_shared<PDFBorder>();
+    border->setStyle(values.value(QStringLiteral("style"), border->style()).toInt());
+    border->setLineWidth(values.value(QStringLiteral("lineWidth"), border->lineWidth()).toDouble());
+    QList<double> pattern;
+    for (const QVariant &length : values.value(QStringLiteral("dashPattern")).toList())
+        pattern.append(length.toDouble());
+    border->setDashPattern(pattern);
+    return QVariant::fromValue(border);
+}
+
 } // namespace
 
 PDFAnnotationPrivate &PDFAnnotationPrivate::of(const PDFAnnotation &annotation)
@@ -109,6 +136,40 @@ bool PDFAnnotation::initWithBounds(
     setValuesForKeysWithDictionary(properties);
     d->loading = false;
     return true;
+}
+
+void PDFAnnotation::encodeWithCoder(QVariantMap &coder) const
+{
+    coder.insert(QStringLiteral("type"), d->type);
+    coder.insert(QStringLiteral("bounds"), d->bounds);
+    for (const QString &key : archivedKeys()) {
+        coder.insert(
+            key, key == QLatin1String("border") ? archivedBorder(d->border) : valueForKey(key));
+    }
+}
+
+bool PDFAnnotation::initWithCoder(const QVariantMap &coder)
+{
+    const QVariant type = coder.value(QStringLiteral("type"));
+    const QVariant bounds = coder.value(QStringLiteral("bounds"));
+    if (type.typeId() != QMetaType::QString || type.toString().isEmpty()
+        || bounds.typeId() != QMetaType::QRectF)
+        return false;
+    QVariantMap properties;
+    for (const QString &key : archivedKeys()) {
+        const auto found = coder.constFind(key);
+        if (found == coder.constEnd())
+            continue;
+        properties.insert(key, key == QLatin1String("border") ? borderFromArchive(*found) : *found);
+    }
+    return initWithBounds(bounds.toRectF(), type.toString(), properties);
+}
+
+QStringList PDFAnnotation::archivedKeys() const
+{
+    return { QStringLiteral("contents"), QStringLiteral("color"), QStringLiteral("border"),
+        QStringLiteral("userName"), QStringLiteral("modificationDate"),
+        QStringLiteral("shouldDisplay"), QStringLiteral("shouldPrint") };
 }
 
 PDFAnnotationFactory PDFAnnotation::classForType(const QString &type)

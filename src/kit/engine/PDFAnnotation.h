@@ -42,6 +42,16 @@ public:
     virtual bool initWithBounds(
         const QRectF &bounds, const QString &type, const QVariantMap &properties);
 
+    // A keyed archive of the annotation: the coder receives "type", "bounds" and the value of
+    // every archived key, in forms Archiver turns into bytes (a border as a map of "style",
+    // "lineWidth" and "dashPattern"). A key without a value is stored as an invalid QVariant.
+    void encodeWithCoder(QVariantMap &coder) const;
+    // Makes the annotation that encodeWithCoder described, on no page. False, with nothing set,
+    // when the coder has no "type" text or no "bounds" rect; keys it lacks keep their defaults.
+    virtual bool initWithCoder(const QVariantMap &coder);
+    // The keys an archive holds besides "type" and "bounds". Kinds add their own.
+    virtual QStringList archivedKeys() const;
+
     // The engine's class for a subtype: the kind's class, or PDFAnnotation for other subtypes.
     static PDFAnnotationFactory classForType(const QString &type);
 

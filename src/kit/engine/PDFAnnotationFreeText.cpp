@@ -71,6 +71,12 @@ void PDFAnnotationFreeText::drawWithBox(QPainter &painter, PDFDisplayBox box) co
     painter.restore();
 }
 
+QStringList PDFAnnotationFreeText::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys()
+        << QStringLiteral("font") << QStringLiteral("fontColor") << QStringLiteral("alignment");
+}
+
 QVariant PDFAnnotationFreeText::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("font"))

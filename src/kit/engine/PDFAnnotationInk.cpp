@@ -65,6 +65,11 @@ void PDFAnnotationInk::drawWithBox(QPainter &painter, PDFDisplayBox box) const
     painter.restore();
 }
 
+QStringList PDFAnnotationInk::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("paths");
+}
+
 QVariant PDFAnnotationInk::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("paths"))

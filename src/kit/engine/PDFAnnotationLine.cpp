@@ -85,6 +85,13 @@ void PDFAnnotationLine::drawWithBox(QPainter &painter, PDFDisplayBox box) const
     painter.restore();
 }
 
+QStringList PDFAnnotationLine::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys()
+        << QStringLiteral("startPoint") << QStringLiteral("endPoint")
+        << QStringLiteral("startLineStyle") << QStringLiteral("endLineStyle");
+}
+
 QVariant PDFAnnotationLine::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("startPoint"))

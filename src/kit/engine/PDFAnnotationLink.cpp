@@ -36,6 +36,11 @@ std::shared_ptr<PDFAction> PDFAnnotationLink::action() const
 void PDFAnnotationLink::drawWithBox(QPainter &, PDFDisplayBox) const
 { }
 
+QStringList PDFAnnotationLink::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("URL");
+}
+
 QVariant PDFAnnotationLink::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("URL"))

@@ -79,6 +79,11 @@ void PDFAnnotationMarkup::drawWithBox(QPainter &painter, PDFDisplayBox box) cons
     painter.restore();
 }
 
+QStringList PDFAnnotationMarkup::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("quadrilateralPoints");
+}
+
 QVariant PDFAnnotationMarkup::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("markupType"))

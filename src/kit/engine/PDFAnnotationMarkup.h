@@ -29,6 +29,7 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "markupType" (int) and "quadrilateralPoints" (QVariantList of QPointF).
+    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
 

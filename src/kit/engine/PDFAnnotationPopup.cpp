@@ -15,6 +15,11 @@ void PDFAnnotationPopup::setIsOpen(bool open)
 void PDFAnnotationPopup::drawWithBox(QPainter &, PDFDisplayBox) const
 { }
 
+QStringList PDFAnnotationPopup::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("isOpen");
+}
+
 QVariant PDFAnnotationPopup::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("isOpen"))

@@ -51,6 +51,11 @@ void PDFAnnotationShape::drawWithBox(QPainter &painter, PDFDisplayBox box) const
     painter.restore();
 }
 
+QStringList PDFAnnotationShape::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("interiorColor");
+}
+
 QVariant PDFAnnotationShape::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("interiorColor"))

@@ -13,6 +13,11 @@ void PDFAnnotationStamp::setName(const QString &name)
         name.isNull() ? QVariant() : QVariant(name));
 }
 
+QStringList PDFAnnotationStamp::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("name");
+}
+
 QVariant PDFAnnotationStamp::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("name"))

@@ -76,6 +76,11 @@ void PDFAnnotationText::drawWithBox(QPainter &painter, PDFDisplayBox box) const
     painter.restore();
 }
 
+QStringList PDFAnnotationText::archivedKeys() const
+{
+    return PDFAnnotation::archivedKeys() << QStringLiteral("iconType");
+}
+
 QVariant PDFAnnotationText::valueForKey(const QString &key) const
 {
     if (key == QLatin1String("iconType"))

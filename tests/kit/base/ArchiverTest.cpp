@@ -4,10 +4,12 @@
 #include <QColor>
 #include <QDateTime>
 #include <QFont>
+#include <QLineF>
 #include <QRandomGenerator>
-#include <QSize>
+#include <QRectF>
 #include <QTest>
 #include <QTimeZone>
+#include <QUrl>
 
 #include <limits>
 
@@ -79,6 +81,10 @@ private slots:
         font.setItalic(true);
         QTest::newRow("font") << QVariant(font);
         QTest::newRow("bezier path") << QVariant::fromValue(samplePath());
+        QTest::newRow("point") << QVariant(QPointF(-1.5, 1e300));
+        QTest::newRow("rect") << QVariant(QRectF(10, 20, 0.25, -3));
+        QTest::newRow("size") << QVariant(QSizeF(612, 792));
+        QTest::newRow("url") << QVariant(QUrl(QStringLiteral("https://example.org/a b?q=é#p2")));
         QTest::newRow("property list") << QVariant(samplePropertyList());
         QTest::newRow("list of maps")
             << QVariant(QVariantList { samplePropertyList(), QVariantMap(), samplePropertyList() });
@@ -101,9 +107,9 @@ private slots:
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<bool>("warns");
         QTest::newRow("invalid") << QVariant() << false;
-        QTest::newRow("size") << QVariant(QSize(1, 2)) << true;
-        QTest::newRow("point in map")
-            << QVariant(QVariantMap { { QStringLiteral("p"), QPointF(1, 2) } }) << true;
+        QTest::newRow("line") << QVariant(QLineF(1, 2, 3, 4)) << true;
+        QTest::newRow("line in map")
+            << QVariant(QVariantMap { { QStringLiteral("l"), QLineF(1, 2, 3, 4) } }) << true;
         QTest::newRow("too deep") << nestedLists(100) << true;
     }
     void unsupportedValuesGiveNoBytes()

@@ -7,6 +7,7 @@
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
+#include <kit/base/Archiver.h>
 #include <kit/base/BezierPath.h>
 #include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFAnnotation.h>
@@ -301,6 +302,76 @@ private slots:
         QVERIFY(read);
         QCOMPARE(read->contents(), QStringLiteral("edited while off the page"));
         QCOMPARE(read->color(), QColor(0, 128, 0));
+    }
+
+    void archivedAnnotationsComeBackAsTheyWere_data()
+    {
+        kindsRoundTripThroughAnIndependentReader_data();
+    }
+    void archivedAnnotationsComeBackAsTheyWere()
+    {
+        QFETCH(QString, type);
+        const QRectF bounds(100, 500, 120, 60);
+        const auto original = makeAnnotation(type, bounds);
+        original->setUserName(QStringLiteral("Ada"));
+        original->setModificationDate(QDateTime(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC));
+        QVariantMap coder;
+        original->encodeWithCoder(coder);
+        const QByteArray bytes = Archiver::archivedData(coder);
+        QVERIFY(!bytes.isEmpty());
+
+        const QVariantMap decoded = Archiver::unarchive(bytes).toMap();
+        const auto restored = PDFAnnotation::classForType(type)();
+        QVERIFY(restored->initWithCoder(decoded));
+        QVERIFY(!restored->page());
+        QCOMPARE(restored->type(), type);
+        QCOMPARE(restored->bounds(), bounds);
+        QCOMPARE(restored->contents(), original->contents());
+        QVariantMap again;
+        restored->encodeWithCoder(again);
+        QCOMPARE(Archiver::archivedData(again), bytes);
+        if (original->border()) {
+            QVERIFY(restored->border() != original->border()); // a border of its own
+            QCOMPARE(restored->border()->dashPattern(), original->border()->dashPattern());
+        }
+
+        // On a page, the copy draws what the original draws.
+        auto first = textDocument();
+        auto second = textDocument();
+        first->pageAtIndex(0)->addAnnotation(original);
+        second->pageAtIndex(0)->addAnnotation(restored);
+        const QImage drawn
+            = first->pageAtIndex(0)->imageForBox(PDFDisplayBox::MediaBox, { 306, 396 });
+        QCOMPARE(second->pageAtIndex(0)->imageForBox(PDFDisplayBox::MediaBox, { 306, 396 }), drawn);
+        QVERIFY(drawn
+            != textDocument()->pageAtIndex(0)->imageForBox(PDFDisplayBox::MediaBox, { 306, 396 }));
+    }
+
+    void damagedArchivesMakeNoAnnotation()
+    {
+        QVariantMap coder;
+        makeAnnotation(QStringLiteral("Line"), QRectF(0, 0, 50, 50))->encodeWithCoder(coder);
+        for (const char *key : { "type", "bounds" }) {
+            QVariantMap damaged = coder;
+            damaged.remove(QLatin1String(key));
+            QVERIFY(!PDFAnnotationLine().initWithCoder(damaged));
+            damaged.insert(QLatin1String(key), 7);
+            QVERIFY(!PDFAnnotationLine().initWithCoder(damaged));
+        }
+        QVERIFY(!PDFAnnotationLine().initWithCoder(Archiver::unarchive("not an archive").toMap()));
+
+        // Wrong values under known keys give a sound annotation a file can hold.
+        QVariantMap odd = coder;
+        odd.insert(QStringLiteral("border"), QStringLiteral("thick"));
+        odd.insert(QStringLiteral("startPoint"), QStringLiteral("left"));
+        odd.insert(QStringLiteral("color"), QVariant());
+        auto line = std::make_shared<PDFAnnotationLine>();
+        QVERIFY(line->initWithCoder(odd));
+        QVERIFY(!line->border());
+        QVERIFY(!line->color().isValid());
+        auto doc = textDocument();
+        doc->pageAtIndex(0)->addAnnotation(line);
+        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(1));
     }
 
     void annotationsMoveWithTheirPageIntoAnotherDocument()
