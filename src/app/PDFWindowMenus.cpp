@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include <algorithm>
+
 namespace {
 
 // The platform's keys for a standard command; a desktop without a binding for it gets the
@@ -65,10 +67,15 @@ void PDFWindowMenus::validateMenu(QMenu *menu)
 {
     const QList<QAction *> actions = menu->actions();
     for (QAction *action : actions) {
-        if (action->menu())
-            validateMenu(action->menu());
-        else if (!action->isSeparator())
+        if (QMenu *const submenu = action->menu()) {
+            // A submenu none of whose items can run is greyed out as a whole.
+            validateMenu(submenu);
+            const QList<QAction *> items = submenu->actions();
+            action->setEnabled(std::any_of(items.begin(), items.end(),
+                [](const QAction *item) { return !item->isSeparator() && item->isEnabled(); }));
+        } else if (!action->isSeparator()) {
             action->setEnabled(m_window->validateMenuItem(action));
+        }
     }
 }
 

@@ -83,6 +83,17 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
         QCOMPARE(item->isEnabled(), !isDocumentCommand);
         QVERIFY(!item->isChecked() || item->objectName() == QLatin1String("onChangeTheme:"));
     }
+    // A submenu of document commands only is greyed out with them; the theme submenu is not.
+    int submenus = 0;
+    for (QMenu *menu : m_window->menuBar()->findChildren<QMenu *>()) {
+        if (!qobject_cast<QMenu *>(menu->parent()))
+            continue;
+        ++submenus;
+        const bool themes
+            = menu->actions().first()->objectName() == QLatin1String("onChangeTheme:");
+        QCOMPARE(menu->menuAction()->isEnabled(), themes);
+    }
+    QCOMPARE(submenus, 3);
     // Every command of the window and the application has an item; tool, display, split,
     // sidebar and theme items one per tag.
     QCOMPARE(documentCommands, 43);
