@@ -7,7 +7,8 @@ FOLIDOC_BUILD_PACKAGES=(
     libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
 )
 FOLIDOC_RUN_PACKAGES=(xvfb xauth)
-FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon)
+FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon
+    desktop-file-utils appstream)
 
 # Installs the named packages that dpkg does not report as installed; a second call installs nothing.
 folidoc_install_missing()

@@ -56,7 +56,9 @@ GlobalService::GlobalService(const QStringList &paths, QObject *parent)
     QApplication::setApplicationName(QStringLiteral("Folidoc"));
     QApplication::setApplicationDisplayName(QStringLiteral("Folidoc"));
     QApplication::setDesktopFileName(QStringLiteral("org.folidoc.Folidoc"));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.folidoc.Folidoc")));
+    // The installed icon of the desktop's theme, else the copy inside the program.
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
     // Quitting goes through the termination question, which may have saves to wait for.
     QApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
