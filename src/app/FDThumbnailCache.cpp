@@ -32,15 +32,20 @@ QString modificationTime(const QString &path)
     return QString::number(QFileInfo(path).lastModified().toSecsSinceEpoch());
 }
 
+// The cache names a thumbnail by the MD5 of its file's URI.
+QString largeThumbnailPathForURI(const QString &uri)
+{
+    const QByteArray digest
+        = QCryptographicHash::hash(uri.toUtf8(), QCryptographicHash::Md5).toHex();
+    return cacheRoot() + QStringLiteral("/large/") + QString::fromLatin1(digest)
+        + QStringLiteral(".png");
+}
+
 } // namespace
 
 QString FDThumbnailCache::largeThumbnailPath(const QUrl &url)
 {
-    const QByteArray digest = QCryptographicHash::hash(
-        canonicalURI(url.toLocalFile()).toUtf8(), QCryptographicHash::Md5)
-                                  .toHex();
-    return cacheRoot() + QStringLiteral("/large/") + QString::fromLatin1(digest)
-        + QStringLiteral(".png");
+    return largeThumbnailPathForURI(canonicalURI(url.toLocalFile()));
 }
 
 QImage FDThumbnailCache::thumbnailForURL(const QUrl &url, const QSize &size)
@@ -51,13 +56,14 @@ QImage FDThumbnailCache::thumbnailForURL(const QUrl &url, const QSize &size)
     if (!QFileInfo(path).isFile())
         return {};
     const QString uri = canonicalURI(path);
-    const QString cached = largeThumbnailPath(url);
+    const QString cached = largeThumbnailPathForURI(uri);
+    const QString modified = modificationTime(path);
 
     // A cached thumbnail counts only for the same file at the same modification time. (The
     // texts are read from the loaded image: a reader's text() splits keys at their colons.)
     QImage image(cached, "png");
     if (image.text(QStringLiteral("Thumb::URI")) != uri
-        || image.text(QStringLiteral("Thumb::MTime")) != modificationTime(path))
+        || image.text(QStringLiteral("Thumb::MTime")) != modified)
         image = QImage();
 
     if (image.isNull()) {
@@ -65,7 +71,7 @@ QImage FDThumbnailCache::thumbnailForURL(const QUrl &url, const QSize &size)
         if (image.isNull())
             return {};
         image.setText(QStringLiteral("Thumb::URI"), uri);
-        image.setText(QStringLiteral("Thumb::MTime"), modificationTime(path));
+        image.setText(QStringLiteral("Thumb::MTime"), modified);
         image.setText(QStringLiteral("Thumb::Size"), QString::number(QFileInfo(path).size()));
         image.setText(QStringLiteral("Thumb::Mimetype"), QStringLiteral("application/pdf"));
         image.setText(QStringLiteral("Software"), QStringLiteral("Folidoc"));

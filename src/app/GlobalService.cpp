@@ -156,7 +156,7 @@ void GlobalService::createFirstContent()
             window->openPDFDocumentWithURL(fileURLForPath(path), true, true);
         // A window never stands empty, also when no file could become a tab.
         if (window->tabStripModel()->count() == 0)
-            window->tabStripModel()->appendTabContents(window->createBlankTabContents(), true);
+            window->openNewTab();
         window->show();
         return;
     }
@@ -166,7 +166,7 @@ void GlobalService::createFirstContent()
         return;
     auto *const window = TabWindowController::create<PDFWindowController>();
     window->show();
-    window->tabStripModel()->appendTabContents(window->createBlankTabContents(), true);
+    window->openNewTab();
 }
 
 bool GlobalService::openFile(const QString &path)
@@ -246,7 +246,7 @@ void GlobalService::restoreWindow(const QVariantMap &record)
     for (const QVariant &tabValue : tabs) {
         const QVariantMap tab = tabValue.toMap();
         if (tab.value(kLOW_IsNewTab).toBool()) {
-            model->appendTabContents(window->createBlankTabContents(), true);
+            window->openNewTab();
             continue;
         }
         const QVariant stored = tab.value(kLOW_URLs);
@@ -277,7 +277,7 @@ void GlobalService::restoreWindow(const QVariantMap &record)
     if (selected >= 0 && selected < model->count())
         model->selectTabContentsAt(int(selected), true);
     if (model->count() == 0)
-        model->appendTabContents(window->createBlankTabContents(), true);
+        window->openNewTab();
     if (model->selectedIndex() < 0)
         model->selectTabContentsAt(0, true);
 

@@ -140,14 +140,12 @@ void NewTabContents::buildContents()
         view->hide();
     }
 
-    const bool hasRecents = !FDRecentDocuments::recentDocumentURLs().isEmpty();
+    loadRecents();
+    const bool hasRecents = !m_recentItems.isEmpty();
     if (hasRecents) {
         container->addWidget(m_recentsView);
         m_recentsView->show();
-        loadRecents();
     } else {
-        m_recentItems.clear();
-        m_recentsCollectionView->clear();
         container->addWidget(m_dragAndDropView);
         m_dragAndDropView->show();
     }

@@ -3,6 +3,7 @@
 #include "Alert.h"
 #include "FDDefaults.h"
 #include "FDFilePanel.h"
+#include "GlobalService.h"
 #include "PDFContentsConainer.h"
 #include "PDFWindowController.h"
 
@@ -57,7 +58,7 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
         m_primaryPDFView.data(),
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     m_container->onViewInit();
-    setUrl(url.isEmpty() ? QString() : absoluteString(url));
+    setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
 }
@@ -128,7 +129,7 @@ void PDFContents::onPDFDocumentChanged(const Notification &notification)
         return;
     // A view still waiting for its window names its pending URL, so the tab is found by it.
     const QUrl url = m_primaryPDFView->fileURL();
-    setUrl(url.isEmpty() ? QString() : absoluteString(url));
+    setUrlFromURL(url);
     refreshTitle();
     const auto document = m_primaryPDFView->fdDocument();
     if (!document)
@@ -369,9 +370,9 @@ QVariantMap PDFContents::lastOpenedWindowsRecord() const
     if (urls.isEmpty())
         return {};
     return {
-        { QStringLiteral("IsNewTab"), false },
-        { QStringLiteral("SplitMode"), qint64(m_splitMode) },
-        { QStringLiteral("URLs"), FDEncodeURLs(urls) },
+        { GlobalService::kLOW_IsNewTab, false },
+        { GlobalService::kLOW_SplitMode, qint64(m_splitMode) },
+        { GlobalService::kLOW_URLs, FDEncodeURLs(urls) },
     };
 }
 

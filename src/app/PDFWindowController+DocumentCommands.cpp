@@ -7,7 +7,6 @@
 #include "PDFContents.h"
 
 #include <document/FDDocument.h>
-#include <document/PDFSavingService.h>
 #include <kit/base/Workspace.h>
 #include <kit/tabs/TabStripModel.h>
 #include <view/FDPDFView.h>
@@ -83,7 +82,7 @@ void PDFWindowController::performDocumentCommand(QAction *item)
     const std::shared_ptr<FDDocument> document = view->fdDocument();
 
     if (is(command, "PDF_saveDocument:") && document && !document->fileURL().isEmpty()) {
-        PDFSavingService::shared().addTask(document);
+        document->save();
     } else if ((is(command, "PDF_saveDocument:") || is(command, "PDF_saveDocumentAs:"))
         && document) {
         FilePanelRequest request;

@@ -170,11 +170,7 @@ TabContents *PDFWindowController::openPDFDocumentWithURL(
     if (!contents)
         return nullptr;
     TabContents *const made = contents.get();
-    TabStripModel *const model = tabStripModel();
-    if (reuseNewTab && qobject_cast<NewTabContents *>(model->getSelectedTabContents()))
-        model->replaceTabContentsAt(model->selectedIndex(), std::move(contents));
-    else
-        model->appendTabContents(std::move(contents), foreground);
+    placeContents(std::move(contents), reuseNewTab, foreground);
     if (foreground)
         makeKeyAndOrderFront();
     return made;
@@ -192,12 +188,17 @@ void PDFWindowController::newPDFDocument()
 
 void PDFWindowController::openCompressTab()
 {
+    placeContents(std::make_unique<CompressContents>(), true, true);
+}
+
+void PDFWindowController::placeContents(
+    std::unique_ptr<TabContents> contents, bool reuseNewTab, bool foreground)
+{
     TabStripModel *const model = tabStripModel();
-    auto contents = std::make_unique<CompressContents>();
-    if (qobject_cast<NewTabContents *>(model->getSelectedTabContents()))
+    if (reuseNewTab && qobject_cast<NewTabContents *>(model->getSelectedTabContents()))
         model->replaceTabContentsAt(model->selectedIndex(), std::move(contents));
     else
-        model->appendTabContents(std::move(contents), true);
+        model->appendTabContents(std::move(contents), foreground);
 }
 
 void PDFWindowController::openDocument()

@@ -82,6 +82,8 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    // In place of a selected start tab when reuseNewTab allows, else appended.
+    void placeContents(std::unique_ptr<TabContents> contents, bool reuseNewTab, bool foreground);
     bool closeTabAt(int index);
     bool validateDocumentCommand(QAction *item);
     void performDocumentCommand(QAction *item);

@@ -10,17 +10,12 @@
 
 #include <algorithm>
 
-namespace {
-
-// The platform's keys for a standard command; a desktop without a binding for it gets the
-// usual one.
-QList<QKeySequence> standardKeys(QKeySequence::StandardKey key, const QKeySequence &fallback)
+QList<QKeySequence> PDFWindowMenus::standardKeys(
+    QKeySequence::StandardKey key, const QKeySequence &fallback)
 {
     const QList<QKeySequence> bound = QKeySequence::keyBindings(key);
     return bound.isEmpty() ? QList<QKeySequence> { fallback } : bound;
 }
-
-} // namespace
 
 PDFWindowMenus::PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar)
     : QObject(window)

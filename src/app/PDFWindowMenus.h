@@ -25,6 +25,11 @@ public:
     void validateMenu(QMenu *menu);
     QMenuBar *menuBar() const { return m_menuBar; }
 
+    // The platform's keys for a standard command; a desktop without a binding for it gets the
+    // usual one.
+    static QList<QKeySequence> standardKeys(
+        QKeySequence::StandardKey key, const QKeySequence &fallback);
+
 private:
     QMenu *addMenu(const QString &title);
     QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,

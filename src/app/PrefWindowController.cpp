@@ -2,6 +2,7 @@
 
 #include "FDDefaults.h"
 #include "GlobalService.h"
+#include "PDFWindowMenus.h"
 
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemePicker.h>
@@ -119,10 +120,8 @@ PrefWindowController::PrefWindowController()
 
     // The usual key closes the window as its close button does.
     auto *const closeAction = new QAction(this);
-    const QList<QKeySequence> closeKeys = QKeySequence::keyBindings(QKeySequence::Close);
-    closeAction->setShortcuts(closeKeys.isEmpty()
-            ? QList<QKeySequence> { QKeySequence(Qt::CTRL | Qt::Key_W) }
-            : closeKeys);
+    closeAction->setShortcuts(
+        PDFWindowMenus::standardKeys(QKeySequence::Close, QKeySequence(Qt::CTRL | Qt::Key_W)));
     connect(closeAction, &QAction::triggered, this, &PrefWindowController::performCloseTabAction);
     addAction(closeAction);
     // This window has no menu bar, so quitting needs its key here too.

@@ -3,10 +3,6 @@
 #include "FDDocument.h"
 #include "TaskExcutor.h"
 
-namespace {
-constexpr int SlowExcutorPageCount = 1001;
-}
-
 PDFSavingService::PDFSavingService()
     : m_fastExcutor(std::make_unique<TaskExcutor>(
         3, QStringLiteral("FD.SmallFileQueue"), QThread::InheritPriority))
@@ -26,8 +22,7 @@ void PDFSavingService::start()
 
 bool PDFSavingService::addTask(const std::shared_ptr<FDDocument> &document)
 {
-    TaskExcutor &executor
-        = document->pageCount() >= SlowExcutorPageCount ? *m_slowExcutor : *m_fastExcutor;
+    TaskExcutor &executor = document->isBigFile() ? *m_slowExcutor : *m_fastExcutor;
     return executor.add(document);
 }
 

@@ -29,9 +29,9 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "font" (QFont), "fontColor" (QColor), "alignment" (int).
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QFont m_font;

@@ -30,9 +30,9 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "paths": a QVariantList of BezierPath values (copies).
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QVariant pathsValue() const;

@@ -41,9 +41,9 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "startPoint", "endPoint" (QPointF), "startLineStyle", "endLineStyle" (int).
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QPointF m_startPoint;

@@ -28,9 +28,9 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "URL" (QUrl).
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QUrl m_url;

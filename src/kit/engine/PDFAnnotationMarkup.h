@@ -29,9 +29,9 @@ public:
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "markupType" (int) and "quadrilateralPoints" (QVariantList of QPointF).
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QList<QPointF> m_quadrilateralPoints;

@@ -14,9 +14,9 @@ public:
     QString name() const { return m_name; }
     void setName(const QString &name);
 
-    QStringList archivedKeys() const override;
     QVariant valueForKey(const QString &key) const override;
     void setValueForKey(const QVariant &value, const QString &key) override;
+    QStringList archivedKeys() const override;
 
 private:
     QString m_name;
