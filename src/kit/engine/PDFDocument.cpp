@@ -150,6 +150,7 @@ bool PDFDocumentPrivate::loadContent()
     }
 
     pages.clear();
+    ++pageOrder;
     pages.reserve(objects.size());
     QHash<int, std::shared_ptr<PDFPage>> byNumber;
     for (size_t i = 0; i < objects.size(); ++i) {
@@ -172,6 +173,7 @@ bool PDFDocumentPrivate::loadContent()
 
 void PDFDocumentPrivate::renumberLocked()
 {
+    ++pageOrder;
     for (size_t i = 0; i < pages.size(); ++i) {
         PDFPagePrivate &page = *pages[i]->d;
         if (page.page && page.handle == handle)

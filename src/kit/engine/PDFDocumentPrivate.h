@@ -47,6 +47,7 @@ struct PDFDocumentPrivate
     PDFDocument &q;
     std::shared_ptr<mu::DocumentHandle> handle;
     std::vector<std::shared_ptr<PDFPage>> pages;
+    quint64 pageOrder = 0; // grows at every change of the order of pages
     std::shared_ptr<PDFOutline> outlineRoot;
     std::weak_ptr<PDFDocumentDelegate> delegate;
     QUrl url;

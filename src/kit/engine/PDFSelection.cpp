@@ -1,8 +1,11 @@
 #include "PDFSelection.h"
 
 #include "PDFDocument.h"
+#include "PDFDocumentPrivate.h"
 #include "PDFPage.h"
 #include "PDFPagePrivate.h"
+
+#include <QHash>
 
 #include <algorithm>
 
@@ -33,6 +36,26 @@ void insertRange(std::vector<PDFTextRange> &ranges, PDFTextRange range)
     if (!placed)
         merged.push_back(range);
     ranges = std::move(merged);
+}
+
+// Calls fn with each line's part of range, without its trailing line breaks: a line break alone
+// is not a line of the selection.
+template <typename Fn> void forEachLinePiece(const TextLayout &layout, PDFTextRange range, Fn fn)
+{
+    const PDFTextRange r = layout.clamp(range);
+    int start = r.location;
+    while (start < r.end()) {
+        const int line = layout.lineOf[start];
+        int end = start;
+        while (end < r.end() && layout.lineOf[end] == line)
+            ++end;
+        PDFTextRange piece { start, end - start };
+        while (piece.length > 0 && layout.text.at(piece.end() - 1) == u'\n')
+            --piece.length;
+        if (piece.length > 0)
+            fn(piece);
+        start = end;
+    }
 }
 
 } // namespace
@@ -100,9 +123,16 @@ QRectF PDFSelection::boundsForPage(const std::shared_ptr<PDFPage> &page) const
 std::vector<QRectF> PDFSelection::lineRectsForPage(const std::shared_ptr<PDFPage> &page) const
 {
     std::vector<QRectF> rects;
-    for (const auto &line : selectionsByLine()) {
-        if (line->m_pages.front().page == page)
-            rects.push_back(line->boundsForPage(page));
+    const PageRanges *entry = rangesFor(page);
+    if (!entry)
+        return rects;
+    // Painting asks for this on every visible page: only this page's lines are measured.
+    const auto layout = PDFPageInternals::textLayout(*page);
+    for (const PDFTextRange &range : entry->ranges) {
+        forEachLinePiece(*layout, range, [&](const PDFTextRange &piece) {
+            const QRectF r = layout->bounds(piece);
+            rects.push_back(r.isNull() ? QRectF() : r);
+        });
     }
     return rects;
 }
@@ -113,24 +143,11 @@ std::vector<std::shared_ptr<PDFSelection>> PDFSelection::selectionsByLine() cons
     for (const PageRanges &entry : m_pages) {
         const auto layout = PDFPageInternals::textLayout(*entry.page);
         for (const PDFTextRange &range : entry.ranges) {
-            const PDFTextRange r = layout->clamp(range);
-            int start = r.location;
-            while (start < r.end()) {
-                const int line = layout->lineOf[start];
-                int end = start;
-                while (end < r.end() && layout->lineOf[end] == line)
-                    ++end;
-                // A line break alone is not a line of the selection.
-                PDFTextRange piece { start, end - start };
-                while (piece.length > 0 && layout->text.at(piece.end() - 1) == u'\n')
-                    --piece.length;
-                if (piece.length > 0) {
-                    auto selection = std::make_shared<PDFSelection>(m_document.lock());
-                    selection->addRange(entry.page, piece);
-                    lines.push_back(selection);
-                }
-                start = end;
-            }
+            forEachLinePiece(*layout, range, [&](const PDFTextRange &piece) {
+                auto selection = std::make_shared<PDFSelection>(m_document.lock());
+                selection->addRange(entry.page, piece);
+                lines.push_back(selection);
+            });
         }
     }
     return lines;
@@ -156,6 +173,11 @@ void PDFSelection::addRange(const std::shared_ptr<PDFPage> &page, const PDFTextR
         return;
     }
     m_pages.push_back({ page, { range } });
+    // Selections mostly grow forward through the document: a page after the last needs no sort.
+    const auto doc = m_document.lock();
+    if (doc && m_pages.size() > 1 && m_sortedOrder == doc->d->pageOrder
+        && doc->indexForPage(page) > doc->indexForPage(m_pages[m_pages.size() - 2].page))
+        return;
     sortPages();
 }
 
@@ -164,15 +186,25 @@ void PDFSelection::sortPages()
     const auto doc = m_document.lock();
     if (!doc)
         return;
-    std::stable_sort(m_pages.begin(), m_pages.end(), [&](const PageRanges &a, const PageRanges &b) {
-        return doc->indexForPage(a.page) < doc->indexForPage(b.page);
-    });
+    m_sortedOrder = doc->d->pageOrder;
+    if (m_pages.size() < 2)
+        return;
+    // Each page's place is looked up once: a selection of every page grows a page at a time.
+    QHash<const PDFPage *, int> indexes;
+    indexes.reserve(qsizetype(doc->d->pages.size()));
+    for (size_t i = doc->d->pages.size(); i-- > 0;)
+        indexes.insert(doc->d->pages[i].get(), int(i));
+    const auto indexOf
+        = [&](const PageRanges &entry) { return indexes.value(entry.page.get(), -1); };
+    std::stable_sort(m_pages.begin(), m_pages.end(),
+        [&](const PageRanges &a, const PageRanges &b) { return indexOf(a) < indexOf(b); });
 }
 
 std::shared_ptr<PDFSelection> PDFSelection::copy() const
 {
     auto selection = std::make_shared<PDFSelection>(m_document.lock());
     selection->m_pages = m_pages;
+    selection->m_sortedOrder = m_sortedOrder;
     return selection;
 }
 

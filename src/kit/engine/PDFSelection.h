@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class PDFDocument;
@@ -67,6 +68,8 @@ private:
 
     std::weak_ptr<PDFDocument> m_document;
     std::vector<PageRanges> m_pages;
+    // The document's page order m_pages was last sorted in; none before the first sort.
+    std::optional<quint64> m_sortedOrder;
 };
 
 Q_DECLARE_METATYPE(std::shared_ptr<PDFSelection>)

@@ -105,6 +105,9 @@ private slots:
         QCOMPARE(lines.size(), size_t(2));
         QCOMPARE(lines[1]->string(), QString("Alpha beta gamma delta"));
         QVERIFY(lines[0]->boundsForPage(page).bottom() > lines[1]->boundsForPage(page).bottom());
+        QCOMPARE(twoLines->lineRectsForPage(page),
+            std::vector<QRectF>({ lines[0]->boundsForPage(page), lines[1]->boundsForPage(page) }));
+        QVERIFY(twoLines->lineRectsForPage(doc->pageAtIndex(1)).empty());
 
         const int fox = text.indexOf("fox");
         auto hit = page->selectionForRange({ fox, 3 });
