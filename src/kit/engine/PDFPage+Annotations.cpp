@@ -13,10 +13,12 @@
 
 #include <kit/base/Geometry.h>
 
+#include <QHash>
 #include <QPainter>
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 
 namespace {
 
@@ -296,16 +298,22 @@ void loadAnnotations(const PDFPage &page)
 
     const auto self = std::const_pointer_cast<PDFPage>(page.shared_from_this());
     const mu::Lock lock(pd.handle->mutex());
+    // Link targets by object number, gathered at the first link: a page of many links would
+    // otherwise walk the whole document once for each.
+    std::optional<QHash<int, std::shared_ptr<PDFPage>>> pagesByNumber;
     const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
         if (!document)
             return nullptr;
-        for (int i = 0; i < document->pageCount(); ++i) {
-            const auto candidate = document->pageAtIndex(i);
-            const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
-            if (other.handle == pd.handle && pdf_to_num(ctx, other.object) == number)
-                return candidate;
+        if (!pagesByNumber) {
+            pagesByNumber.emplace();
+            for (int i = document->pageCount(); i-- > 0;) {
+                const auto candidate = document->pageAtIndex(i);
+                const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
+                if (other.handle == pd.handle)
+                    pagesByNumber->insert(pdf_to_num(ctx, other.object), candidate);
+            }
         }
-        return nullptr;
+        return pagesByNumber->value(number);
     };
     for (size_t i = 0; i < built.size(); ++i) {
         PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
