@@ -48,24 +48,19 @@ std::vector<PDFTileCache::Candidate> PDFTileCache::standIns(
             = std::abs(std::log(double(key.scale) / double(std::max<qint64>(scale, 1))));
         return std::make_tuple(key.revision == revision ? 0 : 1, ratio, key.scale < scale ? 1 : 0);
     };
+    // Each rank is worked out once, not at every comparison of the sort.
+    std::vector<std::pair<std::tuple<int, double, int>, Candidate>> ranked;
     for (const PDFTileKey &key : found->second) {
         if (key.revision == revision && key.scale == scale)
             continue;
-        result.push_back(Candidate { key, &m_entries.at(key).image });
+        ranked.push_back({ rank(key), Candidate { key, &m_entries.at(key).image } });
     }
-    std::sort(result.begin(), result.end(),
-        [&](const Candidate &a, const Candidate &b) { return rank(a.key) > rank(b.key); });
+    std::sort(ranked.begin(), ranked.end(),
+        [](const auto &a, const auto &b) { return a.first > b.first; });
+    result.reserve(ranked.size());
+    for (auto &entry : ranked)
+        result.push_back(entry.second);
     return result;
-}
-
-void PDFTileCache::removePage(const void *page)
-{
-    const auto found = m_byPage.find(page);
-    if (found == m_byPage.end())
-        return;
-    const std::vector<PDFTileKey> keys = found->second;
-    for (const PDFTileKey &key : keys)
-        erase(key);
 }
 
 void PDFTileCache::removeOtherRevisions(const void *page, quint64 revision)
@@ -73,11 +68,15 @@ void PDFTileCache::removeOtherRevisions(const void *page, quint64 revision)
     const auto found = m_byPage.find(page);
     if (found == m_byPage.end())
         return;
-    const std::vector<PDFTileKey> keys = found->second;
-    for (const PDFTileKey &key : keys) {
+    // Called for every drawn page at every finished tile: usually nothing is stale, and then
+    // nothing is copied.
+    std::vector<PDFTileKey> stale;
+    for (const PDFTileKey &key : found->second) {
         if (key.revision != revision)
-            erase(key);
+            stale.push_back(key);
     }
+    for (const PDFTileKey &key : stale)
+        erase(key);
 }
 
 void PDFTileCache::clear()

@@ -37,8 +37,7 @@ public:
     // so that drawing them in order leaves the best on top.
     std::vector<Candidate> standIns(const void *page, quint64 revision, qint64 scale) const;
 
-    // Drops every tile of the page, or only those of other revisions.
-    void removePage(const void *page);
+    // Drops the page's tiles of other revisions.
     void removeOtherRevisions(const void *page, quint64 revision);
     void clear();
 
