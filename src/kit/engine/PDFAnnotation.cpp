@@ -40,12 +40,9 @@ QVariant archivedBorder(const std::shared_ptr<PDFBorder> &border)
 {
     if (!border)
         return {};
-    QVariantList pattern;
-    for (const double length : border->dashPattern())
-        pattern.append(length);
     return QVariantMap { { QStringLiteral("style"), border->style() },
         { QStringLiteral("lineWidth"), border->lineWidth() },
-        { QStringLiteral("dashPattern"), pattern } };
+        { QStringLiteral("dashPattern"), PDFBorder::dashPatternValue(border->dashPattern()) } };
 }
 
 QVariant borderFromArchive(const QVariant &archived)
@@ -56,10 +53,8 @@ QVariant borderFromArchive(const QVariant &archived)
     auto border = std::make_shared<PDFBorder>();
     border->setStyle(values.value(QStringLiteral("style"), border->style()).toInt());
     border->setLineWidth(values.value(QStringLiteral("lineWidth"), border->lineWidth()).toDouble());
-    QList<double> pattern;
-    for (const QVariant &length : values.value(QStringLiteral("dashPattern")).toList())
-        pattern.append(length.toDouble());
-    border->setDashPattern(pattern);
+    border->setDashPattern(
+        PDFBorder::dashPatternFromValue(values.value(QStringLiteral("dashPattern"))));
     return QVariant::fromValue(border);
 }
 
@@ -376,12 +371,8 @@ QVariant PDFAnnotation::valueForKey(const QString &key) const
             return d->border->lineWidth();
         if (key == QLatin1String("border.style"))
             return d->border->style();
-        if (key == QLatin1String("border.dashPattern")) {
-            QVariantList list;
-            for (const double value : d->border->dashPattern())
-                list.append(value);
-            return list;
-        }
+        if (key == QLatin1String("border.dashPattern"))
+            return PDFBorder::dashPatternValue(d->border->dashPattern());
     }
     return {};
 }
@@ -410,10 +401,7 @@ void PDFAnnotation::setValueForKey(const QVariant &value, const QString &key)
         } else if (key == QLatin1String("border.style")) {
             d->border->setStyle(value.toInt());
         } else if (key == QLatin1String("border.dashPattern")) {
-            QList<double> pattern;
-            for (const QVariant &item : value.toList())
-                pattern.append(item.toDouble());
-            d->border->setDashPattern(pattern);
+            d->border->setDashPattern(PDFBorder::dashPatternFromValue(value));
         }
     }
 }

@@ -4,9 +4,7 @@
 
 #include <QVariant>
 
-namespace {
-
-QVariant dashVariant(const QList<double> &pattern)
+QVariant PDFBorder::dashPatternValue(const QList<double> &pattern)
 {
     QVariantList list;
     for (const double value : pattern)
@@ -14,7 +12,13 @@ QVariant dashVariant(const QList<double> &pattern)
     return list;
 }
 
-} // namespace
+QList<double> PDFBorder::dashPatternFromValue(const QVariant &value)
+{
+    QList<double> pattern;
+    for (const QVariant &length : value.toList())
+        pattern.append(length.toDouble());
+    return pattern;
+}
 
 void PDFBorder::setStyle(int style)
 {
@@ -38,7 +42,7 @@ void PDFBorder::setDashPattern(const QList<double> &pattern)
     m_dashPattern = pattern;
     if (m_owner)
         m_owner->borderDidChange(
-            QStringLiteral("border.dashPattern"), dashVariant(old), dashVariant(pattern));
+            QStringLiteral("border.dashPattern"), dashPatternValue(old), dashPatternValue(pattern));
 }
 
 std::shared_ptr<PDFBorder> PDFBorder::copy() const

@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QMetaType>
+#include <QVariant>
 
 #include <memory>
 
@@ -28,6 +29,10 @@ public:
     // Dash and gap lengths in page units; empty means the default dash.
     QList<double> dashPattern() const { return m_dashPattern; }
     void setDashPattern(const QList<double> &pattern);
+
+    // The dash pattern as a key value (a QVariantList of double) and back.
+    static QVariant dashPatternValue(const QList<double> &pattern);
+    static QList<double> dashPatternFromValue(const QVariant &value);
 
     // A new border with the same values, owned by no annotation.
     std::shared_ptr<PDFBorder> copy() const;
