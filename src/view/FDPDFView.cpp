@@ -532,12 +532,9 @@ std::shared_ptr<PDFOutline> FDPDFView::closestOutlineItemFor(const std::shared_p
             walk(root);
     }
     const int pageIndex = page ? current->indexForPage(page) : -1;
-    std::shared_ptr<PDFOutline> passed;
-    for (const auto &[index, item] : *m_mapPagesToOutlines) {
-        if (index > pageIndex)
-            return passed;
-        passed = item;
-    }
-    // Past every key without a greater one: no item.
-    return nullptr;
+    // The last item at or before the page, but none past every key.
+    const auto next = m_mapPagesToOutlines->upper_bound(pageIndex);
+    if (next == m_mapPagesToOutlines->begin() || next == m_mapPagesToOutlines->end())
+        return nullptr;
+    return std::prev(next)->second;
 }
