@@ -75,15 +75,20 @@ QRectF nonEmptyBounds(const BezierPath &path)
     const QRectF bounds = path.bounds();
     if (!Geometry::isEmptyRect(bounds) || path.isEmpty())
         return bounds;
-    const int count = path.elementCount();
-    QPointF first = associatedPointForElementAtIndex(path, 0);
-    double minX = first.x(), maxX = first.x(), minY = first.y(), maxY = first.y();
-    for (int i = 1; i < count; ++i) {
+    // A close has no point of its own: it returns to its subpath's start, which is counted.
+    bool any = false;
+    double minX = 0, maxX = 0, minY = 0, maxY = 0;
+    for (int i = 0; i < path.elementCount(); ++i) {
+        if (path.elementAt(i) == BezierPath::ClosePath)
+            continue;
         const QPointF p = associatedPointForElementAtIndex(path, i);
-        minX = std::min(minX, p.x());
-        maxX = std::max(maxX, p.x());
-        minY = std::min(minY, p.y());
-        maxY = std::max(maxY, p.y());
+        minX = any ? std::min(minX, p.x()) : p.x();
+        maxX = any ? std::max(maxX, p.x()) : p.x();
+        minY = any ? std::min(minY, p.y()) : p.y();
+        maxY = any ? std::max(maxY, p.y()) : p.y();
+        any = true;
     }
+    if (!any)
+        return bounds;
     return QRectF(minX - 0.1, minY - 0.1, maxX - minX + 0.2, maxY - minY + 0.2);
 }

@@ -23,6 +23,6 @@ void setDashPattern(BezierPath &path, const QList<double> &pattern);
 QPointF associatedPointForElementAtIndex(const BezierPath &path, int index);
 
 // The path's bounds, unless they are empty while the path has elements: then the box of the
-// elements' end points grown by 0.1 on each side, so that a straight horizontal or vertical
-// stroke, or a single point, still has an area.
+// elements' end points (a close adds none) grown by 0.1 on each side, so that a straight horizontal
+// or vertical stroke, or a single point, still has an area.
 QRectF nonEmptyBounds(const BezierPath &path);

@@ -5,6 +5,19 @@
 
 #include <QVariantList>
 
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// The store is a file a person may edit: components outside 0..1 are pulled in, not trusted.
+float component(double value)
+{
+    return std::isnan(value) ? 0.0f : float(std::clamp(value, 0.0, 1.0));
+}
+
+} // namespace
+
 void setColorForKey(UserDefaults &defaults, const QColor &color, const QString &key)
 {
     if (!color.isValid()) {
@@ -21,7 +34,10 @@ QColor colorForKey(const UserDefaults &defaults, const QString &key)
         const QVariant color = Archiver::unarchive(value.toByteArray());
         return color.typeId() == QMetaType::QColor ? color.value<QColor>() : QColor();
     }
-    const QVariantList list = value.toList();
+    // Numbers written by hand into the file come back as text; they count as numbers too.
+    const bool isList
+        = value.typeId() == QMetaType::QVariantList || value.typeId() == QMetaType::QStringList;
+    const QVariantList list = isList ? value.toList() : QVariantList();
     bool numbers = !list.isEmpty();
     for (const QVariant &element : list) {
         bool ok = false;
@@ -35,7 +51,7 @@ QColor colorForKey(const UserDefaults &defaults, const QString &key)
         const double alpha = list.size() == 2 ? list.at(1).toDouble()
             : list.size() >= 4                ? list.at(3).toDouble()
                                               : 1.0;
-        return QColor::fromRgbF(float(r), float(g), float(b), float(alpha));
+        return QColor::fromRgbF(component(r), component(g), component(b), component(alpha));
     }
     return QColor(0, 0, 0, 0);
 }

@@ -1,0 +1,8 @@
+#include "NSFont+XExtensions.h"
+
+#include <QFontMetricsF>
+
+double defaultViewLineHeight(const QFont &font)
+{
+    return QFontMetricsF(font).lineSpacing();
+}

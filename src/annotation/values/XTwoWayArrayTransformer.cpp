@@ -1,0 +1,6 @@
+#include "XTwoWayArrayTransformer.h"
+
+QVariant XTwoWayArrayTransformer::reverseTransformedValue(const QVariant &value) const
+{
+    return transformEach(value, Direction::Reverse);
+}
