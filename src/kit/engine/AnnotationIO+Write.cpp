@@ -241,9 +241,10 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
     const QRectF bounds = annotation.bounds().normalized();
     const fz_rect rect = fz_make_rect(
         num(bounds.left()), num(bounds.top()), num(bounds.right()), num(bounds.bottom()));
-    const QByteArray contents = annotation.contents().toUtf8();
-    const char *const contentsText
-        = annotation.contents().isNull() ? nullptr : contents.constData();
+    // The stored text: a kind's derived contents may need the document, whose lock is held.
+    const QString storedContents = annotation.PDFAnnotation::contents();
+    const QByteArray contents = storedContents.toUtf8();
+    const char *const contentsText = storedContents.isNull() ? nullptr : contents.constData();
     const QByteArray author = annotation.userName().toUtf8();
     const char *const authorText = annotation.userName().isNull() ? nullptr : author.constData();
     const QDateTime modified = annotation.modificationDate();

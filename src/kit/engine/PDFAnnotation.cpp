@@ -428,15 +428,28 @@ void PDFAnnotation::didChange(
 {
     if (d->loading)
         return;
-    PDFPageInternals::annotationDidChange(*this);
+    if (d->quiet) {
+        PDFPageInternals::annotationDidChange(*this, d->quietValueDrawn);
+        return;
+    }
+    PDFPageInternals::annotationDidChange(*this, true);
     postPDFAnnotationVisualsChangedNotificationWithRect(d->bounds);
     report(keyPath, oldValue, newValue);
+}
+
+void PDFAnnotation::setValueForKeyQuietly(const QVariant &value, const QString &key, bool drawn)
+{
+    const bool wasQuiet = std::exchange(d->quiet, true);
+    const bool wasDrawn = std::exchange(d->quietValueDrawn, drawn);
+    setValueForKey(value, key);
+    d->quiet = wasQuiet;
+    d->quietValueDrawn = wasDrawn;
 }
 
 void PDFAnnotation::report(
     const QString &keyPath, const QVariant &oldValue, const QVariant &newValue)
 {
-    if (d->loading)
+    if (d->loading || d->quiet)
         return;
     // A callback may add or remove observers, or change this annotation again.
     const auto observers = d->observers;

@@ -61,7 +61,8 @@ public:
 
     QRectF bounds() const; // page space
     void setBounds(const QRectF &bounds);
-    QString contents() const; // null when there is none
+    // Null when there is none. Virtual: a kind may derive it when the file stores none.
+    virtual QString contents() const;
     void setContents(const QString &contents);
     QColor color() const; // invalid when there is none
     void setColor(const QColor &color);
@@ -119,6 +120,10 @@ protected:
     // Kinds call this after storing a new value: the file is updated while the annotation is on
     // a page, and observers are told.
     void didChange(const QString &keyPath, const QVariant &oldValue, const QVariant &newValue);
+    // Sets a value as setValueForKey does and writes it through to the file, but tells no
+    // observer. A value that is not drawn (drawn false) leaves the page's picture and revision
+    // as they are, so nothing counts it as an edit.
+    void setValueForKeyQuietly(const QVariant &value, const QString &key, bool drawn);
     void setType(const QString &type);
     // The transform that puts the painter into this annotation's page space for drawWithBox.
     void beginPageSpace(QPainter &painter, PDFDisplayBox box) const;

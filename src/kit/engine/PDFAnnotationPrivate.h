@@ -43,6 +43,10 @@ struct PDFAnnotationPrivate
     bool appearanceDirty = false;
     // Set while properties are read from the file: no write-through, no reports.
     bool loading = false;
+    // Set while a kind stores a value quietly: write-through only, no reports; the page's
+    // picture is touched only when the value is drawn.
+    bool quiet = false;
+    bool quietValueDrawn = true;
     std::vector<std::pair<const void *, PDFAnnotation::Observer>> observers;
 
     // The annotation's dictionary in the file of the page it is (or was last) on; kept.

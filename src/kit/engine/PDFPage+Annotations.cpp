@@ -349,7 +349,7 @@ void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)
     pd.annotationsMoved = any;
 }
 
-void annotationDidChange(PDFAnnotation &annotation)
+void annotationDidChange(PDFAnnotation &annotation, bool drawn)
 {
     const auto page = annotation.page();
     if (!page)
@@ -367,6 +367,8 @@ void annotationDidChange(PDFAnnotation &annotation)
             AnnotationIO::write(ctx, pd.handle->doc(), ad.object, annotation, objectsIn(pd), error);
         }
     }
+    if (!drawn)
+        return;
     if (annotation.isAppearanceSynthesised()) {
         ad.appearanceDirty = true;
         ad.ownAppearance = false;

@@ -95,8 +95,9 @@ void loadAnnotations(const PDFPage &page);
 // Before a page leaves its file: each loaded annotation remembers its place in /Annots. The
 // caller holds the old file's lock.
 void detachAnnotationsLocked(PDFPagePrivate &page, fz_context *ctx);
-// Writes a changed annotation through to its page's file and marks the page changed.
-void annotationDidChange(PDFAnnotation &annotation);
+// Writes a changed annotation through to its page's file and, when the change is drawn, marks
+// the page changed.
+void annotationDidChange(PDFAnnotation &annotation, bool drawn);
 void annotationVisibilityChanged(PDFAnnotation &annotation);
 bool hasAppearance(const PDFAnnotation &annotation);
 void requestNewAppearance(PDFAnnotation &annotation);
