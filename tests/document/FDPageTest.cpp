@@ -2,8 +2,11 @@
 // ribbon and the theme's frame, showing the annotations the view's overlay draws without
 // disturbing the reading view; the ribbon's geometry; and clicks that reach overlay annotations.
 
+#include <document/FDDocument.h>
 #include <document/FDPage.h>
 #include <document/PDFPage+XExtensions.h>
+
+#include "support/DocumentFixtures.h"
 
 #include <annotation/FDAnnotationCircle.h>
 #include <annotation/FDAnnotationInk.h>
@@ -15,7 +18,6 @@
 #include <kit/base/BezierPath.h>
 #include <kit/base/Geometry.h>
 #include <kit/engine/PDFDocument.h>
-#include <kit/engine/PDFDocumentDelegate.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
 
@@ -24,31 +26,21 @@
 
 namespace {
 
-// A one-page document of FDPages with the given media box and rotation.
+// The only page of a document (kept open for the whole run) of the given box and rotation.
 std::shared_ptr<FDPage> pageOf(QRectF mediaBox, int rotation = 0)
 {
+    static QTemporaryDir folder;
+    static std::vector<std::shared_ptr<FDDocument>> open;
     PdfFixtures::Page page;
     page.mediaBox = mediaBox;
     page.rotate = rotation;
     PdfFixtures::Document description;
     description.pages = { page };
-    class Pages : public PDFDocumentDelegate
-    {
-    public:
-        PDFPageFactory classForPage() const override
-        {
-            return [] { return std::make_shared<FDPage>(); };
-        }
-    };
-    static const auto delegate = std::make_shared<Pages>();
-    auto document = std::make_shared<PDFDocument>();
-    document->setDelegate(delegate);
-    if (!document->initWithData(PdfFixtures::build(description)))
-        qFatal("cannot open the fixture: %s", qPrintable(document->errorString()));
-    // The page keeps its document alive for the test through this hold.
-    static std::vector<std::shared_ptr<PDFDocument>> documents;
-    documents.push_back(document);
-    return std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(0));
+    const QString path = folder.filePath(QString::number(open.size()) + QStringLiteral(".pdf"));
+    if (!PdfFixtures::write(description, path))
+        qFatal("cannot write %s", qPrintable(path));
+    open.push_back(DocumentFixtures::open(path));
+    return std::dynamic_pointer_cast<FDPage>(open.back()->pageAtIndex(0));
 }
 
 bool near(const QColor &a, const QColor &b)
