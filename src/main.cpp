@@ -5,6 +5,7 @@
 
 int main(int argc, char *argv[])
 {
+    Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
     PDFContents::registerAsDocumentContents();
     GlobalService service(QApplication::arguments().mid(1));

@@ -86,6 +86,7 @@ void FDDocument::resetWith(const std::shared_ptr<PDFDocumentDelegate> &delegate)
     setDelegate(delegate);
     if (const auto *viewDelegate = dynamic_cast<const FDDocumentDelegate *>(delegate.get()))
         setPdfView(viewDelegate->pdfView());
+    loadBookmarks();
 }
 
 void FDDocument::setDelegate(const std::shared_ptr<PDFDocumentDelegate> &delegate)
@@ -208,12 +209,6 @@ void FDDocument::exchangePageAtIndex(int index, int otherIndex)
     PDFDocument::exchangePageAtIndex(index, otherIndex);
     setNumberOfPageChanges(m_numberOfPageChanges + 1);
 }
-
-void FDDocument::attachBookmarksToOutlineTree()
-{ }
-
-void FDDocument::detachBookmarksFromOutlineTree()
-{ }
 
 void FDDocument::checkWritePermission()
 {

@@ -1,9 +1,9 @@
 #pragma once
 
 // The application's document: a PDFDocument that knows its file, counts unsaved changes by kind,
-// warns once when its file can't be written, and hands itself to the saving service. Every page
-// it builds is an FDPage. Main thread only, except fileURL() and xattrItemsToSave(), which the
-// saving queues read.
+// keeps the bookmark list, warns once when its file can't be written, and hands itself to the
+// saving service. Every page it builds is an FDPage. Main thread only, except fileURL() and
+// xattrItemsToSave(), which the saving queues read.
 
 #include <kit/engine/PDFDocument.h>
 
@@ -17,7 +17,10 @@
 #include <memory>
 #include <optional>
 
+class FDBookmark;
+class FDPage;
 class PDFDocumentDelegate;
+class PDFOutline;
 
 // An extended attribute to write to the file after the next successful save.
 struct FDXAttrItem
@@ -33,6 +36,16 @@ public:
     static const QString DocumentAnnDidChangeNotification; // "PDFView_DocumentAnnDidChange"
     static const QString DocumentPageDidChangeNotification; // "PDFView_DocumentPageDidChange"
     static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
+    // Bookmark changes, with the document's view as sender and the user info "Index" (the place
+    // in bookmarks()) and "Bookmark" (a std::shared_ptr<FDBookmark>).
+    static const QString BookmarkDidAddNotification; // "PDFDocument_BookmarkDidAdd"
+    static const QString BookmarkDidRemoveNotification; // "PDFDocument_BookmarkDidRemove"
+    static const QString BookmarkDidChangeNotification; // "PDFDocument_BookmarkDidChange"
+    // The label that marks the outline item holding the bookmarks, at index 0 of the root.
+    static const QString BookmarksRootLabel; // "My Bookmarks"
+    // Where older versions kept the bookmarks, and where the old bytes go once migrated.
+    static const QString LegacyBookmarksAttribute; // "com.brimbook.bookmarks"
+    static const QString MigratedBookmarksAttribute; // "com.brimbook.bookmarks.migrated"
 
     FDDocument();
     ~FDDocument() override;
@@ -43,9 +56,11 @@ public:
     bool initWithURL(const QUrl &url) override;
     bool initWithData(const QByteArray &data) override;
     // Reads the file (false when it can't be read, see errorString()), or makes an empty document
-    // for an empty URL; then remembers the URL, the delegate and the view the delegate names.
+    // for an empty URL; then remembers the URL, the delegate and the view the delegate names,
+    // and loads the bookmarks.
     bool initWithURL(const QUrl &url, const std::shared_ptr<PDFDocumentDelegate> &delegate);
-    // What a view does on taking over the document from a saving task.
+    // What a view does on taking over the document from a saving task: the delegate, the view,
+    // and the bookmarks read again (the save had put them into the outline).
     void resetWith(const std::shared_ptr<PDFDocumentDelegate> &delegate);
 
     // The delegate the application gave, held weakly; asked for annotation classes. Pages are
@@ -87,16 +102,45 @@ public:
     void removePageAtIndex(int index) override;
     void exchangePageAtIndex(int index, int otherIndex) override;
 
+    // Bookmarks, ascending by page index as added; a load keeps the order of the file.
+    const QList<std::shared_ptr<FDBookmark>> &bookmarks() const { return m_bookmarks; }
+    void setBookmarks(const QList<std::shared_ptr<FDBookmark>> &bookmarks);
+    // The first child of the outline root labelled exactly "My Bookmarks".
+    bool isBookmarksRootExisting() const;
+    // That item, made at index 0 (and the outline root with it) when there is none.
+    std::shared_ptr<PDFOutline> bookmarksRoot();
+    // Empties the list, migrates the legacy attribute, reads the bookmarks root of the outline
+    // and takes the root out of the tree again.
+    void loadBookmarks();
+    // Appends the bookmarks kept in the legacy attribute, keeps its bytes under the migrated
+    // name, and has the document save itself on the next main-queue turn when any were found.
+    // Bytes that are not such a list stay in place for the next load.
+    void loadLegacyBookmarks();
     // The saving service calls these around taking the bytes, so that the bookmarks are written
-    // into the outline but the user never sees them there. No bookmarks are kept yet.
+    // into the outline but the user never sees them there. Attaching makes the root even with
+    // no bookmark, and first drops a root that an earlier attach left in the tree.
     void attachBookmarksToOutlineTree();
     void detachBookmarksFromOutlineTree();
+    // Set by the saving service while a worker makes the bytes of this (closed) document from
+    // its outline: a load in that time leaves the tree alone and detaches when the write ends.
+    void setIsOutlineInUseBySave(bool inUse);
+
+    // The first bookmark on a page with the same index, or null.
+    std::shared_ptr<FDBookmark> bookmarkFor(const std::shared_ptr<PDFPage> &page) const;
+    // Adds in page order; false, with nothing posted, when the page has a bookmark already.
+    bool addBookmarkWith(const std::shared_ptr<FDPage> &page, const QString &title);
+    // Each does nothing for a bookmark not in the list (by identity); each change counts one
+    // page change.
+    void removeBookmark(const std::shared_ptr<FDBookmark> &bookmark);
+    void updateBookmark(const std::shared_ptr<FDBookmark> &bookmark, const QString &title);
 
 private:
     class PageClassDelegate;
 
     void checkWritePermission();
     void postChange(const QString &name) const;
+    void postBookmarkChange(
+        const QString &name, qsizetype index, const std::shared_ptr<FDBookmark> &bookmark) const;
 
     std::shared_ptr<PageClassDelegate> m_pageClassDelegate;
     mutable QMutex m_sharedFieldsMutex; // fileURL and xattrItemsToSave cross to the saving queues
@@ -107,4 +151,8 @@ private:
     int m_numberOfAnnotationChanges = 0;
     int m_numberOfPageChanges = 0;
     int m_numberOfOtherChanges = 0;
+    QList<std::shared_ptr<FDBookmark>> m_bookmarks;
+    std::weak_ptr<PDFOutline> m_attachedRoot;
+    bool m_isOutlineInUseBySave = false;
+    bool m_isDetachPutOff = false;
 };

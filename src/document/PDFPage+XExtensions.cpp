@@ -1,5 +1,8 @@
 #include "PDFPage+XExtensions.h"
 
+#include "PageThumbnail.h"
+
+#include <annotation/PDFAnnotation+XExtensions.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
@@ -16,9 +19,18 @@ std::vector<std::shared_ptr<PDFAnnotation>> validAnnotations(const PDFPage &page
 {
     std::vector<std::shared_ptr<PDFAnnotation>> valid;
     for (const std::shared_ptr<PDFAnnotation> &annotation : page.annotations()) {
-        const QString type = annotation->type();
-        if (type != QLatin1String("Popup") && type != QLatin1String("Link"))
+        if (isValid(*annotation))
             valid.push_back(annotation);
     }
     return valid;
+}
+
+QImage thumbnailWithMaxLength(const PDFPage &page, double maxLength, PDFDisplayBox box)
+{
+    return PageThumbnail::plain(page, maxLength, box).render();
+}
+
+QImage thumbnailWithSize(const PDFPage &page, QSizeF size, PDFDisplayBox box)
+{
+    return thumbnailWithMaxLength(page, std::max(size.width(), size.height()), box);
 }

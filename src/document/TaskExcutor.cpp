@@ -92,7 +92,9 @@ void TaskExcutor::schedule()
             postWrite(head, bytes);
             document->detachBookmarksFromOutlineTree();
         } else {
-            // Nobody looks at a detached document: its bytes are made on the queue.
+            // Nobody looks at a detached document: its bytes are made on the queue, from an
+            // outline that a view taking the document back must leave alone until the end.
+            document->setIsOutlineInUseBySave(true);
             m_runningTasks.append(head);
             postWrite(head, QByteArray());
         }
@@ -132,6 +134,7 @@ void TaskExcutor::postWrite(std::shared_ptr<Task> task, const QByteArray &bytes)
 void TaskExcutor::finish(std::shared_ptr<Task> task, const QString &error)
 {
     m_runningTasks.remove(task);
+    task->document()->setIsOutlineInUseBySave(false);
     if (error.isEmpty()) {
         schedule();
         return;

@@ -85,7 +85,8 @@ QString decodedURLText(const QUrl &url)
 
 } // namespace
 
-// Speaks for the view to its document: names the view, so that the document can point back.
+// Speaks for the view to its document: names the view, so that the document can point back, and
+// gives annotations read from the file the application's classes.
 class FDPDFView::DocumentDelegate : public FDDocumentDelegate
 {
 public:
@@ -93,6 +94,10 @@ public:
         : m_view(view)
     { }
     QObject *pdfView() const override { return m_view.data(); }
+    PDFAnnotationFactory classForAnnotationClass(const QString &type) const override
+    {
+        return FDPDFView::classForAnnotationClass(type);
+    }
 
 private:
     QPointer<FDPDFView> m_view;

@@ -9,6 +9,8 @@
 #include "PDFViewScaleMode.h"
 #include "XPDFView.h"
 
+#include <kit/engine/PDFDocumentDelegate.h>
+
 #include <QColor>
 #include <QUrl>
 
@@ -92,6 +94,15 @@ public:
 
     // The colour a page takes under the current theme; invalid when pages keep their own.
     static QColor pageTintColor();
+
+    // The class of the application for an annotation subtype: the three markup types make an
+    // FDAnnotationMarkup, "Ink" an FDAnnotationInk, and so on for line, circle, square, free text
+    // and note. Every other subtype, "Stamp" among them, keeps the engine's class. Documents read
+    // through this view's delegate get their annotations this way. Never empty.
+    static PDFAnnotationFactory classForAnnotationClass(const QString &type);
+    // The class a paste of an annotation pasteboard type makes ("Folidoc.Pasteboard.Annotation.
+    // Ink" the same as "Ink"); empty for a type that is not one of those.
+    static PDFAnnotationFactory classForPasteboardType(const QString &pasteboardType);
 
 protected:
     void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;

@@ -12,6 +12,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 void patchDashLocked(fz_context *ctx, pdf_document *doc, const PDFAnnotation &annotation)
@@ -134,15 +136,18 @@ void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index)
 }
 
 std::optional<std::vector<int>> shownAnnotationsLocked(
-    const PDFPage &page, fz_context *ctx, bool forPrinting)
+    const PDFPage &page, fz_context *ctx, const PDFRenderOptions &options)
 {
     const PDFPagePrivate &pd = PDFPagePrivate::of(page);
     if (!pd.annotationsLoaded)
         return std::nullopt;
+    const auto &included = options.includedAnnotations;
     std::vector<int> shown;
     for (const auto &annotation : pd.annotations) {
         const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        if (!onPageInFile(pd, ad) || !ad.shouldDisplay || (forPrinting && !ad.shouldPrint))
+        const bool displayed = ad.shouldDisplay
+            || std::find(included.begin(), included.end(), annotation) != included.end();
+        if (!onPageInFile(pd, ad) || !displayed || (options.forPrinting && !ad.shouldPrint))
             continue;
         shown.push_back(pdf_to_num(ctx, ad.object));
     }

@@ -467,9 +467,17 @@ void PDFPage::transformContextForBox(QPainter &painter, PDFDisplayBox box) const
 
 QImage PDFPage::imageForBox(PDFDisplayBox box, const QSize &pixels, bool forPrinting) const
 {
+    PDFRenderOptions options;
+    options.forPrinting = forPrinting;
+    return imageForBox(box, pixels, options);
+}
+
+QImage PDFPage::imageForBox(
+    PDFDisplayBox box, const QSize &pixels, const PDFRenderOptions &options) const
+{
     if (pixels.isEmpty())
         return {};
-    const auto source = renderSource(box, forPrinting);
+    const auto source = renderSource(box, options);
     if (!source)
         return {};
     const QSizeF size = source->geometry().viewSize();
@@ -549,6 +557,14 @@ QByteArray PDFPage::TIFFDataForRect(const QRectF &rect) const
 std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
     PDFDisplayBox box, bool forPrinting) const
 {
+    PDFRenderOptions options;
+    options.forPrinting = forPrinting;
+    return renderSource(box, options);
+}
+
+std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
+    PDFDisplayBox box, const PDFRenderOptions &options) const
+{
     if (!d->handle)
         return nullptr;
     auto data = std::make_unique<PDFPageRenderSourcePrivate>();
@@ -565,7 +581,7 @@ std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
         if (!loaded)
             return nullptr;
         PDFPageInternals::prepareAnnotationsLocked(*this, ctx, loaded);
-        data->annotations = PDFPageInternals::shownAnnotationsLocked(*this, ctx, forPrinting);
+        data->annotations = PDFPageInternals::shownAnnotationsLocked(*this, ctx, options);
         data->page
             = static_cast<pdf_page *>(static_cast<void *>(fz_keep_page(ctx, &loaded->super)));
     }

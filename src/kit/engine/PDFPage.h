@@ -5,6 +5,7 @@
 // leaves a document, and can join another. Main thread only; workers get a PDFPageRenderSource.
 
 #include "PDFDisplayBox.h"
+#include "PDFRenderOptions.h"
 #include "PDFSelection.h"
 
 #include <QByteArray>
@@ -55,8 +56,9 @@ public:
     // added again.
     virtual void removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation);
     // The topmost displayed annotation whose bounds hold the page point, links included;
-    // popups and annotations whose shouldDisplay is false are passed over.
-    std::shared_ptr<PDFAnnotation> annotationAtPoint(const QPointF &point) const;
+    // popups and annotations whose shouldDisplay is false are passed over. Subclasses may find
+    // more.
+    virtual std::shared_ptr<PDFAnnotation> annotationAtPoint(const QPointF &point) const;
 
     QString string() const; // null when the page has no text
     QString label() const; // the page label, else the 1-based number; null without a document
@@ -81,6 +83,8 @@ public:
     void transformContextForBox(QPainter &painter, PDFDisplayBox box) const;
     // The box rendered into an image of the given pixel size (stretched to fit).
     QImage imageForBox(PDFDisplayBox box, const QSize &pixels, bool forPrinting = false) const;
+    QImage imageForBox(
+        PDFDisplayBox box, const QSize &pixels, const PDFRenderOptions &options) const;
 
     // A new page of the same class with this page's content, insertable into any document.
     std::shared_ptr<PDFPage> copy() const;
@@ -93,6 +97,9 @@ public:
     // when the page cannot be loaded.
     std::shared_ptr<PDFPageRenderSource> renderSource(
         PDFDisplayBox box, bool forPrinting = false) const;
+    // The same with the options' choice of annotations; rasterise it on any thread.
+    std::shared_ptr<PDFPageRenderSource> renderSource(
+        PDFDisplayBox box, const PDFRenderOptions &options) const;
     // Rises with every change of what the page shows.
     quint64 revision() const;
 

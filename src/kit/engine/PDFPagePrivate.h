@@ -6,6 +6,7 @@
 
 #include "PDFDisplayBox.h"
 #include "PDFDocumentDelegate.h"
+#include "PDFRenderOptions.h"
 #include "TextLayout.h"
 #include "mupdf/DocumentHandle.h"
 
@@ -106,8 +107,8 @@ void drawAppearance(const PDFAnnotation &annotation, QPainter &painter, PDFDispl
 void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *loaded);
 // The same for a page whose pdf_page may not be loaded yet (serialising, copying).
 void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index);
-// Object numbers of the annotations engine drawing shows; nullopt: all of them.
+// Object numbers of the annotations a render with these options shows; nullopt: all of them.
 std::optional<std::vector<int>> shownAnnotationsLocked(
-    const PDFPage &page, fz_context *ctx, bool forPrinting);
+    const PDFPage &page, fz_context *ctx, const PDFRenderOptions &options);
 
 } // namespace PDFPageInternals

@@ -19,11 +19,15 @@
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/engine/PDFRenderOptions.h>
 #include <kit/engine/PageGeometry.h>
 
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <thread>
 
 using namespace AnnotationFixtures;
 
@@ -275,6 +279,49 @@ private slots:
         const auto read = reopen(*doc)->pageAtIndex(0)->annotations();
         QCOMPARE(read.size(), size_t(1));
         QVERIFY(read[0]->shouldDisplay());
+    }
+
+    void aRenderCanIncludeHiddenAnnotations()
+    {
+        auto doc = blankDocument();
+        const auto page = doc->pageAtIndex(0);
+        const auto circle = annotationOfKind(QStringLiteral("circle"));
+        page->addAnnotation(circle);
+        circle->setShouldDisplay(false);
+        const quint64 revision = page->revision();
+
+        PDFRenderOptions options;
+        options.includedAnnotations = { circle };
+        const auto source = page->renderSource(PDFDisplayBox::MediaBox, options);
+        QVERIFY(source);
+        // Taken on this thread, rasterised on another one.
+        QImage image(200, 200, QImage::Format_ARGB32_Premultiplied);
+        bool rendered = false;
+        std::thread worker(
+            [&] { rendered = source->render(image, source->geometry().pageToView()); });
+        worker.join();
+        QVERIFY(rendered);
+        QVERIFY(near(at(image, QPointF(100, 100)), Qt::green));
+        QCOMPARE(page->revision(), revision);
+        QVERIFY(!circle->shouldDisplay());
+        QVERIFY(near(at(::rendered(*page), QPointF(100, 100)), Qt::white));
+
+        // An annotation of another page is not this page's to show.
+        auto other = blankDocument();
+        const auto square = std::make_shared<PDFAnnotationSquare>();
+        square->initWithBounds(QRectF(20, 20, 40, 40));
+        square->setInteriorColor(Qt::red);
+        other->pageAtIndex(0)->addAnnotation(square);
+        square->setShouldDisplay(false);
+        options.includedAnnotations = { square };
+        const QImage foreign = page->imageForBox(PDFDisplayBox::MediaBox, QSize(200, 200), options);
+        QVERIFY(near(at(foreign, QPointF(40, 40)), Qt::white));
+        // Printing still leaves out what is not printed.
+        circle->setShouldPrint(false);
+        options.includedAnnotations = { circle };
+        options.forPrinting = true;
+        const QImage printed = page->imageForBox(PDFDisplayBox::MediaBox, QSize(200, 200), options);
+        QVERIFY(near(at(printed, QPointF(100, 100)), Qt::white));
     }
 
     void dashedBordersShowInAnotherReader()

@@ -1,0 +1,6 @@
+#include "FDAnnotationStamp.h"
+
+void FDAnnotationStamp::postPDFAnnotationVisualsChangedNotificationWithRect(const QRectF &rect)
+{
+    Q_UNUSED(rect);
+}
