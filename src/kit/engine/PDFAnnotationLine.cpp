@@ -63,6 +63,12 @@ void PDFAnnotationLine::drawWithBox(QPainter &painter, PDFDisplayBox box) const
 {
     if (m_startPoint.x() - m_endPoint.x() == 0.0 && m_startPoint.y() - m_endPoint.y() == 0.0)
         return;
+    // A picture the file brought along is the line's look; only a line without one is drawn
+    // from its properties.
+    if (hasAppearanceStream()) {
+        PDFAnnotation::drawWithBox(painter, box);
+        return;
+    }
     const double w = AnnotationPainting::lineWidth(*this);
     const QList<double> dash = AnnotationPainting::dash(*this);
     const QPointF origin = bounds().topLeft();

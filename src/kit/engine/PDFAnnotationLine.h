@@ -36,8 +36,9 @@ public:
     void setEndLineStyle(int style);
 
     bool isAppearanceSynthesised() const override { return true; }
-    // The line stroked with colour, border width and dash, and its ends; nothing for a line
-    // whose points coincide.
+    // The line stroked with colour, border width and dash, and its ends (never filled);
+    // nothing for a line whose points coincide. A line whose file holds its own picture draws
+    // that picture.
     void drawWithBox(QPainter &painter, PDFDisplayBox box) const override;
 
     // Adds "startPoint", "endPoint" (QPointF), "startLineStyle", "endLineStyle" (int).
