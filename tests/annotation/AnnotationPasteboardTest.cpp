@@ -362,6 +362,7 @@ void AnnotationPasteboardTest::pasteboardTypesByClass()
         const auto pastedClass = FDPDFView::classForPasteboardType(type)();
         QCOMPARE(pastedClass->type(), subtype);
     }
+    QVERIFY(!FDPDFView::classForPasteboardType(QStringLiteral("Folidoc.Pasteboard.PDFPage")));
 }
 
 int main(int argc, char *argv[])

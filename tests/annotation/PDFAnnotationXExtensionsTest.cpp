@@ -4,9 +4,11 @@
 #include <annotation/FDAnnotationText.h>
 #include <annotation/PDFAnnotation+XExtensions.h>
 #include <app/FDDefaults.h>
+#include <document/FDDocument.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFAnnotationInk.h>
 #include <kit/engine/PDFAnnotationLine.h>
+#include <kit/engine/PDFAnnotationText.h>
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
@@ -16,9 +18,11 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtTest>
 
+#include <cxxabi.h>
 #include <limits>
 
 #include <unistd.h>
@@ -41,6 +45,16 @@ std::shared_ptr<PDFAnnotation> appAnnotation(const QString &type, const QRectF &
     if (!annotation->initWithBounds(bounds))
         return nullptr;
     return annotation;
+}
+
+// The name of the class an annotation really is.
+QString className(const PDFAnnotation &annotation)
+{
+    int status = 0;
+    char *name = abi::__cxa_demangle(typeid(annotation).name(), nullptr, nullptr, &status);
+    const QString text = QString::fromLatin1(name ? name : "?");
+    std::free(name);
+    return text;
 }
 
 // What the process writes on standard output while body runs.
@@ -77,20 +91,17 @@ private slots:
     void viewDecidesByKind();
     void borderSettersInstallNewBorders_data();
     void borderSettersInstallNewBorders();
-    void markupKeepsNoBorder();
     void resizeHandles_data();
     void resizeHandles();
     void hitTestsAnswerByClassThenKind_data();
     void hitTestsAnswerByClassThenKind();
-    void displayRectGrowsForLinesOnly();
     void pageIndexAndDestination();
-    void undoKeysByType_data();
     void undoKeysByType();
     void registerUserNameStampsAuthorAndTime();
-    void everyKindHasATintedIcon_data();
     void everyKindHasATintedIcon();
     void missingIconIsLoggedAndNull();
     void fiveHundredAnnotationsAreHitTestedQuickly();
+    void annotationsOfASavedFileComeBackAsTheApplicationsClasses();
 };
 
 void PDFAnnotationXExtensionsTest::viewDecidesByKind_data()
@@ -146,6 +157,7 @@ void PDFAnnotationXExtensionsTest::viewDecidesByKind()
 
 void PDFAnnotationXExtensionsTest::borderSettersInstallNewBorders_data()
 {
+    QTest::addColumn<QString>("type");
     QTest::addColumn<bool>("startsWithBorder");
     // "w=<width>", "s=<style>", "d=<dash,dash>" applied in order.
     QTest::addColumn<QStringList>("steps");
@@ -156,29 +168,39 @@ void PDFAnnotationXExtensionsTest::borderSettersInstallNewBorders_data()
     QTest::addColumn<int>("borderChanges");
 
     QTest::newRow("width 0 removes the border")
-        << true << QStringList { "w=0" } << false << 0.0 << 0 << QList<double>() << 1;
+        << "Square" << true << QStringList { "w=0" } << false << 0.0 << 0 << QList<double>() << 1;
     QTest::newRow("negative width removes it too")
-        << true << QStringList { "w=-2" } << false << 0.0 << 0 << QList<double>() << 1;
+        << "Square" << true << QStringList { "w=-2" } << false << 0.0 << 0 << QList<double>() << 1;
     QTest::newRow("style 0 after width 0 leaves none")
-        << true << QStringList { "w=0", "s=0" } << false << 0.0 << 0 << QList<double>() << 2;
+        << "Square" << true << QStringList { "w=0", "s=0" } << false << 0.0 << 0 << QList<double>()
+        << 2;
     QTest::newRow("style 1 after width 0 makes a default-width border")
-        << true << QStringList { "w=0", "s=1" } << true << 1.0 << 1 << QList<double>() << 2;
-    QTest::newRow("width keeps dash and style") << true << QStringList { "s=1", "d=4,2", "w=6" }
-                                                << true << 6.0 << 1 << QList<double> { 4, 2 } << 3;
-    QTest::newRow("style keeps width and dash") << true << QStringList { "w=5", "d=3,1", "s=0" }
-                                                << true << 5.0 << 0 << QList<double> { 3, 1 } << 3;
-    QTest::newRow("dash keeps width and style") << true << QStringList { "w=2.5", "s=1", "d=1,1" }
-                                                << true << 2.5 << 1 << QList<double> { 1, 1 } << 3;
+        << "Square" << true << QStringList { "w=0", "s=1" } << true << 1.0 << 1 << QList<double>()
+        << 2;
+    QTest::newRow("width keeps dash and style")
+        << "Square" << true << QStringList { "s=1", "d=4,2", "w=6" } << true << 6.0 << 1
+        << QList<double> { 4, 2 } << 3;
+    QTest::newRow("style keeps width and dash")
+        << "Square" << true << QStringList { "w=5", "d=3,1", "s=0" } << true << 5.0 << 0
+        << QList<double> { 3, 1 } << 3;
+    QTest::newRow("dash keeps width and style")
+        << "Square" << true << QStringList { "w=2.5", "s=1", "d=1,1" } << true << 2.5 << 1
+        << QList<double> { 1, 1 } << 3;
     QTest::newRow("empty dash on no border leaves none")
-        << false << QStringList { "d=" } << false << 0.0 << 0 << QList<double>() << 1;
+        << "Square" << false << QStringList { "d=" } << false << 0.0 << 0 << QList<double>() << 1;
     QTest::newRow("a dash on no border makes one")
-        << false << QStringList { "d=2,2" } << true << 1.0 << 0 << QList<double> { 2, 2 } << 1;
+        << "Square" << false << QStringList { "d=2,2" } << true << 1.0 << 0
+        << QList<double> { 2, 2 } << 1;
+    QTest::newRow("markup takes no border")
+        << "Highlight" << false << QStringList { "w=4", "s=1", "d=2,2" } << false << 0.0 << 0
+        << QList<double>() << 0;
     QTest::newRow("width on no border makes a solid one")
-        << false << QStringList { "w=4" } << true << 4.0 << 0 << QList<double>() << 1;
+        << "Square" << false << QStringList { "w=4" } << true << 4.0 << 0 << QList<double>() << 1;
 }
 
 void PDFAnnotationXExtensionsTest::borderSettersInstallNewBorders()
 {
+    QFETCH(QString, type);
     QFETCH(bool, startsWithBorder);
     QFETCH(QStringList, steps);
     QFETCH(bool, hasBorderAfter);
@@ -187,7 +209,7 @@ void PDFAnnotationXExtensionsTest::borderSettersInstallNewBorders()
     QFETCH(QList<double>, dash);
     QFETCH(int, borderChanges);
 
-    const auto square = engineAnnotation(QStringLiteral("Square"), QRectF(0, 0, 40, 40));
+    const auto square = engineAnnotation(type, QRectF(0, 0, 40, 40));
     if (!startsWithBorder)
         square->setBorder(nullptr);
     QList<std::shared_ptr<PDFBorder>> installed;
@@ -225,20 +247,6 @@ void PDFAnnotationXExtensionsTest::borderSettersInstallNewBorders()
         if (installed[i])
             QVERIFY(installed[i] != installed[i - 1]);
     }
-}
-
-void PDFAnnotationXExtensionsTest::markupKeepsNoBorder()
-{
-    const auto highlight = engineAnnotation(QStringLiteral("Highlight"), QRectF(0, 0, 40, 10));
-    int changes = 0;
-    highlight->addObserver(this,
-        [&](PDFAnnotation &, const QString &, const QVariant &, const QVariant &) { ++changes; });
-    setBorderLineWidth(*highlight, 4);
-    setBorderStyle(*highlight, 1);
-    setBorderDashPattern(*highlight, { 2, 2 });
-    highlight->removeObserver(this);
-    QCOMPARE(changes, 0);
-    QVERIFY(!highlight->border());
 }
 
 void PDFAnnotationXExtensionsTest::resizeHandles_data()
@@ -351,19 +359,6 @@ void PDFAnnotationXExtensionsTest::hitTestsAnswerByClassThenKind()
     QCOMPARE(hitTest(*annotation, point), hit);
 }
 
-void PDFAnnotationXExtensionsTest::displayRectGrowsForLinesOnly()
-{
-    const QRectF bounds(100, 100, 100, 5);
-    const auto square = appAnnotation(QStringLiteral("Square"), bounds);
-    QCOMPARE(displayRect(*square), bounds);
-    const auto line = appAnnotation(QStringLiteral("Line"), bounds);
-    setBorderLineWidth(*line, 1);
-    // Grown by 2 for the ends, and 2 more across the flat line.
-    QCOMPARE(displayRect(*line), QRectF(98, 96, 104, 13));
-    const auto note = appAnnotation(QStringLiteral("Text"), bounds);
-    QCOMPARE(displayRectForBounds(*note, QRectF(1, 2, 3, 4), 9), QRectF(1, 2, 3, 4));
-}
-
 void PDFAnnotationXExtensionsTest::pageIndexAndDestination()
 {
     PdfFixtures::Document description;
@@ -382,42 +377,28 @@ void PDFAnnotationXExtensionsTest::pageIndexAndDestination()
     QCOMPARE(target->point(), QPointF(30, 100));
 }
 
-void PDFAnnotationXExtensionsTest::undoKeysByType_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QStringList>("keys");
-    const QStringList common { "bounds", "contents", "color", "border", "modificationDate",
-        "userName" };
-    QTest::newRow("highlight") << "Highlight" << common;
-    QTest::newRow("ink") << "Ink" << common;
-    QTest::newRow("note") << "Text" << common;
-    QTest::newRow("line") << "Line"
-                          << common
-            + QStringList { "startLineStyle", "endLineStyle", "startPoint", "endPoint",
-                  "border.lineWidth", "border.style" };
-    QTest::newRow("circle") << "Circle"
-                            << common
-            + QStringList { "interiorColor", "border.lineWidth", "border.style" };
-    QTest::newRow("square") << "Square"
-                            << common
-            + QStringList { "interiorColor", "border.lineWidth", "border.style" };
-    QTest::newRow("free text") << "FreeText"
-                               << common + QStringList { "font", "fontColor", "alignment" };
-}
-
 void PDFAnnotationXExtensionsTest::undoKeysByType()
 {
-    QFETCH(QString, type);
-    QFETCH(QStringList, keys);
-    const auto annotation = appAnnotation(type, QRectF(0, 0, 10, 10));
-    const QStringList *observed = keysForValuesToObserveForUndo(*annotation);
-    QVERIFY(observed);
-    QCOMPARE(*observed, keys);
-    // A stamp takes no part in undo, nor does a link.
-    QVERIFY(!keysForValuesToObserveForUndo(
-        *engineAnnotation(QStringLiteral("Stamp"), QRectF(0, 0, 10, 10))));
-    QVERIFY(!keysForValuesToObserveForUndo(
-        *engineAnnotation(QStringLiteral("Link"), QRectF(0, 0, 10, 10))));
+    const QStringList common { "bounds", "contents", "color", "border", "modificationDate",
+        "userName" };
+    const QStringList lineKeys { "startLineStyle", "endLineStyle", "startPoint", "endPoint",
+        "border.lineWidth", "border.style" };
+    const QStringList shapeKeys { "interiorColor", "border.lineWidth", "border.style" };
+    const QStringList freeTextKeys { "font", "fontColor", "alignment" };
+    const QStringList none { "none" };
+    const auto keys = [](const char *type) {
+        const QStringList *found = keysForValuesToObserveForUndo(
+            *engineAnnotation(QLatin1String(type), QRectF(0, 0, 10, 10)));
+        return found ? *found : QStringList { "none" };
+    };
+    QCOMPARE(keys("Underline"), common);
+    QCOMPARE(keys("Text"), common);
+    QCOMPARE(keys("Line"), common + lineKeys);
+    QCOMPARE(keys("Square"), common + shapeKeys);
+    QCOMPARE(keys("FreeText"), common + freeTextKeys);
+    // A stamp or a link takes no part in undo.
+    QCOMPARE(keys("Stamp"), none);
+    QCOMPARE(keys("Link"), none);
 }
 
 void PDFAnnotationXExtensionsTest::registerUserNameStampsAuthorAndTime()
@@ -441,39 +422,35 @@ void PDFAnnotationXExtensionsTest::registerUserNameStampsAuthorAndTime()
     QVERIFY(square->modificationDate().isValid());
 }
 
-void PDFAnnotationXExtensionsTest::everyKindHasATintedIcon_data()
-{
-    QTest::addColumn<QString>("type");
-    for (const char *type : { "Highlight", "Underline", "StrikeOut", "Ink", "Line", "Circle",
-             "Square", "FreeText", "Text", "Stamp", "Link", "Popup" })
-        QTest::newRow(type) << type;
-}
-
 void PDFAnnotationXExtensionsTest::everyKindHasATintedIcon()
 {
-    QFETCH(QString, type);
-    const QIcon icon = iconForType(type);
-    QVERIFY(!icon.isNull());
-    const QImage image = icon.pixmap(18, 18).toImage().convertToFormat(QImage::Format_ARGB32);
-    QCOMPARE(image.size(), QSize(18, 18));
-    // Something is drawn, in the colour of text and nothing else.
-    const QColor text = QGuiApplication::palette().color(QPalette::Text);
-    int drawn = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const QColor pixel = image.pixelColor(x, y);
-            if (pixel.alpha() < 128)
-                continue;
-            ++drawn;
-            QVERIFY(qAbs(pixel.red() - text.red()) <= 3 && qAbs(pixel.green() - text.green()) <= 3
-                && qAbs(pixel.blue() - text.blue()) <= 3);
+    for (const char *kind : { "Highlight", "Underline", "StrikeOut", "Ink", "Line", "Circle",
+             "Square", "FreeText", "Text", "Stamp", "Link", "Popup" }) {
+        const QString type = QLatin1String(kind);
+        const QIcon icon = iconForType(type);
+        QVERIFY(!icon.isNull());
+        const QImage image = icon.pixmap(18, 18).toImage().convertToFormat(QImage::Format_ARGB32);
+        QCOMPARE(image.size(), QSize(18, 18));
+        // Something is drawn, in the colour of text and nothing else.
+        const QColor text = QGuiApplication::palette().color(QPalette::Text);
+        int drawn = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor pixel = image.pixelColor(x, y);
+                if (pixel.alpha() < 128)
+                    continue;
+                ++drawn;
+                QVERIFY(qAbs(pixel.red() - text.red()) <= 3
+                    && qAbs(pixel.green() - text.green()) <= 3
+                    && qAbs(pixel.blue() - text.blue()) <= 3);
+            }
         }
+        QVERIFY2(drawn >= 10, qPrintable(QString::number(drawn)));
+        // The same icon again comes from the cache.
+        QCOMPARE(iconForType(type).cacheKey(), icon.cacheKey());
+        const auto annotation = engineAnnotation(type, QRectF(0, 0, 10, 10));
+        QCOMPARE(typeIcon(*annotation).cacheKey(), icon.cacheKey());
     }
-    QVERIFY2(drawn >= 10, qPrintable(QString::number(drawn)));
-    // The same icon again comes from the cache.
-    QCOMPARE(iconForType(type).cacheKey(), icon.cacheKey());
-    const auto annotation = engineAnnotation(type, QRectF(0, 0, 10, 10));
-    QCOMPARE(typeIcon(*annotation).cacheKey(), icon.cacheKey());
 }
 
 void PDFAnnotationXExtensionsTest::missingIconIsLoggedAndNull()
@@ -528,6 +505,66 @@ void PDFAnnotationXExtensionsTest::fiveHundredAnnotationsAreHitTestedQuickly()
     const qint64 limit = 250'000;
 #endif
     QVERIFY2(best <= limit, qPrintable(QStringLiteral("%1 ns").arg(best)));
+}
+
+void PDFAnnotationXExtensionsTest::annotationsOfASavedFileComeBackAsTheApplicationsClasses()
+{
+    PdfFixtures::Page page;
+    page.lines = { QStringLiteral("Marked words on the first line") };
+    page.links = { { QRectF(72, 600, 200, 20), QStringLiteral("https://example.org/a"), -1, {} } };
+    page.annotations = {
+        { "/Subtype /Highlight /Rect [70 700 300 720] /QuadPoints [72 718 290 718 72 702 290 702] "
+          "/Contents (marked)",
+            {}, {} },
+        { "/Subtype /Ink /Rect [100 100 200 200] /InkList [[110 110 150 180 190 120]]", {}, {} },
+        { "/Subtype /Line /Rect [90 290 210 360] /L [100 300 200 350] /BS << /W 2 >>", {}, {} },
+        { "/Subtype /Circle /Rect [300 100 400 160]", {}, {} },
+        { "/Subtype /Square /Rect [300 200 400 260]", {}, {} },
+        { "/Subtype /FreeText /Rect [300 300 450 330] /DA (/Helv 12 Tf 0 0 1 rg) /Contents (box)",
+            {}, {} },
+        { "/Subtype /Text /Rect [400 400 424 424] /Name /Help /Contents (note)", {}, {} },
+        { "/Subtype /Stamp /Rect [50 450 150 500] /Name /Approved", "0 0 1 rg 0 0 100 50 re f",
+            QRectF(0, 0, 100, 50) },
+    };
+    PdfFixtures::Document description;
+    description.pages = { page };
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("annotated.pdf"));
+    QVERIFY(PdfFixtures::write(description, path));
+
+    FDPDFView view;
+    view.resize(600, 500);
+    view.loadDocument(QUrl::fromLocalFile(path));
+    view.show();
+    QTRY_VERIFY(!view.isLoading());
+    QVERIFY(view.fdDocument());
+    const auto &annotations = view.document()->pageAtIndex(0)->annotations();
+    QStringList made;
+    for (const auto &annotation : annotations)
+        made.append(className(*annotation));
+    QCOMPARE(made,
+        QStringList({ "PDFAnnotationLink", "FDAnnotationMarkup", "FDAnnotationInk",
+            "FDAnnotationLine", "FDAnnotationCircle", "FDAnnotationSquare", "FDAnnotationFreeText",
+            "FDAnnotationText", "PDFAnnotationStamp" }));
+
+    // Read from the file, they answer by the application's rules: the note by its grown area,
+    // the line by its stroke, each kind with its pasteboard type.
+    const auto &note = *annotations[7];
+    QVERIFY(hitTest(note, QPointF(398, 398)));
+    QVERIFY(!hitTest(note, QPointF(397.9, 398)));
+    QCOMPARE(static_cast<const PDFAnnotationText &>(note).iconType(), int(PDFAnnotationText::Help));
+    const auto &line = *annotations[3];
+    QVERIFY(hitTest(line, QPointF(150, 325)));
+    QVERIFY(!hitTest(line, QPointF(200, 300)));
+    QCOMPARE(typesForPasteboard(*annotations[1]),
+        QStringList { QStringLiteral("Folidoc.Pasteboard.Annotation.Markup") });
+    QVERIFY(typesForPasteboard(*annotations[8]).isEmpty());
+    QVERIFY(!keysForValuesToObserveForUndo(*annotations[8]));
+    QVERIFY(isValid(*annotations[8]));
+    QVERIFY(!isValid(*annotations[0]));
+    // Reading a file applies no settings: the file's own values stand.
+    QCOMPARE(borderLineWidth(line), 2.0);
+    view.setDocument(nullptr);
 }
 
 int main(int argc, char *argv[])
