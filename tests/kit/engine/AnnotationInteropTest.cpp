@@ -35,7 +35,6 @@ const QColor Blue(30, 60, 230);
 const QColor Green(20, 180, 40);
 const QColor Yellow(255, 255, 0);
 const QColor Orange(255, 150, 0);
-const QColor Author(0, 0, 0);
 
 // The page space rect of a word of the generated text page.
 QRectF wordRect(const PDFPage &page, const QString &word)
@@ -49,96 +48,70 @@ QRectF wordRect(const PDFPage &page, const QString &word)
     return rects.empty() ? QRectF() : rects.front();
 }
 
-std::shared_ptr<PDFBorder> border(double width, bool dashed)
+QVariant border(double width, bool dashed)
 {
     auto made = std::make_shared<PDFBorder>();
     made->setLineWidth(width);
     made->setStyle(dashed ? PDFBorder::Dashed : PDFBorder::Solid);
     if (dashed)
         made->setDashPattern({ 6, 4 });
-    return made;
+    return QVariant::fromValue(made);
 }
 
-// Every kind the application makes, by name, on the page; geometry in page space.
+// Each kind the application makes, named with its variant ("Square filled dashed"), with
+// geometry in page space and an author and date as the application stamps them.
 std::shared_ptr<PDFAnnotation> makeKind(const QString &kind, const PDFPage &page)
 {
-    std::shared_ptr<PDFAnnotation> made;
-    if (kind == QLatin1String("Highlight") || kind == QLatin1String("Underline")
-        || kind == QLatin1String("StrikeOut")) {
-        const QRectF r = wordRect(page, QStringLiteral("brown"));
-        auto markup = std::make_shared<PDFAnnotationMarkup>();
-        markup->initWithBounds(r, kind, {});
-        markup->setQuadrilateralPoints(
-            { { 0, r.height() }, { r.width(), r.height() }, { 0, 0 }, { r.width(), 0 } });
-        markup->setColor(kind == QLatin1String("Highlight") ? Yellow : Red);
-        made = markup;
-    } else if (kind == QLatin1String("Ink")) {
-        auto ink = std::make_shared<PDFAnnotationInk>();
-        ink->initWithBounds(QRectF(100, 400, 200, 100));
-        auto path = std::make_shared<BezierPath>();
-        path->moveTo({ 10, 50 });
-        path->lineTo({ 190, 50 });
-        path->lineTo({ 190, 90 });
-        ink->addBezierPath(path);
-        ink->setBorder(border(3, false));
-        ink->setColor(Blue);
-        made = ink;
-    } else if (kind.startsWith(QLatin1String("Line"))) {
-        auto line = std::make_shared<PDFAnnotationLine>();
-        line->initWithBounds(QRectF(100, 300, 300, 0));
-        line->setStartPoint({ 20, 0 });
-        line->setEndPoint({ 280, 0 });
-        const bool closed = kind.contains(QLatin1String("closed"));
-        line->setStartLineStyle(closed ? PDFAnnotationLine::None : PDFAnnotationLine::OpenArrow);
-        line->setEndLineStyle(
-            closed ? PDFAnnotationLine::ClosedArrow : PDFAnnotationLine::OpenArrow);
-        line->setBorder(border(3, kind.contains(QLatin1String("dashed"))));
-        line->setColor(Red);
-        made = line;
-    } else if (kind.startsWith(QLatin1String("Circle"))
-        || kind.startsWith(QLatin1String("Square"))) {
-        std::shared_ptr<PDFAnnotation> shape;
-        if (kind.startsWith(QLatin1String("Circle")))
-            shape = std::make_shared<PDFAnnotationCircle>();
-        else
-            shape = std::make_shared<PDFAnnotationSquare>();
-        shape->initWithBounds(QRectF(150, 200, 200, 120));
-        if (kind.contains(QLatin1String("filled")))
-            shape->setValueForKey(Green, QStringLiteral("interiorColor"));
-        shape->setBorder(border(kind.contains(QLatin1String("no border")) ? 0 : 4,
-            kind.contains(QLatin1String("dashed"))));
-        QColor stroke = Red;
-        if (kind.contains(QLatin1String("half transparent")))
-            stroke.setAlpha(128);
-        shape->setColor(stroke);
-        made = shape;
-    } else if (kind.startsWith(QLatin1String("FreeText"))) {
-        auto text = std::make_shared<PDFAnnotationFreeText>();
-        text->initWithBounds(QRectF(100, 400, 400, 60));
+    const QString type = kind.section(QLatin1Char(' '), 0, 0);
+    const auto has = [&](const char *variant) { return kind.contains(QLatin1String(variant)); };
+    QVariantMap values { { "userName", QStringLiteral("Zoë Writer") },
+        { "modificationDate", QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC) },
+        { "contents", QString(kind + QStringLiteral(" é")) }, { "color", Red } };
+    QRectF bounds(150, 200, 200, 120);
+    if (type == QLatin1String("Highlight") || type == QLatin1String("Underline")
+        || type == QLatin1String("StrikeOut")) {
+        bounds = wordRect(page, QStringLiteral("brown"));
+        const double w = bounds.width();
+        const double h = bounds.height();
+        values["quadrilateralPoints"]
+            = QVariantList { QPointF(0, h), QPointF(w, h), QPointF(0, 0), QPointF(w, 0) };
+        if (type == QLatin1String("Highlight"))
+            values["color"] = Yellow;
+    } else if (type == QLatin1String("Ink")) {
+        bounds = QRectF(100, 400, 200, 100);
+        BezierPath path;
+        path.moveTo({ 10, 50 });
+        path.lineTo({ 190, 50 });
+        path.lineTo({ 190, 90 });
+        values.insert({ { "paths", QVariantList { QVariant::fromValue(path) } },
+            { "border", border(3, false) }, { "color", Blue } });
+    } else if (type == QLatin1String("Line")) {
+        bounds = QRectF(100, 300, 300, 0);
+        values.insert({ { "startPoint", QPointF(20, 0) }, { "endPoint", QPointF(280, 0) },
+            { "startLineStyle", has("closed") ? 0 : 4 }, { "endLineStyle", has("closed") ? 5 : 4 },
+            { "border", border(3, has("dashed")) } });
+    } else if (type == QLatin1String("Circle") || type == QLatin1String("Square")) {
+        if (has("filled"))
+            values["interiorColor"] = Green;
+        values["border"] = border(has("no border") ? 0 : 4, has("dashed"));
+        if (has("half transparent"))
+            values["color"] = QColor(Red.red(), Red.green(), Red.blue(), 128);
+    } else if (type == QLatin1String("FreeText")) {
+        bounds = QRectF(100, 400, 400, 60);
         QFont font(QStringLiteral("Helvetica"));
         font.setPointSizeF(24);
-        text->setFont(font);
-        text->setFontColor(Red);
-        text->setColor(
-            kind.contains(QLatin1String("background")) ? Orange : QColor(255, 255, 255, 0));
-        text->setAlignment(kind.endsWith(QLatin1String("right")) ? PDFAnnotationFreeText::Right
-                : kind.endsWith(QLatin1String("centre"))         ? PDFAnnotationFreeText::Center
-                                                                 : PDFAnnotationFreeText::Left);
-        text->setContents(QStringLiteral("MMMM"));
-        made = text;
-    } else if (kind == QLatin1String("Text")) {
-        auto note = std::make_shared<PDFAnnotationText>();
-        note->initWithBounds(QRectF(300, 500, 24, 24));
-        note->setIconType(PDFAnnotationText::Comment);
-        note->setColor(Orange);
-        made = note;
+        values.insert({ { "font", font }, { "fontColor", Red }, { "contents", "MMMM" },
+            { "color", has("background") ? Orange : QColor(255, 255, 255, 0) },
+            { "alignment",
+                has("right")        ? PDFAnnotationFreeText::Right
+                    : has("centre") ? PDFAnnotationFreeText::Center
+                                    : PDFAnnotationFreeText::Left } });
+    } else if (type == QLatin1String("Text")) {
+        bounds = QRectF(300, 500, 24, 24);
+        values.insert({ { "iconType", PDFAnnotationText::Comment }, { "color", Orange } });
     }
-    if (made) {
-        if (!made->contents().size())
-            made->setContents(kind + QStringLiteral(" é"));
-        made->setUserName(QStringLiteral("Zoë Writer"));
-        made->setModificationDate(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
-    }
+    const auto made = PDFAnnotation::classForType(type)();
+    made->initWithBounds(bounds, type, values);
     return made;
 }
 
@@ -466,7 +439,7 @@ private slots:
         QTest::addColumn<double>("least"); // share of inside showing the colour
         QTest::addColumn<double>("most");
         QTest::addColumn<QRectF>("outside"); // shows none of the colour
-        QTest::addColumn<int>("slack"); // points the colour's extent may differ by
+        QTest::addColumn<int>("slack"); // points the colour's extent may differ by across
 
         // "brown" on the first line spans about x 127 to 160 and y 716 to 733.
         QTest::newRow("highlight") << "Highlight" << Yellow << QRectF(130, 718, 27, 13) << 0.3
@@ -554,22 +527,21 @@ private slots:
             QVERIFY2(stray < 0.03,
                 qPrintable(QStringLiteral("%1 shows %2 of it outside").arg(name).arg(stray)));
             const QRect found = extent(*image, color, window);
-            const QMargins apart(found.left() - kitExtent.left(), found.top() - kitExtent.top(),
-                found.right() - kitExtent.right(), found.bottom() - kitExtent.bottom());
-            QVERIFY2(std::max({ std::abs(apart.left()), std::abs(apart.top()),
-                         std::abs(apart.right()), std::abs(apart.bottom()) })
-                    <= slack * Scale,
-                qPrintable(QStringLiteral("%1 shows the colour over %2,%3 %4x%5, the kit over "
-                                          "%6,%7 %8x%9")
-                               .arg(name)
-                               .arg(found.x())
-                               .arg(found.y())
-                               .arg(found.width())
-                               .arg(found.height())
-                               .arg(kitExtent.x())
-                               .arg(kitExtent.y())
-                               .arg(kitExtent.width())
-                               .arg(kitExtent.height())));
+            // Across, text may run wider in the kit's stand-in font; up and down it may not.
+            const int across = std::max(std::abs(found.left() - kitExtent.left()),
+                std::abs(found.right() - kitExtent.right()));
+            const int upDown = std::max(std::abs(found.top() - kitExtent.top()),
+                std::abs(found.bottom() - kitExtent.bottom()));
+            const auto where = [](const QRect &r) {
+                return QStringLiteral("%1,%2 %3x%4")
+                    .arg(r.x())
+                    .arg(r.y())
+                    .arg(r.width())
+                    .arg(r.height());
+            };
+            QVERIFY2(across <= slack * Scale && upDown <= std::min(slack, 3) * Scale,
+                qPrintable(QStringLiteral("%1 shows the colour over %2, the kit over %3")
+                               .arg(name, where(found), where(kitExtent))));
         }
     }
 
