@@ -15,30 +15,12 @@
 #include "PDFBorder.h"
 #include "PDFDestination.h"
 
-#include <QFontInfo>
-
+#include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <vector>
 
 namespace AnnotationIO {
-
-QByteArray dashOperator(const PDFAnnotation &annotation)
-{
-    const auto border = annotation.border();
-    if (!border || border->style() != PDFBorder::Dashed)
-        return {};
-    QList<double> pattern;
-    for (const double value : border->dashPattern()) {
-        if (num(value) > 0)
-            pattern.append(num(value));
-    }
-    if (pattern.isEmpty())
-        pattern = { 3.0 };
-    QByteArray op = "[";
-    for (qsizetype i = 0; i < pattern.size(); ++i)
-        op += (i ? " " : "") + QByteArray::number(pattern[i], 'g', 6);
-    return op + "] 0 d\n";
-}
 
 namespace {
 
@@ -82,13 +64,26 @@ void putText(fz_context *ctx, pdf_obj *dict, pdf_obj *key, const char *utf8)
         pdf_dict_del(ctx, dict, key);
 }
 
+bool namesAny(const QString &family, std::initializer_list<const char *> parts)
+{
+    return std::any_of(parts.begin(), parts.end(),
+        [&](const char *part) { return family.contains(QLatin1String(part)); });
+}
+
+// The base font of readers closest to the family: fixed pitch, serif or sans serif.
 const char *baseFontOf(const QFont &font)
 {
     const QString family = font.family().toLower();
-    if (family.contains(QLatin1String("courier")) || family.contains(QLatin1String("mono")))
+    if (font.styleHint() == QFont::Monospace || font.styleHint() == QFont::TypeWriter
+        || namesAny(family,
+            { "courier", "mono", "menlo", "monaco", "consol", "code", "fixed", "typewriter" }))
         return "Cour";
-    if (family.contains(QLatin1String("times"))
-        || (family.contains(QLatin1String("serif")) && !family.contains(QLatin1String("sans"))))
+    if (font.styleHint() == QFont::Serif
+        || (family.contains(QLatin1String("serif")) && !family.contains(QLatin1String("sans")))
+        || namesAny(family,
+            { "times", "roman", "georgia", "garamond", "palatino", "baskerville", "bookman",
+                "cambria", "charter", "century", "bodoni", "caslon", "didot", "minion", "tinos",
+                "merriweather", "cochin", "hoefler" }))
         return "TiRo";
     return "Helv";
 }

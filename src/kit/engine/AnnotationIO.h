@@ -42,8 +42,11 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
 // The subtype a dictionary says, as a type string ("Square"...); empty when it has none.
 QString subtypeOf(fz_context *ctx, pdf_obj *dict);
 
-// The content-stream operator that sets the annotation's dash ("[3 3] 0 d\n"), empty when its
-// border is not dashed.
-QByteArray dashOperator(const PDFAnnotation &annotation);
+// After MuPDF made the annotation's normal appearance: lines, ink, circles, squares and marked
+// text get the kit's drawing instead (with their dashes, which MuPDF leaves out, and no stroke
+// for a border of width 0), and a free text's text is moved to where the kit writes it. Other
+// kinds keep MuPDF's picture.
+void writeAppearance(
+    fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation);
 
 } // namespace AnnotationIO

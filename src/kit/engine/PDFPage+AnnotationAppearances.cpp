@@ -1,5 +1,5 @@
-// PDFPage's annotation pictures: making them fresh (dashes patched in) before the page is drawn
-// or written, choosing what engine drawing shows, and drawing one annotation's picture.
+// PDFPage's annotation pictures: making them fresh (AnnotationIO::writeAppearance) before the page
+// is drawn or written, choosing what engine drawing shows, and drawing one annotation's picture.
 
 #include "PDFPage.h"
 
@@ -13,42 +13,6 @@
 #include <QPainter>
 
 #include <algorithm>
-
-namespace {
-
-void patchDashLocked(fz_context *ctx, pdf_document *doc, const PDFAnnotation &annotation)
-{
-    const QByteArray op = AnnotationIO::dashOperator(annotation);
-    pdf_obj *const object = PDFAnnotationPrivate::of(annotation).object;
-    if (op.isEmpty() || !object)
-        return;
-    pdf_obj *stream = nullptr;
-    mu::Buffer old;
-    mu::Error error;
-    mu::run(ctx, error, [&] {
-        stream = pdf_dict_getp(ctx, object, "AP/N");
-        if (pdf_is_stream(ctx, stream))
-            old.p = pdf_load_stream(ctx, stream);
-    });
-    if (!old.p)
-        return;
-    unsigned char *data = nullptr;
-    const size_t length = fz_buffer_storage(ctx, old.p, &data);
-    const QByteArray content(reinterpret_cast<const char *>(data), static_cast<qsizetype>(length));
-    if (content.startsWith(op))
-        return;
-    // Other readers see the dash only in the picture: MuPDF makes it without one.
-    const QByteArray patched = op + content;
-    const auto *bytes = reinterpret_cast<const unsigned char *>(patched.constData());
-    const size_t size = static_cast<size_t>(patched.size());
-    mu::Buffer fresh;
-    mu::run(ctx, error, [&] {
-        fresh.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
-        pdf_update_stream(ctx, doc, stream, fresh.p, 0);
-    });
-}
-
-} // namespace
 
 namespace PDFPageInternals {
 
@@ -82,11 +46,13 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
     resolveMovedLocked(pd, ctx);
     if (!pd.appearancesStale || !loaded)
         return;
+    std::vector<const PDFAnnotation *> remade;
     for (const auto &annotation : pd.annotations) {
         PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
         if (!ad.appearanceDirty || !onPageInFile(pd, ad))
             continue;
         ad.appearanceDirty = false;
+        remade.push_back(annotation.get());
         // MuPDF keeps a picture that came with the file even when told it is dirty; without
         // one it always makes a new one.
         pdf_obj *const object = ad.object;
@@ -109,14 +75,11 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
             { }
         }
     });
-    for (const auto &annotation : pd.annotations) {
+    for (const PDFAnnotation *annotation : remade) {
         const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        if (!annotation->isAppearanceSynthesised() || !onPageInFile(pd, ad))
-            continue;
-        if (!ad.ownAppearance)
-            patchDashLocked(ctx, pd.handle->doc(), *annotation);
+        AnnotationIO::writeAppearance(ctx, pd.handle->doc(), ad.object, *annotation);
         // MuPDF makes every note icon 18 by 18; the note keeps its own size and the icon scales.
-        if (dynamic_cast<const PDFAnnotationText *>(annotation.get())) {
+        if (dynamic_cast<const PDFAnnotationText *>(annotation)) {
             pdf_obj *const object = ad.object;
             const fz_rect rect = mu::toFz(annotation->bounds().normalized());
             mu::runQuietly(ctx, [&] { pdf_dict_put_rect(ctx, object, PDF_NAME(Rect), rect); });
