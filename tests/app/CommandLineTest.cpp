@@ -24,7 +24,6 @@ private slots:
     void helpAndVersionNeedNoDisplayNorRunningFolidoc();
     void launchArgumentsReachTheRunningFolidoc_data();
     void launchArgumentsReachTheRunningFolidoc();
-    void aLaunchOnAnotherDisplayStartsItsOwnFolidoc();
     void aFileThatCannotBeOpenedIsExplained_data();
     void aFileThatCannotBeOpenedIsExplained();
 
@@ -160,33 +159,6 @@ void CommandLineTest::launchArgumentsReachTheRunningFolidoc()
     for (const QString &name : std::as_const(names))
         paths << path(name);
     QCOMPARE(received, (QList<FDSingleInstance::Request> { { paths, newWindow } }));
-}
-
-void CommandLineTest::aLaunchOnAnotherDisplayStartsItsOwnFolidoc()
-{
-    QProcess first;
-    QProcess second;
-    const auto stop = qScopeGuard([&] {
-        for (QProcess *process : { &first, &second }) {
-            process->kill();
-            process->waitForFinished();
-        }
-    });
-    const QDir runtime(qEnvironmentVariable("XDG_RUNTIME_DIR"));
-    const auto sockets = [&] { return runtime.entryList(QDir::System).size(); };
-    const int before = sockets();
-    first.setProcessEnvironment(onDisplay(QStringLiteral(":71")));
-    first.start(QStringLiteral(FOLIDOC_PROGRAM), {});
-    QTRY_COMPARE_WITH_TIMEOUT(sockets(), before + 1, 20000);
-    second.setProcessEnvironment(onDisplay(QStringLiteral(":72")));
-    second.start(QStringLiteral(FOLIDOC_PROGRAM), { path(QStringLiteral("paper.pdf")) });
-    QTRY_COMPARE_WITH_TIMEOUT(sockets(), before + 2, 20000);
-    QCOMPARE(second.state(), QProcess::Running);
-    // A later launch on the first display goes to the first and ends.
-    const Outcome third = launch({ QStringLiteral("paper.pdf") }, onDisplay(QStringLiteral(":71")));
-    QCOMPARE(third.status, 0);
-    QCOMPARE(first.state(), QProcess::Running);
-    QCOMPARE(second.state(), QProcess::Running);
 }
 
 void CommandLineTest::aFileThatCannotBeOpenedIsExplained_data()
