@@ -1,13 +1,23 @@
+#include <app/FDCommandLine.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
 
 #include <QApplication>
+#include <QDir>
 
 int main(int argc, char *argv[])
 {
+    // Help and version need neither a display nor the running instance.
+    const FDCommandLine commandLine(FDCommandLine::argumentsOf(argc, argv), QDir::currentPath());
+    if (commandLine.action() != FDCommandLine::Run)
+        return commandLine.finish();
+    for (const QString &problem : commandLine.problems())
+        FDCommandLine::complain(problem);
+
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
     PDFContents::registerAsDocumentContents();
-    GlobalService service(QApplication::arguments().mid(1));
+    GlobalService service(commandLine.paths());
+    service.setLaunchInNewWindow(commandLine.newWindow());
     return service.run();
 }

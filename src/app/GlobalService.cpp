@@ -1,8 +1,10 @@
 #include "GlobalService.h"
 
 #include "Alert.h"
+#include "FDCommandLine.h"
 #include "FDContents.h"
 #include "FDDefaults.h"
+#include "FDFileDiagnosis.h"
 #include "FDSingleInstance.h"
 #include "PDFContents.h"
 #include "PDFWindowController.h"
@@ -103,21 +105,37 @@ int GlobalService::run()
 bool GlobalService::handOverOrListen()
 {
     QStringList paths;
-    for (const QString &path : std::as_const(m_launchPaths))
+    for (const QString &path : std::as_const(m_launchPaths)) {
         paths << QFileInfo(path).absoluteFilePath();
+        // The terminal that started the launch hears why, whichever process shows the alert.
+        const QString problem = FDFileDiagnosis::problemWithFile(paths.last());
+        if (!problem.isEmpty())
+            FDCommandLine::complain(QStringLiteral("%1: %2").arg(paths.last(), problem));
+    }
     m_singleInstance = new FDSingleInstance(instanceName(), this);
-    if (m_singleInstance->forwardToRunningInstance(paths))
+    if (m_singleInstance->forwardToRunningInstance({ paths, m_launchInNewWindow }))
         return true;
-    m_singleInstance->listen([this](const QStringList &forwarded) {
-        if (!forwarded.isEmpty()) {
-            openFiles(forwarded);
-        } else if (auto *const main
-            = qobject_cast<PDFWindowController *>(TabWindowController::main())) {
+    m_singleInstance->listen([this](const FDSingleInstance::Request &request) {
+        auto *const main = qobject_cast<PDFWindowController *>(TabWindowController::main());
+        if (request.newWindow && m_didFinishLaunching)
+            openFilesInNewWindow(request.paths);
+        else if (!request.paths.isEmpty())
+            openFiles(request.paths);
+        else if (main)
             main->makeKeyAndOrderFront();
-        }
     });
     openFiles(paths);
     return false;
+}
+
+void GlobalService::openFilesInNewWindow(const QStringList &paths)
+{
+    auto *const window = TabWindowController::create<PDFWindowController>();
+    for (const QString &path : paths)
+        window->openPDFDocumentWithURL(fileURLForPath(path), true, true);
+    if (window->tabStripModel()->count() == 0)
+        window->openNewTab();
+    window->makeKeyAndOrderFront();
 }
 
 bool GlobalService::eventFilter(QObject *watched, QEvent *event)

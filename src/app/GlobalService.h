@@ -33,6 +33,8 @@ public:
 
     // paths: the files named on the command line.
     explicit GlobalService(const QStringList &paths = {}, QObject *parent = nullptr);
+    // The launch's files go to a new window of the running Folidoc (--new-window).
+    void setLaunchInNewWindow(bool newWindow) { m_launchInNewWindow = newWindow; }
     ~GlobalService() override;
 
     // The one service, or null before main made it.
@@ -44,12 +46,16 @@ public:
     // event loop to its end.
     int run();
     // The first half of run(): true when a running Folidoc took the paths; otherwise this
-    // process now receives the paths of later launches, and keeps its own for the launch.
+    // process now receives the paths of later launches, and keeps its own for the launch. A path
+    // that can't be opened is named on standard error, with the reason, and still handed on, so
+    // that the window shows its alert.
     bool handOverOrListen();
 
     void applicationDidFinishLaunching();
     bool openFile(const QString &path);
     void openFiles(const QStringList &paths);
+    // A new window with a tab for each path (a start tab when none could be made).
+    void openFilesInNewWindow(const QStringList &paths);
     TerminateReply applicationShouldTerminate();
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
     // Asks the termination question and quits the event loop on "now".
@@ -95,6 +101,7 @@ private:
     bool m_didFinishLaunching = false;
     QStringList m_pendingOpenFileNames;
     QStringList m_launchPaths;
+    bool m_launchInNewWindow = false;
     FDSingleInstance *m_singleInstance = nullptr;
     std::function<void()> m_quitHandler;
 };

@@ -3,6 +3,7 @@
 #include "CompressContents.h"
 #include "FDContents.h"
 #include "FDFilePanel.h"
+#include "FDRecentDocuments.h"
 #include "FDToolbarController.h"
 #include "GlobalService.h"
 #include "NewTabContents.h"
@@ -331,6 +332,12 @@ bool PDFWindowController::validateMenuItem(QAction *item)
         item->setChecked(FDThemeProvider::current()->id() == item->data().toInt());
         return true;
     }
+    if (command == QLatin1String("clearRecentDocuments:"))
+        return !FDRecentDocuments::recentDocumentURLs().isEmpty();
+    if (command == QLatin1String("toggleFullScreen:")) {
+        item->setChecked(isFullScreen());
+        return true;
+    }
     return true;
 }
 
@@ -345,6 +352,14 @@ void PDFWindowController::performCommand(QAction *item)
         newDocument();
     } else if (command == QLatin1String("openDocument:")) {
         openDocument();
+    } else if (command == QLatin1String("openRecentDocument:")) {
+        const QUrl url = item->property("url").toUrl();
+        if (!url.isEmpty())
+            openPDFDocumentWithURL(url, true, true);
+    } else if (command == QLatin1String("clearRecentDocuments:")) {
+        FDRecentDocuments::clearRecentDocuments();
+    } else if (command == QLatin1String("toggleFullScreen:")) {
+        setWindowState(windowState() ^ Qt::WindowFullScreen);
     } else if (command == QLatin1String("performFindPanelAction:")) {
         NotificationCenter::defaultCenter().post(PerformFindPanelActionNotification, window());
     } else if (command == QLatin1String("performSelectNextTabAction:")) {

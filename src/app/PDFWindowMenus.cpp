@@ -1,10 +1,13 @@
 #include "PDFWindowMenus.h"
 
+#include "FDRecentDocuments.h"
 #include "PDFWindowController.h"
 
 #include <view/PDFToolMode.h>
 
 #include <QAction>
+#include <QDir>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -51,7 +54,7 @@ QAction *PDFWindowMenus::add(QMenu *menu, const QString &title, const QString &c
         QStringLiteral("PDF_onChangeDisplayMode:"), QStringLiteral("PDF_onChangeSplitMode:"),
         QStringLiteral("PDF_onChangeSidebarMode:"), QStringLiteral("PDF_onZoom100:"),
         QStringLiteral("PDF_onZoomFitWidth:"), QStringLiteral("PDF_onZoomFitPage:"),
-        QStringLiteral("onChangeTheme:") };
+        QStringLiteral("onChangeTheme:"), QStringLiteral("toggleFullScreen:") };
     action->setCheckable(stateful.contains(command));
     connect(action, &QAction::triggered, m_window,
         [window = m_window, action] { window->performCommand(action); });
@@ -60,6 +63,8 @@ QAction *PDFWindowMenus::add(QMenu *menu, const QString &title, const QString &c
 
 void PDFWindowMenus::validateMenu(QMenu *menu)
 {
+    if (menu == m_recentMenu)
+        fillRecentMenu();
     const QList<QAction *> actions = menu->actions();
     for (QAction *action : actions) {
         if (QMenu *const submenu = action->menu()) {
@@ -107,6 +112,8 @@ void PDFWindowMenus::fillFileMenu()
         standardKeys(QKeySequence::New, QKeySequence(Qt::CTRL | Qt::Key_N)));
     add(file, tr("Open…"), QStringLiteral("openDocument:"), 0,
         standardKeys(QKeySequence::Open, QKeySequence(Qt::CTRL | Qt::Key_O)));
+    m_recentMenu = file->addMenu(tr("Open Recent"));
+    fillRecentMenu();
     file->addSeparator();
     add(file, tr("Save"), QStringLiteral("PDF_saveDocument:"), 0,
         standardKeys(QKeySequence::Save, QKeySequence(Qt::CTRL | Qt::Key_S)));
@@ -124,6 +131,31 @@ void PDFWindowMenus::fillFileMenu()
         { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W) });
     add(file, tr("Quit"), QStringLiteral("terminate:"), 0,
         standardKeys(QKeySequence::Quit, QKeySequence(Qt::CTRL | Qt::Key_Q)));
+}
+
+void PDFWindowMenus::fillRecentMenu()
+{
+    m_recentMenu->clear();
+    const QList<QUrl> urls = FDRecentDocuments::recentDocumentURLs();
+    const QString home = QDir::homePath();
+    for (int index = 0; index < urls.size(); ++index) {
+        const QUrl &url = urls[index];
+        const QString path = url.isLocalFile() ? url.toLocalFile() : url.toDisplayString();
+        QString folder = QFileInfo(path).path();
+        if (folder == home || folder.startsWith(home + QLatin1Char('/')))
+            folder.replace(0, home.size(), QStringLiteral("~"));
+        // A "&" in a name is a character, not the mark of a mnemonic.
+        QString title = QStringLiteral("%1 — %2").arg(QFileInfo(path).fileName(), folder);
+        title.replace(QLatin1Char('&'), QLatin1String("&&"));
+        QAction *const item
+            = add(m_recentMenu, title, QStringLiteral("openRecentDocument:"), index);
+        item->setToolTip(path);
+        // The list may change before the click; the item keeps the document it shows.
+        item->setProperty("url", url);
+    }
+    if (!urls.isEmpty())
+        m_recentMenu->addSeparator();
+    add(m_recentMenu, tr("Clear"), QStringLiteral("clearRecentDocuments:"));
 }
 
 void PDFWindowMenus::fillEditMenu()
@@ -167,6 +199,13 @@ void PDFWindowMenus::fillViewMenu()
     add(view, tr("Edit Pages"), QStringLiteral("PDF_onShowPagesEditor:"), 0,
         { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P) });
     view->addSeparator();
+    // F11 on every desktop, and the desktop's own key where it has another.
+    QList<QKeySequence> fullScreenKeys { QKeySequence(Qt::Key_F11) };
+    for (const QKeySequence &key : QKeySequence::keyBindings(QKeySequence::FullScreen)) {
+        if (!fullScreenKeys.contains(key))
+            fullScreenKeys.append(key);
+    }
+    add(view, tr("Full Screen"), QStringLiteral("toggleFullScreen:"), 0, fullScreenKeys);
     QMenu *const theme = view->addMenu(tr("Theme"));
     add(theme, tr("Red"), QStringLiteral("onChangeTheme:"), 0);
     add(theme, tr("Green"), QStringLiteral("onChangeTheme:"), 1);

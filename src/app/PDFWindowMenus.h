@@ -21,8 +21,12 @@ public:
     // The item of a command with that tag (-1: the first item of the command).
     QAction *actionForCommand(const QString &command, int tag = -1) const;
     QList<QAction *> allActions() const;
-    // Validates every item of menu, as when the person opens it.
+    // Validates every item of menu, as when the person opens it; the recent documents are read
+    // anew then.
     void validateMenu(QMenu *menu);
+    // File > Open Recent: one item per recent document ("openRecentDocument:", its index as tag),
+    // newest first, then "Clear" ("clearRecentDocuments:").
+    QMenu *recentMenu() const { return m_recentMenu; }
     QMenuBar *menuBar() const { return m_menuBar; }
 
     // The platform's keys for a standard command; a desktop without a binding for it gets the
@@ -35,6 +39,7 @@ private:
     QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,
         const QList<QKeySequence> &keys = {});
     void fillFileMenu();
+    void fillRecentMenu();
     void fillEditMenu();
     void fillToolsMenu();
     void fillViewMenu();
@@ -44,4 +49,5 @@ private:
 
     PDFWindowController *m_window;
     QMenuBar *m_menuBar;
+    QMenu *m_recentMenu = nullptr;
 };

@@ -2,6 +2,7 @@
 #include "support/AppTestEnvironment.h"
 
 #include <app/CompressContents.h>
+#include <app/FDCommandLine.h>
 #include <app/FDDefaults.h>
 #include <app/GlobalService.h>
 #include <app/NewTabContents.h>
@@ -40,6 +41,7 @@ private slots:
     void quitWaitsForAPendingSave();
     void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab();
     void aDocumentStoredTwiceIsRestoredOnceWithItsSplit();
+    void aSecondLaunchsPathsArriveAsTabs_data();
     void aSecondLaunchsPathsArriveAsTabs();
 
 private:
@@ -304,8 +306,16 @@ void GlobalServiceTest::aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
     QTRY_COMPARE(split->secondaryPDFView()->fileURL(), urls[2]);
 }
 
+void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs_data()
+{
+    QTest::addColumn<bool>("newWindow");
+    QTest::newRow("into the main window") << false;
+    QTest::newRow("--new-window") << true;
+}
+
 void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs()
 {
+    QFETCH(bool, newWindow);
     QTemporaryDir folder;
     const QString first = folder.filePath(QStringLiteral("first.pdf"));
     const QString second = folder.filePath(QStringLiteral("second.pdf"));
@@ -315,6 +325,7 @@ void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs()
     UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
     QVERIFY(!m_service->handOverOrListen());
     m_service->applicationDidFinishLaunching();
+    TabWindowController *const mainWindow = windows().first();
 
     // A real second process, started as the desktop starts it, with a path relative to its folder.
     QProcess launch;
@@ -323,14 +334,24 @@ void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs()
     launch.setProcessEnvironment(environment);
     launch.setWorkingDirectory(folder.path());
     QSignalSpy finished(&launch, &QProcess::finished);
-    launch.start(QCoreApplication::applicationFilePath(), { QStringLiteral("second.pdf"), first });
+    QStringList arguments { QStringLiteral("second.pdf"), first };
+    if (newWindow)
+        arguments.prepend(QStringLiteral("--new-window"));
+    launch.start(QCoreApplication::applicationFilePath(), arguments);
     QVERIFY(finished.wait(20000));
     QCOMPARE(launch.exitCode(), 0);
-    TabStripModel *model = windows().first()->tabStripModel();
+    QTRY_COMPARE(windows().size(), newWindow ? 2 : 1);
+    TabStripModel *model = windows().last()->tabStripModel();
     QTRY_COMPARE(model->count(), 2);
     QCOMPARE(model->getTabContentsAtIndex(0)->url(),
         QUrl::fromLocalFile(second).toString(QUrl::FullyEncoded));
     QCOMPARE(model->selectedIndex(), 1);
+    // The main window keeps its start tab when the files went elsewhere.
+    if (newWindow) {
+        QCOMPARE(mainWindow->tabStripModel()->count(), 1);
+        QVERIFY(
+            qobject_cast<NewTabContents *>(mainWindow->tabStripModel()->getTabContentsAtIndex(0)));
+    }
     qunsetenv("FOLIDOC_INSTANCE_NAME");
 }
 
@@ -340,7 +361,9 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     PDFContents::registerAsDocumentContents();
     if (qEnvironmentVariable("FOLIDOC_TEST_CHILD") == QLatin1String("launch")) {
-        GlobalService service(QApplication::arguments().mid(1));
+        const FDCommandLine commandLine(QApplication::arguments(), QDir::currentPath());
+        GlobalService service(commandLine.paths());
+        service.setLaunchInNewWindow(commandLine.newWindow());
         return service.run();
     }
     GlobalServiceTest test;

@@ -4,6 +4,7 @@
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
+#include <app/FDRecentDocuments.h>
 #include <app/NewTabContents.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
@@ -45,6 +46,8 @@ private slots:
     void droppingAFileOnAStartTabReplacesIt();
     void closingAWindowAsksForTheChangedTabFirst_data();
     void closingAWindowAsksForTheChangedTabFirst();
+    void openRecentListsAndOpensTheRecentDocuments();
+    void fullScreenKeyAndItemToggleFullScreen();
 
 private:
     QAction *action(const QString &command, int tag = -1)
@@ -80,10 +83,13 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
         commands.insert(item->objectName());
         const bool isDocumentCommand = item->objectName().startsWith(QLatin1String("PDF_"));
         documentCommands += isDocumentCommand;
-        QCOMPARE(item->isEnabled(), !isDocumentCommand);
+        // With no recent document there is nothing to clear.
+        const bool clearsRecents = item->objectName() == QLatin1String("clearRecentDocuments:");
+        QCOMPARE(item->isEnabled(), !isDocumentCommand && !clearsRecents);
         QVERIFY(!item->isChecked() || item->objectName() == QLatin1String("onChangeTheme:"));
     }
-    // A submenu of document commands only is greyed out with them; the theme submenu is not.
+    // A submenu of document commands only is greyed out with them, as is the empty Open Recent;
+    // the theme submenu is not.
     int submenus = 0;
     for (QMenu *menu : m_window->menuBar()->findChildren<QMenu *>()) {
         if (!qobject_cast<QMenu *>(menu->parent()))
@@ -93,15 +99,16 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
             = menu->actions().first()->objectName() == QLatin1String("onChangeTheme:");
         QCOMPARE(menu->menuAction()->isEnabled(), themes);
     }
-    QCOMPARE(submenus, 3);
+    QCOMPARE(submenus, 4);
     // Every command of the window and the application has an item; tool, display, split,
     // sidebar and theme items one per tag.
     QCOMPARE(documentCommands, 43);
-    QCOMPARE(commands.size(), 37);
+    QCOMPARE(commands.size(), 39);
     for (const char *command : { "newDocument:", "openDocument:", "performFindPanelAction:",
              "performSelectNextTabAction:", "performSelectPreviousTabAction:",
              "performCloseTabAction:", "performCloseWindowAction:", "onChangeTheme:",
-             "onSendFeedback:", "onNew:", "onShowPrefWindow:", "showAboutDialog:", "terminate:" })
+             "onSendFeedback:", "onNew:", "onShowPrefWindow:", "showAboutDialog:", "terminate:",
+             "toggleFullScreen:", "clearRecentDocuments:" })
         QVERIFY2(commands.contains(QLatin1String(command)), command);
 }
 
@@ -314,6 +321,66 @@ void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst()
         QTRY_VERIFY(m_window.isNull());
     if (tabsLeft)
         tabs[1]->primaryPDFView()->fdDocument()->setNumberOfOtherChanges(0);
+}
+
+void PDFWindowControllerTest::openRecentListsAndOpensTheRecentDocuments()
+{
+    QTemporaryDir folder;
+    const QString older = folder.filePath(QStringLiteral("older.pdf"));
+    const QString newer = folder.filePath(QStringLiteral("R&D notes.pdf"));
+    for (const QString &path : { older, newer }) {
+        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(path));
+    }
+    QMenu *recent = m_window->menus()->recentMenu();
+    const auto titles = [recent] {
+        QStringList shown;
+        for (QAction *item : recent->actions())
+            shown << (item->isSeparator() ? QStringLiteral("-") : item->iconText());
+        return shown;
+    };
+    const auto validateFileMenu = [this, recent] {
+        m_window->menus()->validateMenu(qobject_cast<QMenu *>(recent->parent()));
+    };
+
+    // Newest first, each with its folder; a "&" in a name shows as itself.
+    validateFileMenu();
+    const QString where = QDir::toNativeSeparators(folder.path());
+    QCOMPARE(titles(),
+        (QStringList { QStringLiteral("R&D notes.pdf — ") + where,
+            QStringLiteral("older.pdf — ") + where, QStringLiteral("-"),
+            QStringLiteral("Clear") }));
+    QVERIFY(recent->menuAction()->isEnabled());
+    QVERIFY(recent->actions().constLast()->isEnabled());
+
+    // The item opens its document in place of the start tab, and the list follows.
+    recent->actions().at(1)->trigger();
+    TabStripModel *model = m_window->tabStripModel();
+    QCOMPARE(model->count(), 1);
+    QCOMPARE(model->getSelectedTabContents()->url(), QUrl::fromLocalFile(older).toString());
+
+    recent->actions().constLast()->trigger();
+    QVERIFY(FDRecentDocuments::recentDocumentURLs().isEmpty());
+    validateFileMenu();
+    QCOMPARE(titles(), QStringList { QStringLiteral("Clear") });
+    QVERIFY(!recent->menuAction()->isEnabled());
+}
+
+void PDFWindowControllerTest::fullScreenKeyAndItemToggleFullScreen()
+{
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window));
+    QAction *item = action(QStringLiteral("toggleFullScreen:"));
+    for (bool expected : { true, false }) {
+        QTest::keyClick(m_window, Qt::Key_F11);
+        QTRY_COMPARE(m_window->isFullScreen(), expected);
+        QVERIFY(m_window->validateMenuItem(item));
+        QCOMPARE(item->isChecked(), expected);
+    }
+    item->trigger();
+    QTRY_VERIFY(m_window->isFullScreen());
+    item->trigger();
+    QTRY_VERIFY(!m_window->isFullScreen());
 }
 
 int main(int argc, char *argv[])

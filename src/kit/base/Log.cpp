@@ -11,12 +11,12 @@ std::mutex &outputMutex()
     return mutex;
 }
 
-void writeLine(const char *prefix, const QString &message)
+void writeLine(FILE *stream, const char *prefix, const QString &message)
 {
     const QByteArray line = QByteArray(prefix) + message.toUtf8() + '\n';
     const std::lock_guard lock(outputMutex());
-    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stdout);
-    std::fflush(stdout);
+    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stream);
+    std::fflush(stream);
 }
 
 } // namespace
@@ -25,12 +25,12 @@ namespace Log {
 
 void info(const QString &message)
 {
-    writeLine("[INFO] ", message);
+    writeLine(stdout, "[INFO] ", message);
 }
 
 void warn(const QString &message)
 {
-    writeLine("[WARN] ", message);
+    writeLine(stderr, "[WARN] ", message);
 }
 
 } // namespace Log

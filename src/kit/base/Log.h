@@ -1,7 +1,7 @@
 #pragma once
 
-// One-line messages on standard output, "[INFO] text" or "[WARN] text". Any thread: lines of
-// different threads never interleave.
+// One-line messages: "[INFO] text" on standard output, "[WARN] text" on standard error. Any
+// thread: lines of different threads never interleave.
 
 #include <QString>
 

@@ -17,6 +17,7 @@
 #include <kit/engine/PDFSelection.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 #include <QNativeGestureEvent>
 #include <QScrollBar>
@@ -104,6 +105,7 @@ void PDFView::selectAll()
             selection->addRange(page, PDFTextRange { 0, characters });
     }
     setCurrentSelection(selection);
+    offerSelectionForMiddleClick();
 }
 
 void PDFView::copy()
@@ -115,6 +117,17 @@ void PDFView::copy()
         return;
     Pasteboard::general().clearContents();
     Pasteboard::general().setString(text);
+}
+
+void PDFView::offerSelectionForMiddleClick() const
+{
+    QClipboard *const clipboard = QGuiApplication::clipboard();
+    if (!m_selection || !clipboard->supportsSelection()
+        || (m_document && !m_document->allowsCopying()))
+        return;
+    const QString text = m_selection->string();
+    if (!text.isEmpty())
+        clipboard->setText(text, QClipboard::Selection);
 }
 
 void PDFView::performAction(const std::shared_ptr<PDFAction> &action)
@@ -195,6 +208,7 @@ void PDFView::mousePressEvent(QMouseEvent *event)
         && (event->position() - m_lastDoubleClickPoint).manhattanLength() < 6) {
         m_lastDoubleClickTime = 0;
         setCurrentSelection(page->selectionForLineAtPoint(point));
+        offerSelectionForMiddleClick();
         return;
     }
     if (pageForPoint(event->position(), false)) {
@@ -249,6 +263,8 @@ void PDFView::mouseReleaseEvent(QMouseEvent *event)
         QAbstractScrollArea::mouseReleaseEvent(event);
         return;
     }
+    if (m_selecting)
+        offerSelectionForMiddleClick();
     m_selecting = false;
     m_autoscrollTimer.stop();
     const auto link = std::move(m_pressedLink);
@@ -276,6 +292,7 @@ void PDFView::mouseDoubleClickEvent(QMouseEvent *event)
     m_selectionAnchorPage = page;
     m_selectionAnchorPoint = point;
     setCurrentSelection(page->selectionForWordAtPoint(point));
+    offerSelectionForMiddleClick();
 }
 
 void PDFView::wheelEvent(QWheelEvent *event)

@@ -147,6 +147,7 @@ public:
     std::shared_ptr<PDFSelection> currentSelection() const { return m_selection; }
     void setCurrentSelection(const std::shared_ptr<PDFSelection> &selection, bool animate = false);
     void clearSelection();
+    // Selects every page's text, which also becomes the primary selection.
     void selectAll();
     // Puts the selected text on the clipboard.
     void copy();
@@ -263,6 +264,9 @@ private:
     bool scrollByKey(int dy, bool pageStep);
     void beginSelection(int index, const QPointF &pagePoint, bool extend);
     void extendSelectionTo(const QPointF &viewPoint);
+    // The selection a gesture of the person made becomes the primary selection, for a middle
+    // click elsewhere; a selection made by the program (a search hit) does not.
+    void offerSelectionForMiddleClick() const;
     void activateLink(const std::shared_ptr<PDFAction> &action);
     void continueAutoscroll();
     void updateCursor(const QPointF &viewPoint, Qt::KeyboardModifiers modifiers);

@@ -3,6 +3,7 @@
 #include <kit/base/UserDefaults.h>
 
 #include <QDir>
+#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -17,6 +18,13 @@ QString AppTestEnvironment::isolate()
         if (qEnvironmentVariableIsEmpty("FOLIDOC_TEST_CHILD"))
             qputenv(name, folder.toLocal8Bit());
     }
+    // The single-instance socket: private, as a session's runtime folder is.
+    const QString runtime = base + QStringLiteral("/XDG_RUNTIME_DIR");
+    QDir().mkpath(runtime);
+    QFile::setPermissions(
+        runtime, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    if (qEnvironmentVariableIsEmpty("FOLIDOC_TEST_CHILD"))
+        qputenv("XDG_RUNTIME_DIR", runtime.toLocal8Bit());
     return base;
 }
 

@@ -67,17 +67,17 @@ bool hasDarkPixel(const QImage &image, const QRect &rect)
     return false;
 }
 
-// Standard output into a file while alive, for the view's log lines.
+// Standard error into a file while alive, for the view's warnings.
 class CapturedOutput
 {
 public:
     explicit CapturedOutput(const QString &path)
         : m_path(path)
     {
-        std::fflush(stdout);
-        m_saved = dup(STDOUT_FILENO);
+        std::fflush(stderr);
+        m_saved = dup(STDERR_FILENO);
         const int file = ::open(path.toLocal8Bit().constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        dup2(file, STDOUT_FILENO);
+        dup2(file, STDERR_FILENO);
         ::close(file);
     }
     ~CapturedOutput() { restore(); }
@@ -93,8 +93,8 @@ private:
     {
         if (m_saved < 0)
             return;
-        std::fflush(stdout);
-        dup2(m_saved, STDOUT_FILENO);
+        std::fflush(stderr);
+        dup2(m_saved, STDERR_FILENO);
         ::close(m_saved);
         m_saved = -1;
     }

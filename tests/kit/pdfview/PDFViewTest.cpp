@@ -386,6 +386,72 @@ private slots:
         QVERIFY(!view.currentSelection());
     }
 
+    // X desktops paste the primary selection with a middle click; only a platform that has one
+    // can run this (the offscreen one has none; the X run of this test does).
+    void selectingTextOffersItForMiddleClickPaste_data()
+    {
+        QTest::addColumn<QString>("gesture");
+        QTest::addColumn<QString>("offered");
+        QTest::newRow("drag") << "drag"
+                              << "quick brown fox";
+        QTest::newRow("double click") << "double"
+                                      << "gamma";
+        QTest::newRow("triple click") << "triple"
+                                      << "Alpha beta gamma delta";
+        QTest::newRow("select all") << "all"
+                                    << "The quick brown fox";
+        QTest::newRow("selection made by the program") << "program"
+                                                       << "untouched";
+        QTest::newRow("click on blank paper") << "blank"
+                                              << "untouched";
+    }
+    void selectingTextOffersItForMiddleClickPaste()
+    {
+        QFETCH(QString, gesture);
+        QFETCH(QString, offered);
+        QClipboard *clipboard = QGuiApplication::clipboard();
+        if (!clipboard->supportsSelection())
+            QSKIP("this platform has no primary selection");
+        const auto document = standard();
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 1.0);
+        const auto page = document->pageAtIndex(0);
+        QWidget *viewport = view.viewport();
+        clipboard->setText(QStringLiteral("untouched"), QClipboard::Selection);
+        QTRY_COMPARE(clipboard->text(QClipboard::Selection), QStringLiteral("untouched"));
+
+        const QPoint beta = characterPoint(view, page, "beta", 1);
+        if (gesture == QLatin1String("drag")) {
+            const QPoint end = characterPoint(view, page, "fox", 2, 0.45);
+            QTest::mousePress(
+                viewport, Qt::LeftButton, {}, characterPoint(view, page, "quick", 0, -0.45));
+            QTest::mouseMove(viewport, characterPoint(view, page, "brown"));
+            QTest::mouseMove(viewport, end);
+            QTest::mouseRelease(viewport, Qt::LeftButton, {}, end);
+        } else if (gesture == QLatin1String("double")) {
+            QTest::mouseDClick(
+                viewport, Qt::LeftButton, {}, characterPoint(view, page, "gamma", 1));
+        } else if (gesture == QLatin1String("triple")) {
+            QTest::mousePress(viewport, Qt::LeftButton, {}, beta);
+            QTest::mouseRelease(viewport, Qt::LeftButton, {}, beta);
+            QTest::mouseDClick(viewport, Qt::LeftButton, {}, beta);
+            QTest::mousePress(viewport, Qt::LeftButton, {}, beta);
+            QTest::mouseRelease(viewport, Qt::LeftButton, {}, beta);
+        } else if (gesture == QLatin1String("all")) {
+            view.selectAll();
+        } else if (gesture == QLatin1String("program")) {
+            view.setCurrentSelection(page->selectionForWordAtPoint(
+                view.convertPointToPage(characterPoint(view, page, "gamma", 1), page)));
+            QVERIFY(view.currentSelection());
+        } else {
+            QTest::mouseClick(viewport, Qt::LeftButton, {},
+                view.convertPointFromPage(QPointF(300, 100), page).toPoint());
+        }
+        QTRY_VERIFY2(clipboard->text(QClipboard::Selection).trimmed().startsWith(offered),
+            qPrintable(clipboard->text(QClipboard::Selection)));
+    }
+
     void draggingPastTheEdgeScrollsAndSelectsAcrossPages()
     {
         const auto document = text(3);
