@@ -57,18 +57,18 @@ QString className(const PDFAnnotation &annotation)
     return text;
 }
 
-// What the process writes on standard output while body runs.
-template <typename Body> QByteArray standardOutputOf(Body body)
+// What the process writes on standard error, where warnings go, while body runs.
+template <typename Body> QByteArray standardErrorOf(Body body)
 {
     QTemporaryFile capture;
     if (!capture.open())
         return {};
-    std::fflush(stdout);
-    const int saved = ::dup(STDOUT_FILENO);
-    ::dup2(capture.handle(), STDOUT_FILENO);
+    std::fflush(stderr);
+    const int saved = ::dup(STDERR_FILENO);
+    ::dup2(capture.handle(), STDERR_FILENO);
     body();
-    std::fflush(stdout);
-    ::dup2(saved, STDOUT_FILENO);
+    std::fflush(stderr);
+    ::dup2(saved, STDERR_FILENO);
     ::close(saved);
     capture.seek(0);
     return capture.readAll();
@@ -456,11 +456,11 @@ void PDFAnnotationXExtensionsTest::everyKindHasATintedIcon()
 void PDFAnnotationXExtensionsTest::missingIconIsLoggedAndNull()
 {
     QIcon icon;
-    const QByteArray log = standardOutputOf([&] { icon = iconForType(QStringLiteral("Polygon")); });
+    const QByteArray log = standardErrorOf([&] { icon = iconForType(QStringLiteral("Polygon")); });
     QVERIFY(icon.isNull());
     QVERIFY2(log.contains(">>> Not found image for: Ann_Polygon_18pt"), log.constData());
     // Nothing was cached: it is looked for, and reported, again.
-    const QByteArray again = standardOutputOf([] { iconForType(QStringLiteral("Polygon")); });
+    const QByteArray again = standardErrorOf([] { iconForType(QStringLiteral("Polygon")); });
     QVERIFY(again.contains(">>> Not found image for: Ann_Polygon_18pt"));
 }
 
