@@ -6,6 +6,8 @@
 #include "PDFOutline.h"
 #include "PDFPage.h"
 #include "PDFPagePrivate.h"
+#include "PageTree.h"
+#include "SaslPrep.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -21,32 +23,6 @@ const QString PDFDocument::DidEndFindNotification
 const QString PDFDocument::FoundSelectionKey = QStringLiteral("PDFDocumentFoundSelection");
 
 namespace {
-
-constexpr int MaxTreeDepth = 64;
-
-// Appends the page objects under a /Kids array in order, as kept indirect references; answers
-// the new count (more than capacity means the tree does not match the page count). Plain MuPDF
-// calls: runs inside a guarded block. pdf_load_page_tree is not used: in this MuPDF it leaks the
-// objects it caches.
-int collectPages(fz_context *ctx, pdf_obj *kids, pdf_obj **out, int capacity, int count, int depth)
-{
-    const int n = pdf_array_len(ctx, kids);
-    for (int i = 0; i < n && count <= capacity; ++i) {
-        pdf_obj *kid = pdf_array_get(ctx, kids, i);
-        pdf_obj *grandKids = pdf_dict_get(ctx, kid, PDF_NAME(Kids));
-        if (pdf_is_array(ctx, grandKids)) {
-            if (depth < MaxTreeDepth)
-                count = collectPages(ctx, grandKids, out, capacity, count, depth + 1);
-            else
-                count = capacity + 1;
-            continue;
-        }
-        if (count < capacity)
-            out[count] = pdf_keep_obj(ctx, kid);
-        ++count;
-    }
-    return count;
-}
 
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
@@ -85,7 +61,37 @@ bool PDFDocumentPrivate::adopt(pdf_document *doc)
             return false;
         }
     }
-    return locked || loadContent();
+    if (locked || loadContent()) {
+        sourceBytes = nullptr;
+        return true;
+    }
+    // A page tree MuPDF could not find without repairing: open the file again the way a damaged
+    // one is opened, which rebuilds the cross-reference from the objects themselves.
+    const auto source = std::exchange(sourceBytes, nullptr);
+    if (!pageTreeBroken || repaired || !source)
+        return false;
+    pdf_document *again = openForcingRepair(source());
+    return again && adopt(again);
+}
+
+pdf_document *PDFDocumentPrivate::openForcingRepair(QByteArray bytes)
+{
+    // Without the keyword MuPDF cannot find the cross-reference and scans the file instead.
+    for (qsizetype at = bytes.indexOf("startxref"); at >= 0; at = bytes.indexOf("startxref", at))
+        bytes[at] = 'S';
+    fz_context *ctx = mu::context();
+    const auto *data = reinterpret_cast<const unsigned char *>(bytes.constData());
+    const size_t size = static_cast<size_t>(bytes.size());
+    mu::Buffer buffer;
+    mu::Stream stream;
+    pdf_document *doc = nullptr;
+    mu::Error failure;
+    mu::run(ctx, failure, [&] {
+        buffer.p = fz_new_buffer_from_copied_data(ctx, data, size);
+        stream.p = fz_open_buffer(ctx, buffer.p);
+        doc = pdf_open_document_with_stream(ctx, stream.p);
+    });
+    return failure.failed ? nullptr : doc;
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage() const
@@ -103,51 +109,31 @@ bool PDFDocumentPrivate::loadContent()
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = handle->doc();
-    std::vector<pdf_obj *> objects;
+    PageTree::Result tree;
     std::vector<int> numbers;
     mu::Error failure;
     {
         const mu::Lock lock(handle->mutex());
-        int count = 0;
-        mu::run(ctx, failure, [&] { count = pdf_count_pages(ctx, doc); });
-        objects.assign(static_cast<size_t>(std::max(count, 0)), nullptr);
-        numbers.assign(objects.size(), 0);
-        pdf_obj **const out = objects.data();
-        int *const outNumbers = numbers.data();
-        if (!failure.failed) {
-            int found = 0;
-            mu::run(ctx, failure, [&] {
-                pdf_obj *kids = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages/Kids");
-                found = collectPages(ctx, kids, out, count, 0, 0);
-            });
-            // A tree that does not add up is walked the slow way, page by page as MuPDF
-            // counts them, so that index i is MuPDF's page i.
-            if (failure.failed || found != count) {
-                for (pdf_obj *obj : objects)
-                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
-                std::fill(objects.begin(), objects.end(), nullptr);
-                failure = mu::Error();
-                mu::run(ctx, failure, [&] {
-                    for (int i = 0; i < count; ++i)
-                        out[i] = pdf_keep_obj(ctx, pdf_lookup_page_obj(ctx, doc, i));
-                });
-            }
-            mu::run(ctx, failure, [&] {
-                for (int i = 0; i < count; ++i) {
-                    if (!pdf_is_indirect(ctx, out[i]))
-                        fz_throw(ctx, FZ_ERROR_GENERIC, "page %d is not an object", i + 1);
-                    outNumbers[i] = pdf_to_num(ctx, out[i]);
-                }
-            });
+        // Scanning every object is for files MuPDF has already had to repair.
+        tree = PageTree::load(ctx, doc, repaired, failure);
+        numbers.assign(tree.pages.size(), 0);
+        for (size_t i = 0; i < tree.pages.size(); ++i) {
+            pdf_obj *const obj = tree.pages[i];
+            mu::runQuietly(ctx, [&] { numbers[i] = pdf_to_num(ctx, obj); });
         }
+        if (!failure.failed && tree.pages.empty() && tree.broken)
+            failure.fail("The document has no pages that could be read");
         if (failure.failed) {
-            for (pdf_obj *obj : objects)
+            for (pdf_obj *obj : tree.pages)
                 mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
             error = failure.text();
+            pageTreeBroken = tree.broken;
             return false;
         }
+        repaired = repaired || tree.rebuilt;
         labels = PageLabels::read(ctx, doc);
     }
+    const std::vector<pdf_obj *> &objects = tree.pages;
 
     pages.clear();
     ++pageOrder;
@@ -319,6 +305,10 @@ bool PDFDocument::initWithURL(const QUrl &url)
     d->sourceSize = QFileInfo(path).size();
     const QByteArray name = QFile::encodeName(path);
     const char *const filename = name.constData();
+    d->sourceBytes = [path] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
     fz_context *ctx = mu::context();
     pdf_document *doc = nullptr;
     mu::Error failure;
@@ -341,6 +331,7 @@ bool PDFDocument::initWithData(const QByteArray &data)
     const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
     const size_t size = static_cast<size_t>(data.size());
     d->sourceSize = data.size();
+    d->sourceBytes = [data] { return data; };
     mu::Buffer buffer;
     mu::Stream stream;
     pdf_document *doc = nullptr;
@@ -549,15 +540,28 @@ bool PDFDocument::unlockWithPassword(const QString &password)
 {
     if (!d->handle)
         return false;
-    const QByteArray utf8 = password.toUtf8();
-    const char *const text = utf8.constData();
     int result = 0;
     {
         const mu::Lock lock(d->handle->mutex());
         fz_context *ctx = mu::context();
         pdf_document *const doc = d->handle->doc();
-        mu::Error failure;
-        mu::run(ctx, failure, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
+        int revision = 0;
+        mu::runQuietly(ctx, [&] {
+            revision = pdf_to_int(ctx, pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Encrypt/R"));
+        });
+        // AES-256 passwords are prepared UTF-8; as typed is tried too, for files made by tools
+        // that stored them unprepared.
+        QList<QByteArray> candidates;
+        if (revision >= 5)
+            candidates.append(SaslPrep::prepared(password).toUtf8());
+        if (!candidates.contains(password.toUtf8()))
+            candidates.append(password.toUtf8());
+        for (const QByteArray &candidate : candidates) {
+            const char *const text = candidate.constData();
+            mu::runQuietly(ctx, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
+            if (result)
+                break;
+        }
     }
     if (!result)
         return false;

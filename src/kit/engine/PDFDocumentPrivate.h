@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -31,6 +32,8 @@ struct PDFDocumentPrivate
     // Pages (through the delegate), outline and labels of an unlocked document.
     bool loadContent();
     std::shared_ptr<PDFPage> makePage() const;
+    // The file's bytes opened as a file whose cross-reference is lost, so MuPDF repairs it.
+    static pdf_document *openForcingRepair(QByteArray bytes);
     // Keeps MuPDF's numbering of loaded pages equal to the page list; the lock is held.
     void renumberLocked();
     // Takes a page out of the page tree and the list; the removed page keeps its content.
@@ -57,6 +60,9 @@ struct PDFDocumentPrivate
     bool locked = false;
     bool contentLoaded = false;
     qsizetype sourceSize = 0;
+    // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
+    std::function<QByteArray()> sourceBytes;
+    bool pageTreeBroken = false;
     PageLabels labels;
 
     std::shared_ptr<FindJob> findJob;

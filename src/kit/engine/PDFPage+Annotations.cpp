@@ -250,11 +250,15 @@ void graftAnnotations(
 void loadAnnotations(const PDFPage &page)
 {
     PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    if (pd.annotationsLoaded)
+    if (pd.annotationsLoaded || pd.annotationsLoading)
         return;
-    pd.annotationsLoaded = true;
-    if (!pd.handle)
+    if (!pd.handle) {
+        pd.annotationsLoaded = true;
         return;
+    }
+    // The list and its flag are published together under the lock: a worker serialising the
+    // document (a save still running when the file is reopened) reads both under it.
+    pd.annotationsLoading = true;
     fz_context *ctx = mu::context();
     std::vector<pdf_obj *> objects;
     std::vector<QString> types;
@@ -324,6 +328,8 @@ void loadAnnotations(const PDFPage &page)
         ad.page = self;
     }
     pd.annotations = std::move(built);
+    pd.annotationsLoaded = true;
+    pd.annotationsLoading = false;
 }
 
 void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)
@@ -421,10 +427,14 @@ void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
             PDFPageInternals::prepareAnnotationsLocked(*this, ctx, nullptr);
             insertLocked(*d, ctx, loaded, *annotation);
         }
+        // Still under the lock: a worker writing the document reads the list.
+        d->annotations.push_back(annotation);
+        d->appearancesStale = true;
+    } else {
+        d->annotations.push_back(annotation);
+        d->appearancesStale = true;
     }
-    d->annotations.push_back(annotation);
     ad.page = std::const_pointer_cast<PDFPage>(shared_from_this());
-    d->appearancesStale = true;
     ++d->revision;
 }
 
@@ -433,11 +443,11 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
     if (!annotation)
         return;
     PDFPageInternals::loadAnnotations(*this);
-    const auto found = std::find(d->annotations.begin(), d->annotations.end(), annotation);
-    if (found == d->annotations.end())
+    if (std::find(d->annotations.begin(), d->annotations.end(), annotation) == d->annotations.end())
         return;
-    d->annotations.erase(found);
-    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+    // Kept until the lock is released: the annotation's destructor takes it.
+    const std::shared_ptr<PDFAnnotation> held = annotation;
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*held);
     // Annotations dropped along with this one die after the lock is released: their
     // destructors take it.
     std::vector<std::shared_ptr<PDFAnnotation>> dropped;
@@ -445,6 +455,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         const int index = PDFPageInternals::treeIndex(*this);
         const mu::Lock lock(d->handle->mutex());
         fz_context *ctx = mu::context();
+        // Under the lock: a worker writing the document reads the list.
+        std::erase(d->annotations, held);
         resolveMovedLocked(*d, ctx);
         if (onPageInFile(*d, ad)) {
             mu::Error error;
@@ -483,6 +495,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
                 return true;
             });
         }
+    } else {
+        std::erase(d->annotations, held);
     }
     ad.page.reset();
     d->appearancesStale = true;

@@ -52,9 +52,11 @@ struct PDFPagePrivate
     std::shared_ptr<const TextLayout> text;
     quint64 textRevision = 0;
 
-    // Built from the file on first use, through the document delegate's classes.
+    // Built from the file on first use, through the document delegate's classes. Both are
+    // written under the handle's lock, since a worker writing the document reads them.
     std::vector<std::shared_ptr<PDFAnnotation>> annotations;
     bool annotationsLoaded = false;
+    bool annotationsLoading = false; // main thread only: the list is being built
     // Some appearance may be out of date (a property changed, or not yet synthesised).
     bool appearancesStale = true;
     // The page moved into another file: its annotations wait to be bound to their copies.

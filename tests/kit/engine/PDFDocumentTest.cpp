@@ -17,6 +17,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <thread>
+
 namespace {
 
 class TaggedPage : public PDFPage
@@ -70,6 +72,35 @@ class PDFDocumentTest : public QObject
     Q_OBJECT
 
 private slots:
+    void savingOnAWorkerWhilePagesAreRead()
+    {
+        // A reopened document still being saved: its bytes are made on a worker while the main
+        // thread builds and edits its pages' annotations. Run under ThreadSanitizer too.
+        PdfFixtures::Document fixture = PdfFixtures::textPages(8, 4, 0);
+        for (PdfFixtures::Page &page : fixture.pages)
+            page.annotations.append(
+                { "/Subtype /Square /Rect [100 100 200 200] /C [1 0 0]", {}, {} });
+        const QByteArray original = PdfFixtures::build(fixture);
+        for (int round = 0; round < 4; ++round) {
+            auto doc = openData(original);
+            QVERIFY(doc);
+            QByteArray bytes;
+            std::thread saver([&] { bytes = doc->dataRepresentation(); });
+            size_t seen = 0;
+            for (int i = 0; i < doc->pageCount(); ++i) {
+                const auto page = doc->pageAtIndex(i);
+                seen += page->annotations().size();
+                if (i == round)
+                    page->removeAnnotation(page->annotations().front());
+            }
+            saver.join();
+            QCOMPARE(seen, size_t(8));
+            const auto saved = openData(bytes);
+            QVERIFY(saved);
+            QCOMPARE(saved->pageAtIndex(7)->annotations().size(), size_t(1));
+        }
+    }
+
     void initTestCase()
     {
         QVERIFY(dir.isValid());
