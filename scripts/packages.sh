@@ -1,4 +1,4 @@
-# Debian packages of the build and of the checks; sourced by scripts/run and scripts/test.
+# Debian packages of the build and of the checks; sourced by the scripts.
 
 FOLIDOC_BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
@@ -7,6 +7,8 @@ FOLIDOC_BUILD_PACKAGES=(
     libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
 )
 FOLIDOC_RUN_PACKAGES=(xvfb xauth)
+# Only the fuzz targets (scripts/fuzz) are built with clang and its libFuzzer runtime.
+FOLIDOC_FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon
     desktop-file-utils appstream)
 

@@ -26,7 +26,9 @@ namespace {
 
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
-constexpr const char *WriteOptions = "garbage=1";
+// Objects are written spaced out: the compact form runs an empty name into the token after it
+// ("/ 1" becomes the name "/1"), which changes the file or makes it unreadable.
+constexpr const char *WriteOptions = "garbage=1,pretty=yes";
 
 } // namespace
 
@@ -130,7 +132,7 @@ bool PDFDocumentPrivate::loadContent()
             pageTreeBroken = tree.broken;
             return false;
         }
-        repaired = repaired || tree.rebuilt;
+        repaired = repaired || tree.rebuilt || tree.repaired;
         labels = PageLabels::read(ctx, doc);
     }
     const std::vector<pdf_obj *> &objects = tree.pages;

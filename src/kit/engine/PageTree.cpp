@@ -105,15 +105,20 @@ void rebuild(
     mu::run(ctx, error, [&] {
         for (int i = 0; i < count; ++i)
             pdf_flatten_inheritable_page_items(ctx, list[i]);
-        pdf_obj *trailer = pdf_trailer(ctx, doc);
-        pdf_obj *catalog = pdf_dict_get(ctx, trailer, PDF_NAME(Root));
-        if (!pdf_is_dict(ctx, catalog)) {
+        // An object that is a page cannot also be the catalog or the tree's root.
+        const auto isPage = [&](pdf_obj *obj) {
+            return pdf_name_eq(ctx, pdf_dict_get(ctx, obj, PDF_NAME(Type)), PDF_NAME(Page));
+        };
+        pdf_obj *catalog = pdf_dict_get(ctx, pdf_trailer(ctx, doc), PDF_NAME(Root));
+        if (!pdf_is_dict(ctx, catalog) || isPage(catalog)) {
             catalog = pdf_add_new_dict(ctx, doc, 2);
             pdf_dict_put(ctx, catalog, PDF_NAME(Type), PDF_NAME(Catalog));
-            pdf_dict_put_drop(ctx, trailer, PDF_NAME(Root), catalog);
+            // Asked again: the first new object of an unchanged document starts a section of
+            // its own with a copy of the trailer, and only that copy is written.
+            pdf_dict_put_drop(ctx, pdf_trailer(ctx, doc), PDF_NAME(Root), catalog);
         }
         pdf_obj *root = pdf_dict_get(ctx, catalog, PDF_NAME(Pages));
-        if (!pdf_is_dict(ctx, root) || !pdf_is_indirect(ctx, root)) {
+        if (!pdf_is_dict(ctx, root) || !pdf_is_indirect(ctx, root) || isPage(root)) {
             root = pdf_add_new_dict(ctx, doc, 3);
             pdf_dict_put_drop(ctx, catalog, PDF_NAME(Pages), root);
         }
@@ -129,10 +134,27 @@ void rebuild(
     });
 }
 
+// Loads every object once, so that MuPDF meets a broken one now rather than while saving.
+void touchEveryObject(fz_context *ctx, pdf_document *doc)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    for (int number = 1; number < count; ++number)
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, pdf_load_object(ctx, doc, number)); });
+}
+
+bool wasRepaired(fz_context *ctx, pdf_document *doc)
+{
+    bool repaired = false;
+    mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
+    return repaired;
+}
+
 } // namespace
 
 Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
 {
+    const bool repairedBefore = wasRepaired(ctx, doc);
     Result result;
     Walker walker(ctx);
     pdf_obj *root = nullptr;
@@ -147,9 +169,26 @@ Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
     } else {
         walker.sound = false;
     }
+    // MuPDF repairs the file by itself when it first meets an object that is not where the
+    // cross-reference says, and drops every change made before. A damaged tree hints at more
+    // damage: meet it now, before the tree is rebuilt, not at the next save. What the walk found
+    // belongs to the old table then: walk the repaired file instead.
+    if (!walker.sound && !repairedBefore)
+        touchEveryObject(ctx, doc);
+    if (!repairedBefore && wasRepaired(ctx, doc)) {
+        for (pdf_obj *page : walker.pages)
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page); });
+        result = load(ctx, doc, true, error);
+        result.repaired = true;
+        return result;
+    }
     result.pages = std::move(walker.pages);
-    if (result.pages.empty() && scan)
+    if (result.pages.empty() && scan) {
         result.pages = scanObjects(ctx, doc);
+        // Pages that the tree does not hold reach MuPDF and a saved file only through a new one.
+        if (!result.pages.empty())
+            walker.sound = false;
+    }
     result.broken = !walker.sound;
     if (!walker.sound && !result.pages.empty()) {
         rebuild(ctx, doc, result.pages, error);

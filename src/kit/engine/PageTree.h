@@ -16,6 +16,7 @@ struct Result
     std::vector<pdf_obj *> pages; // new references, in order
     bool broken = false; // the tree was missing or did not add up
     bool rebuilt = false; // and has been replaced by one holding the pages found
+    bool repaired = false; // MuPDF repaired the file while the tree was walked
 };
 
 // The caller holds the document's lock. With scan set, a tree without pages is replaced by the
