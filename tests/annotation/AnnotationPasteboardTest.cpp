@@ -260,6 +260,14 @@ void AnnotationPasteboardTest::foreignFormsFallBackKeyByKey_data()
                { "pointLists", QByteArray("garbage") }, { "border.dashPattern", QVariantList() } }
         << QRectF() << "1/0/"
         << "none";
+    // Found by fuzzing: numbers no int holds keep the default instead of a wrapped value.
+    QTest::newRow("style beyond an int")
+        << "Square" << QVariantMap { { "border.style", 4009754606u } } << QRectF() << "1/0/"
+        << "none";
+    QTest::newRow("style as text that is not a number")
+        << "Circle" << QVariantMap { { "border.style", "nan" }, { "border.lineWidth", 2 } }
+        << QRectF() << "2/0/"
+        << "none";
     QTest::newRow("bounds text of another shape")
         << "FreeText"
         << QVariantMap { { "bounds", "{1, 2}" }, { "border.lineWidth", 7 },

@@ -170,10 +170,10 @@ Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
         walker.sound = false;
     }
     // MuPDF repairs the file by itself when it first meets an object that is not where the
-    // cross-reference says, and drops every change made before. A damaged tree hints at more
-    // damage: meet it now, before the tree is rebuilt, not at the next save. What the walk found
-    // belongs to the old table then: walk the repaired file instead.
-    if (!walker.sound && !repairedBefore)
+    // cross-reference says, and drops every change made before: were that the next save, it
+    // would write the repaired file's pages, not those shown. Meet every object now, and if that
+    // repaired the file, what the walk found belongs to the old table: walk the repaired file.
+    if (!repairedBefore)
         touchEveryObject(ctx, doc);
     if (!repairedBefore && wasRepaired(ctx, doc)) {
         for (pdf_obj *page : walker.pages)
