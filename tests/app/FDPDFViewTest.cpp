@@ -140,6 +140,10 @@ void FDPDFViewTest::storedStatusIsParsedStrictly_data()
     QTest::newRow("not a number") << "3,x,400,1.25" << 0 << 1 << 0 << 1.75;
     QTest::newRow("no such page") << "42,0,0,1.25" << 0 << 1 << 0 << 1.75;
     QTest::newRow("fit width, no position") << "-1,0,0,0" << 1 << 1 << 0 << -1.0;
+    // Found by fuzzing: numbers no int holds, for the page and for the point on it.
+    QTest::newRow("page beyond an int") << "1e30,0,0,1.25" << 0 << 1 << 0 << 1.75;
+    QTest::newRow("point far above its page")
+        << "3,72.000000,4007000000,1.250000" << 0 << 1 << 0 << 1.25;
 }
 
 void FDPDFViewTest::storedStatusIsParsedStrictly()
