@@ -39,8 +39,10 @@ void setUp(int *argc, char ***argv)
     qputenv("XDG_CONFIG_HOME", (scratch->path() + QStringLiteral("/config")).toUtf8());
     qputenv("XDG_CACHE_HOME", (scratch->path() + QStringLiteral("/cache")).toUtf8());
     qputenv("XDG_DATA_HOME", (scratch->path() + QStringLiteral("/data")).toUtf8());
+    // Never destroyed: libFuzzer ends the process with exit(), after which Qt's globals may
+    // already be gone.
     static int keptArgc = *argc;
-    static QApplication application(keptArgc, *argv);
+    new QApplication(keptArgc, *argv);
     QApplication::setApplicationName(QStringLiteral("Folidoc"));
     qInstallMessageHandler(quietMessages);
 

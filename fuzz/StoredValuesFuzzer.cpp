@@ -25,10 +25,11 @@ namespace {
 
 constexpr int maxKeys = 32;
 
-// A view showing a small document of pages of several sizes and rotations, made once.
+// A view showing a small document of pages of several sizes and rotations, made once and kept
+// to the end of the process: destroyed at exit it would outlive the notification centre.
 FDPDFView &viewOfDocument(QUrl *url)
 {
-    static std::unique_ptr<FDPDFView> view;
+    static FDPDFView *view = nullptr;
     static QUrl fileURL;
     if (!view) {
         auto document = std::make_shared<PDFDocument>();
@@ -44,7 +45,7 @@ FDPDFView &viewOfDocument(QUrl *url)
         fileURL = QUrl::fromLocalFile(FuzzEnvironment::scratchPath() + QStringLiteral("/doc.pdf"));
         if (!document->writeToURL(fileURL))
             FuzzEnvironment::fail("cannot write the view's document");
-        view = std::make_unique<FDPDFView>();
+        view = new FDPDFView;
         view->resize(480, 360);
         view->loadDocument(fileURL);
         view->show();
