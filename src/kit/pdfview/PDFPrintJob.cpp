@@ -11,9 +11,9 @@ namespace {
 // A queue that has not taken the job by then will not: lp only spools.
 constexpr int LpTimeoutMs = 120000;
 
-QString sides(const QPrinter &printer)
+QString sides(const PDFPrintJob::Choices &choices)
 {
-    switch (printer.duplex()) {
+    switch (choices.duplex) {
     case QPrinter::DuplexNone:
         return QStringLiteral("one-sided");
     case QPrinter::DuplexLongSide:
@@ -22,7 +22,7 @@ QString sides(const QPrinter &printer)
         return QStringLiteral("two-sided-short-edge");
     case QPrinter::DuplexAuto:
         // Pages turn over their long side when upright, over the short side when lying.
-        return printer.pageLayout().orientation() == QPageLayout::Landscape
+        return choices.orientation == QPageLayout::Landscape
             ? QStringLiteral("two-sided-short-edge")
             : QStringLiteral("two-sided-long-edge");
     }
@@ -31,15 +31,31 @@ QString sides(const QPrinter &printer)
 
 } // namespace
 
-PDFPrintJob::PDFPrintJob(const QPrinter &printer, const QString &title, const QSizeF &paper)
-    : m_printer(printer)
+PDFPrintJob::Choices PDFPrintJob::Choices::of(const QPrinter &printer, const QSizeF &paper)
+{
+    Choices choices;
+    choices.printerName = printer.printerName();
+    // Without a printer Qt writes PDF; a file is then the only place the job can go.
+    if (printer.outputFormat() == QPrinter::PdfFormat || !printer.outputFileName().isEmpty())
+        choices.outputFile = printer.outputFileName();
+    choices.copies = std::max(1, printer.copyCount());
+    choices.collate = printer.collateCopies();
+    choices.duplex = printer.duplex();
+    choices.orientation = printer.pageLayout().orientation();
+    choices.grey = printer.colorMode() == QPrinter::GrayScale;
+    choices.lastPageFirst = printer.pageOrder() == QPrinter::LastPageFirst;
+    choices.paper = paper;
+    return choices;
+}
+
+PDFPrintJob::PDFPrintJob(const Choices &choices, const QString &title)
+    : m_choices(choices)
     , m_title(title)
-    , m_paper(paper)
 { }
 
 bool PDFPrintJob::printsToFile() const
 {
-    return m_printer.outputFormat() == QPrinter::PdfFormat || !m_printer.outputFileName().isEmpty();
+    return !m_choices.outputFile.isEmpty();
 }
 
 QString PDFPrintJob::mediaName(const QSizeF &paper)
@@ -57,23 +73,23 @@ QString PDFPrintJob::mediaName(const QSizeF &paper)
 QStringList PDFPrintJob::lpArguments() const
 {
     QStringList arguments;
-    if (!m_printer.printerName().isEmpty())
-        arguments << QStringLiteral("-d") << m_printer.printerName();
+    if (!m_choices.printerName.isEmpty())
+        arguments << QStringLiteral("-d") << m_choices.printerName;
     if (!m_title.isEmpty())
         arguments << QStringLiteral("-t") << m_title;
-    const int copies = std::max(1, m_printer.copyCount());
+    const int copies = std::max(1, m_choices.copies);
     if (copies > 1) {
         arguments << QStringLiteral("-n") << QString::number(copies);
         arguments << QStringLiteral("-o")
-                  << (m_printer.collateCopies() ? QStringLiteral("collate=true")
-                                                : QStringLiteral("collate=false"));
+                  << (m_choices.collate ? QStringLiteral("collate=true")
+                                        : QStringLiteral("collate=false"));
     }
-    arguments << QStringLiteral("-o") << QStringLiteral("sides=") + sides(m_printer);
-    if (!m_paper.isEmpty())
-        arguments << QStringLiteral("-o") << QStringLiteral("media=") + mediaName(m_paper);
-    if (m_printer.colorMode() == QPrinter::GrayScale)
+    arguments << QStringLiteral("-o") << QStringLiteral("sides=") + sides(m_choices);
+    if (!m_choices.paper.isEmpty())
+        arguments << QStringLiteral("-o") << QStringLiteral("media=") + mediaName(m_choices.paper);
+    if (m_choices.grey)
         arguments << QStringLiteral("-o") << QStringLiteral("print-color-mode=monochrome");
-    if (m_printer.pageOrder() == QPrinter::LastPageFirst)
+    if (m_choices.lastPageFirst)
         arguments << QStringLiteral("-o") << QStringLiteral("outputorder=reverse");
     return arguments;
 }
@@ -85,11 +101,7 @@ bool PDFPrintJob::send(const QByteArray &pdf, QString *error) const
 
 bool PDFPrintJob::writeFile(const QByteArray &pdf, QString *error) const
 {
-    const QString path = m_printer.outputFileName();
-    if (path.isEmpty()) {
-        *error = QStringLiteral("No file was chosen to print to.");
-        return false;
-    }
+    const QString path = m_choices.outputFile;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(pdf) != pdf.size() || !file.commit()) {
         *error

@@ -4,17 +4,32 @@
 // or a CUPS queue through lp with the copies, sides, paper and colour chosen in the dialog.
 
 #include <QByteArray>
+#include <QPageLayout>
+#include <QPrinter>
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
 
-class QPrinter;
-
 class PDFPrintJob
 {
 public:
-    // paper: the sheet the person chose, in points as seen; empty when each page brings its own.
-    PDFPrintJob(const QPrinter &printer, const QString &title, const QSizeF &paper);
+    // What the print dialog was left with.
+    struct Choices
+    {
+        QString printerName; // empty: the default queue
+        QString outputFile; // "Print to File", when set
+        int copies = 1;
+        bool collate = true;
+        QPrinter::DuplexMode duplex = QPrinter::DuplexNone;
+        QPageLayout::Orientation orientation = QPageLayout::Portrait;
+        bool grey = false;
+        bool lastPageFirst = false;
+        QSizeF paper; // the sheet chosen, in points as seen; empty when each page brings its own
+
+        static Choices of(const QPrinter &printer, const QSizeF &paper);
+    };
+
+    PDFPrintJob(const Choices &choices, const QString &title);
 
     // True when the dialog asked for a file rather than a printer.
     bool printsToFile() const;
@@ -31,7 +46,6 @@ private:
     bool writeFile(const QByteArray &pdf, QString *error) const;
     bool queue(const QByteArray &pdf, QString *error) const;
 
-    const QPrinter &m_printer;
+    Choices m_choices;
     QString m_title;
-    QSizeF m_paper;
 };

@@ -143,7 +143,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
         Log::warn(m_printError);
         return false;
     }
-    const PDFPrintJob job(printer, jobTitle(printer), chosen);
+    const PDFPrintJob job(PDFPrintJob::Choices::of(printer, chosen), jobTitle(printer));
     if (!job.send(pdf, &m_printError)) {
         Log::warn(m_printError);
         return false;
