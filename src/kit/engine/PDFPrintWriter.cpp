@@ -13,6 +13,8 @@ namespace {
 // Name of the annotations' form in a page's XObject resources; a number is added when the page
 // already uses it.
 constexpr const char *AnnotationFormName = "FolidocAnnotations";
+// Density of annotations that can only be printed as a picture.
+constexpr float FallbackDpi = 300.0f;
 
 struct SourceMap
 {
@@ -125,6 +127,10 @@ fz_buffer *newBuffer(fz_context *ctx, const QByteArray &bytes)
 
 struct PDFPrintWriterPrivate
 {
+    // The shown annotations as a new form in page space (null when they draw nothing): drawn
+    // through the PDF device, or as one picture.
+    pdf_obj *annotationForm(
+        const PDFPageRenderSourcePrivate &source, fz_context *ctx, bool asImage, mu::Error &error);
     pdf_graft_map *mapFor(
         const std::shared_ptr<mu::DocumentHandle> &handle, fz_context *ctx, mu::Error &error);
     // The page's content copied, the annotations drawn over it as one form.
@@ -157,6 +163,50 @@ pdf_graft_map *PDFPrintWriterPrivate::mapFor(
     return sources.back().map.p;
 }
 
+pdf_obj *PDFPrintWriterPrivate::annotationForm(
+    const PDFPageRenderSourcePrivate &source, fz_context *ctx, bool asImage, mu::Error &failure)
+{
+    pdf_document *const doc = out->doc();
+    const fz_matrix fzToPage = mu::fzToPageSpace(ctx, source.page);
+    const fz_rect box = mu::toFz(source.geometry.box());
+    const float scale = FallbackDpi / 72.0f;
+    mu::Object resources;
+    mu::Buffer content;
+    mu::Device device;
+    mu::Pixmap pixmap;
+    mu::Device draw;
+    mu::Image image;
+    pdf_obj *form = nullptr;
+    mu::run(ctx, failure, [&] {
+        resources.p = pdf_new_dict(ctx, doc, 4);
+        content.p = fz_new_buffer(ctx, 1024);
+        device.p = pdf_new_pdf_device(ctx, doc, fz_identity, resources.p, content.p);
+        if (!asImage) {
+            runAnnotations(source, ctx, device.p, fzToPage);
+        } else {
+            const fz_irect pixels = fz_round_rect(
+                fz_transform_rect(pdf_bound_page(ctx, source.page), fz_scale(scale, scale)));
+            pixmap.p = fz_new_pixmap_with_bbox(ctx, fz_device_rgb(ctx), pixels, nullptr, 1);
+            fz_clear_pixmap(ctx, pixmap.p);
+            draw.p = fz_new_draw_device(ctx, fz_identity, pixmap.p);
+            runAnnotations(source, ctx, draw.p, fz_scale(scale, scale));
+            fz_close_device(ctx, draw.p);
+            image.p = fz_new_image_from_pixmap(ctx, pixmap.p, nullptr);
+            // The image's unit square onto its pixels' place, in MuPDF's page space.
+            const fz_matrix placed
+                = fz_make_matrix(static_cast<float>(pixels.x1 - pixels.x0) / scale, 0, 0,
+                    static_cast<float>(pixels.y1 - pixels.y0) / scale,
+                    static_cast<float>(pixels.x0) / scale, static_cast<float>(pixels.y0) / scale);
+            fz_fill_image(
+                ctx, device.p, image.p, fz_concat(placed, fzToPage), 1.0f, fz_default_color_params);
+        }
+        fz_close_device(ctx, device.p);
+        if (content.p->len > 0)
+            form = pdf_new_xobject(ctx, doc, box, fz_identity, resources.p, content.p);
+    });
+    return form;
+}
+
 bool PDFPrintWriterPrivate::copyPage(const PDFPageRenderSourcePrivate &source,
     const Placement &placement, pdf_graft_map *map, fz_context *ctx, mu::Error &failure)
 {
@@ -164,26 +214,25 @@ bool PDFPrintWriterPrivate::copyPage(const PDFPageRenderSourcePrivate &source,
     pdf_obj *const original = source.page->obj;
     const QRectF box = source.geometry.box();
     const bool annotated = hasShownAnnotations(source, ctx);
-    const fz_matrix fzToPage = mu::fzToPageSpace(ctx, source.page);
 
-    // The annotations as one form in page space, and the page's resources with it.
+    // The annotations as one form in page space; as a picture when the PDF device cannot carry
+    // what they draw (a font it cannot embed).
     mu::Object form;
-    mu::Object formResources;
-    mu::Buffer formContent;
-    mu::Device device;
+    if (annotated) {
+        form.p = annotationForm(source, ctx, false, failure);
+        if (failure.failed) {
+            mu::Error again;
+            form.p = annotationForm(source, ctx, true, again);
+            if (again.failed)
+                return false;
+            failure = mu::Error();
+        }
+    }
+
+    // The page's resources, with the form when there is one.
     mu::Object resources;
     char formName[64] = {};
     bool ok = mu::run(ctx, failure, [&] {
-        if (annotated) {
-            formResources.p = pdf_new_dict(ctx, doc, 4);
-            formContent.p = fz_new_buffer(ctx, 1024);
-            device.p = pdf_new_pdf_device(ctx, doc, fz_identity, formResources.p, formContent.p);
-            runAnnotations(source, ctx, device.p, fzToPage);
-            fz_close_device(ctx, device.p);
-            if (formContent.p->len > 0)
-                form.p = pdf_new_xobject(
-                    ctx, doc, mu::toFz(box), fz_identity, formResources.p, formContent.p);
-        }
         pdf_obj *const sourceResources
             = pdf_dict_get_inheritable(ctx, original, PDF_NAME(Resources));
         if (!form.p) {

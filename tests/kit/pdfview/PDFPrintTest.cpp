@@ -147,6 +147,43 @@ private slots:
                 qPrintable(QString::number(QFileInfo(out).size())));
     }
 
+    void annotationsInFontsThatCannotBeCarriedPrintAsPictures()
+    {
+        FOLIDOC_REQUIRE_TOOL(python, "python3");
+        FOLIDOC_REQUIRE_TOOL(pdftotext, "pdftotext");
+        FOLIDOC_REQUIRE_TOOL(pdftoppm, "pdftoppm");
+        // A square annotation whose appearance is red text in a Type 3 font of square glyphs.
+        const QString in = m_dir.filePath(QStringLiteral("type3.pdf"));
+        const auto made = TestTools::run(python,
+            { "-c", QStringLiteral(R"(import pikepdf, sys
+from pikepdf import Name as N, Dictionary as D, Array as A
+pdf = pikepdf.new()
+page = pdf.add_blank_page(page_size=(612, 792))
+helv = pdf.make_indirect(D(Type=N.Font, Subtype=N.Type1, BaseFont=N.Helvetica))
+page.obj.Resources = D(Font=D(F1=helv))
+page.obj.Contents = pdf.make_stream(b"BT /F1 24 Tf 72 700 Td (Body text) Tj ET")
+glyph = pdf.make_stream(b"1000 0 0 0 1000 1000 d1 0 0 1000 1000 re f")
+t3 = pdf.make_indirect(D(Type=N.Font, Subtype=N.Type3, FontBBox=A([0, 0, 1000, 1000]),
+    FontMatrix=A([0.001, 0, 0, 0.001, 0, 0]), CharProcs=D(sq=glyph), FirstChar=65, LastChar=65,
+    Encoding=D(Type=N.Encoding, Differences=A([65, N.sq])), Widths=A([1000]), Resources=D()))
+ap = pdf.make_stream(b"1 0 0 rg BT /T3 50 Tf 0 0 Td (AA) Tj ET", Type=N.XObject, Subtype=N.Form,
+    BBox=A([0, 0, 100, 100]), Resources=D(Font=D(T3=t3)))
+page.obj.Annots = A([pdf.make_indirect(D(Type=N.Annot, Subtype=N.Square, F=4,
+    Rect=A([100, 100, 200, 200]), AP=D(N=ap)))])
+pdf.save(sys.argv[1]))"),
+                in });
+        if (made.exitCode != 0)
+            QSKIP("pikepdf could not write the document");
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(in)));
+        const QString out = m_dir.filePath(QStringLiteral("type3.out.pdf"));
+        QString error;
+        QVERIFY2(printToFile(document, out, {}, &error), qPrintable(error));
+        const QColor square = colourAt(pdftoppm, out, QPointF(150, 125));
+        QVERIFY2(square.red() > 200 && square.green() < 60, qPrintable(square.name()));
+        QCOMPARE(text(pdftotext, out).trimmed(), QStringLiteral("Body text"));
+    }
+
     void printsTheChosenPagesInOrder_data()
     {
         QTest::addColumn<QString>("ranges");
