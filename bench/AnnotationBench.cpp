@@ -39,15 +39,6 @@ constexpr int HitTestCount = 2000;
 constexpr int StrokeLength = 2000;
 constexpr int SaveRuns = 5;
 
-double median(std::vector<double> values)
-{
-    if (values.empty())
-        return 0;
-    std::sort(values.begin(), values.end());
-    const size_t mid = values.size() / 2;
-    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
-}
-
 // Answers the application's classes, as the view's delegate does.
 class BenchDelegate : public FDDocumentDelegate
 {
