@@ -274,7 +274,8 @@ int AtomicFileWriter::removeLeftovers(const QString &path)
             continue;
         if (::unlink(QFile::encodeName(candidate).constData()) == 0) {
             ++removed;
-            Logger::info(QStringLiteral("Removed %1, left by a save that did not end").arg(candidate));
+            Logger::info(
+                QStringLiteral("Removed %1, left by a save that did not end").arg(candidate));
         }
     }
     return removed;

@@ -30,8 +30,8 @@ bool SaveReport::hasWindow()
     if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         return false;
     const QList<QWindow *> windows = QGuiApplication::topLevelWindows();
-    return std::any_of(
-        windows.cbegin(), windows.cend(), [](const QWindow *window) { return window->isVisible(); });
+    return std::any_of(windows.cbegin(), windows.cend(),
+        [](const QWindow *window) { return window->isVisible(); });
 }
 
 QString SaveReport::keepUnsavedCopy(const QString &fileName, const QByteArray &bytes)
@@ -48,7 +48,8 @@ QString SaveReport::keepUnsavedCopy(const QString &fileName, const QByteArray &b
     QString path;
     for (int number = 1; path.isEmpty() || QFileInfo::exists(path); ++number) {
         path = folder + QLatin1Char('/') + stem
-            + (number > 1 ? QStringLiteral(" %1").arg(number) : QString()) + QStringLiteral(").pdf");
+            + (number > 1 ? QStringLiteral(" %1").arg(number) : QString())
+            + QStringLiteral(").pdf");
     }
     return AtomicFileWriter::write(path, bytes).isEmpty() ? path : QString();
 }
@@ -89,8 +90,8 @@ void SaveReport::resolveChangedFile(
     request.informativeText = QStringLiteral(
         "Your edits have not been saved over it. Save them to another file, overwrite the other "
         "program’s changes, or reload the file and drop your edits.");
-    request.buttons = { QStringLiteral("Save As…"), QStringLiteral("Overwrite"),
-        QStringLiteral("Reload") };
+    request.buttons
+        = { QStringLiteral("Save As…"), QStringLiteral("Overwrite"), QStringLiteral("Reload") };
     switch (Alert::runModal(request) - Alert::FirstButtonReturn) {
     case SaveElsewhere: {
         FilePanelRequest panel;

@@ -205,8 +205,8 @@ void TaskExcutor::finish(std::shared_ptr<Task> task, const TaskOutcome &outcome)
 void TaskExcutor::fail(const std::shared_ptr<Task> &task, const TaskOutcome &outcome, bool later)
 {
     const std::shared_ptr<FDDocument> &document = task->document();
-    Logger::warn(QStringLiteral("Saving %1 failed: %2")
-                     .arg(document->fileURL().toString(), outcome.error));
+    Logger::warn(
+        QStringLiteral("Saving %1 failed: %2").arg(document->fileURL().toString(), outcome.error));
     document->setNumberOfChanges(document->numberOfChanges() + task->numberOfChanges());
     task->addFailure();
     if (task->numberOfFailure() < MaximumAttempts) {

@@ -54,7 +54,8 @@ FileState stateOf(const QString &path)
         state.mode = status.st_mode & 07777;
     char names[4096];
     const ssize_t length = ::listxattr(native.constData(), names, sizeof names);
-    for (const QByteArray &name : QByteArray(names, int(std::max<ssize_t>(length, 0))).split('\0')) {
+    for (const QByteArray &name :
+        QByteArray(names, int(std::max<ssize_t>(length, 0))).split('\0')) {
         char value[256];
         const ssize_t size = ::getxattr(native.constData(), name.constData(), value, sizeof value);
         if (!name.isEmpty() && size >= 0)
@@ -70,7 +71,8 @@ FileState writeUserFile(const QString &path, int pages)
     const QByteArray native = QFile::encodeName(path);
     if (::chmod(native.constData(), 0640) != 0
         || ::setxattr(native.constData(), "user.xdg.tags", "work", 4, 0) != 0
-        || ::setxattr(native.constData(), PositionAttribute.constData(), "old-position", 12, 0) != 0)
+        || ::setxattr(native.constData(), PositionAttribute.constData(), "old-position", 12, 0)
+            != 0)
         qFatal("cannot prepare %s", qPrintable(path));
     return stateOf(path);
 }
@@ -81,7 +83,9 @@ QString versionOf(const QString &path, const FileState &old, int oldPages)
 {
     const FileState now = stateOf(path);
     if (now.mode != old.mode)
-        return QStringLiteral("the mode went from %1 to %2").arg(old.mode, 0, 8).arg(now.mode, 0, 8);
+        return QStringLiteral("the mode went from %1 to %2")
+            .arg(old.mode, 0, 8)
+            .arg(now.mode, 0, 8);
     if (now.bytes == old.bytes)
         return now.attributes == old.attributes ? QStringLiteral("old")
                                                 : QStringLiteral("old bytes, other attributes");
@@ -123,7 +127,8 @@ HelperRun saveUnderFaults(
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(FOLIDOC_DISK_FAULT_INTERPOSER));
     environment.insert(QStringLiteral("ASAN_OPTIONS"),
-        environment.value(QStringLiteral("ASAN_OPTIONS")) + QStringLiteral(":verify_asan_link_order=0"));
+        environment.value(QStringLiteral("ASAN_OPTIONS"))
+            + QStringLiteral(":verify_asan_link_order=0"));
     environment.insert(QStringLiteral("FOLIDOC_FAULT_FOLDER"), QFileInfo(path).absolutePath());
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
     if (!kind.isEmpty()) {
@@ -269,12 +274,16 @@ void SaveCrashTest::leftoversOfAKilledSaveGoAtTheNextOpenOrSave_data()
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<bool>("removed");
 
-    QTest::newRow("half a save, two hours old") << ".user.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7\n1 0 obj") << true;
+    QTest::newRow("half a save, two hours old")
+        << ".user.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7\n1 0 obj") << true;
     QTest::newRow("killed before writing") << ".user.pdf.ZZ09az" << 120 << QByteArray() << true;
-    QTest::newRow("another process saving now") << ".user.pdf.a1B2c3" << 5 << QByteArray("%PDF-1.7") << false;
+    QTest::newRow("another process saving now")
+        << ".user.pdf.a1B2c3" << 5 << QByteArray("%PDF-1.7") << false;
     QTest::newRow("not a PDF") << ".user.pdf.a1B2c3" << 120 << QByteArray("my notes") << false;
-    QTest::newRow("not our suffix") << ".user.pdf.backup2" << 120 << QByteArray("%PDF-1.7") << false;
-    QTest::newRow("another file's") << ".other.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7") << false;
+    QTest::newRow("not our suffix")
+        << ".user.pdf.backup2" << 120 << QByteArray("%PDF-1.7") << false;
+    QTest::newRow("another file's")
+        << ".other.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7") << false;
 }
 
 void SaveCrashTest::leftoversOfAKilledSaveGoAtTheNextOpenOrSave()
@@ -317,17 +326,21 @@ void SaveCrashTest::fileChangedBetweenEditAndSave_data()
     QTest::addColumn<int>("pagesShown");
     QTest::addColumn<bool>("unsavedAfter");
 
-    QTest::newRow("folder made read-only") << "read-only" << 0 << "" << "old" << 3 << false;
-    QTest::newRow("file deleted") << "deleted" << 0 << "" << "edited" << 3 << false;
+    QTest::newRow("folder made read-only") << "read-only" << 0 << ""
+                                           << "old" << 3 << false;
+    QTest::newRow("file deleted") << "deleted" << 0 << ""
+                                  << "edited" << 3 << false;
     QTest::newRow("file replaced, edits saved elsewhere")
-        << "replaced" << int(Alert::FirstButtonReturn) << "elsewhere.pdf" << "replacement" << 3
-        << false;
+        << "replaced" << int(Alert::FirstButtonReturn) << "elsewhere.pdf"
+        << "replacement" << 3 << false;
     QTest::newRow("file replaced, save panel cancelled")
-        << "replaced" << int(Alert::FirstButtonReturn) << "" << "replacement" << 3 << true;
+        << "replaced" << int(Alert::FirstButtonReturn) << ""
+        << "replacement" << 3 << true;
     QTest::newRow("file replaced, overwritten")
-        << "replaced" << int(Alert::SecondButtonReturn) << "" << "edited" << 3 << false;
-    QTest::newRow("file replaced, reloaded")
-        << "replaced" << int(Alert::ThirdButtonReturn) << "" << "replacement" << 5 << false;
+        << "replaced" << int(Alert::SecondButtonReturn) << ""
+        << "edited" << 3 << false;
+    QTest::newRow("file replaced, reloaded") << "replaced" << int(Alert::ThirdButtonReturn) << ""
+                                             << "replacement" << 5 << false;
 }
 
 void SaveCrashTest::fileChangedBetweenEditAndSave()
@@ -371,7 +384,8 @@ void SaveCrashTest::fileChangedBetweenEditAndSave()
         const QString theirs = dir.filePath(QStringLiteral("theirs.tmp"));
         DocumentFixtures::writeBlankPDF(theirs, 5);
         replacement = stateOf(theirs).bytes;
-        QVERIFY(::rename(QFile::encodeName(theirs).constData(), QFile::encodeName(path).constData()) == 0);
+        QVERIFY(::rename(QFile::encodeName(theirs).constData(), QFile::encodeName(path).constData())
+            == 0);
     }
     document->save();
     QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
