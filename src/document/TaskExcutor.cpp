@@ -77,7 +77,9 @@ std::shared_ptr<FDDocument> TaskExcutor::getDocumentByURL(const QUrl &url) const
 {
     for (const RefArray<Task> *tasks : { &m_pendingTasks, &m_runningTasks }) {
         for (const std::shared_ptr<Task> &task : *tasks) {
-            if (task->URL() == url)
+            // A document that only has its reading position written holds no edits: a view that
+            // opens the file reads it afresh.
+            if (task->URL() == url && task->kind() == Task::Save)
                 return task->document();
         }
     }

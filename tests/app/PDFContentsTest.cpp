@@ -343,7 +343,8 @@ void PDFContentsTest::nightThemeTintsThePage()
     QFETCH(QColor, ink);
     FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
     // Black on the left half, text on the right; an outline, so the sidebar shows too.
-    const QString path = m_dir.filePath(QStringLiteral("Halves.pdf"));
+    // A file of its own per row: a file read before reopens where it was left.
+    const QString path = m_dir.filePath(QStringLiteral("Halves-%1.pdf").arg(theme));
     PdfFixtures::Document halves = PdfFixtures::textPages(3, 30, 0);
     halves.pages[0].fills.append({ QRectF(0, 0, 306, 792), 0, 0, 0 });
     halves.pages[0].textStart = QPointF(330, 720);
