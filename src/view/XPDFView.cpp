@@ -208,11 +208,11 @@ void XPDFView::sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> 
             continue;
         // A copy: changing an annotation must not disturb the walk.
         const auto annotations = page->annotations();
+        // Nothing is written: a file that is only opened and saved keeps every annotation the
+        // user did not touch as it was, pictures included. A touched one gets a new picture.
         for (const auto &annotation : annotations) {
-            if (annotation->hasAppearanceStream())
-                annotation->removeAllAppearanceStreams();
             if (!annotation->color().isValid())
-                annotation->setColor(QColor(0, 0, 0, 0));
+                annotation->setValueForKeyInMemory(QColor(0, 0, 0, 0), QStringLiteral("color"));
         }
     }
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 // The annotation-editing layer over the kit's reading view: the tool mode (read from the owner),
-// the selected annotation, the area selection, the clean-up of every annotation of a document
-// before it is shown, and every change of the annotations of a page, each undoable, repainted,
-// counted and announced by the same steps (XPDFView+Annotation.cpp). Main thread only.
+// the selected annotation, the area selection, the missing colours of a document's annotations
+// filled in before it is shown, and every change of the annotations of a page, each undoable,
+// repainted, counted and announced by the same steps (XPDFView+Annotation.cpp). Main thread only.
 
 #include "PDFToolMode.h"
 
@@ -156,7 +156,8 @@ public:
     bool isClipViewFrozen() const { return m_isClipViewFrozen; }
     void setIsClipViewFrozen(bool frozen) { m_isClipViewFrozen = frozen; }
 
-    // Cleans the document's annotations, forgets the area selection, then shows the document.
+    // Fills in missing annotation colours, forgets the selections and this view's undo entries,
+    // then shows the document.
     void setDocument(const std::shared_ptr<PDFDocument> &document) override;
     // A change of layout never moves the reader; single-page modes show page breaks, two-up
     // modes don't.
@@ -164,8 +165,8 @@ public:
     void setDisplayBox(PDFDisplayBox box) override;
     void setDisplaysAsBook(bool asBook) override;
 
-    // Every annotation loses its appearance streams, and one without a colour gets the fully
-    // transparent one. Null or empty documents are left alone.
+    // An annotation without a colour reads the fully transparent one from now on, in memory
+    // only: the file is not touched. Null or empty documents are left alone.
     static void sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document);
 
     // Places of the annotation editing: the text editors finish or drop their edit, and the
