@@ -11,7 +11,9 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
 
+#include <QFileInfo>
 #include <QKeyEvent>
+#include <QPrinter>
 
 #include <array>
 #include <utility>
@@ -308,7 +310,12 @@ void XPDFView::printWithAnnotations(bool withAnnotations)
         m_printView->setGeometry(QRect());
         m_printView->hide();
     }
+    // The copy has no file: the suggested file name and the job title come from the live one.
+    QPrinter printInfo(QPrinter::HighResolution);
+    const QString title = QFileInfo(document()->documentURL().fileName()).completeBaseName();
+    if (!title.isEmpty())
+        printInfo.setDocName(title + QStringLiteral(".pdf"));
     m_printView->setDocument(copy);
-    m_printView->printWithInfo(nullptr, true);
+    m_printView->printWithInfo(&printInfo, true);
     m_printView->setDocument(nullptr);
 }
