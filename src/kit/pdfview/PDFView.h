@@ -152,8 +152,9 @@ public:
     // Puts the selected text on the clipboard.
     void copy();
 
-    // The page's content changed (annotations added, removed, edited or hidden): its display
-    // list and tiles are rendered again; other pages are untouched.
+    // The page's annotations changed (added, removed, edited or hidden). Once per turn of the
+    // event loop, a page whose engine drawing changed (its revision rose) is rendered again;
+    // other pages, and changes the engine does not draw, cost no render.
     virtual void annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page);
     // Runs a link's or outline's action: destinations jump with history, URLs open.
     virtual void performAction(const std::shared_ptr<PDFAction> &action);
@@ -215,7 +216,6 @@ private:
     {
         std::shared_ptr<PDFPageRenderSource> source;
         quint64 pageRevision = 0;
-        quint64 generation = 0; // raised by annotationsChangedOnPage
         bool failed = false;
         quint64 failedRevision = 0;
     };
@@ -261,6 +261,7 @@ private:
     void drawErrorMark(QPainter &painter, const QRect &pageRect) const;
     void scheduleRendering();
     void updateRenderRequests();
+    void flushChangedPages();
     void tileFinished(const PDFTileKey &key, const QImage &image);
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
@@ -306,6 +307,8 @@ private:
     std::unordered_map<const PDFPage *, RenderState> m_renderStates;
     quint64 m_epoch = 0; // rises with every new document or display box
     QTimer m_renderTimer;
+    std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
+    QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
     std::map<int, QPointer<PDFPageView>> m_pageViews;
 
