@@ -1,8 +1,9 @@
 #pragma once
 
 // The menu bar of a document window: every command of the window and the application, each an
-// action named by its command ("PDF_saveDocument:") with the tag of its item, validated by the
-// window each time a menu opens. Main thread only.
+// action named by its command ("PDF_saveDocument:") with the tag of its item and its keys. The
+// window validates an item each time its menu opens, for what the menu shows, and again when
+// the item or its key triggers it. Main thread only.
 
 #include <QKeySequence>
 #include <QObject>
@@ -35,7 +36,11 @@ public:
         QKeySequence::StandardKey key, const QKeySequence &fallback);
 
 private:
+    // first, then each of more that first lacks.
+    static QList<QKeySequence> keys(
+        const QList<QKeySequence> &first, const QList<QKeySequence> &more);
     QMenu *addMenu(const QString &title);
+    void enableMenu(QMenu *menu);
     QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,
         const QList<QKeySequence> &keys = {});
     void fillFileMenu();
