@@ -14,6 +14,7 @@
 #include <annotation/FDAnnotationText.h>
 #include <annotation/PDFAnnotation+XExtensions.h>
 #include <annotation/PDFAnnotationInk+XExtensions.h>
+#include <app/FDDefaults.h>
 #include <document/FDDocument.h>
 #include <document/FDDocumentDelegate.h>
 #include <document/FDPage.h>
@@ -213,6 +214,9 @@ int runAnnotationBench(const QStringList &arguments)
         err << "usage: folidoc-bench annotations FILE.pdf\n";
         return 2;
     }
+    // New annotations take their colours and widths from the registered first values, as in the
+    // program.
+    FDDefaults::registerDefaults();
     const auto delegate = std::make_shared<BenchDelegate>();
     const auto doc = openDocument(arguments.first(), delegate);
     if (!doc || doc->pageCount() == 0) {

@@ -7,7 +7,9 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 
+#include <QFileInfo>
 #include <QKeyEvent>
+#include <QPrinter>
 
 #include <array>
 #include <utility>
@@ -249,7 +251,12 @@ void XPDFView::printWithAnnotations(bool withAnnotations)
         m_printView->setGeometry(QRect());
         m_printView->hide();
     }
+    // The copy has no file: the suggested file name and the job title come from the live one.
+    QPrinter printInfo(QPrinter::HighResolution);
+    const QString title = QFileInfo(document()->documentURL().fileName()).completeBaseName();
+    if (!title.isEmpty())
+        printInfo.setDocName(title + QStringLiteral(".pdf"));
     m_printView->setDocument(copy);
-    m_printView->printWithInfo(nullptr, true);
+    m_printView->printWithInfo(&printInfo, true);
     m_printView->setDocument(nullptr);
 }

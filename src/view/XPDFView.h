@@ -96,7 +96,8 @@ public:
     // A copy of the document read from its bytes, whose annotations all show and print, or
     // none do. The live document and its view are never touched. Null without bytes.
     std::shared_ptr<PDFDocument> printCopy(bool withAnnotations) const;
-    // Prints printCopy through the print dialog, pages turned to fit the paper.
+    // Prints printCopy through the print dialog, as a PDF that keeps the pages' content; the
+    // suggested file name is the document's.
     void printWithAnnotations(bool withAnnotations);
 
 protected:
