@@ -22,6 +22,8 @@
 #include <QPlainTextEdit>
 #include <QTextEdit>
 
+#include <algorithm>
+
 namespace {
 
 bool is(const QString &command, const char *name)

@@ -117,6 +117,15 @@ void PDFWindowController::commonInit()
         this, [this] { NotificationCenter::defaultCenter().post(DidCreateNotification, this); });
 }
 
+bool PDFWindowController::event(QEvent *event)
+{
+    // Sent for every key press before the shortcuts are matched, and up from the focus widget
+    // to here unless a widget claims the key (a text field its editing keys).
+    if (event->type() == QEvent::ShortcutOverride && m_menus)
+        m_menus->validateKeys();
+    return TabWindowController::event(event);
+}
+
 void PDFWindowController::applyTheme()
 {
     // The menu bar sits above the tab strip and takes the frame's colours with it.
@@ -414,7 +423,7 @@ bool PDFWindowController::validateMenuItem(QAction *item)
 
 void PDFWindowController::performCommand(QAction *item)
 {
-    // A key reaches here whatever the state was when its menu last opened.
+    // An item may have been enabled when something else changed the state since.
     if (!validateMenuItem(item))
         return;
     const QString command = item->objectName();

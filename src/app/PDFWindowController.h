@@ -71,7 +71,7 @@ public:
     void onThemeButtonClickedWithButton(QWidget *button);
 
     // The menu commands: each item is named by its command and carries its tag. A command is
-    // validated when its menu opens and again when its item or key triggers it, and does
+    // validated when its menu opens, when a key is pressed and when its item triggers, and does
     // nothing when it is off.
     PDFWindowMenus *menus() const { return m_menus; }
     bool validateMenuItem(QAction *item);
@@ -87,6 +87,8 @@ public:
 
 protected:
     void commonInit() override;
+    // Keys are matched against the commands as they are now (PDFWindowMenus::validateKeys).
+    bool event(QEvent *event) override;
     // Document tabs get the window's undo manager as they arrive.
     void tabInsertedAt(TabContents *contents, int index, bool foreground) override;
     void tabReplacedAt(TabContents *oldContents, TabContents *newContents, int index) override;

@@ -49,19 +49,15 @@ QMenu *PDFWindowMenus::addMenu(const QString &title)
 {
     QMenu *const menu = m_menuBar->addMenu(title);
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { validateMenu(menu); });
-    // Greyed items are for the eyes only: keys are validated when pressed, so a command that
-    // was off when the menu was shown still works once it is on.
-    connect(menu, &QMenu::aboutToHide, this, [this, menu] { enableMenu(menu); });
     return menu;
 }
 
-void PDFWindowMenus::enableMenu(QMenu *menu)
+void PDFWindowMenus::validateKeys()
 {
-    const QList<QAction *> actions = menu->actions();
+    const QList<QAction *> actions = allActions();
     for (QAction *action : actions) {
-        if (QMenu *const submenu = action->menu())
-            enableMenu(submenu);
-        action->setEnabled(true);
+        if (!action->shortcuts().isEmpty())
+            action->setEnabled(m_window->validateMenuItem(action));
     }
 }
 

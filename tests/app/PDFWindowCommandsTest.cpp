@@ -89,6 +89,7 @@ private:
     }
     // Opens and closes every menu, as a person looking through the menu bar does (what a
     // menu tells as it pops up and goes; a real popup would take the window's focus here).
+    // An item is triggered below as a click on it would, without its menu being shown anew.
     void lookThroughTheMenus()
     {
         for (QAction *entry : window->menuBar()->actions()) {
@@ -231,8 +232,8 @@ void PDFWindowCommandsTest::commandsAreValidatedWhenTriggered_data()
         << "PDF_onShowSidebar:" << sidebar << true;
     QTest::newRow("Swap Views once the split is gone")
         << split << unsplit << QKeySequence() << "PDF_onSplitViewSwap:" << place << false;
-    QTest::newRow("Swap Views once split")
-        << nothing << split << QKeySequence() << "PDF_onSplitViewSwap:" << place << true;
+    QTest::newRow("Swap Views while split")
+        << split << nothing << QKeySequence() << "PDF_onSplitViewSwap:" << place << true;
     QTest::newRow("Undo: nothing when shown, an edit when pressed")
         << nothing << edit << QKeySequence(Qt::CTRL | Qt::Key_Z) << "undo:" << edited << true;
     QTest::newRow("Redo by Ctrl+Y") << nothing << editAndUndo << QKeySequence(Qt::CTRL | Qt::Key_Y)
