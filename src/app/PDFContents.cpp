@@ -399,6 +399,10 @@ void PDFContents::setUndoManager(UndoManager *undoManager)
     for (const FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() })
         forgetUndoStepsOf(pdfView);
     m_undoManager = undoManager;
+    for (FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        if (pdfView)
+            pdfView->setUndoManager(undoManager);
+    }
 }
 
 bool PDFContents::ownsUndoTarget(const void *target) const

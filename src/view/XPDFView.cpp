@@ -257,6 +257,31 @@ bool XPDFView::validateMenuItem(const QString &action) const
     return false;
 }
 
+bool XPDFView::respondsToEditCommand(const QString &command) const
+{
+    return command == QLatin1String("copy:") || command == QLatin1String("selectAll:")
+        || command == QLatin1String("delete:");
+}
+
+bool XPDFView::validateEditCommand(const QString &command) const
+{
+    if (command == QLatin1String("copy:"))
+        return currentSelection() && !currentSelection()->string().isEmpty();
+    if (command == QLatin1String("selectAll:"))
+        return document() && document()->pageCount() > 0 && validateMenuItem(command);
+    return validateMenuItem(command);
+}
+
+void XPDFView::performEditCommand(const QString &command)
+{
+    if (command == QLatin1String("copy:"))
+        copy();
+    else if (command == QLatin1String("selectAll:"))
+        selectAll();
+    else if (command == QLatin1String("delete:"))
+        removeAnnotation(selectedAnn());
+}
+
 void XPDFView::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && m_delegate2) {

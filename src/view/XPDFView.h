@@ -10,6 +10,7 @@
 #include <kit/base/UndoManager.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFView.h>
+#include <kit/tabs/EditCommandResponder.h>
 
 #include <QPointer>
 #include <QRectF>
@@ -26,7 +27,7 @@ class PDFAnnotation;
 class PDFDocument;
 class PDFViewDelegate2;
 
-class XPDFView : public PDFView
+class XPDFView : public PDFView, public EditCommandResponder
 {
     Q_OBJECT
 
@@ -143,6 +144,12 @@ public:
     // Enabled state of the edit commands this view performs ("delete:", "selectAll:",
     // "deselectAll:"); false for others.
     virtual bool validateMenuItem(const QString &action) const;
+
+    // The window's edit commands that reach the view: "copy:" copies the selected text,
+    // "selectAll:" selects the text of the document, "delete:" removes the selected annotation.
+    bool respondsToEditCommand(const QString &command) const override;
+    bool validateEditCommand(const QString &command) const override;
+    void performEditCommand(const QString &command) override;
 
     // The area selection, answered only in the area-selection tool: in any other tool the rect
     // reads empty and the setters do nothing, while what is stored stays until the next document.

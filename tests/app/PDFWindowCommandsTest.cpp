@@ -1,5 +1,6 @@
 #include "support/AppTestEnvironment.h"
 
+#include <annotation/FDAnnotationSquare.h>
 #include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
@@ -8,6 +9,7 @@
 #include <document/PDFSavingService.h>
 #include <kit/base/UndoManager.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
 #include <kit/tabs/EditCommandResponder.h>
@@ -182,6 +184,13 @@ void PDFWindowCommandsTest::commandsAreValidatedWhenTriggered_data()
         t.tab->undoManager()->undo();
     };
     const Step selectText = [](PDFWindowCommandsTest &t) { t.view()->selectAll(); };
+    // A square drawn in the view, which selects it: one undo step of the window.
+    const Step drawSquare = [](PDFWindowCommandsTest &t) {
+        const auto square = std::make_shared<FDAnnotationSquare>();
+        square->initWithBounds(QRectF(100, 100, 80, 60));
+        t.view()->addAnnotation(square, t.view()->document()->pageAtIndex(0));
+        t.finishTurn();
+    };
 
     const Observe changes = [](PDFWindowCommandsTest &t) {
         return QVariant(t.view()->fdDocument()->numberOfChanges());
@@ -204,6 +213,9 @@ void PDFWindowCommandsTest::commandsAreValidatedWhenTriggered_data()
     };
     const Observe clipboard
         = [](PDFWindowCommandsTest &) { return QVariant(QApplication::clipboard()->text()); };
+    const Observe annotations = [](PDFWindowCommandsTest &t) {
+        return QVariant(qsizetype(t.view()->document()->pageAtIndex(0)->annotations().size()));
+    };
     const Observe tabs
         = [](PDFWindowCommandsTest &t) { return QVariant(t.window->tabStripModel()->count()); };
 
@@ -246,6 +258,12 @@ void PDFWindowCommandsTest::commandsAreValidatedWhenTriggered_data()
         << true;
     QTest::newRow("Copy: no text when shown, selected when pressed")
         << nothing << selectText << QKeySequence(Qt::CTRL | Qt::Key_C) << "copy:" << clipboard
+        << true;
+    QTest::newRow("Delete: nothing selected when shown, a square when pressed")
+        << nothing << drawSquare << QKeySequence(Qt::Key_Delete) << "delete:" << annotations
+        << true;
+    QTest::newRow("Undo takes back the square the view drew")
+        << nothing << drawSquare << QKeySequence(Qt::CTRL | Qt::Key_Z) << "undo:" << annotations
         << true;
     QTest::newRow("Close Tab") << nothing << nothing << QKeySequence(Qt::CTRL | Qt::Key_W)
                                << "performCloseTabAction:" << tabs << true;
