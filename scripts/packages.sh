@@ -6,7 +6,7 @@ FOLIDOC_BUILD_PACKAGES=(
     libmupdf-dev libharfbuzz-dev libfreetype-dev libjbig2dec0-dev libopenjp2-7-dev
     libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
 )
-FOLIDOC_RUN_PACKAGES=(xvfb xauth)
+FOLIDOC_RUN_PACKAGES=(xvfb xauth cups-client)
 # Only the fuzz targets (scripts/fuzz) are built with clang and its libFuzzer runtime.
 FOLIDOC_FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon

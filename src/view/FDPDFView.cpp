@@ -236,6 +236,8 @@ void FDPDFView::setDocument(const std::shared_ptr<PDFDocument> &newDocument)
         old->setPdfView(nullptr);
         if (old->numberOfChanges() > 0)
             PDFSavingService::shared().addTask(old);
+        else if (FDDefaults::rememberLastPosition() == 1)
+            PDFSavingService::shared().addAttributesTask(old); // the reading position alone
     }
     m_mapPagesToOutlines.reset();
     XPDFView::setDocument(newDocument);

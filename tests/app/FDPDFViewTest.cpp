@@ -43,6 +43,8 @@ private slots:
     void initTestCase();
     void init();
     void readingPositionSurvivesCloseAndReopen();
+    void unchangedDocumentKeepsItsPositionWithoutARewrite_data();
+    void unchangedDocumentKeepsItsPositionWithoutARewrite();
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
     void fragmentPageWinsOverStoredPosition();
@@ -54,7 +56,7 @@ private slots:
     void jumpsPauseTheScreenOnlyUnderTintedThemes_data();
     void closestOutlineItemIsTheLastOutlinedPageBefore_data();
     void areaSelectionAnswersOnlyInTheAreaTool();
-    void shownAnnotationsLoseAppearancesAndGainAColour();
+    void shownAnnotationsGainAColourAndKeepTheirPictures();
     void printCopyShowsOrHidesAnnotationsAndLeavesTheLiveDocument();
     void closestOutlineItemIsTheLastOutlinedPageBefore();
     void jumpsPauseTheScreenOnlyUnderTintedThemes();
@@ -122,6 +124,41 @@ void FDPDFViewTest::readingPositionSurvivesCloseAndReopen()
     QCOMPARE(currentIndex(*second), 5);
     QCOMPARE(second->scaleFactor(), 1.5);
     QCOMPARE(second->scaleMode(), PDFViewScaleMode::none);
+}
+
+void FDPDFViewTest::unchangedDocumentKeepsItsPositionWithoutARewrite_data()
+{
+    QTest::addColumn<int>("remember");
+    QTest::newRow("remembered") << 1;
+    QTest::newRow("not remembered") << 0;
+}
+
+// A file that was only read reopens where it was left, and its bytes and time stay.
+void FDPDFViewTest::unchangedDocumentKeepsItsPositionWithoutARewrite()
+{
+    QFETCH(int, remember);
+    UserDefaults::standard().setInteger(remember, FDDefaults::RememberLastPosition);
+    const QString path = writeFixture(QStringLiteral("read-%1.pdf").arg(remember));
+    const QUrl url = QUrl::fromLocalFile(path);
+    const QDateTime modified = QFileInfo(path).fileTime(QFileDevice::FileModificationTime);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    file.close();
+
+    auto first = openView(url);
+    QTRY_VERIFY(!first->isLoading());
+    first->goToPage(first->document()->pageAtIndex(4));
+    first->setDocument(nullptr);
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), bytes);
+    QCOMPARE(QFileInfo(path).fileTime(QFileDevice::FileModificationTime), modified);
+    auto second = openView(url);
+    QTRY_VERIFY(!second->isLoading());
+    QCOMPARE(currentIndex(*second), remember ? 4 : 0);
+    UserDefaults::standard().setInteger(1, FDDefaults::RememberLastPosition);
 }
 
 void FDPDFViewTest::storedStatusIsParsedStrictly_data()
@@ -385,7 +422,7 @@ void FDPDFViewTest::areaSelectionAnswersOnlyInTheAreaTool()
     view->setDelegate2(nullptr);
 }
 
-void FDPDFViewTest::shownAnnotationsLoseAppearancesAndGainAColour()
+void FDPDFViewTest::shownAnnotationsGainAColourAndKeepTheirPictures()
 {
     PdfFixtures::Document annotated = PdfFixtures::textPages(2, 3, 0);
     const QByteArray box("0 0 1 RG 10 10 30 30 re S");
@@ -401,8 +438,9 @@ void FDPDFViewTest::shownAnnotationsLoseAppearancesAndGainAColour()
     QCOMPARE(annotations.size(), size_t(2));
     QCOMPARE(annotations[0]->color().alpha(), 0);
     QCOMPARE(annotations[1]->color(), QColor(255, 0, 0));
+    // The pictures are the file's until the user edits an annotation.
     for (const auto &annotation : annotations)
-        QVERIFY(!annotation->hasAppearanceStream());
+        QVERIFY(annotation->hasAppearanceStream());
 }
 
 // Red pixels of the page's image inside a page-space rectangle, at one pixel per point.

@@ -104,6 +104,7 @@ void PDFPagePrivate::bind(
     boxesValid = false;
     text.reset();
     ++revision;
+    ++contentRevision;
 }
 
 pdf_page *PDFPagePrivate::pageLocked(fz_context *ctx, int index, mu::Error &error)
@@ -171,7 +172,7 @@ void loadBoxes(const PDFPage &page)
 std::shared_ptr<const TextLayout> textLayout(const PDFPage &page)
 {
     PDFPagePrivate &d = PDFPagePrivate::of(page);
-    if (d.text && d.textRevision == d.revision)
+    if (d.text && d.textRevision == d.contentRevision)
         return d.text;
     if (!d.handle)
         return std::make_shared<TextLayout>();
@@ -184,7 +185,7 @@ std::shared_ptr<const TextLayout> textLayout(const PDFPage &page)
     if (loaded)
         layout = TextLayout::build(ctx, loaded, nullptr, error);
     d.text = layout ? layout : std::make_shared<TextLayout>();
-    d.textRevision = d.revision;
+    d.textRevision = d.contentRevision;
     return d.text;
 }
 
@@ -596,5 +597,6 @@ quint64 PDFPage::revision() const
 void PDFPage::noteContentChanged()
 {
     ++d->revision;
+    ++d->contentRevision;
     d->boxesValid = false;
 }

@@ -45,6 +45,9 @@ struct PDFPagePrivate
     PDFPageFactory factory; // the class this page was built as
 
     quint64 revision = 1;
+    // Rises only with the page's own content (binding, boxes, rotation), not its annotations:
+    // the text layout is kept across annotation edits.
+    quint64 contentRevision = 1;
     bool boxesValid = false;
     QRectF mediaBox;
     QRectF cropBox;

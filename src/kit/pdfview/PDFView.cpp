@@ -43,6 +43,9 @@ PDFView::PDFView(QWidget *parent)
     m_renderTimer.setSingleShot(true);
     m_renderTimer.setInterval(0);
     connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
+    m_changedPagesTimer.setSingleShot(true);
+    m_changedPagesTimer.setInterval(0);
+    connect(&m_changedPagesTimer, &QTimer::timeout, this, &PDFView::flushChangedPages);
     m_sizeTimer.setSingleShot(true);
     m_sizeTimer.setInterval(0);
     connect(&m_sizeTimer, &QTimer::timeout, this, &PDFView::loadMorePageSizes);
