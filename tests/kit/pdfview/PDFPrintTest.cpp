@@ -2,6 +2,8 @@
 // the document's pages, sizes, rotations and text, the annotations only when asked, stays small,
 // goes where the dialog says, and the queue gets the dialog's choices. Checked with poppler.
 
+#include "support/FixtureDocuments.h"
+
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
 
@@ -70,11 +72,7 @@ class PDFPrintTest : public QObject
 
     std::shared_ptr<PDFDocument> open(const PdfFixtures::Document &fixture, const QString &name)
     {
-        const QString path = m_dir.filePath(name);
-        if (!QFile::exists(path) && !PdfFixtures::write(fixture, path))
-            return nullptr;
-        auto document = std::make_shared<PDFDocument>();
-        return document->initWithURL(QUrl::fromLocalFile(path)) ? document : nullptr;
+        return FixtureDocuments::open(m_dir, fixture, name);
     }
 
     // Prints as "Print to File" does after the dialog; setUp changes what the person chose.
