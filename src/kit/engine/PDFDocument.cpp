@@ -8,6 +8,7 @@
 #include "PDFPagePrivate.h"
 #include "PageTree.h"
 #include "SaslPrep.h"
+#include "mupdf/MuOpen.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -81,19 +82,8 @@ pdf_document *PDFDocumentPrivate::openForcingRepair(QByteArray bytes)
     // Without the keyword MuPDF cannot find the cross-reference and scans the file instead.
     for (qsizetype at = bytes.indexOf("startxref"); at >= 0; at = bytes.indexOf("startxref", at))
         bytes[at] = 'S';
-    fz_context *ctx = mu::context();
-    const auto *data = reinterpret_cast<const unsigned char *>(bytes.constData());
-    const size_t size = static_cast<size_t>(bytes.size());
-    mu::Buffer buffer;
-    mu::Stream stream;
-    pdf_document *doc = nullptr;
     mu::Error failure;
-    mu::run(ctx, failure, [&] {
-        buffer.p = fz_new_buffer_from_copied_data(ctx, data, size);
-        stream.p = fz_open_buffer(ctx, buffer.p);
-        doc = pdf_open_document_with_stream(ctx, stream.p);
-    });
-    return failure.failed ? nullptr : doc;
+    return mu::openDocumentFromBytes(bytes, failure);
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage() const
@@ -329,20 +319,10 @@ bool PDFDocument::initWithData(const QByteArray &data)
         d->error = QStringLiteral("The data is empty");
         return false;
     }
-    fz_context *ctx = mu::context();
-    const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
-    const size_t size = static_cast<size_t>(data.size());
     d->sourceSize = data.size();
     d->sourceBytes = [data] { return data; };
-    mu::Buffer buffer;
-    mu::Stream stream;
-    pdf_document *doc = nullptr;
     mu::Error failure;
-    mu::run(ctx, failure, [&] {
-        buffer.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
-        stream.p = fz_open_buffer(ctx, buffer.p);
-        doc = pdf_open_document_with_stream(ctx, stream.p);
-    });
+    pdf_document *const doc = mu::openDocumentFromBytes(data, failure);
     if (failure.failed) {
         d->error
             = QStringLiteral("The data is not a readable PDF document: %1").arg(failure.text());
