@@ -7,6 +7,8 @@
 #include "PDFContentsConainer.h"
 #include "PDFWindowController.h"
 
+#include <appearance/PDFMainToolbar.h>
+#include <appearance/PDFSecondaryToolbar.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
 #include <kit/base/MainQueue.h>
@@ -16,6 +18,7 @@
 #include <kit/engine/PDFSelection.h>
 #include <view/FDPDFView.h>
 
+#include <QLayout>
 #include <QSplitter>
 
 const QString PDFContents::ToolModeDidChangeNotification
@@ -59,6 +62,12 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
         m_primaryPDFView.data(),
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     m_container->onViewInit();
+    // The two rows of controls: the first in the window's toolbar area while the tab is in
+    // front, the second above the views.
+    setToolbar(std::make_unique<PDFMainToolbar>(this));
+    auto *const secondary = new PDFSecondaryToolbar(this, m_container->toolbarContainer());
+    m_container->toolbarContainer()->layout()->addWidget(secondary);
+    secondary->onViewInit();
     setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
@@ -203,6 +212,14 @@ void PDFContents::setToolMode(PDFToolMode mode)
     } else {
         post(ToolModeDidChangeNotification);
     }
+}
+
+void PDFContents::annBarDidPickTool()
+{
+    m_isAnnBarPinned = true;
+    m_isEditBarHidden = true;
+    m_isAnnBarHidden = false;
+    post(ToolModeDidChangeNotification);
 }
 
 void PDFContents::setIsPagesEditingMode(bool editing)
