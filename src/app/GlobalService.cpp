@@ -406,11 +406,11 @@ void GlobalService::showAboutDialog()
     AlertRequest about;
     about.style = AlertRequest::Informational;
     about.messageText = QStringLiteral("Folidoc %1").arg(QStringLiteral(FOLIDOC_VERSION));
-    about.informativeText = tr("Reads and annotates PDF documents.\n\n"
-                               "Licence: GNU Affero General Public License, version 3 or later.\n"
-                               "Qt %1, MuPDF %2")
-                                .arg(QString::fromLatin1(qVersion()),
-                                    PDFEngineInfo::libraryVersion());
+    about.informativeText
+        = tr("Reads and annotates PDF documents.\n\n"
+             "Licence: GNU Affero General Public License, version 3 or later.\n"
+             "Qt %1, MuPDF %2")
+              .arg(QString::fromLatin1(qVersion()), PDFEngineInfo::libraryVersion());
     Alert::runModal(about);
 }
 

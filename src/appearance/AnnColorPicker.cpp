@@ -68,8 +68,8 @@ QIcon moreColorsIcon()
         QPainter painter(&pixmap);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(FDThemeProvider::current()->isDark() ? FDTheme::white(0.85)
-                                                               : FDTheme::white(0.35));
+        painter.setBrush(
+            FDThemeProvider::current()->isDark() ? FDTheme::white(0.85) : FDTheme::white(0.35));
         for (const double x : { 5.0, 10.0, 15.0 })
             painter.drawEllipse(QPointF(x, 10), 1.6, 1.6);
         icon.addPixmap(pixmap);
@@ -130,9 +130,8 @@ ColorCase caseFor(const AnnPickerTarget &target)
         return { QStringLiteral("COLOR"),
             colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), {}, {} };
     case PDFToolModeAnnFreeText:
-        return { QStringLiteral("TEXT"),
-            colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), QStringLiteral("BACK"),
-            colorForKey(defaults, AnnPickerTarget::rightColorKey(mode)) };
+        return { QStringLiteral("TEXT"), colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)),
+            QStringLiteral("BACK"), colorForKey(defaults, AnnPickerTarget::rightColorKey(mode)) };
     case PDFToolModeAnnCircle:
     case PDFToolModeAnnSquare:
         return { QStringLiteral("STROKE"),
@@ -332,8 +331,8 @@ void AnnColorPicker::updateColor(const QColor &color, bool isLeft)
         pdfView->setNeedsDisplayForAnnotation(annotation);
     } else {
         const int mode = m_target.toolMode();
-        const QString key = isLeft ? AnnPickerTarget::leftColorKey(mode)
-                                   : AnnPickerTarget::rightColorKey(mode);
+        const QString key
+            = isLeft ? AnnPickerTarget::leftColorKey(mode) : AnnPickerTarget::rightColorKey(mode);
         if (key.isEmpty())
             return;
         setColorForKey(UserDefaults::standard(), color, key);

@@ -100,8 +100,8 @@ QImage FDCreateLineAspectSampleImage(const QString &name, int lineType, int arro
         painter.drawLine(QPointF(0, 7), QPointF(50, 7));
     } else {
         if (int(lineHeight) % 2 != 0)
-            qFatal("A line aspect sample with an arrow needs an even line height, not %g",
-                lineHeight);
+            qFatal(
+                "A line aspect sample with an arrow needs an even line height, not %g", lineHeight);
         painter.fillPath(arrowShape(arrowType, lineHeight), color);
     }
     if (tick) {
@@ -156,12 +156,12 @@ AnnLineAspectPicker::AnnLineAspectPicker()
     m_typeButtons.at(0)->setToolTip(tr("Solid"));
     m_typeButtons.at(1)->setAccessibleName(tr("Dashed"));
     m_typeButtons.at(1)->setToolTip(tr("Dashed"));
-    setFixedSize(int(ArrowGroupX + SampleSize.width() + 8),
-        int(typeTop + TypeCount * pitch + RowGap));
+    setFixedSize(
+        int(ArrowGroupX + SampleSize.width() + 8), int(typeTop + TypeCount * pitch + RowGap));
 }
 
-void AnnLineAspectPicker::placeGroup(QList<QToolButton *> &buttons, int count, double x,
-    double top, const std::function<void(int)> &pick)
+void AnnLineAspectPicker::placeGroup(QList<QToolButton *> &buttons, int count, double x, double top,
+    const std::function<void(int)> &pick)
 {
     const double pitch = SampleSize.height() + RowGap;
     for (int index = 0; index < count; ++index) {

@@ -24,7 +24,8 @@ const QHash<QString, CursorEntry> &cursorTable()
 {
     static const QHash<QString, CursorEntry> table = [] {
         QHash<QString, CursorEntry> entries;
-        entries.insert(QStringLiteral("zoomInCursor"), { QStringLiteral("ZoomInCursor"), { 6, 6 } });
+        entries.insert(
+            QStringLiteral("zoomInCursor"), { QStringLiteral("ZoomInCursor"), { 6, 6 } });
         entries.insert(
             QStringLiteral("zoomOutCursor"), { QStringLiteral("ZoomOutCursor"), { 6, 6 } });
         entries.insert(QStringLiteral("resizeDiagonal45Cursor"),

@@ -60,8 +60,8 @@ void FDPopoverController::applyThemePalette()
     const FDTheme *const theme = FDThemeProvider::current();
     QPalette palette = QGuiApplication::palette();
     const QColor text = theme->isDark() ? FDTheme::white(0.92) : FDTheme::white(0.1);
-    for (const QPalette::ColorRole role : { QPalette::WindowText, QPalette::Text,
-             QPalette::ButtonText, QPalette::PlaceholderText })
+    for (const QPalette::ColorRole role :
+        { QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText })
         palette.setColor(role, role == QPalette::PlaceholderText ? FDTheme::white(0.5) : text);
     if (theme->isDark()) {
         palette.setColor(QPalette::Base, FDTheme::white(0.24));

@@ -348,7 +348,8 @@ void makeCursorImages()
         const Recipe noteRecipe = recipes().value(note);
         if (!noteRecipe.draw)
             qFatal("The note image %s is made after its cursor", qPrintable(note));
-        file(note + QStringLiteral("Cursor"), { NoteCursorSize, [noteRecipe](QPainter &painter) {
+        file(note + QStringLiteral("Cursor"),
+            { NoteCursorSize, [noteRecipe](QPainter &painter) {
                  drawArrowCursor(painter);
                  painter.save();
                  painter.translate(3.0, NoteCursorSize.height() - noteRecipe.size.height());

@@ -120,8 +120,8 @@ void PDFAnnBar::addObservers()
              PDFContents::SecondaryTBVisibilityDidChangeNotification }) {
         center.addObserver(this, name, tab, [this](const Notification &) { onToolModeChanged(); });
     }
-    center.addObserver(this, PDFContents::SelectedPDFViewDidChangeNotification, tab,
-        [this](const Notification &) {
+    center.addObserver(
+        this, PDFContents::SelectedPDFViewDidChangeNotification, tab, [this](const Notification &) {
             observeSelectedView();
             update();
         });
@@ -264,9 +264,8 @@ void PDFAnnBar::refreshIcons()
     m_aspectBtn->setIcon(FDToolbarIcons::icon(FDToolbarIcons::LineAspect, color));
     for (QWidget *const line : findChildren<QWidget *>(QStringLiteral("separator"))) {
         QPalette palette = line->palette();
-        palette.setColor(QPalette::Window, FDThemeProvider::current()->isDark()
-                ? FDTheme::white(0.35)
-                : FDTheme::white(0.75));
+        palette.setColor(QPalette::Window,
+            FDThemeProvider::current()->isDark() ? FDTheme::white(0.35) : FDTheme::white(0.75));
         line->setPalette(palette);
     }
     if (m_colorBtn)

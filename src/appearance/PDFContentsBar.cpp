@@ -36,8 +36,8 @@ QColor PDFContentsBar::iconColor()
     return theme->isDark() ? FDTheme::white(0.88) : FDTheme::white(0.3);
 }
 
-QToolButton *PDFContentsBar::makeButton(const QString &title, const QKeySequence &key,
-    bool checkable)
+QToolButton *PDFContentsBar::makeButton(
+    const QString &title, const QKeySequence &key, bool checkable)
 {
     auto *const button = new QToolButton(this);
     const QString name = titleWithKey(title, key);

@@ -27,8 +27,8 @@ public:
     static QColor iconColor();
 
 protected:
-    QToolButton *makeButton(const QString &title, const QKeySequence &key = {},
-        bool checkable = false);
+    QToolButton *makeButton(
+        const QString &title, const QKeySequence &key = {}, bool checkable = false);
     // Draws every picture again in the theme's colours.
     virtual void refreshIcons() = 0;
     void paintEvent(QPaintEvent *event) override;

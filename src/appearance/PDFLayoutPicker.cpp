@@ -147,8 +147,7 @@ PDFLayoutPicker::PDFLayoutPicker()
     upper->setHorizontalSpacing(6);
     m_singlePageButton = layoutButton(tr("Single Page"), 0, this);
     m_twoPagesButton = layoutButton(tr("Two Pages"), 1, this);
-    m_splitNoneButton
-        = layoutButton(tr("No Split"), int(PDFSplitViewMode::none), this);
+    m_splitNoneButton = layoutButton(tr("No Split"), int(PDFSplitViewMode::none), this);
     m_splitHoriButton
         = layoutButton(tr("Split Side by Side"), int(PDFSplitViewMode::horizontal), this);
     m_splitVertButton
@@ -281,7 +280,8 @@ void PDFLayoutPicker::onPageLayoutButtonClickedWithButton(QToolButton *button)
         return;
     const int tag = button->property("tag").toInt();
     const int mode = tag == 1 ? PDFView::TwoUpContinuous : PDFView::SinglePageContinuous;
-    for (FDPDFView *const pdfView : { m_contents->primaryPDFView(), m_contents->secondaryPDFView() }) {
+    for (FDPDFView *const pdfView :
+        { m_contents->primaryPDFView(), m_contents->secondaryPDFView() }) {
         if (pdfView)
             pdfView->setDisplayMode(mode);
     }

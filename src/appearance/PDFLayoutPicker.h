@@ -45,7 +45,10 @@ public:
     QToolButton *splitHoriButton() const { return m_splitHoriButton; }
     QToolButton *splitVertButton() const { return m_splitVertButton; }
     QToolButton *swapButton() const { return m_swapButton; }
-    QToolButton *docChangeButton(int side) const { return side == 0 ? m_leftChange : m_rightChange; }
+    QToolButton *docChangeButton(int side) const
+    {
+        return side == 0 ? m_leftChange : m_rightChange;
+    }
     QWidget *lowerSection() const { return m_lowerSection; }
     int totalHeight() const { return m_totalHeight; }
 

@@ -90,8 +90,8 @@ void PDFMainToolbar::addObservers()
         [this](const Notification &) { onSidebarVisibilityChanged(); });
     center.addObserver(this, PDFContents::PagesEditingModeDidChangeNotification, tab,
         [this](const Notification &) { onPagesEditingModeChanged(); });
-    center.addObserver(this, PDFContents::QueryStringDidChangeNotification, tab,
-        [this](const Notification &) {
+    center.addObserver(
+        this, PDFContents::QueryStringDidChangeNotification, tab, [this](const Notification &) {
             // A search ended elsewhere (the results' stop button) empties the field too.
             if (contents() && !contents()->queryString().has_value() && !m_searchField->hasFocus())
                 m_searchField->clear();

@@ -89,18 +89,18 @@ void PDFSecondaryToolbar::onSecondaryToolbarVisibilityChanged()
         const int total = stacked->sizes().at(0) + stacked->sizes().at(1);
         stacked->setSizes({ firstHeight, qMax(0, total - firstHeight) });
     }
-    MainQueue::async(this, [primary, secondary, stacked = QPointer<QSplitter>(stacked), isStacked,
-                               firstHeight] {
-        for (FDPDFView *const pdfView : { primary.data(), secondary.data() }) {
-            if (pdfView)
-                pdfView->setIsClipViewFrozen(false);
-        }
-        if (stacked && isStacked && firstHeight >= 0 && stacked->sizes().size() > 1) {
-            const int total = stacked->sizes().at(0) + stacked->sizes().at(1);
-            stacked->setSizes({ firstHeight, qMax(0, total - firstHeight) });
-            stacked->setStretchFactor(0, 1);
-        }
-    });
+    MainQueue::async(
+        this, [primary, secondary, stacked = QPointer<QSplitter>(stacked), isStacked, firstHeight] {
+            for (FDPDFView *const pdfView : { primary.data(), secondary.data() }) {
+                if (pdfView)
+                    pdfView->setIsClipViewFrozen(false);
+            }
+            if (stacked && isStacked && firstHeight >= 0 && stacked->sizes().size() > 1) {
+                const int total = stacked->sizes().at(0) + stacked->sizes().at(1);
+                stacked->setSizes({ firstHeight, qMax(0, total - firstHeight) });
+                stacked->setStretchFactor(0, 1);
+            }
+        });
 }
 
 void PDFSecondaryToolbar::paintEvent(QPaintEvent *)

@@ -68,7 +68,8 @@ QIcon fitPicture(bool width)
         // Arrows at the margins point outwards: sideways for the width, all four ways for a page.
         const auto arrow = [&painter](QPointF from, QPointF to) {
             painter.drawLine(from, to);
-            const QPointF direction = (to - from) / std::hypot(to.x() - from.x(), to.y() - from.y());
+            const QPointF direction
+                = (to - from) / std::hypot(to.x() - from.x(), to.y() - from.y());
             const QPointF normal(-direction.y(), direction.x());
             painter.drawLine(to, to - direction * 3 + normal * 3);
             painter.drawLine(to, to - direction * 3 - normal * 3);
@@ -179,10 +180,10 @@ PDFZoomPicker::PDFZoomPicker()
     fits->addWidget(m_zoomFitWidthIndicatorImgView, 1, 0, Qt::AlignCenter);
     fits->addWidget(m_zoomFitPageIndicatorImgView, 1, 1, Qt::AlignCenter);
     column->addLayout(fits);
-    connect(m_zoomFitWidthButton, &QToolButton::clicked, this,
-        [this] { onZoomFitWidthWithButton(); });
-    connect(m_zoomFitPageButton, &QToolButton::clicked, this,
-        [this] { onZoomFitPageWithButton(); });
+    connect(
+        m_zoomFitWidthButton, &QToolButton::clicked, this, [this] { onZoomFitWidthWithButton(); });
+    connect(
+        m_zoomFitPageButton, &QToolButton::clicked, this, [this] { onZoomFitPageWithButton(); });
 }
 
 FDPDFView *PDFZoomPicker::view() const

@@ -252,12 +252,12 @@ void AnnPickersTest::colourPickWithoutSelectionChangesTheToolDefault_data()
     QTest::addColumn<bool>("left");
     QTest::addColumn<QString>("key"); // empty: nothing may change
     QTest::addColumn<int>("width");
-    QTest::newRow("highlight") << int(PDFToolModeAnnHighlight) << true
-                               << Keys::HighlightColor << 80;
-    QTest::newRow("text box background") << int(PDFToolModeAnnFreeText) << false
-                                         << Keys::FreeTextBackgroundColor << 161;
-    QTest::newRow("square fill") << int(PDFToolModeAnnSquare) << false
-                                 << Keys::SquareInteriorColor << 161;
+    QTest::newRow("highlight") << int(PDFToolModeAnnHighlight) << true << Keys::HighlightColor
+                               << 80;
+    QTest::newRow("text box background")
+        << int(PDFToolModeAnnFreeText) << false << Keys::FreeTextBackgroundColor << 161;
+    QTest::newRow("square fill") << int(PDFToolModeAnnSquare) << false << Keys::SquareInteriorColor
+                                 << 161;
     QTest::newRow("pen") << int(PDFToolModeAnnInk) << true << Keys::InkColor << 80;
 }
 
@@ -302,7 +302,8 @@ void AnnPickersTest::fontPickerChangesTheBoxOrTheDefaults()
     view()->commitEditing();
     view()->setSelectedAnn(annotation);
     QTest::mouseClick(bar()->fontBtn(), Qt::LeftButton);
-    QCOMPARE(picker.fontSizeComboBox()->currentText(), QString::number(int(text->font().pointSizeF())));
+    QCOMPARE(
+        picker.fontSizeComboBox()->currentText(), QString::number(int(text->font().pointSizeF())));
     picker.fontSizeDidChangeWithSize(24);
     picker.fontStyleDidChangeWithStyle(FDFontStyle::bold);
     QCOMPARE(int(text->font().pointSizeF()), 24);
@@ -355,8 +356,8 @@ void AnnPickersTest::lineAspectWithoutSelectionWritesIntegersForTheTool()
     QCOMPARE(defaults.integerForKey(Keys::LineArrowType), 3);
     // A line made now takes the arrow at its start only.
     const auto page = view()->document()->pageAtIndex(0);
-    const auto made = view()->addAnnotationWithType(
-        QStringLiteral("Line"), page, QRectF(50, 50, 100, 100));
+    const auto made
+        = view()->addAnnotationWithType(QStringLiteral("Line"), page, QRectF(50, 50, 100, 100));
     auto *const line = dynamic_cast<PDFAnnotationLine *>(made.get());
     QVERIFY(line);
     QCOMPARE(line->startLineStyle(), int(PDFAnnotationLine::OpenArrow));

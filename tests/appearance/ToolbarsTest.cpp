@@ -123,8 +123,8 @@ void ToolbarsTest::popoverClosesOnEscapeAndRunsItsHookOnce()
     int willShow = 0;
     int closed = 0;
     FDPopoverController &popover = FDPopoverController::shared();
-    popover.showContent(
-        { &content, [&willShow] { ++willShow; }, [&closed] { ++closed; } }, mainToolbar()->zoomButton());
+    popover.showContent({ &content, [&willShow] { ++willShow; }, [&closed] { ++closed; } },
+        mainToolbar()->zoomButton());
     QVERIFY(popover.isVisible());
     QCOMPARE(willShow, 1);
     // It hangs below its button.
@@ -137,7 +137,8 @@ void ToolbarsTest::popoverClosesOnEscapeAndRunsItsHookOnce()
     QVERIFY(!popover.contentWidget());
     QVERIFY(content.parent() == nullptr);
     // Another popover opening closes the first one through the same hook.
-    popover.showContent({ &content, nullptr, [&closed] { ++closed; } }, mainToolbar()->zoomButton());
+    popover.showContent(
+        { &content, nullptr, [&closed] { ++closed; } }, mainToolbar()->zoomButton());
     QTest::mouseClick(mainToolbar()->layoutButton(), Qt::LeftButton);
     QCOMPARE(closed, 2);
     QCOMPARE(popover.contentWidget(), &PDFLayoutPicker::shared());
@@ -247,7 +248,8 @@ void ToolbarsTest::findKeyFocusesTheSearchFieldAndClearingEndsTheSearch()
     QCOMPARE(field->accessibleName(), QStringLiteral("Search (Ctrl+F)"));
     field->setText(QStringLiteral("needle"));
     m_tab->selectedPDFView()->setFocus();
-    QAction *const find = m_window->menus()->actionForCommand(QStringLiteral("performFindPanelAction:"));
+    QAction *const find
+        = m_window->menus()->actionForCommand(QStringLiteral("performFindPanelAction:"));
     QVERIFY(find);
     find->trigger();
     QTRY_VERIFY(field->hasFocus());
