@@ -6,7 +6,6 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -21,7 +20,6 @@ FDPopoverController::FDPopoverController()
     : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
 {
     setObjectName(QStringLiteral("FDPopoverController"));
-    setAttribute(Qt::WA_TranslucentBackground);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(Margin, Margin, Margin, Margin);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -132,11 +130,9 @@ void FDPopoverController::finish()
 void FDPopoverController::paintEvent(QPaintEvent *)
 {
     const FDTheme *const theme = FDThemeProvider::current();
+    // A square panel: without a compositing window manager, round corners would show black.
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath panel;
-    panel.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 8, 8);
-    painter.fillPath(panel, theme->isDark() ? FDTheme::white(0.16) : FDTheme::white(0.98));
-    painter.setPen(QPen(theme->isDark() ? FDTheme::white(0.3) : FDTheme::white(0.78), 1.0));
-    painter.drawPath(panel);
+    painter.fillRect(rect(), theme->isDark() ? FDTheme::white(0.16) : FDTheme::white(0.98));
+    painter.setPen(QPen(theme->isDark() ? FDTheme::white(0.3) : FDTheme::white(0.7), 1.0));
+    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
 }

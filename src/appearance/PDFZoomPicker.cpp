@@ -74,12 +74,11 @@ QIcon fitPicture(bool width)
             painter.drawLine(to, to - direction * 3 + normal * 3);
             painter.drawLine(to, to - direction * 3 - normal * 3);
         };
-        arrow({ 20, 54 }, { 12, 54 });
-        arrow({ 44, 54 }, { 52, 54 });
-        if (!width) {
-            arrow({ 32, 16 }, { 32, 8 });
-            arrow({ 32, 58 }, { 32, 64 });
-        }
+        // Above the words, so that the two never meet.
+        arrow({ 24, 22 }, { 13, 22 });
+        arrow({ 40, 22 }, { 51, 22 });
+        if (!width)
+            arrow({ 32, 18 }, { 32, 8 });
         painter.setFont(systemFont(14));
         painter.drawText(QRectF(0, 72 - 27.0 - 16, 64, 16), Qt::AlignCenter, QStringLiteral("FIT"));
         painter.setFont(systemFont(width ? 11 : 13));
