@@ -18,6 +18,7 @@
 #include <kit/engine/PDFSelection.h>
 #include <view/FDPDFView.h>
 
+#include <QApplication>
 #include <QLayout>
 #include <QSplitter>
 
@@ -404,8 +405,16 @@ void PDFContents::swapPDFViews()
 {
     QWidget *const primaryPlace = m_primaryPDFView->parentWidget();
     QWidget *const secondaryPlace = m_secondaryPDFView->parentWidget();
+    // A moved widget drops the focus, which would fall to the next one in the chain (a toolbar
+    // button): the view that had it keeps it.
+    QPointer<QWidget> focused = QApplication::focusWidget();
+    const bool viewFocused = focused
+        && (m_primaryPDFView->isAncestorOf(focused) || m_secondaryPDFView->isAncestorOf(focused)
+            || focused == m_primaryPDFView || focused == m_secondaryPDFView);
     PDFContentsConainer::placeView(m_primaryPDFView, secondaryPlace);
     PDFContentsConainer::placeView(m_secondaryPDFView, primaryPlace);
+    if (viewFocused && focused)
+        focused->setFocus(Qt::OtherFocusReason);
     post(PDFViewsDidSwapNotification);
 }
 
