@@ -26,6 +26,7 @@
 #include <view/FDPDFView.h>
 
 #include <QApplication>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -63,6 +64,9 @@ private slots:
     void keysNudgeOnTheScreensAxes_data();
     void keysNudgeOnTheScreensAxes();
     void escapeDeselectsDeleteRemoves();
+    void strokeEndedOnTheNextPageJoinsIt();
+    void bareTextToolPressPansNearTextSelects();
+    void notesOnCroppedPagesAreHitWhereShown();
 
 private:
     void open(const PdfFixtures::Document &document);
@@ -593,6 +597,61 @@ void PointerGestureTest::escapeDeselectsDeleteRemoves()
     QVERIFY(annotations().empty());
     m_undo->undo();
     QCOMPARE(int(annotations().size()), 1);
+}
+
+void PointerGestureTest::strokeEndedOnTheNextPageJoinsIt()
+{
+    m_tab->setToolMode(PDFToolModeAnnInk);
+    int grew = 0;
+    NotificationCenter::defaultCenter().addObserver(this,
+        XPDFView::PendingAnnInkDidChangeNotification, m_view,
+        [&grew](const Notification &) { ++grew; });
+    drag({ { 300, 60 }, { 310, 30 }, { 320, 10 }, { 330, 780 }, { 340, 760 } }, 0, {},
+        { 0, 0, 0, 1, 1 });
+    NotificationCenter::defaultCenter().removeObserver(this);
+    QCOMPARE(grew, 4);
+    QVERIFY(annotations(0).empty());
+    QCOMPARE(int(annotations(1).size()), 1);
+    QCOMPARE(annotations(1).front()->type(), QStringLiteral("Ink"));
+}
+
+void PointerGestureTest::bareTextToolPressPansNearTextSelects()
+{
+    // Far from text, a drag pans the view and selects nothing.
+    m_view->setScaleFactor(1.5);
+    const int before = m_view->verticalScrollBar()->value();
+    const QPointF press = at({ 300, 300 });
+    mouse(QEvent::MouseButtonPress, press, Qt::LeftButton);
+    mouse(QEvent::MouseMove, press - QPointF(0, 50), Qt::LeftButton);
+    mouse(QEvent::MouseMove, press - QPointF(0, 100), Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, press - QPointF(0, 100), Qt::NoButton);
+    QCOMPARE(m_view->verticalScrollBar()->value(), before + 100);
+    QVERIFY(!m_view->currentSelection());
+    QCOMPARE(m_view->cursorStackDepth(), 0);
+    // Near text, the same drag selects it.
+    m_view->goToPage(m_view->document()->pageAtIndex(0));
+    drag({ { 74, 722 }, { 200, 722 } });
+    QVERIFY(m_view->currentSelection());
+    QVERIFY(!m_view->currentSelection()->string().isEmpty());
+}
+
+void PointerGestureTest::notesOnCroppedPagesAreHitWhereShown()
+{
+    delete m_window.data();
+    PdfFixtures::Document document = PdfFixtures::textPages(1, 3, 0);
+    document.pages[0].cropBox = QRectF(10, 20, 590, 760);
+    open(document);
+    m_tab->setToolMode(PDFToolModeAnnText);
+    drag({ { 300, 300 } });
+    const auto note = m_view->selectedAnn();
+    QVERIFY(note);
+    // Stored against the media box: moved by the crop box's origin from where it was clicked.
+    QCOMPARE(note->bounds().topLeft(), QPointF(310, 320));
+    m_view->setSelectedAnn(nullptr);
+    m_tab->setToolMode(PDFToolModeTextSelection);
+    // Shown, and hit, moved back by that origin.
+    drag({ { 325, 345 } });
+    QCOMPARE(m_view->selectedAnn(), note);
 }
 
 int main(int argc, char *argv[])
