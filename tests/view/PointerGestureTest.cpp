@@ -67,6 +67,9 @@ private slots:
     void strokeEndedOnTheNextPageJoinsIt();
     void bareTextToolPressPansNearTextSelects();
     void notesOnCroppedPagesAreHitWhereShown();
+    void linksFollowUnlessTheToolTakesThePress_data();
+    void linksFollowUnlessTheToolTakesThePress();
+    void dragBeyondTheViewAutoscrolls();
 
 private:
     void open(const PdfFixtures::Document &document);
@@ -652,6 +655,52 @@ void PointerGestureTest::notesOnCroppedPagesAreHitWhereShown()
     // Shown, and hit, moved back by that origin.
     drag({ { 325, 345 } });
     QCOMPARE(m_view->selectedAnn(), note);
+}
+
+void PointerGestureTest::linksFollowUnlessTheToolTakesThePress_data()
+{
+    QTest::addColumn<int>("tool");
+    QTest::addColumn<bool>("follows");
+    QTest::newRow("text") << int(PDFToolModeTextSelection) << true;
+    QTest::newRow("hand") << int(PDFToolModeHand) << true;
+    QTest::newRow("highlight") << int(PDFToolModeAnnHighlight) << true;
+    QTest::newRow("square") << int(PDFToolModeAnnSquare) << true;
+    QTest::newRow("area") << int(PDFToolModeAreaSelection) << false;
+    QTest::newRow("eraser") << int(PDFToolModeEraser) << false;
+}
+
+void PointerGestureTest::linksFollowUnlessTheToolTakesThePress()
+{
+    QFETCH(int, tool);
+    QFETCH(bool, follows);
+    delete m_window.data();
+    PdfFixtures::Document document = PdfFixtures::textPages(3, 3, 0);
+    document.pages[0].links.append({ QRectF(300, 300, 100, 40), {}, 2, QPointF(0, 792) });
+    open(document);
+    m_tab->setToolMode(PDFToolMode(tool));
+    drag({ { 350, 320 } });
+    QCOMPARE(m_view->currentPage() == m_view->document()->pageAtIndex(2), follows);
+    // Nothing is made or taken: the link is all there is.
+    QCOMPARE(int(annotations().size()), 1);
+    QVERIFY(isLink(*annotations().front()));
+}
+
+void PointerGestureTest::dragBeyondTheViewAutoscrolls()
+{
+    m_view->setScaleFactor(1.0);
+    const auto square = addSquare(QRectF(300, 500, 60, 40));
+    const int before = m_view->verticalScrollBar()->value();
+    const QPointF press = at({ 330, 520 });
+    mouse(QEvent::MouseButtonPress, press, Qt::LeftButton);
+    const QPointF below(press.x(), m_view->viewport()->height() + 30);
+    mouse(QEvent::MouseMove, below, Qt::LeftButton);
+    // The pointer rests below the view: the view keeps scrolling and the square goes along.
+    QTRY_VERIFY(m_view->verticalScrollBar()->value() > before + 60);
+    mouse(QEvent::MouseButtonRelease, below, Qt::NoButton);
+    QVERIFY(square->bounds().y() < 400);
+    const int after = m_view->verticalScrollBar()->value();
+    QTest::qWait(250);
+    QCOMPARE(m_view->verticalScrollBar()->value(), after);
 }
 
 int main(int argc, char *argv[])
