@@ -34,6 +34,14 @@ namespace {
 
 using Points = QList<QPointF>;
 
+// The text editors come later; the view's hook for them is all that is watched here.
+class EditorHookView : public FDPDFView
+{
+public:
+    void editSelectedAnnotation() override { ++edits; }
+    int edits = 0;
+};
+
 } // namespace
 
 class PointerGestureTest : public QObject
@@ -70,6 +78,7 @@ private slots:
     void linksFollowUnlessTheToolTakesThePress_data();
     void linksFollowUnlessTheToolTakesThePress();
     void dragBeyondTheViewAutoscrolls();
+    void returnAndDoubleClickOpenTheEditor();
 
 private:
     void open(const PdfFixtures::Document &document);
@@ -701,6 +710,43 @@ void PointerGestureTest::dragBeyondTheViewAutoscrolls()
     const int after = m_view->verticalScrollBar()->value();
     QTest::qWait(250);
     QCOMPARE(m_view->verticalScrollBar()->value(), after);
+}
+
+void PointerGestureTest::returnAndDoubleClickOpenTheEditor()
+{
+    EditorHookView view;
+    UndoManager undo;
+    view.setUndoManager(&undo);
+    view.resize(700, 600);
+    view.loadDocument(QUrl::fromLocalFile(m_path));
+    view.show();
+    QTRY_VERIFY(view.document() && !view.isLoading());
+    view.setScaleMode(PDFViewScaleMode::none);
+    view.setScaleFactor(0.5);
+    view.setFocus();
+    const auto page = view.document()->pageAtIndex(0);
+    const auto note
+        = view.addAnnotationWithType(QStringLiteral("Text"), page, { 300, 300, 24, 24 });
+    QTRY_COMPARE(view.edits, 1); // a new note opens its editor
+    QTest::keyClick(&view, Qt::Key_Return);
+    QCOMPARE(view.edits, 2);
+    QTest::keyClick(&view, Qt::Key_Return, Qt::ShiftModifier);
+    QCOMPARE(view.edits, 2);
+    // A double click on the note opens it and neither moves nor makes anything.
+    QWidget *viewport = view.viewport();
+    const QPointF point = view.convertPointFromPage({ 310, 310 }, page);
+    for (const QEvent::Type type : { QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+             QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease }) {
+        const Qt::MouseButtons buttons
+            = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+        QMouseEvent event(type, point, viewport->mapToGlobal(point), Qt::LeftButton, buttons, {});
+        QApplication::sendEvent(viewport, &event);
+    }
+    QCOMPARE(view.edits, 3);
+    QCOMPARE(view.selectedAnn(), note);
+    QCOMPARE(note->bounds(), QRectF(300, 300, 24, 24));
+    QCOMPARE(int(page->annotations().size()), 1);
+    view.fdDocument()->setNumberOfChanges(0);
 }
 
 int main(int argc, char *argv[])
