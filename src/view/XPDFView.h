@@ -1,10 +1,8 @@
 #pragma once
 
-// The annotation-editing layer over the kit's reading view: the tool mode (read from the owner),
-// the selected annotation, the area selection, the missing colours of a document's annotations
-// filled in before it is shown, and every change of the annotations of a page, each undoable,
-// repainted, counted and announced by the same steps (XPDFView+Annotation.cpp), and the pointer and
-// key gestures that make those changes (XPDFView+Event.cpp and its neighbours). Main thread only.
+// The annotation-editing layer over the kit's reading view: tool, selected annotation, area
+// selection and ink stroke; every change of a page's annotations, undoable, repainted, counted
+// and announced alike (+Annotation); the pointer and key gestures (+Event and neighbours).
 
 #include "PDFToolMode.h"
 
