@@ -19,6 +19,7 @@
 #include <memory>
 #include <optional>
 
+class BezierPath;
 class FDDocument;
 class FDDocumentDelegate;
 class PDFOutline;
@@ -31,6 +32,9 @@ public:
     // Posted with the view as sender after a load was asked for.
     static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
     static const QString PageNavigatorVisibilityDidChangeNotification;
+    // The pointer entered or left the corner of a page where a click toggles its bookmark; user
+    // info "Page" (the page now under the pointer there, or a null page) and "OldPage".
+    static const QString BookmarkHotAreaDidChangeNotification;
     // The name of the file attribute that holds the reading position.
     static const QString LastPositionAttributeName; // "com.Scrollwick.PDFView.LastPosition"
     // How long screen updates pause around a jump under the tinted themes, in seconds.
@@ -109,6 +113,23 @@ public:
     // The "selectAll:" command: all text, in the text tool only.
     void selectAllCommand();
 
+    // Tool cursors: an arrow outside the annotation tools; a crosshair for the shapes and ink, an
+    // I-beam for the markup tools, an arrow for the others. Made once per tool.
+    QCursor cursorForToolMode(int mode) const override;
+
+    // Bookmarks by the ribbon (FDPDFView+Bookmarks.cpp). The ribbon and the corner that reacts
+    // to the pointer, in page space, at the top right of the page's display box.
+    BezierPath bookmarkIndicatorPathWithPage(const std::shared_ptr<PDFPage> &page) const;
+    QRectF bookmarkIndicatorHotAreaWithPage(const std::shared_ptr<PDFPage> &page) const;
+    // Whether the pointer is in that corner of the page now (the ribbon's preview shows).
+    bool isMouseInBookmarkHotArea(const std::shared_ptr<PDFPage> &page) const;
+    // Adds a bookmark for a page that has text, titled by the selected text, else by the start
+    // of the page's text, else "Untitled". False when nothing was added.
+    bool bookmarkPage(const std::shared_ptr<PDFPage> &page);
+    // A press on the ribbon toggles the page's bookmark; true when it was on the ribbon.
+    bool hitBookmarkIndicatorWithPoint(
+        QPointF point, const std::shared_ptr<PDFPage> &page) override;
+
     // The colour a page takes under the current theme; invalid when pages keep their own.
     static QColor pageTintColor();
 
@@ -126,6 +147,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void documentDidUnlock() override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
 
 private:
     class DocumentDelegate;
@@ -142,6 +165,7 @@ private:
     void onScaleChanged();
     void onThemeChanged();
     void navigate(const std::function<void()> &jump);
+    void updateBookmarkHotArea(const std::shared_ptr<PDFPage> &page);
 
     std::shared_ptr<DocumentDelegate> m_documentDelegate;
     bool m_isLoading = false;
@@ -152,6 +176,8 @@ private:
     PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
     double m_scaleFactorByMode = 0;
     int m_updatePauses = 0;
+    // The page whose ribbon corner the pointer is in.
+    std::weak_ptr<PDFPage> m_bookmarkHotAreaPage;
     // Page index to its first outline item in reading order; the keys are kept ascending.
     std::optional<std::map<int, std::shared_ptr<PDFOutline>>> m_mapPagesToOutlines;
 };
