@@ -12,10 +12,10 @@
 #include <kit/base/NotificationCenter.h>
 
 #include <QAbstractButton>
-#include <QToolButton>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QStackedWidget>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace {

@@ -122,6 +122,8 @@ PDFSidebarThumbContents::PDFSidebarThumbContents(QWidget *parent)
     m_tableView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_tableView->verticalScrollBar()->setSingleStep(24);
     m_tableView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The row size follows the width; a scroll bar that came and went would change it.
+    m_tableView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_tableView->setFrameShape(QFrame::NoFrame);
     column->addWidget(m_tableView);
     connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -182,8 +184,9 @@ void PDFSidebarThumbContents::onThemeChanged()
 void PDFSidebarThumbContents::updateItemSize()
 {
     m_model->setPixelLength(int(std::lround(thumbnailSize * devicePixelRatioF())));
-    // The uniform row size is measured again.
+    // The uniform row size is measured again, and rows that left the view stop drawing.
     m_tableView->doItemsLayout();
+    dropRequestsOutOfView();
 }
 
 void PDFSidebarThumbContents::showEvent(QShowEvent *event)
