@@ -101,8 +101,9 @@ void PDFSidebarBookmarkContents::onResetObservers()
             if (!bookmark || !current)
                 return;
             const int row = int(current->bookmarks().indexOf(bookmark));
-            m_model->bookmarkAdded(row, bookmark);
+            // Rows moving under the selection take nobody anywhere.
             m_isSelectingByProgram = true;
+            m_model->bookmarkAdded(row, bookmark);
             m_tableView->selectRow(row);
             m_isSelectingByProgram = false;
             m_tableView->scrollTo(m_model->index(row, 0));
@@ -113,8 +114,11 @@ void PDFSidebarBookmarkContents::onResetObservers()
             updateTitle();
             bool ok = false;
             const int row = notification.userInfo.value(QStringLiteral("Index")).toInt(&ok);
-            if (ok)
+            if (ok) {
+                m_isSelectingByProgram = true;
                 m_model->bookmarkRemoved(row);
+                m_isSelectingByProgram = false;
+            }
             updatePageColumn();
         });
     center.addObserver(this, FDDocument::BookmarkDidChangeNotification, view,

@@ -28,6 +28,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 const QString PDFSidebarOutlineContents::OutlineDidChangeNotification
     = QStringLiteral("PDFView_DocumentOutlineDidChange");
@@ -402,12 +403,14 @@ void PDFSidebarOutlineContents::onAddItem()
     const auto anchor = m_outlineView->selectionModel()->isSelected(selected)
         ? m_model->itemForIndex(selected)
         : nullptr;
+    m_isSelectingByProgram = true;
     if (!anchor || !anchor->parent())
         m_model->insertItem(item, root, root->numberOfChildren());
     else if (anchor->numberOfChildren() > 0)
         m_model->insertItem(item, anchor, anchor->numberOfChildren());
     else
         m_model->insertItem(item, anchor->parent(), anchor->index() + 1);
+    m_isSelectingByProgram = false;
     selectOutlineWithItem(item);
     onSelectionChanged();
     noteOutlineEdited();
@@ -441,7 +444,10 @@ void PDFSidebarOutlineContents::removeItems(const std::vector<Removal> &removals
         if (removal.item->parent() != removal.parent)
             continue;
         removed.push_back({ removal.item, removal.parent, removal.item->index() });
+        // The selection shrinking with the rows takes the view nowhere.
+        const bool wasByProgram = std::exchange(m_isSelectingByProgram, true);
         m_model->removeItem(removal.item);
+        m_isSelectingByProgram = wasByProgram;
     }
     if (removed.empty())
         return;
@@ -465,8 +471,10 @@ void PDFSidebarOutlineContents::removeItems(const std::vector<Removal> &removals
 void PDFSidebarOutlineContents::restoreItems(const std::vector<Removal> &removed)
 {
     // The reverse of the removals puts every item back where it was.
+    const bool wasByProgram = std::exchange(m_isSelectingByProgram, true);
     for (auto at = removed.rbegin(); at != removed.rend(); ++at)
         m_model->insertItem(at->item, at->parent, at->index);
+    m_isSelectingByProgram = wasByProgram;
     noteOutlineEdited();
     FDPDFView *const view = selectedPDFView();
     PDFContents *const tab = contents();
@@ -551,7 +559,9 @@ bool PDFSidebarOutlineContents::validateDrop(const QModelIndex &target, int) con
 void PDFSidebarOutlineContents::moveItem(const std::shared_ptr<PDFOutline> &item,
     const std::shared_ptr<PDFOutline> &target, int position)
 {
+    const bool wasByProgram = std::exchange(m_isSelectingByProgram, true);
     m_model->moveItem(item, target, position);
+    m_isSelectingByProgram = wasByProgram;
 }
 
 bool PDFSidebarOutlineContents::acceptDrop(const QModelIndex &targetIndex, int childIndex)
