@@ -219,7 +219,7 @@ void PDFSidebarThumbContents::dropRequestsOutOfView()
     QSet<QString> wanted;
     for (int row = first; row <= last; ++row)
         wanted.insert(m_model->keyForRow(row));
-    m_model->renderer()->retainOnly(wanted);
+    m_model->retainOnly(wanted);
 }
 
 void PDFSidebarThumbContents::selectCurrentPage()

@@ -6,10 +6,16 @@
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
 
+#include <QElapsedTimer>
+
 PDFThumbnailModel::PDFThumbnailModel(QObject *parent)
     : QAbstractListModel(parent)
     , m_renderer(new PDFThumbnailRenderer(this))
+    , m_feedTimer(new QTimer(this))
 {
+    m_feedTimer->setSingleShot(true);
+    m_feedTimer->setInterval(0);
+    connect(m_feedTimer, &QTimer::timeout, this, &PDFThumbnailModel::feedRenderer);
     connect(m_renderer, &PDFThumbnailRenderer::thumbnailDidArrive, this,
         [this](const QString &key, int row) {
             // The row may show another page by now; then it has its own request.
@@ -22,7 +28,7 @@ void PDFThumbnailModel::setDocument(const std::shared_ptr<FDDocument> &document)
 {
     beginResetModel();
     if (document != m_document.lock())
-        m_renderer->cancelAll();
+        retainOnly({});
     m_document = document;
     endResetModel();
 }
@@ -50,10 +56,44 @@ QImage PDFThumbnailModel::thumbnailForRow(int row)
     const QString key = FDPageThumbnailCache::keyFor(
         *page, m_box, m_pixelLength, m_annotationGenerations.value(page->uuid()));
     QImage image = FDPageThumbnailCache::shared().image(key);
-    if (image.isNull() && !m_renderer->isPending(key))
+    if (image.isNull() && !m_renderer->isPending(key) && !m_waitingKeys.contains(key)) {
+        m_waiting.append({ key, row });
+        m_waitingKeys.insert(key);
+        m_feedTimer->start();
+    }
+    return image;
+}
+
+void PDFThumbnailModel::feedRenderer()
+{
+    QElapsedTimer spent;
+    spent.start();
+    // Pages while the turn is young; the first always.
+    while (!m_waiting.isEmpty() && spent.elapsed() < 4) {
+        const auto [key, row] = m_waiting.takeFirst();
+        m_waitingKeys.remove(key);
+        const auto page = pageAt(row);
+        // The row may show another page by now; it asks again when it is drawn.
+        if (!page || keyForRow(row) != key)
+            continue;
         m_renderer->request(
             key, row, page->thumbnailSourceWith(QSizeF(m_pixelLength, m_pixelLength), m_box));
-    return image;
+    }
+    if (!m_waiting.isEmpty())
+        m_feedTimer->start();
+}
+
+void PDFThumbnailModel::retainOnly(const QSet<QString> &keys)
+{
+    m_waiting.removeIf(
+        [&keys](const QPair<QString, int> &entry) { return !keys.contains(entry.first); });
+    m_waitingKeys.intersect(keys);
+    m_renderer->retainOnly(keys);
+}
+
+int PDFThumbnailModel::pendingCount() const
+{
+    return int(m_waiting.size()) + m_renderer->pendingCount();
 }
 
 QSizeF PDFThumbnailModel::pageSizeForRow(int row) const

@@ -11,6 +11,8 @@
 #include <QAbstractListModel>
 #include <QHash>
 #include <QImage>
+#include <QSet>
+#include <QTimer>
 
 #include <memory>
 
@@ -43,14 +45,25 @@ public:
 
     // Something on the row's page changed: its picture is drawn again.
     void pageDidChange(int row);
+    // Drops the pictures asked for that are not among these keys, waiting or being drawn.
+    void retainOnly(const QSet<QString> &keys);
+    // Pictures asked for and not yet arrived.
+    int pendingCount() const;
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
 
 private:
+    // What to draw is fixed on the main thread, a few pages per turn, so that a screenful of
+    // new rows never holds up one turn for long.
+    void feedRenderer();
+
     std::weak_ptr<FDDocument> m_document;
     PDFDisplayBox m_box = PDFDisplayBox::CropBox;
     int m_pixelLength = 240;
     PDFThumbnailRenderer *m_renderer = nullptr;
     QHash<QString, quint64> m_annotationGenerations; // by page uuid
+    QList<QPair<QString, int>> m_waiting; // key and row, in the order asked
+    QSet<QString> m_waitingKeys;
+    QTimer *m_feedTimer = nullptr;
 };
