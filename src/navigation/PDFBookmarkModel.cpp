@@ -73,7 +73,7 @@ QVariant PDFBookmarkModel::data(const QModelIndex &index, int role) const
         if (role == Qt::DisplayRole)
             return bookmark->page() ? bookmark->page()->label() : QString();
         if (role == Qt::TextAlignmentRole)
-            return int(Qt::AlignRight | Qt::AlignTop);
+            return int(Qt::AlignRight | Qt::AlignVCenter);
     }
     return {};
 }

@@ -159,11 +159,13 @@ QVariant PDFOutlineModel::data(const QModelIndex &index, int role) const
     if (index.column() == 0) {
         if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
             return item->label();
+        if (role == Qt::TextAlignmentRole)
+            return int(Qt::AlignLeft | Qt::AlignVCenter);
     } else if (index.column() == 1) {
         if (role == Qt::DisplayRole)
             return pageLabel(*item);
         if (role == Qt::TextAlignmentRole)
-            return int(Qt::AlignRight | Qt::AlignTop);
+            return int(Qt::AlignRight | Qt::AlignVCenter);
     }
     return {};
 }

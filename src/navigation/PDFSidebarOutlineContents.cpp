@@ -116,6 +116,16 @@ PDFSidebarOutlineContents::PDFSidebarOutlineContents(QWidget *parent)
     m_outlineView->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     m_outlineView->header()->setSectionResizeMode(1, QHeaderView::Fixed);
     column->addWidget(m_outlineView, 1);
+    // Wrapped labels take another height when their column changes width.
+    connect(m_outlineView->header(), &QHeaderView::sectionResized, this, [this](int section) {
+        if (section == 0 && !m_isRelayoutScheduled) {
+            m_isRelayoutScheduled = true;
+            MainQueue::async(this, [this] {
+                m_isRelayoutScheduled = false;
+                m_outlineView->doItemsLayout();
+            });
+        }
+    });
 
     auto *const buttons = new QHBoxLayout;
     buttons->setContentsMargins(6, 2, 6, 4);

@@ -103,6 +103,7 @@ private:
     QPersistentModelIndex m_lastClickedRow;
     bool m_isSelectingByProgram = false;
     bool m_isPageFollowingScheduled = false;
+    bool m_isRelayoutScheduled = false;
     std::vector<std::shared_ptr<PDFOutline>> m_itemsBeingDragged;
     // Page index to the item page following selects; rebuilt after add, delete and edit, but a
     // drop keeps it as it was.
