@@ -53,6 +53,7 @@ private slots:
     void dropsFollowTheRules();
     void dropKeepsTheStaleMapUntilTheNextEdit();
     void followsTheReaderWithTheLastItemOfAPage();
+    void outlineWithALoopShowsOnceAndSavesWithout();
 
 private:
     QString writeFixture(const QString &name, bool withOutline = true);
@@ -419,6 +420,39 @@ void PDFSidebarOutlineTest::followsTheReaderWithTheLastItemOfAPage()
     // A selection that fits the page already stays.
     m_outline->selectOutlineWithItem(itemAt(root, QStringLiteral("0.1")));
     QTRY_COMPARE(selectedOnPage(1), QStringLiteral("A2"));
+}
+
+void PDFSidebarOutlineTest::outlineWithALoopShowsOnceAndSavesWithout()
+{
+    // "Two" follows "One" and leads back to it, both as its next item and as its child.
+    const QByteArray content = "BT /F1 12 Tf 72 720 Td (Loop page text) Tj ET";
+    const QList<QByteArray> objects {
+        "<< /Type /Catalog /Pages 2 0 R /Outlines 4 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 7 0 R "
+        "/Resources << /Font << /F1 8 0 R >> >> >>",
+        "<< /Type /Outlines /First 5 0 R /Last 6 0 R /Count 2 >>",
+        "<< /Title (One) /Parent 4 0 R /Next 6 0 R /Dest [3 0 R /XYZ 0 792 0] >>",
+        "<< /Title (Two) /Parent 4 0 R /Prev 5 0 R /Next 5 0 R /First 5 0 R /Last 5 0 R "
+        "/Count 1 /Dest [3 0 R /Fit] >>",
+        "<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content
+            + "\nendstream",
+        "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
+    };
+    const QString path = m_dir.filePath(QStringLiteral("loop.pdf"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(PdfFixtures::fromObjects(objects));
+    file.close();
+    QVERIFY(open(path));
+    const QString shown = treeOf(m_document->outlineRoot());
+    QVERIFY2(shown.startsWith(QStringLiteral("One@1")) && shown.count(QStringLiteral("One")) == 1,
+        qPrintable(shown));
+    m_outline->outlineView()->expandAll();
+    QVERIFY(m_outline->model()->rowCount() <= 2);
+    m_outline->selectOutlineWithItem(nullptr);
+    m_outline->onAddItem();
+    saveAndReadBack(treeOf(m_document->outlineRoot()));
 }
 
 int main(int argc, char *argv[])
