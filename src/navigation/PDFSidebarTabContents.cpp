@@ -47,11 +47,6 @@ void PDFSidebarTabContents::setTitle(const QString &title)
         m_delegate->updateSidebarTitleWithController(this);
 }
 
-bool PDFSidebarTabContents::isShownInSidebar() const
-{
-    return isVisible();
-}
-
 void PDFSidebarTabContents::resetObservers()
 {
     NotificationCenter &center = NotificationCenter::defaultCenter();

@@ -46,8 +46,6 @@ protected:
     virtual void onPDFViewChanged() { }
     // Observers were all removed; the base's are back. A subclass adds its own here.
     virtual void onResetObservers() { }
-    // Whether the tab is shown now: a hidden sidebar or another tab in front makes it false.
-    bool isShownInSidebar() const;
 
 private:
     void resetObservers();

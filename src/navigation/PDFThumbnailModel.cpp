@@ -6,8 +6,6 @@
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
 
-#include <QElapsedTimer>
-
 PDFThumbnailModel::PDFThumbnailModel(QObject *parent)
     : QAbstractListModel(parent)
     , m_renderer(new PDFThumbnailRenderer(this))
@@ -16,6 +14,10 @@ PDFThumbnailModel::PDFThumbnailModel(QObject *parent)
     m_feedTimer->setSingleShot(true);
     m_feedTimer->setInterval(0);
     connect(m_feedTimer, &QTimer::timeout, this, &PDFThumbnailModel::feedRenderer);
+    connect(m_renderer, &PDFThumbnailRenderer::requestDidEnd, this, [this] {
+        if (!m_waiting.isEmpty())
+            m_feedTimer->start();
+    });
     connect(m_renderer, &PDFThumbnailRenderer::thumbnailDidArrive, this,
         [this](const QString &key, int row) {
             // The row may show another page by now; then it has its own request.
@@ -66,10 +68,11 @@ QImage PDFThumbnailModel::thumbnailForRow(int row)
 
 void PDFThumbnailModel::feedRenderer()
 {
-    QElapsedTimer spent;
-    spent.start();
-    // Pages while the turn is young; the first always.
-    while (!m_waiting.isEmpty() && spent.elapsed() < 4) {
+    // Fixing what to draw takes the document's lock, which a worker holds while it draws: one
+    // page at a time, asked for only while no worker draws, keeps the main thread from waiting.
+    if (m_renderer->pendingCount() > 0)
+        return;
+    while (!m_waiting.isEmpty()) {
         const auto [key, row] = m_waiting.takeFirst();
         m_waitingKeys.remove(key);
         const auto page = pageAt(row);
@@ -78,9 +81,8 @@ void PDFThumbnailModel::feedRenderer()
             continue;
         m_renderer->request(
             key, row, page->thumbnailSourceWith(QSizeF(m_pixelLength, m_pixelLength), m_box));
+        return;
     }
-    if (!m_waiting.isEmpty())
-        m_feedTimer->start();
 }
 
 void PDFThumbnailModel::retainOnly(const QSet<QString> &keys)

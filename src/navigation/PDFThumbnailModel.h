@@ -54,8 +54,7 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
 
 private:
-    // What to draw is fixed on the main thread, a few pages per turn, so that a screenful of
-    // new rows never holds up one turn for long.
+    // What to draw is fixed on the main thread, one page per turn while no worker draws.
     void feedRenderer();
 
     std::weak_ptr<FDDocument> m_document;

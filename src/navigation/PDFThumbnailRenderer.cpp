@@ -54,14 +54,15 @@ void PDFThumbnailRenderer::finish(
 {
     const auto job = m_jobs.constFind(key);
     // A cancelled job may have been asked for again since; only its own ending counts.
-    if (job == m_jobs.constEnd() || job->cancel != cancel)
-        return;
-    const int row = job->row;
-    m_jobs.erase(job);
-    if (cancel->isCancelled() || image.isNull())
-        return;
-    FDPageThumbnailCache::shared().insert(key, image);
-    emit thumbnailDidArrive(key, row);
+    if (job != m_jobs.constEnd() && job->cancel == cancel) {
+        const int row = job->row;
+        m_jobs.erase(job);
+        if (!cancel->isCancelled() && !image.isNull()) {
+            FDPageThumbnailCache::shared().insert(key, image);
+            emit thumbnailDidArrive(key, row);
+        }
+    }
+    emit requestDidEnd();
 }
 
 void PDFThumbnailRenderer::retainOnly(const QSet<QString> &keys)

@@ -34,6 +34,8 @@ public:
 signals:
     // The picture of the key is in the cache now; row is the row it was asked for.
     void thumbnailDidArrive(const QString &key, int row);
+    // A worker let go of the document: a request ended, drawn, failed or cancelled.
+    void requestDidEnd();
 
 private:
     struct Job
