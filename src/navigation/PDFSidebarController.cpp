@@ -14,6 +14,7 @@
 #include <QAbstractButton>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -69,7 +70,6 @@ PDFSidebarController::PDFSidebarController(PDFContents *contents, QWidget *paren
     : PDFContentsBar(contents, parent)
 {
     setObjectName(QStringLiteral("PDFSidebar"));
-    setAutoFillBackground(true);
     auto *const row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(0);
@@ -131,7 +131,7 @@ PDFSidebarController::PDFSidebarController(PDFContents *contents, QWidget *paren
         [this](const Notification &) { onSidebarModeChanged(); });
     onSidebarModeChanged();
     updateIndicator();
-    onThemeChanged();
+    applyTheme();
 }
 
 PDFSidebarController::~PDFSidebarController()
@@ -204,14 +204,19 @@ void PDFSidebarController::updateIndicator()
     m_indicatorIconView->setToolTip(primary ? tr("View A") : tr("View B"));
 }
 
-void PDFSidebarController::onThemeChanged()
+void PDFSidebarController::refreshIcons()
 {
     const FDTheme *const theme = FDThemeProvider::current();
     QPalette palette = this->palette();
-    palette.setColor(QPalette::Window, theme->color(FDTheme::tableViewBackgroundColor));
     palette.setColor(QPalette::WindowText, theme->color(FDTheme::labelColor));
     setPalette(palette);
     m_tabBar->repaintButtons();
     // The markers were drawn again in the new colours.
     updateIndicator();
+}
+
+void PDFSidebarController::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), FDThemeProvider::current()->color(FDTheme::tableViewBackgroundColor));
 }

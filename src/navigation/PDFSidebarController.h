@@ -5,10 +5,10 @@
 // once and keeps following the tab's selected view while hidden. The tab in front changes only
 // through the tab's "PDFContents_SidebarModeDidChange", a click included. Main thread only.
 
-#include "PDFContentsBar.h"
 #include "PDFSidebarTabContentsDelegate.h"
 
 #include <app/PDFContents.h>
+#include <appearance/PDFContentsBar.h>
 
 #include <QHash>
 #include <QPointer>
@@ -49,7 +49,9 @@ public:
     void updateSidebarTitleWithController(PDFSidebarTabContents *controller) override;
 
 protected:
-    void onThemeChanged() override;
+    // The tab buttons' pictures, the marker and the colours, at each theme change.
+    void refreshIcons() override;
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     void onTabBarButtonClickedWithButton(QAbstractButton *button);
