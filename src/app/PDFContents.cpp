@@ -16,6 +16,8 @@
 #include <kit/base/UndoManager.h>
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFSelection.h>
+#include <navigation/PDFSidebarContainer.h>
+#include <navigation/PDFSidebarOutlineContents.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -69,6 +71,9 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
     auto *const secondary = new PDFSecondaryToolbar(this, m_container->toolbarContainer());
     m_container->toolbarContainer()->layout()->addWidget(secondary);
     secondary->onViewInit();
+    // The sidebar follows the tab from its creation on, shown or not.
+    m_sidebarContainer = new PDFSidebarContainer(this, m_container->sidebarContainer());
+    m_container->sidebarContainer()->layout()->addWidget(m_sidebarContainer);
     setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
@@ -84,6 +89,11 @@ PDFContents::~PDFContents()
             pdfView->setDelegate(nullptr);
         }
     }
+}
+
+PDFSidebarContainer *PDFContents::sidebarContainer() const
+{
+    return m_sidebarContainer;
 }
 
 void PDFContents::registerAsDocumentContents()
@@ -127,7 +137,8 @@ void PDFContents::observeView(FDPDFView *pdfView)
         [this, pdfView = QPointer<FDPDFView>(pdfView)](
             const Notification &) { forgetUndoStepsOf(pdfView); });
     for (const QString &name : { FDDocument::DocumentAnnDidChangeNotification,
-             FDDocument::DocumentPageDidChangeNotification }) {
+             FDDocument::DocumentPageDidChangeNotification,
+             PDFSidebarOutlineContents::OutlineDidChangeNotification }) {
         center.addObserver(
             this, name, pdfView, [this](const Notification &) { onPDFDocumentContentChanged(); });
     }
