@@ -435,7 +435,9 @@ void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         d->appearancesStale = true;
     }
     ad.page = std::const_pointer_cast<PDFPage>(shared_from_this());
-    ++d->revision;
+    // One that engine drawing hides changes no rendered page.
+    if (ad.shouldDisplay)
+        ++d->revision;
 }
 
 void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
@@ -500,7 +502,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
     }
     ad.page.reset();
     d->appearancesStale = true;
-    ++d->revision;
+    if (ad.shouldDisplay)
+        ++d->revision;
 }
 
 std::shared_ptr<PDFAnnotation> PDFPage::annotationAtPoint(const QPointF &point) const
