@@ -128,11 +128,15 @@ protected:
     void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void documentDidUnlock() override;
 
 private:
     class DocumentDelegate;
 
     void runLoadStep();
+    // The load's steps after the document is readable: the page asked for by the URL's
+    // fragment (-1 for none), the scale rule and the saved reading position.
+    void finishLoading(int askedPage);
     void applyScaleMode();
     void fitWidth();
     void fitPage();
@@ -146,6 +150,7 @@ private:
     bool m_isLoading = false;
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
+    int m_pageAskedWhileLocked = -1;
     bool m_isPageNavigatorHidden = true;
     PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
     double m_scaleFactorByMode = 0;
