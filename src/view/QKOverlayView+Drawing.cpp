@@ -9,6 +9,7 @@
 #include <annotation/values/NSUserDefaults+XExtensions.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
+#include <appearance/NSImage+XExtensions.h>
 #include <document/FDPage.h>
 #include <kit/base/BezierPath.h>
 #include <kit/base/UserDefaults.h>
@@ -27,17 +28,16 @@ namespace {
 
 const QColor SelectionHandleColor(58, 123, 226);
 
-// The note's icon in the annotation's colour, at a pixel side.
+// The note's icon "Ann_Text_18pt" in the annotation's colour, at a pixel side.
 QPixmap tintedNoteIcon(const QColor &color, int side)
 {
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     iconForType(QStringLiteral("Text")).paint(&painter, image.rect());
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(image.rect(), color.isValid() ? color : QColor(Qt::black));
     painter.end();
-    return QPixmap::fromImage(image);
+    return QPixmap::fromImage(
+        imageTintedWithColor(image, color.isValid() ? color : QColor(Qt::black)));
 }
 
 } // namespace

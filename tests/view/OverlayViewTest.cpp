@@ -168,6 +168,7 @@ void OverlayViewTest::init()
     m_view->setScaleFactor(1.0);
     m_view->goToPage(page(0));
     QTRY_VERIFY(m_view->isVisibleAreaRendered());
+    QTRY_VERIFY(m_view->renderScheduler()->isIdle());
 }
 
 void OverlayViewTest::cleanup()
