@@ -86,7 +86,11 @@ void PDFContentsTest::init()
 
 void PDFContentsTest::cleanup()
 {
-    Alert::setHandlerForTesting({});
+    // An alert that a test left on a timer must never open a real, blocking dialog.
+    Alert::setHandlerForTesting([](const AlertRequest &request) {
+        qWarning("alert after its test: %s", qPrintable(request.messageText));
+        return int(Alert::SecondButtonReturn);
+    });
     FDFilePanel::setHandlerForTesting({});
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
     // Closing its last tab closes the window.
@@ -245,6 +249,10 @@ void PDFContentsTest::untitledChangedDocumentPrompts()
     }
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
     QCOMPARE(QFileInfo::exists(target.toLocalFile()), chooseFile);
+    // A new file in a writable folder is no file without permission, even before it is written
+    // (the check answers after a delay).
+    QTest::qWait(900);
+    QCOMPARE(m_alerts.size(), 1);
 }
 
 void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
