@@ -1,5 +1,7 @@
 #include "FDPDFView.h"
 
+#include "QKOverlayView.h"
+
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
@@ -465,6 +467,13 @@ void FDPDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter
     painter.fillRect(area, tint);
     painter.fillRect(area, Qt::white);
     painter.restore();
+}
+
+void FDPDFView::didAddPageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index)
+{
+    if (page)
+        new QKOverlayView(page, this, pageView);
+    XPDFView::didAddPageView(pageView, page, index);
 }
 
 void FDPDFView::onThemeChanged()

@@ -143,6 +143,9 @@ public:
     static PDFAnnotationFactory classForPasteboardType(const QString &pasteboardType);
 
 protected:
+    // Every page view gets its overlay, in front (QKOverlayView), before the delegate hears.
+    void didAddPageView(
+        QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index) override;
     void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;

@@ -153,6 +153,11 @@ public:
     bool validateEditCommand(const QString &command) const override;
     void performEditCommand(const QString &command) override;
 
+    // The ink stroke being drawn, in page space, and the page it began on; null while none is.
+    // Whoever grows the stroke posts PendingAnnInkDidChangeNotification with "Page".
+    std::shared_ptr<BezierPath> pendingInkPath() const { return m_pendingInkPath; }
+    std::shared_ptr<PDFPage> pendingInkPage() const { return m_pendingInkPage.lock(); }
+
     // The area selection, answered only in the area-selection tool: in any other tool the rect
     // reads empty and the setters do nothing, while what is stored stays until the next document.
     QRectF currentSelectionRect() const;

@@ -200,6 +200,11 @@ protected:
     // The action of the topmost link annotation under a page point, null without one.
     virtual std::shared_ptr<PDFAction> linkActionAtPoint(
         const std::shared_ptr<PDFPage> &page, const QPointF &pagePoint) const;
+    // A page view was made over a laid-out page, or is about to go (far out of view, or a new
+    // layout). Subclasses put their own widgets into it; the defaults tell the delegate.
+    virtual void didAddPageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index);
+    virtual void willRemovePageView(
+        QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index);
     // While true, changes of the horizontal scroll position are refused.
     virtual bool vetoesHorizontalScroll() const { return false; }
 

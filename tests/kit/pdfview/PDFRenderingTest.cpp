@@ -188,6 +188,8 @@ private slots:
         square->setInteriorColor(Qt::white);
         edited->addAnnotation(square);
         QTRY_VERIFY(view.isVisibleAreaRendered());
+        // Tiles rendered ahead of the visible area may still be on their way.
+        QTRY_VERIFY(view.renderScheduler()->isIdle());
         QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
         for (int step = 0; step < edits; ++step) {
             square->setBounds(QRectF(100 + step, 600, 200, 100));
