@@ -12,7 +12,13 @@
 #include <QHash>
 #include <QSaveFile>
 
+#include <QThreadPool>
+
 #include <algorithm>
+#include <atomic>
+#include <mutex>
+
+#include <malloc.h>
 
 const QString PDFDocument::DidFindMatchNotification
     = QStringLiteral("PDFDocumentDidFindMatchNotification");
@@ -24,30 +30,6 @@ namespace {
 
 constexpr int MaxTreeDepth = 64;
 
-// Appends the page objects under a /Kids array in order, as kept indirect references; answers
-// the new count (more than capacity means the tree does not match the page count). Plain MuPDF
-// calls: runs inside a guarded block. pdf_load_page_tree is not used: in this MuPDF it leaks the
-// objects it caches.
-int collectPages(fz_context *ctx, pdf_obj *kids, pdf_obj **out, int capacity, int count, int depth)
-{
-    const int n = pdf_array_len(ctx, kids);
-    for (int i = 0; i < n && count <= capacity; ++i) {
-        pdf_obj *kid = pdf_array_get(ctx, kids, i);
-        pdf_obj *grandKids = pdf_dict_get(ctx, kid, PDF_NAME(Kids));
-        if (pdf_is_array(ctx, grandKids)) {
-            if (depth < MaxTreeDepth)
-                count = collectPages(ctx, grandKids, out, capacity, count, depth + 1);
-            else
-                count = capacity + 1;
-            continue;
-        }
-        if (count < capacity)
-            out[count] = pdf_keep_obj(ctx, kid);
-        ++count;
-    }
-    return count;
-}
-
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
 constexpr const char *WriteOptions = "garbage=1";
@@ -57,6 +39,7 @@ constexpr const char *WriteOptions = "garbage=1";
 PDFDocumentPrivate::~PDFDocumentPrivate()
 {
     stopFind();
+    dropWalk();
 }
 
 void PDFDocumentPrivate::stopFind()
@@ -103,72 +86,161 @@ bool PDFDocumentPrivate::loadContent()
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = handle->doc();
-    std::vector<pdf_obj *> objects;
-    std::vector<int> numbers;
     mu::Error failure;
+    int count = 0;
     {
         const mu::Lock lock(handle->mutex());
-        int count = 0;
         mu::run(ctx, failure, [&] { count = pdf_count_pages(ctx, doc); });
-        objects.assign(static_cast<size_t>(std::max(count, 0)), nullptr);
-        numbers.assign(objects.size(), 0);
-        pdf_obj **const out = objects.data();
-        int *const outNumbers = numbers.data();
-        if (!failure.failed) {
-            int found = 0;
-            mu::run(ctx, failure, [&] {
-                pdf_obj *kids = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages/Kids");
-                found = collectPages(ctx, kids, out, count, 0, 0);
-            });
-            // A tree that does not add up is walked the slow way, page by page as MuPDF
-            // counts them, so that index i is MuPDF's page i.
-            if (failure.failed || found != count) {
-                for (pdf_obj *obj : objects)
-                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
-                std::fill(objects.begin(), objects.end(), nullptr);
-                failure = mu::Error();
-                mu::run(ctx, failure, [&] {
-                    for (int i = 0; i < count; ++i)
-                        out[i] = pdf_keep_obj(ctx, pdf_lookup_page_obj(ctx, doc, i));
-                });
-            }
-            mu::run(ctx, failure, [&] {
-                for (int i = 0; i < count; ++i) {
-                    if (!pdf_is_indirect(ctx, out[i]))
-                        fz_throw(ctx, FZ_ERROR_GENERIC, "page %d is not an object", i + 1);
-                    outNumbers[i] = pdf_to_num(ctx, out[i]);
-                }
-            });
-        }
         if (failure.failed) {
-            for (pdf_obj *obj : objects)
-                mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
             error = failure.text();
             return false;
         }
         labels = PageLabels::read(ctx, doc);
     }
-
+    dropWalk();
     pages.clear();
     ++pageOrder;
-    pages.reserve(objects.size());
-    QHash<int, std::shared_ptr<PDFPage>> byNumber;
-    for (size_t i = 0; i < objects.size(); ++i) {
+    pages.reserve(static_cast<size_t>(std::max(count, 0)));
+    for (int i = 0; i < count; ++i) {
         auto page = makePage();
         page->d->handle = handle;
-        page->d->object = objects[i];
         page->d->document = q.weak_from_this();
         pages.push_back(page);
-        byNumber.insert(numbers[i], page);
     }
+    resolved = 0;
+    walkByLookup = false;
     {
         const mu::Lock lock(handle->mutex());
-        outlineRoot = OutlineIO::read(ctx, doc, [&](int number) { return byNumber.value(number); });
+        pdf_obj *kids = nullptr;
+        mu::run(ctx, failure, [&] {
+            kids = pdf_keep_obj(ctx, pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages/Kids"));
+        });
+        walk.reserve(MaxTreeDepth + 1);
+        if (pdf_is_array(ctx, kids))
+            walk.emplace_back(kids, 0);
+        else
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
+    }
+    outlineRoot.reset();
+    outlineLoaded = false;
+    contentLoaded = true;
+    return true;
+}
+
+void PDFDocumentPrivate::dropWalk()
+{
+    if (walk.empty())
+        return;
+    fz_context *ctx = mu::context();
+    for (const auto &[kids, next] : walk)
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
+    walk.clear();
+}
+
+void PDFDocumentPrivate::resolveThrough(int index)
+{
+    if (index < resolved || !handle)
+        return;
+    const mu::Lock lock(handle->mutex());
+    resolveThroughLocked(index);
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::pageAtIndexLocked(
+    const PDFDocument &document, int index)
+{
+    PDFDocumentPrivate &d = *document.d;
+    if (index < 0 || index >= static_cast<int>(d.pages.size()))
+        return nullptr;
+    d.resolveThroughLocked(index);
+    return d.pages[static_cast<size_t>(index)];
+}
+
+void PDFDocumentPrivate::resolveThroughLocked(int index)
+{
+    const int count = static_cast<int>(pages.size());
+    index = std::min(index, count - 1);
+    if (index < resolved || !handle)
+        return;
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = handle->doc();
+    // Plain MuPDF calls on the walk's own storage, reserved so that nothing allocates inside.
+    auto *const path = &walk;
+    auto *const list = &pages;
+    int *const done = &resolved;
+    bool mismatch = false;
+    mu::Error failure;
+    // Asked for the last page, the walk also goes through the rest of the tree, to catch pages
+    // beyond the count.
+    const int target = index >= count - 1 ? count : index;
+    mu::run(ctx, failure, [&] {
+        while (*done <= target && !path->empty() && !mismatch) {
+            auto &[kids, next] = path->back();
+            if (next >= pdf_array_len(ctx, kids)) {
+                pdf_drop_obj(ctx, kids);
+                path->pop_back();
+                continue;
+            }
+            pdf_obj *kid = pdf_array_get(ctx, kids, next++);
+            pdf_obj *grandKids = pdf_dict_get(ctx, kid, PDF_NAME(Kids));
+            if (pdf_is_array(ctx, grandKids)) {
+                if (path->size() > MaxTreeDepth)
+                    mismatch = true;
+                else
+                    path->emplace_back(pdf_keep_obj(ctx, grandKids), 0);
+                continue;
+            }
+            if (*done >= count || !pdf_is_indirect(ctx, kid)) {
+                mismatch = true;
+                continue;
+            }
+            (*list)[static_cast<size_t>(*done)]->d->object = pdf_keep_obj(ctx, kid);
+            ++*done;
+        }
+    });
+    if (failure.failed || mismatch || (resolved <= index && walk.empty()))
+        walkByLookup = true;
+    if (!walkByLookup)
+        return;
+    // The slow way for the whole document: pages found by the walk are checked against MuPDF's
+    // numbering too, since a tree that does not add up may have misled it anywhere.
+    for (const auto &[kids, next] : walk)
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
+    walk.clear();
+    for (int i = 0; i < count; ++i) {
+        PDFPagePrivate &page = *pages[static_cast<size_t>(i)]->d;
+        pdf_obj *found = nullptr;
+        mu::runQuietly(ctx, [&] { found = pdf_keep_obj(ctx, pdf_lookup_page_obj(ctx, doc, i)); });
+        if (found && page.object && pdf_to_num(ctx, found) == pdf_to_num(ctx, page.object)) {
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, found); });
+            continue;
+        }
+        if (page.object)
+            page.bind(handle, found, true);
+        else
+            page.object = found;
+    }
+    resolved = count;
+}
+
+void PDFDocumentPrivate::loadOutline()
+{
+    if (outlineLoaded || !handle || locked)
+        return;
+    outlineLoaded = true;
+    resolveAll();
+    fz_context *ctx = mu::context();
+    QHash<int, std::shared_ptr<PDFPage>> byNumber;
+    {
+        const mu::Lock lock(handle->mutex());
+        for (const auto &page : pages) {
+            if (page->d->object)
+                byNumber.insert(pdf_to_num(ctx, page->d->object), page);
+        }
+        outlineRoot = OutlineIO::read(
+            ctx, handle->doc(), [&](int number) { return byNumber.value(number); });
     }
     if (outlineRoot)
         outlineRoot->m_document = q.weak_from_this();
-    contentLoaded = true;
-    return true;
 }
 
 void PDFDocumentPrivate::renumberLocked()
@@ -185,6 +257,8 @@ std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
 {
     if (index < 0 || index >= static_cast<int>(pages.size()))
         return nullptr;
+    loadOutline();
+    resolveAll();
     auto page = pages[static_cast<size_t>(index)];
     {
         const mu::Lock lock(handle->mutex());
@@ -392,6 +466,7 @@ std::shared_ptr<PDFPage> PDFDocument::pageAtIndex(int index) const
 {
     if (index < 0 || index >= pageCount())
         return nullptr;
+    d->resolveThrough(index);
     return d->pages[static_cast<size_t>(index)];
 }
 
@@ -407,6 +482,9 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
 {
     if (!page || !d->handle || d->locked || index < 0)
         return;
+    // Changing the tree ends the lazy walk; the outline keeps its pages through it.
+    d->loadOutline();
+    d->resolveAll();
     if (const auto owner = page->document()) {
         if (owner.get() == this && index > pageCount() - 1)
             index = pageCount() - 1;
@@ -457,6 +535,8 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
     if (index == otherIndex || index < 0 || otherIndex < 0 || index >= pageCount()
         || otherIndex >= pageCount())
         return;
+    d->loadOutline();
+    d->resolveAll();
     const int low = std::min(index, otherIndex);
     const int high = std::max(index, otherIndex);
     pdf_obj *const lowObject = d->pages[static_cast<size_t>(low)]->d->object;
@@ -483,11 +563,13 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
 
 std::shared_ptr<PDFOutline> PDFDocument::outlineRoot() const
 {
+    d->loadOutline();
     return d->outlineRoot;
 }
 
 void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
 {
+    d->outlineLoaded = true;
     d->outlineRoot = root;
     if (root)
         root->m_document = weak_from_this();
@@ -498,6 +580,10 @@ QByteArray PDFDocument::dataRepresentation() const
     if (!d->handle) {
         d->error = QStringLiteral("The document has no content");
         return {};
+    }
+    if (d->contentLoaded) {
+        d->loadOutline();
+        d->resolveAll();
     }
     const mu::Lock lock(d->handle->mutex());
     if (d->contentLoaded) {
@@ -532,6 +618,55 @@ bool PDFDocument::writeToURL(const QUrl &url) const
         d->error = file.errorString();
         return false;
     }
+    return true;
+}
+
+bool PDFDocument::releaseCachedContent()
+{
+    if (!d->handle || d->locked)
+        return true;
+    static std::atomic<bool> releasing { false };
+    if (releasing)
+        return false;
+    {
+        const std::unique_lock lock(d->handle->mutex(), std::try_to_lock);
+        if (!lock.owns_lock())
+            return false;
+        fz_context *ctx = mu::context();
+        for (const auto &page : d->pages) {
+            PDFPagePrivate &pd = *page->d;
+            if (pd.handle != d->handle)
+                continue;
+            pd.text.reset();
+            // Annotations point into their loaded page; workers hold their own reference.
+            if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved) {
+                pdf_page *const dropped = std::exchange(pd.page, nullptr);
+                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &dropped->super); });
+            }
+        }
+    }
+    // The rest takes milliseconds: a pool thread does it, so that scrolling never waits.
+    releasing = true;
+    QThreadPool::globalInstance()->start([handle = d->handle] {
+        {
+            const mu::Lock lock(handle->mutex());
+            fz_context *ctx = mu::context();
+            pdf_document *const doc = handle->doc();
+            mu::runQuietly(ctx, [&] {
+                // An edited object may be held by the cross-reference table alone: it stays.
+                if (!pdf_has_unsaved_changes(ctx, doc))
+                    pdf_clear_xref(ctx, doc);
+                fz_purge_glyph_cache(ctx);
+                // The store counts a font by its descriptor, not by its file and FreeType face,
+                // so its limit never bites on documents that embed many fonts: emptied here, it
+                // keeps what the pages in view hold through their display lists.
+                fz_empty_store(ctx);
+            });
+        }
+        // Freed pages of the heap go back to the system.
+        malloc_trim(0);
+        releasing = false;
+    });
     return true;
 }
 

@@ -28,8 +28,20 @@ struct PDFDocumentPrivate
 
     // Opens what open() gives under a fresh handle, then builds pages and outline unless locked.
     bool adopt(pdf_document *doc);
-    // Pages (through the delegate), outline and labels of an unlocked document.
+    // Pages (through the delegate), outline and labels of an unlocked document. Page objects are
+    // found later, as pages are asked for (resolveThrough).
     bool loadContent();
+    // Finds the page objects of every page up to index, walking the page tree on from where the
+    // last walk stopped: opening a long document reads only the pages it shows first. A tree
+    // that does not add up is read the slow way, page by page as MuPDF counts them, so that
+    // index i is always MuPDF's page i. Main thread; takes the lock.
+    void resolveThrough(int index);
+    void resolveThroughLocked(int index); // the same, with the lock held
+    // pageAtIndex for code that holds the lock already.
+    static std::shared_ptr<PDFPage> pageAtIndexLocked(const PDFDocument &document, int index);
+    void resolveAll() { resolveThrough(static_cast<int>(pages.size()) - 1); }
+    // The outline, read on first use: its destinations need every page object.
+    void loadOutline();
     std::shared_ptr<PDFPage> makePage() const;
     // Keeps MuPDF's numbering of loaded pages equal to the page list; the lock is held.
     void renumberLocked();
@@ -37,6 +49,7 @@ struct PDFDocumentPrivate
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
+    void dropWalk();
 
     // Full rewrite of a document into memory; the caller holds the lock.
     // sizeHint: the expected size (the file read), to allocate once.
@@ -47,6 +60,12 @@ struct PDFDocumentPrivate
     PDFDocument &q;
     std::shared_ptr<mu::DocumentHandle> handle;
     std::vector<std::shared_ptr<PDFPage>> pages;
+    // Pages before this index have their page objects; the walk's path is kept (each array
+    // kept) to go on from there.
+    int resolved = 0;
+    std::vector<std::pair<pdf_obj *, int>> walk;
+    bool walkByLookup = false;
+    bool outlineLoaded = true;
     quint64 pageOrder = 0; // grows at every change of the order of pages
     std::shared_ptr<PDFOutline> outlineRoot;
     std::weak_ptr<PDFDocumentDelegate> delegate;

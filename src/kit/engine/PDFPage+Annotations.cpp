@@ -8,6 +8,7 @@
 #include "PDFAnnotationPrivate.h"
 #include "PDFAnnotationText.h"
 #include "PDFDocument.h"
+#include "PDFDocumentPrivate.h"
 #include "PDFPagePrivate.h"
 #include "PDFRenderPrivate.h"
 
@@ -307,7 +308,7 @@ void loadAnnotations(const PDFPage &page)
         if (!pagesByNumber) {
             pagesByNumber.emplace();
             for (int i = document->pageCount(); i-- > 0;) {
-                const auto candidate = document->pageAtIndex(i);
+                const auto candidate = PDFDocumentPrivate::pageAtIndexLocked(*document, i);
                 const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
                 if (other.handle == pd.handle)
                     pagesByNumber->insert(pdf_to_num(ctx, other.object), candidate);

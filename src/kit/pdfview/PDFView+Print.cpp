@@ -60,7 +60,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
     for (int number = first; number <= last; ++number) {
         if (number > first)
             printer.newPage();
-        const auto &page = m_pages[size_t(number - 1)];
+        const auto page = pageAt(number - 1);
         const PageGeometry &geometry = m_geometries[size_t(number - 1)];
         const QRectF paper = printer.pageLayout().paintRectPixels(printer.resolution());
         const QRectF target(QPointF(0, 0), paper.size());

@@ -43,6 +43,9 @@ PDFView::PDFView(QWidget *parent)
     m_renderTimer.setSingleShot(true);
     m_renderTimer.setInterval(0);
     connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
+    m_releaseTimer.setSingleShot(true);
+    m_releaseTimer.setInterval(100);
+    connect(&m_releaseTimer, &QTimer::timeout, this, &PDFView::releaseCachedContent);
     m_sizeTimer.setSingleShot(true);
     m_sizeTimer.setInterval(0);
     connect(&m_sizeTimer, &QTimer::timeout, this, &PDFView::loadMorePageSizes);
@@ -70,6 +73,8 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     m_pressedLink.reset();
     m_selecting = false;
     m_document = document;
+    m_pagesLeftBehind = 0;
+    m_releaseTimer.stop();
     m_layout.setAnchorPage(0);
     reloadPageSizes();
     m_layout.setAnchorPage(0);
@@ -84,17 +89,13 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 void PDFView::reloadPageSizes()
 {
     m_sizeTimer.stop();
+    m_sizesWaitForPaint = false;
     m_pages.clear();
     m_pageIndexes.clear();
     m_geometries.clear();
     m_sizesKnown = 0;
     const int count = m_document && !m_document->isLocked() ? m_document->pageCount() : 0;
-    m_pages.reserve(size_t(count));
-    for (int i = 0; i < count; ++i) {
-        const auto page = m_document->pageAtIndex(i);
-        m_pages.push_back(page);
-        m_pageIndexes[page.get()] = i;
-    }
+    m_pages.resize(size_t(count));
     loadPageSizes(InitialPageSizes);
 }
 
@@ -106,7 +107,7 @@ void PDFView::loadPageSizes(int count)
         return;
     m_geometries.reserve(size_t(total));
     for (int i = m_sizesKnown; i < count; ++i) {
-        const auto &page = m_pages[size_t(i)];
+        const auto page = pageAt(i);
         PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
         if (size_t(i) < m_geometries.size())
             m_geometries[size_t(i)] = geometry;
@@ -131,6 +132,11 @@ void PDFView::loadPageSizes(int count)
 
 void PDFView::loadMorePageSizes()
 {
+    // The first screen comes first: the rest of the sizes wait until it is sharp.
+    if (!m_visibleComplete && !m_pages.empty()) {
+        m_sizesWaitForPaint = true;
+        return;
+    }
     loadPageSizes(m_sizesKnown + PageSizesPerTurn);
     m_layout.update();
     updateScrollBars();
@@ -161,7 +167,24 @@ void PDFView::ensureVisiblePageSizes()
 
 int PDFView::indexOfPage(const PDFPage *page) const
 {
+    if (!page)
+        return -1;
     const auto found = m_pageIndexes.find(page);
+    if (found != m_pageIndexes.end())
+        return found->second;
+    // A page the view has not fetched yet, if it is one of the document's.
+    if (!m_document || m_pageIndexes.size() == m_pages.size())
+        return -1;
+    const auto shared = std::const_pointer_cast<PDFPage>(page->shared_from_this());
+    const int index = m_document->indexForPage(shared);
+    if (index < 0 || index >= int(m_pages.size()))
+        return -1;
+    return pageAt(index).get() == page ? index : -1;
+}
+
+int PDFView::fetchedIndexOfPage(const void *page) const
+{
+    const auto found = m_pageIndexes.find(static_cast<const PDFPage *>(page));
     return found == m_pageIndexes.end() ? -1 : found->second;
 }
 
@@ -169,7 +192,13 @@ std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
 {
     if (index < 0 || index >= int(m_pages.size()))
         return nullptr;
-    return m_pages[size_t(index)];
+    auto &page = m_pages[size_t(index)];
+    if (!page && m_document) {
+        page = m_document->pageAtIndex(index);
+        if (page)
+            m_pageIndexes[page.get()] = index;
+    }
+    return page;
 }
 
 void PDFView::layoutDocumentView()
@@ -331,7 +360,7 @@ std::shared_ptr<PDFPage> PDFView::currentPage() const
     if (best < 0 && !m_pages.empty()) {
         const QPointF center = QPointF(view.center());
         const auto nearest = pageForPoint(center, true);
-        return nearest ? nearest : m_pages.front();
+        return nearest ? nearest : pageAt(0);
     }
     return pageAt(best);
 }

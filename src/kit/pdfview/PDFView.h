@@ -216,6 +216,8 @@ private:
 
     // Layout and geometry (PDFView.cpp).
     int indexOfPage(const PDFPage *page) const;
+    // Only among the pages fetched, without touching the page: for keys that may outlive it.
+    int fetchedIndexOfPage(const void *page) const;
     std::shared_ptr<PDFPage> pageAt(int index) const;
     void reloadPageSizes();
     // Page sizes are read lazily: the first pages at once, the rest a chunk per turn of the
@@ -257,6 +259,7 @@ private:
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
     void noteRenderProgress();
+    void releaseCachedContent();
     void updatePageViews();
     void removeAllPageViews();
 
@@ -273,13 +276,15 @@ private:
 
     std::shared_ptr<PDFDocument> m_document;
     PDFViewDelegate *m_delegate = nullptr;
-    std::vector<std::shared_ptr<PDFPage>> m_pages; // as laid out
+    // As laid out; null until first asked for, so that opening reads only the pages it shows.
+    mutable std::vector<std::shared_ptr<PDFPage>> m_pages;
     std::vector<PageGeometry> m_geometries; // of m_pages, in the display box
     int m_sizesKnown = 0; // m_geometries before this index are read; the rest are estimates
     QTimer m_sizeTimer;
+    bool m_sizesWaitForPaint = false; // reading sizes goes on once the visible area is sharp
     static constexpr int InitialPageSizes = 24;
     static constexpr int PageSizesPerTurn = 200;
-    std::unordered_map<const PDFPage *, int> m_pageIndexes;
+    mutable std::unordered_map<const PDFPage *, int> m_pageIndexes; // of the pages fetched
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };
     PDFDisplayBox m_displayBox = PDFDisplayBox::CropBox;
@@ -297,6 +302,10 @@ private:
     std::unordered_map<const PDFPage *, RenderState> m_renderStates;
     quint64 m_epoch = 0; // rises with every new document or display box
     QTimer m_renderTimer;
+    // Pages whose sources were let go since the engine last gave back their memory.
+    int m_pagesLeftBehind = 0;
+    static constexpr int ReleaseAfterPages = 48;
+    QTimer m_releaseTimer;
     bool m_visibleComplete = false;
     std::map<int, QPointer<PDFPageView>> m_pageViews;
 
