@@ -290,7 +290,7 @@ void PDFView::updateRenderRequests()
                 const bool shown = inDocument.intersects(visible);
                 const QPointF offset = inDocument.center() - middle;
                 const double rank = (shown ? 0 : 1e9) + std::hypot(offset.x(), offset.y());
-                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source } });
+                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source, shown } });
             }
         }
     }

@@ -137,19 +137,44 @@ void PDFView::loadMorePageSizes()
         m_sizesWaitForPaint = true;
         return;
     }
-    loadPageSizes(m_sizesKnown + PageSizesPerTurn);
+    refinePageSizes(m_sizesKnown + PageSizesPerTurn);
+    updatePageViews();
+}
+
+void PDFView::refinePageSizes(int count)
+{
+    // The page at the top of the view keeps its place on screen while sizes of pages above it
+    // and of itself turn from estimates into real ones; a view at the end stays at the end.
+    QScrollBar *bar = verticalScrollBar();
+    const bool atEnd = bar->maximum() > 0 && bar->value() >= bar->maximum();
+    const QRectF visible = m_documentView.visibleRect();
+    int anchor = -1;
+    double fraction = 0;
+    if (m_scale > 0 && !atEnd) {
+        const QPointF top(visible.center().x() / m_scale, visible.top() / m_scale);
+        anchor = m_layout.nearestPage(top);
+        const QRectF rect = pageRectInDocument(anchor);
+        if (!rect.isEmpty())
+            fraction = (visible.top() - rect.top()) / rect.height();
+        else
+            anchor = -1;
+    }
+    loadPageSizes(count);
     m_layout.update();
     updateScrollBars();
-    updatePageViews();
+    if (atEnd) {
+        bar->setValue(bar->maximum());
+    } else if (anchor >= 0) {
+        const QRectF rect = pageRectInDocument(anchor);
+        bar->setValue(int(std::round(rect.top() + fraction * rect.height())));
+    }
 }
 
 void PDFView::ensurePageSizes(int index)
 {
     if (index < m_sizesKnown || index >= int(m_pages.size()))
         return;
-    loadPageSizes(index + PageSizesPerTurn);
-    m_layout.update();
-    updateScrollBars();
+    refinePageSizes(index + PageSizesPerTurn);
     viewport()->update();
 }
 

@@ -225,6 +225,8 @@ private:
     void loadPageSizes(int count);
     void loadMorePageSizes();
     void ensurePageSizes(int index);
+    // Reads sizes up to count and lays out again, the page under the reader held in place.
+    void refinePageSizes(int count);
     void ensureVisiblePageSizes();
     void relayout();
     void updateScrollBars();
