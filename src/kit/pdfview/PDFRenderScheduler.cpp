@@ -89,6 +89,7 @@ struct PDFRenderScheduler::State
     int workers = 0;
     int shownWorkers = 0;
     int maxWorkers = 1;
+    int maxShownWorkers = 1;
     int built = 0;
     PDFRenderScheduler *owner = nullptr; // outlives every worker: the destructor waits for them
 
@@ -217,7 +218,9 @@ PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
     m_state->owner = this;
     m_pool.setMaxThreadCount(threads);
     m_pool.setObjectName(QStringLiteral("PDFRenderScheduler"));
-    m_shownPool.setMaxThreadCount(threads);
+    // One core stays for the main thread, which the shown tiles would otherwise crowd out.
+    m_state->maxShownWorkers = std::max(1, threads - 1);
+    m_shownPool.setMaxThreadCount(m_state->maxShownWorkers);
     m_shownPool.setObjectName(QStringLiteral("PDFRenderScheduler shown"));
 }
 
@@ -291,7 +294,7 @@ void PDFRenderScheduler::pump()
         const std::lock_guard lock(m_state->mutex);
         const int shown = int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
             [](const PDFTileRequest &r) { return r.shown; }));
-        startShown = std::max(0, std::min(m_state->maxWorkers, shown) - m_state->shownWorkers);
+        startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);
         m_state->shownWorkers += startShown;
         const int wanted = std::min<int>(m_state->maxWorkers, int(m_state->pending.size()) - shown);
         start = std::max(0, wanted - m_state->workers);
