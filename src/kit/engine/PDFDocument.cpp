@@ -145,14 +145,9 @@ void PDFDocumentPrivate::resolveThrough(int index)
     resolveThroughLocked(index);
 }
 
-std::shared_ptr<PDFPage> PDFDocumentPrivate::pageAtIndexLocked(
-    const PDFDocument &document, int index)
+PDFDocumentPrivate &PDFDocumentPrivate::of(const PDFDocument &document)
 {
-    PDFDocumentPrivate &d = *document.d;
-    if (index < 0 || index >= static_cast<int>(d.pages.size()))
-        return nullptr;
-    d.resolveThroughLocked(index);
-    return d.pages[static_cast<size_t>(index)];
+    return *document.d;
 }
 
 void PDFDocumentPrivate::resolveThroughLocked(int index)
@@ -220,6 +215,24 @@ void PDFDocumentPrivate::resolveThroughLocked(int index)
             page.object = found;
     }
     resolved = count;
+    ++pageOrder;
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::pageForObjectNumberLocked(int number)
+{
+    if (pagesByNumberOrder != pageOrder || pagesByNumber.isEmpty()) {
+        resolveThroughLocked(static_cast<int>(pages.size()) - 1);
+        fz_context *ctx = mu::context();
+        pagesByNumber.clear();
+        // Backwards, so that a page listed twice answers its first place.
+        for (size_t i = pages.size(); i-- > 0;) {
+            const PDFPagePrivate &page = *pages[i]->d;
+            if (page.handle == handle && page.object)
+                pagesByNumber.insert(pdf_to_num(ctx, page.object), pages[i]);
+        }
+        pagesByNumberOrder = pageOrder;
+    }
+    return pagesByNumber.value(number).lock();
 }
 
 void PDFDocumentPrivate::loadOutline()

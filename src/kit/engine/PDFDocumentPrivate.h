@@ -7,6 +7,7 @@
 #include "PageLabels.h"
 #include "mupdf/DocumentHandle.h"
 
+#include <QHash>
 #include <QString>
 #include <QUrl>
 
@@ -37,8 +38,10 @@ struct PDFDocumentPrivate
     // index i is always MuPDF's page i. Main thread; takes the lock.
     void resolveThrough(int index);
     void resolveThroughLocked(int index); // the same, with the lock held
-    // pageAtIndex for code that holds the lock already.
-    static std::shared_ptr<PDFPage> pageAtIndexLocked(const PDFDocument &document, int index);
+    static PDFDocumentPrivate &of(const PDFDocument &document);
+    // The page of this document whose object has the number (link targets); the lock is held.
+    // The table is built once per page order, not once per page of links.
+    std::shared_ptr<PDFPage> pageForObjectNumberLocked(int number);
     void resolveAll() { resolveThrough(static_cast<int>(pages.size()) - 1); }
     // The outline, read on first use: its destinations need every page object.
     void loadOutline();
@@ -66,6 +69,8 @@ struct PDFDocumentPrivate
     std::vector<std::pair<pdf_obj *, int>> walk;
     bool walkByLookup = false;
     bool outlineLoaded = true;
+    QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;
+    quint64 pagesByNumberOrder = 0; // the page order the table was built for
     quint64 pageOrder = 0; // grows at every change of the order of pages
     std::shared_ptr<PDFOutline> outlineRoot;
     std::weak_ptr<PDFDocumentDelegate> delegate;

@@ -299,22 +299,10 @@ void loadAnnotations(const PDFPage &page)
 
     const auto self = std::const_pointer_cast<PDFPage>(page.shared_from_this());
     const mu::Lock lock(pd.handle->mutex());
-    // Link targets by object number, gathered at the first link: a page of many links would
-    // otherwise walk the whole document once for each.
-    std::optional<QHash<int, std::shared_ptr<PDFPage>>> pagesByNumber;
+    // Link targets by object number, from a table the document keeps.
     const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
-        if (!document)
-            return nullptr;
-        if (!pagesByNumber) {
-            pagesByNumber.emplace();
-            for (int i = document->pageCount(); i-- > 0;) {
-                const auto candidate = PDFDocumentPrivate::pageAtIndexLocked(*document, i);
-                const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
-                if (other.handle == pd.handle)
-                    pagesByNumber->insert(pdf_to_num(ctx, other.object), candidate);
-            }
-        }
-        return pagesByNumber->value(number);
+        return document ? PDFDocumentPrivate::of(*document).pageForObjectNumberLocked(number)
+                        : nullptr;
     };
     for (size_t i = 0; i < built.size(); ++i) {
         PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
