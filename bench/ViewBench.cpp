@@ -270,6 +270,8 @@ int runViewBench(const QStringList &arguments)
     };
     readTo(std::min(20, document->pageCount() - 1));
     const double rss20 = peakRssMb();
+    // Rendered tiles are part of both peaks: they show how much of them is the view's own cache.
+    const double tiles20 = double(view.tileCache().pixelCount()) * 4 / (1024 * 1024);
 
     // The scripted scroll: one step per frame from the top through the first pages.
     view.goToPage(document->pageAtIndex(0));
@@ -301,6 +303,7 @@ int runViewBench(const QStringList &arguments)
         benchPrint(QStringLiteral("scroll_frames"), frames);
     }
     benchPrint(QStringLiteral("peak_rss_mb_20"), rss20);
+    benchPrint(QStringLiteral("tile_cache_mb_20"), tiles20);
 
     // The rest of the document.
     readTo(document->pageCount());
@@ -311,6 +314,8 @@ int runViewBench(const QStringList &arguments)
     // What stays once the reader is at the end: the memory of the pages passed must be gone.
     waitRendered(view, 30000);
     benchPrint(QStringLiteral("rss_mb_at_end"), currentRssMb());
+    benchPrint(QStringLiteral("tile_cache_mb_at_end"),
+        double(view.tileCache().pixelCount()) * 4 / (1024 * 1024));
     return 0;
 }
 

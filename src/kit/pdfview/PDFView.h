@@ -306,7 +306,7 @@ private:
     QTimer m_renderTimer;
     // Pages whose sources were let go since the engine last gave back their memory.
     int m_pagesLeftBehind = 0;
-    static constexpr int ReleaseAfterPages = 48;
+    static constexpr int ReleaseAfterPages = 16;
     QTimer m_releaseTimer;
     bool m_visibleComplete = false;
     std::map<int, QPointer<PDFPageView>> m_pageViews;
