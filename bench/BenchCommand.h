@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <map>
+#include <vector>
 
 using BenchFunction = std::function<int(const QStringList &arguments)>;
 
@@ -29,3 +30,6 @@ struct BenchRegistration
 
 // Prints one "name: value" line to standard output, the format compared across versions.
 void benchPrint(const QString &name, double value);
+
+// The middle value (the mean of the two middle ones for an even count); 0 for none.
+double median(std::vector<double> values);

@@ -32,15 +32,6 @@ double msSince(const QElapsedTimer &timer)
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
-double median(std::vector<double> values)
-{
-    if (values.empty())
-        return 0;
-    std::sort(values.begin(), values.end());
-    const size_t mid = values.size() / 2;
-    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
-}
-
 // One full page rendered once through the engine: the page's render source drawn straight into
 // an image, as thumbnails and printing do (the reading view records a display list instead and
 // reuses it for every tile). The first call on a page of a fresh document loads the page too.

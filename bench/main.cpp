@@ -3,12 +3,22 @@
 #include <QApplication>
 #include <QTextStream>
 
+#include <algorithm>
 #include <cstdio>
 
 std::map<QString, BenchCommand> &benchCommands()
 {
     static std::map<QString, BenchCommand> commands;
     return commands;
+}
+
+double median(std::vector<double> values)
+{
+    if (values.empty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    const size_t mid = values.size() / 2;
+    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
 }
 
 void benchPrint(const QString &name, double value)

@@ -1,4 +1,4 @@
-# Debian packages of the build and of the checks; sourced by scripts/run and scripts/test.
+# Debian packages of the build and of the checks; sourced by the scripts.
 
 FOLIDOC_BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
@@ -6,7 +6,9 @@ FOLIDOC_BUILD_PACKAGES=(
     libmupdf-dev libharfbuzz-dev libfreetype-dev libjbig2dec0-dev libopenjp2-7-dev
     libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
 )
-FOLIDOC_RUN_PACKAGES=(xvfb xauth)
+FOLIDOC_RUN_PACKAGES=(xvfb xauth cups-client)
+# Only the fuzz targets (scripts/fuzz) are built with clang and its libFuzzer runtime.
+FOLIDOC_FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon
     desktop-file-utils appstream)
 

@@ -4,20 +4,15 @@
 // user's last settings, an editing flag the editors keep, and the box a bare click opens.
 // Main thread only.
 
+#include "FDAnnotationClass.h"
+
 #include <kit/engine/PDFAnnotationFreeText.h>
 
-class FDAnnotationFreeText : public PDFAnnotationFreeText
+class FDAnnotationFreeText : public FDAnnotationClass<PDFAnnotationFreeText>
 {
 public:
     // Not editing.
     bool init() override;
-    using PDFAnnotationFreeText::initWithBounds;
-    // Font of "Ann_FreeTextFontName" and "Ann_FreeTextFontSize" (the system font for an unknown
-    // name), text colour of "Ann_FreeTextColor", a clear background, no border.
-    bool initWithBounds(const QRectF &bounds) override;
-    // Takes its properties as given, without the user's settings.
-    bool initWithBounds(
-        const QRectF &bounds, const QString &type, const QVariantMap &properties) override;
 
     // True while an editor is open on it.
     bool isEditing() const { return m_isEditing; }
@@ -26,10 +21,10 @@ public:
     // See adjustBoundsIfNeeded of the free text extension.
     void adjustBoundsIfNeeded();
 
-    // The view tells of changes itself.
-    void postPDFAnnotationVisualsChangedNotificationWithRect(const QRectF &rect) override;
+protected:
+    // Font, text colour and size from the "Ann_FreeText*" settings; transparent, without a border.
+    void applyDefaults() override;
 
 private:
     bool m_isEditing = false;
-    bool m_takesProperties = false;
 };

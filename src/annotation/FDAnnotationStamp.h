@@ -4,11 +4,10 @@
 // to this class; it exists so that the application's stamps stay quiet like its other kinds.
 // Main thread only.
 
+#include "FDAnnotationClass.h"
+
 #include <kit/engine/PDFAnnotationStamp.h>
 
-class FDAnnotationStamp : public PDFAnnotationStamp
+class FDAnnotationStamp : public FDAnnotationClass<PDFAnnotationStamp>
 {
-public:
-    // The view tells of changes itself.
-    void postPDFAnnotationVisualsChangedNotificationWithRect(const QRectF &rect) override;
 };

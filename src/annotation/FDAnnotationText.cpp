@@ -15,24 +15,6 @@ bool FDAnnotationText::init()
     return PDFAnnotationText::init();
 }
 
-bool FDAnnotationText::initWithBounds(const QRectF &bounds)
-{
-    if (!PDFAnnotationText::initWithBounds(bounds))
-        return false;
-    if (!m_takesProperties)
-        AnnotationDefaults::applyToText(*this);
-    return true;
-}
-
-bool FDAnnotationText::initWithBounds(
-    const QRectF &bounds, const QString &type, const QVariantMap &properties)
-{
-    m_takesProperties = true;
-    const bool ok = PDFAnnotationText::initWithBounds(bounds, type, properties);
-    m_takesProperties = false;
-    return ok;
-}
-
 QRectF FDAnnotationText::enclosedBounds() const
 {
     return Geometry::insetRect(bounds(), -HitMargin, -HitMargin);
@@ -43,7 +25,7 @@ std::shared_ptr<PDFAnnotation> FDAnnotationText::copy() const
     return clone(*this);
 }
 
-void FDAnnotationText::postPDFAnnotationVisualsChangedNotificationWithRect(const QRectF &rect)
+void FDAnnotationText::applyDefaults()
 {
-    Q_UNUSED(rect);
+    AnnotationDefaults::applyToText(*this);
 }

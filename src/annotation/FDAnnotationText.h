@@ -4,21 +4,17 @@
 // flag the editors keep, a hit area a little larger than the small icon, and copies made through
 // the pasteboard form. Main thread only.
 
+#include "FDAnnotationClass.h"
+
 #include <kit/engine/PDFAnnotationText.h>
 
 #include <memory>
 
-class FDAnnotationText : public PDFAnnotationText
+class FDAnnotationText : public FDAnnotationClass<PDFAnnotationText>
 {
 public:
     // Not editing.
     bool init() override;
-    using PDFAnnotationText::initWithBounds;
-    // A zero size becomes 24 by 24; the icon is "Ann_TextIconType".
-    bool initWithBounds(const QRectF &bounds) override;
-    // Takes its properties as given, without the user's settings.
-    bool initWithBounds(
-        const QRectF &bounds, const QString &type, const QVariantMap &properties) override;
 
     // True while an editor is open on it.
     bool isEditing() const { return m_isEditing; }
@@ -29,10 +25,10 @@ public:
     // The clone: a note on no page that has lost its icon type.
     std::shared_ptr<PDFAnnotation> copy() const;
 
-    // The view tells of changes itself.
-    void postPDFAnnotationVisualsChangedNotificationWithRect(const QRectF &rect) override;
+protected:
+    // The icon of "Ann_TextIconType"; a zero size has become 24 by 24.
+    void applyDefaults() override;
 
 private:
     bool m_isEditing = false;
-    bool m_takesProperties = false;
 };

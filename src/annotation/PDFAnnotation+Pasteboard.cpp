@@ -20,6 +20,7 @@
 #include <kit/engine/PDFAnnotationPopup.h>
 #include <kit/engine/PDFBorder.h>
 
+#include <cmath>
 #include <optional>
 #include <typeindex>
 #include <unordered_map>
@@ -100,10 +101,18 @@ std::optional<double> numberValue(const QVariantMap &map, const QString &key)
     }
 }
 
-int integerValue(const QVariantMap &map, const QString &key)
+// A number that fits an int, fraction cut off; a value out of range (or NaN) counts as absent.
+std::optional<int> intValue(const QVariantMap &map, const QString &key)
 {
     const std::optional<double> value = numberValue(map, key);
-    return value ? static_cast<int>(*value) : 0;
+    if (!value || !(std::abs(*value) < 2147483648.0))
+        return std::nullopt;
+    return static_cast<int>(*value);
+}
+
+int integerValue(const QVariantMap &map, const QString &key)
+{
+    return intValue(map, key).value_or(0);
 }
 
 QString textValue(const QVariantMap &map, const QString &key)
@@ -236,7 +245,7 @@ bool initWithPasteboardPropertyList(
         annotation.setBorder(nullptr);
     } else {
         const std::optional<double> width = numberValue(propertyList, LineWidthKey);
-        const std::optional<double> style = numberValue(propertyList, StyleKey);
+        const std::optional<int> style = intValue(propertyList, StyleKey);
         const auto pattern = propertyList.constFind(DashPatternKey);
         const bool hasPattern = pattern != propertyList.constEnd();
         if (!propertyList.contains(LineWidthKey) && !propertyList.contains(StyleKey)
@@ -253,7 +262,7 @@ bool initWithPasteboardPropertyList(
             if (hasPattern)
                 border->setDashPattern(PDFBorder::dashPatternFromValue(*pattern));
             if (style)
-                border->setStyle(static_cast<int>(*style));
+                border->setStyle(*style);
         }
     }
 

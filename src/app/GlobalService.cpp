@@ -319,9 +319,23 @@ void GlobalService::restoreWindow(const QVariantMap &record)
     });
 }
 
-void GlobalService::onWindowShouldClose(const Notification &)
+void GlobalService::onWindowShouldClose(const Notification &notification)
 {
-    if (m_isClosingWindowByUser && TabWindowController::allControllers().size() <= 1)
+    if (!m_isClosingWindowByUser || TabWindowController::allControllers().size() > 1)
+        return;
+    // A window that has closed its tabs on its way out stored the list before they went.
+    for (TabWindowController *controller : TabWindowController::allControllers()) {
+        if (controller == notification.sender && controller->tabStripModel()->isEmpty())
+            return;
+    }
+    saveLastOpenedWindows();
+}
+
+void GlobalService::windowWillCloseByUser(const QObject *window)
+{
+    const QList<TabWindowController *> controllers = TabWindowController::allControllers();
+    if (m_isClosingWindowByUser && !m_isTerminating && controllers.size() == 1
+        && controllers.first() == window)
         saveLastOpenedWindows();
 }
 

@@ -67,6 +67,10 @@ public:
     void saveLastOpenedWindowsPeriodically();
     bool restoreLastOpenedWindows();
     void onWindowShouldClose(const Notification &notification);
+    // A window is about to close its tabs and itself. When it is the last one and the person
+    // closes it (not Quit, which stored the list already), that is how people quit here: the
+    // list is stored now, while its tabs are still there, as Quit stores it.
+    void windowWillCloseByUser(const QObject *window);
 
     void onNew();
     void onShowPrefWindow();

@@ -11,6 +11,7 @@
 #include <document/FDDocument.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
+#include <kit/base/UndoManager.h>
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFSelection.h>
 #include <view/FDPDFView.h>
@@ -111,6 +112,10 @@ void PDFContents::observeView(FDPDFView *pdfView)
     NotificationCenter &center = NotificationCenter::defaultCenter();
     center.addObserver(this, FDPDFView::URLDidChangeNotification, pdfView,
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
+    // The steps of a document the view let go of would reach a document it no longer shows.
+    center.addObserver(this, PDFView::DocumentChangedNotification, pdfView,
+        [this, pdfView = QPointer<FDPDFView>(pdfView)](
+            const Notification &) { forgetUndoStepsOf(pdfView); });
     for (const QString &name : { FDDocument::DocumentAnnDidChangeNotification,
              FDDocument::DocumentPageDidChangeNotification }) {
         center.addObserver(
@@ -345,6 +350,8 @@ void PDFContents::destroy(TabStripModel *model)
         pdfView->setDocument(nullptr);
         pdfView->setDelegate2(nullptr);
         pdfView->setDelegate(nullptr);
+        // Letting go may have committed an edit, which registered a step of its own.
+        forgetUndoStepsOf(pdfView);
     }
     NotificationCenter::defaultCenter().removeObserver(this);
     FDContents::destroy(model);
@@ -383,6 +390,35 @@ void PDFContents::swapPDFViews()
     PDFContentsConainer::placeView(m_primaryPDFView, secondaryPlace);
     PDFContentsConainer::placeView(m_secondaryPDFView, primaryPlace);
     post(PDFViewsDidSwapNotification);
+}
+
+void PDFContents::setUndoManager(UndoManager *undoManager)
+{
+    if (undoManager == m_undoManager)
+        return;
+    for (const FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() })
+        forgetUndoStepsOf(pdfView);
+    m_undoManager = undoManager;
+    for (FDPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        if (pdfView)
+            pdfView->setUndoManager(undoManager);
+    }
+}
+
+bool PDFContents::ownsUndoTarget(const void *target) const
+{
+    // Views register as XPDFView, the class that registers steps.
+    for (const XPDFView *const pdfView : { m_primaryPDFView.data(), m_secondaryPDFView.data() }) {
+        if (pdfView && target == pdfView)
+            return true;
+    }
+    return target && target == this;
+}
+
+void PDFContents::forgetUndoStepsOf(const FDPDFView *pdfView)
+{
+    if (m_undoManager && pdfView)
+        m_undoManager->removeAllActionsWithTarget(static_cast<const XPDFView *>(pdfView));
 }
 
 void PDFContents::PDFViewESCKeyDown(XPDFView *sender)

@@ -8,6 +8,7 @@
 #include "FDContents.h"
 #include "PDFContentsConainer.h"
 
+#include <kit/base/UndoManager.h>
 #include <kit/pdfview/PDFViewDelegate.h>
 #include <view/FDPDFView.h>
 #include <view/PDFToolMode.h>
@@ -95,6 +96,15 @@ public:
     QVariantMap lastOpenedWindowsRecord() const override;
     // Each view moves into the other's place; they stay primary and secondary.
     void swapPDFViews();
+
+    // The undo manager of the window the tab is in, given by the window as the tab arrives.
+    // Undo steps are registered with the view as their target; the tab drops a view's steps
+    // when the view shows another document and when the tab closes, so that an undo never
+    // reaches a document that has gone to the saving service.
+    UndoManager *undoManager() const { return m_undoManager; }
+    void setUndoManager(UndoManager *undoManager);
+    // Whether an undo step of that target changes this tab's documents.
+    bool ownsUndoTarget(const void *target) const;
     // The search divider shows only with a search text, a split's divider only in its mode.
     bool splitViewShouldHideDivider(const QSplitter *splitView) const;
 
@@ -117,6 +127,7 @@ private:
     void applySidebarMode();
     void post(const QString &name, const QVariantMap &userInfo = {});
     void observeView(FDPDFView *view);
+    void forgetUndoStepsOf(const FDPDFView *view);
 
     QPointer<QSplitter> m_searchSplitView;
     QPointer<QSplitter> m_sidebarSplitView;
@@ -136,4 +147,5 @@ private:
     PDFSidebarMode m_sidebarMode = PDFSidebarMode::thumbnails;
     std::optional<QString> m_queryString;
     QPointer<PDFContentsConainer> m_container;
+    QPointer<UndoManager> m_undoManager;
 };

@@ -48,6 +48,9 @@ bool PDFWindowController::validateDocumentCommand(QAction *item)
         return document && document->numberOfChanges() > 0;
     if (is(command, "PDF_saveDocumentAs:") || is(command, "PDF_showInFinder:"))
         return hasFile;
+    // Without a split the second view is hidden: swapping would show an empty one.
+    if (is(command, "PDF_onSplitViewSwap:"))
+        return contents->splitMode() != PDFSplitViewMode::none;
     if (is(command, "PDF_onChangeToolMode:"))
         item->setChecked(contents->toolMode() == tag);
     else if (is(command, "PDF_onChangeDisplayMode:"))

@@ -7,6 +7,7 @@
 #include "FDToolbarController.h"
 #include "GlobalService.h"
 #include "NewTabContents.h"
+#include "PDFContents.h"
 #include "PDFWindowMenus.h"
 
 #include <appearance/FDTheme.h>
@@ -15,15 +16,18 @@
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/Workspace.h>
+#include <kit/engine/PDFDocument.h>
 #include <kit/tabs/TabStripModel.h>
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QRegularExpression>
 #include <QVBoxLayout>
 
 namespace {
@@ -41,6 +45,33 @@ bool isFileDrop(const QMimeData *data)
     const QList<QUrl> urls = data->urls();
     return std::any_of(urls.begin(), urls.end(),
         [](const QUrl &url) { return url.isLocalFile() && QFileInfo(url.toLocalFile()).isFile(); });
+}
+
+// One string per file, however the URL spells it: without the fragment (a page to go to), and
+// for a local file its canonical path, so that links and ".." lead to the same file. Empty for
+// no URL.
+QString fileIdentity(const QUrl &url)
+{
+    if (url.isEmpty())
+        return {};
+    const QUrl file = url.adjusted(QUrl::RemoveFragment);
+    if (!file.isLocalFile())
+        return file.toString(QUrl::FullyEncoded);
+    const QFileInfo info(file.toLocalFile());
+    const QString canonical = info.canonicalFilePath();
+    return QUrl::fromLocalFile(
+        canonical.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : canonical)
+        .toString(QUrl::FullyEncoded);
+}
+
+// The page a URL's fragment names ("#3": the fourth), or -1.
+int pageIndexOfFragment(const QUrl &url)
+{
+    static const QRegularExpression decimal(QStringLiteral("^[0-9]+$"));
+    const QString fragment = url.fragment();
+    bool ok = false;
+    const int index = decimal.match(fragment).hasMatch() ? fragment.toInt(&ok) : -1;
+    return ok ? index : -1;
 }
 
 } // namespace
@@ -86,6 +117,15 @@ void PDFWindowController::commonInit()
         this, [this] { NotificationCenter::defaultCenter().post(DidCreateNotification, this); });
 }
 
+bool PDFWindowController::event(QEvent *event)
+{
+    // Sent for every key press before the shortcuts are matched, and up from the focus widget
+    // to here unless a widget claims the key (a text field its editing keys).
+    if (event->type() == QEvent::ShortcutOverride && m_menus)
+        m_menus->validateKeys();
+    return TabWindowController::event(event);
+}
+
 void PDFWindowController::applyTheme()
 {
     // The menu bar sits above the tab strip and takes the frame's colours with it.
@@ -126,15 +166,27 @@ QList<TabContents *> PDFWindowController::allContents()
 
 bool PDFWindowController::selectContentsBy(const QUrl &url)
 {
+    return selectContentsWithFile(url) != nullptr;
+}
+
+TabContents *PDFWindowController::selectContentsWithFile(const QUrl &url)
+{
+    const QString wanted = fileIdentity(url);
+    if (wanted.isEmpty())
+        return nullptr;
     const QList<TabWindowController *> controllers = allControllers();
     for (TabWindowController *controller : controllers) {
-        if (controller->tabStripModel()->selectTabContentsByURL(url)) {
+        TabStripModel *const model = controller->tabStripModel();
+        for (int index = 0; index < model->count(); ++index) {
+            if (fileIdentity(QUrl(model->getTabContentsAtIndex(index)->url())) != wanted)
+                continue;
+            model->selectTabContentsAt(index, true);
             if (auto *const window = qobject_cast<PDFWindowController *>(controller))
                 window->makeKeyAndOrderFront();
-            return true;
+            return model->getTabContentsAtIndex(index);
         }
     }
-    return false;
+    return nullptr;
 }
 
 FDContents *PDFWindowController::selectedContents() const
@@ -163,8 +215,16 @@ void PDFWindowController::makeKeyAndOrderFront()
 TabContents *PDFWindowController::openPDFDocumentWithURL(
     const QUrl &url, bool reuseNewTab, bool foreground)
 {
-    if (!url.isEmpty() && selectContentsBy(url))
-        return tabStripModel()->getSelectedTabContents();
+    if (TabContents *const open = url.isEmpty() ? nullptr : selectContentsWithFile(url)) {
+        // A link into a document that is open already lands on its page there.
+        auto *const contents = qobject_cast<PDFContents *>(open);
+        FDPDFView *const view = contents ? contents->primaryPDFView() : nullptr;
+        const auto document = view ? view->document() : nullptr;
+        const int pageIndex = pageIndexOfFragment(url);
+        if (document && pageIndex >= 0 && pageIndex < document->pageCount())
+            view->goToPage(document->pageAtIndex(pageIndex));
+        return open;
+    }
     if (!documentContentsMaker())
         return nullptr;
     std::unique_ptr<FDContents> contents = documentContentsMaker()(url);
@@ -265,6 +325,21 @@ void PDFWindowController::hideInfoBanner()
     m_infoBannerContainer->hide();
 }
 
+void PDFWindowController::tabInsertedAt(TabContents *contents, int index, bool foreground)
+{
+    TabWindowController::tabInsertedAt(contents, index, foreground);
+    if (auto *const document = qobject_cast<PDFContents *>(contents))
+        document->setUndoManager(undoManager());
+}
+
+void PDFWindowController::tabReplacedAt(
+    TabContents *oldContents, TabContents *newContents, int index)
+{
+    TabWindowController::tabReplacedAt(oldContents, newContents, index);
+    if (auto *const document = qobject_cast<PDFContents *>(newContents))
+        document->setUndoManager(undoManager());
+}
+
 std::unique_ptr<TabContents> PDFWindowController::createBlankTabContents()
 {
     return std::make_unique<NewTabContents>();
@@ -290,6 +365,9 @@ bool PDFWindowController::closeTabAt(int index)
 
 bool PDFWindowController::windowShouldClose(QWidget *sender)
 {
+    // Closing the last window is quitting: the list of windows is stored with its tabs first.
+    if (GlobalService *const service = GlobalService::shared())
+        service->windowWillCloseByUser(this);
     m_isClosingTabByUser = false;
     TabStripModel *const model = tabStripModel();
     // Tabs with questions first, each shown while it asks. Closing shifts the indexes while the
@@ -328,6 +406,8 @@ bool PDFWindowController::validateMenuItem(QAction *item)
     item->setChecked(false);
     if (command.startsWith(QLatin1String("PDF_")))
         return validateDocumentCommand(item);
+    if (editCommands().contains(command))
+        return validateEditCommand(item);
     if (command == QLatin1String("onChangeTheme:")) {
         item->setChecked(FDThemeProvider::current()->id() == item->data().toInt());
         return true;
@@ -343,11 +423,16 @@ bool PDFWindowController::validateMenuItem(QAction *item)
 
 void PDFWindowController::performCommand(QAction *item)
 {
+    // An item may have been enabled when something else changed the state since.
+    if (!validateMenuItem(item))
+        return;
     const QString command = item->objectName();
     const int tag = item->data().toInt();
     TabStripModel *const model = tabStripModel();
     if (command.startsWith(QLatin1String("PDF_"))) {
         performDocumentCommand(item);
+    } else if (editCommands().contains(command)) {
+        performEditCommand(item);
     } else if (command == QLatin1String("newDocument:")) {
         newDocument();
     } else if (command == QLatin1String("openDocument:")) {

@@ -9,7 +9,9 @@
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 
+class EditCommandResponder;
 class FDContents;
 class FDPDFView;
 class FDToolbarController;
@@ -40,7 +42,9 @@ public:
     static QList<PDFWindowController *> all();
     // Every tab of every window, windows in order.
     static QList<TabContents *> allContents();
-    // Selects the tab showing url in whichever window has it and brings that window forward.
+    // Selects the tab showing the file at url in whichever window has it and brings that window
+    // forward. A file is found by its canonical path, whatever the fragment and the spelling
+    // of its path (links, "..").
     static bool selectContentsBy(const QUrl &url);
 
     QWidget *infoBannerContainer() const { return m_infoBannerContainer; }
@@ -66,10 +70,15 @@ public:
     // Shows the theme picker below the toolbar's theme button.
     void onThemeButtonClickedWithButton(QWidget *button);
 
-    // The menu commands: each item is named by its command and carries its tag.
+    // The menu commands: each item is named by its command and carries its tag. A command is
+    // validated when its menu opens, when a key is pressed and when its item triggers, and does
+    // nothing when it is off.
     PDFWindowMenus *menus() const { return m_menus; }
     bool validateMenuItem(QAction *item);
     void performCommand(QAction *item);
+    // "undo:", "redo:", "cut:", "copy:", "paste:", "delete:", "selectAll:": they go to the focus
+    // widget and up its parents (EditCommandResponder); undo and redo end at undoManager().
+    static const QStringList &editCommands();
 
     std::unique_ptr<TabContents> createBlankTabContents() override;
     std::unique_ptr<ContentsToolbarController> createToolbarController() override;
@@ -78,15 +87,28 @@ public:
 
 protected:
     void commonInit() override;
+    // Keys are matched against the commands as they are now (PDFWindowMenus::validateKeys).
+    bool event(QEvent *event) override;
+    // Document tabs get the window's undo manager as they arrive.
+    void tabInsertedAt(TabContents *contents, int index, bool foreground) override;
+    void tabReplacedAt(TabContents *oldContents, TabContents *newContents, int index) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
+    // selectContentsBy, answering the tab it selected.
+    static TabContents *selectContentsWithFile(const QUrl &url);
     // In place of a selected start tab when reuseNewTab allows, else appended.
     void placeContents(std::unique_ptr<TabContents> contents, bool reuseNewTab, bool foreground);
     bool closeTabAt(int index);
     bool validateDocumentCommand(QAction *item);
     void performDocumentCommand(QAction *item);
+    // The first in the chain from the focus widget that takes command; holder keeps one made
+    // for a widget that has no responder of its own.
+    EditCommandResponder *editCommandResponder(
+        const QString &command, std::unique_ptr<EditCommandResponder> &holder);
+    bool validateEditCommand(QAction *item);
+    void performEditCommand(QAction *item);
     void applyTheme();
     void onUserDropFile(const QUrl &url);
 

@@ -34,11 +34,31 @@ PDFWindowMenus::PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar)
     fillHelpMenu();
 }
 
+QList<QKeySequence> PDFWindowMenus::keys(
+    const QList<QKeySequence> &first, const QList<QKeySequence> &more)
+{
+    QList<QKeySequence> all = first;
+    for (const QKeySequence &key : more) {
+        if (!all.contains(key))
+            all.append(key);
+    }
+    return all;
+}
+
 QMenu *PDFWindowMenus::addMenu(const QString &title)
 {
     QMenu *const menu = m_menuBar->addMenu(title);
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { validateMenu(menu); });
     return menu;
+}
+
+void PDFWindowMenus::validateKeys()
+{
+    const QList<QAction *> actions = allActions();
+    for (QAction *action : actions) {
+        if (!action->shortcuts().isEmpty())
+            action->setEnabled(m_window->validateMenuItem(action));
+    }
 }
 
 QAction *PDFWindowMenus::add(QMenu *menu, const QString &title, const QString &command, int tag,
@@ -161,6 +181,24 @@ void PDFWindowMenus::fillRecentMenu()
 void PDFWindowMenus::fillEditMenu()
 {
     QMenu *const edit = addMenu(tr("&Edit"));
+    add(edit, tr("Undo"), QStringLiteral("undo:"), 0,
+        standardKeys(QKeySequence::Undo, QKeySequence(Qt::CTRL | Qt::Key_Z)));
+    add(edit, tr("Redo"), QStringLiteral("redo:"), 0,
+        keys(standardKeys(QKeySequence::Redo, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)),
+            { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z),
+                QKeySequence(Qt::CTRL | Qt::Key_Y) }));
+    edit->addSeparator();
+    add(edit, tr("Cut"), QStringLiteral("cut:"), 0,
+        standardKeys(QKeySequence::Cut, QKeySequence(Qt::CTRL | Qt::Key_X)));
+    add(edit, tr("Copy"), QStringLiteral("copy:"), 0,
+        standardKeys(QKeySequence::Copy, QKeySequence(Qt::CTRL | Qt::Key_C)));
+    add(edit, tr("Paste"), QStringLiteral("paste:"), 0,
+        standardKeys(QKeySequence::Paste, QKeySequence(Qt::CTRL | Qt::Key_V)));
+    add(edit, tr("Delete"), QStringLiteral("delete:"), 0,
+        standardKeys(QKeySequence::Delete, QKeySequence(Qt::Key_Delete)));
+    add(edit, tr("Select All"), QStringLiteral("selectAll:"), 0,
+        standardKeys(QKeySequence::SelectAll, QKeySequence(Qt::CTRL | Qt::Key_A)));
+    edit->addSeparator();
     add(edit, tr("Find…"), QStringLiteral("performFindPanelAction:"), 0,
         standardKeys(QKeySequence::Find, QKeySequence(Qt::CTRL | Qt::Key_F)));
     edit->addSeparator();
@@ -179,17 +217,22 @@ void PDFWindowMenus::fillViewMenu()
     add(view, tr("Fit Width"), QStringLiteral("PDF_onZoomFitWidth:"));
     add(view, tr("Fit Page"), QStringLiteral("PDF_onZoomFitPage:"));
     add(view, tr("Zoom In"), QStringLiteral("PDF_onZoomIn:"), 0,
-        standardKeys(QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Plus)));
+        keys(standardKeys(QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Plus)),
+            { QKeySequence(Qt::CTRL | Qt::Key_Equal) }));
     add(view, tr("Zoom Out"), QStringLiteral("PDF_onZoomOut:"), 0,
         standardKeys(QKeySequence::ZoomOut, QKeySequence(Qt::CTRL | Qt::Key_Minus)));
     view->addSeparator();
     add(view, tr("Sidebar"), QStringLiteral("PDF_onShowSidebar:"), 0,
-        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S) });
+        { QKeySequence(Qt::Key_F9), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S) });
     QMenu *const sidebar = view->addMenu(tr("Sidebar Contents"));
-    add(sidebar, tr("Thumbnails"), QStringLiteral("PDF_onChangeSidebarMode:"), 0);
-    add(sidebar, tr("Table of Contents"), QStringLiteral("PDF_onChangeSidebarMode:"), 1);
-    add(sidebar, tr("Annotations"), QStringLiteral("PDF_onChangeSidebarMode:"), 2);
-    add(sidebar, tr("Bookmarks"), QStringLiteral("PDF_onChangeSidebarMode:"), 3);
+    const QString sidebarMode = QStringLiteral("PDF_onChangeSidebarMode:");
+    add(sidebar, tr("Thumbnails"), sidebarMode, 0,
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_1) });
+    add(sidebar, tr("Table of Contents"), sidebarMode, 1,
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_2) });
+    add(sidebar, tr("Annotations"), sidebarMode, 2,
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_3) });
+    add(sidebar, tr("Bookmarks"), sidebarMode, 3, { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_4) });
     QMenu *const split = view->addMenu(tr("Split View"));
     add(split, tr("No Split"), QStringLiteral("PDF_onChangeSplitMode:"), 0);
     add(split, tr("Split Horizontally"), QStringLiteral("PDF_onChangeSplitMode:"), 1);
@@ -218,21 +261,26 @@ void PDFWindowMenus::fillToolsMenu()
 {
     QMenu *const tools = addMenu(tr("&Tools"));
     const QString command = QStringLiteral("PDF_onChangeToolMode:");
-    add(tools, tr("Select Text"), command, PDFToolModeTextSelection);
-    add(tools, tr("Select Area"), command, PDFToolModeAreaSelection);
-    add(tools, tr("Hand"), command, PDFToolModeHand);
-    add(tools, tr("Zoom"), command, PDFToolModeZoom);
-    add(tools, tr("Eraser"), command, PDFToolModeEraser);
+    const auto key = [](int modifiers, int digit) {
+        return QList<QKeySequence> { QKeySequence(modifiers | (Qt::Key_0 + digit)) };
+    };
+    const int ctrl = Qt::CTRL;
+    const int alt = Qt::ALT;
+    add(tools, tr("Select Text"), command, PDFToolModeTextSelection, key(ctrl, 1));
+    add(tools, tr("Select Area"), command, PDFToolModeAreaSelection, key(ctrl, 2));
+    add(tools, tr("Hand"), command, PDFToolModeHand, key(ctrl, 3));
+    add(tools, tr("Zoom"), command, PDFToolModeZoom, key(ctrl, 4));
+    add(tools, tr("Eraser"), command, PDFToolModeEraser, key(alt, 0));
     tools->addSeparator();
-    add(tools, tr("Highlight"), command, PDFToolModeAnnHighlight);
-    add(tools, tr("Underline"), command, PDFToolModeAnnUnderline);
-    add(tools, tr("Strike Out"), command, PDFToolModeAnnStrikeOut);
-    add(tools, tr("Text Box"), command, PDFToolModeAnnFreeText);
-    add(tools, tr("Note"), command, PDFToolModeAnnText);
-    add(tools, tr("Circle"), command, PDFToolModeAnnCircle);
-    add(tools, tr("Rectangle"), command, PDFToolModeAnnSquare);
-    add(tools, tr("Line"), command, PDFToolModeAnnLine);
-    add(tools, tr("Pen"), command, PDFToolModeAnnInk);
+    add(tools, tr("Highlight"), command, PDFToolModeAnnHighlight, key(alt, 1));
+    add(tools, tr("Underline"), command, PDFToolModeAnnUnderline, key(alt, 2));
+    add(tools, tr("Strike Out"), command, PDFToolModeAnnStrikeOut, key(alt, 3));
+    add(tools, tr("Text Box"), command, PDFToolModeAnnFreeText, key(alt, 4));
+    add(tools, tr("Note"), command, PDFToolModeAnnText, key(alt, 5));
+    add(tools, tr("Circle"), command, PDFToolModeAnnCircle, key(alt, 6));
+    add(tools, tr("Rectangle"), command, PDFToolModeAnnSquare, key(alt, 7));
+    add(tools, tr("Line"), command, PDFToolModeAnnLine, key(alt, 8));
+    add(tools, tr("Pen"), command, PDFToolModeAnnInk, key(alt, 9));
 }
 
 void PDFWindowMenus::fillGoMenu()

@@ -1,8 +1,9 @@
 #pragma once
 
 // The menu bar of a document window: every command of the window and the application, each an
-// action named by its command ("PDF_saveDocument:") with the tag of its item, validated by the
-// window each time a menu opens. Main thread only.
+// action named by its command ("PDF_saveDocument:") with the tag of its item and its keys. The
+// window validates an item each time its menu opens, each time a key is pressed in the window
+// (before Qt matches the key), and when the item triggers. Main thread only.
 
 #include <QKeySequence>
 #include <QObject>
@@ -24,6 +25,10 @@ public:
     // Validates every item of menu, as when the person opens it; the recent documents are read
     // anew then.
     void validateMenu(QMenu *menu);
+    // Validates every item that has keys, before a key press is matched against them: a command
+    // that is off now leaves its key to the widget with the focus, one that is on takes it,
+    // whatever the state was when its menu was last shown.
+    void validateKeys();
     // File > Open Recent: one item per recent document ("openRecentDocument:", its index as tag),
     // newest first, then "Clear" ("clearRecentDocuments:").
     QMenu *recentMenu() const { return m_recentMenu; }
@@ -35,6 +40,9 @@ public:
         QKeySequence::StandardKey key, const QKeySequence &fallback);
 
 private:
+    // first, then each of more that first lacks.
+    static QList<QKeySequence> keys(
+        const QList<QKeySequence> &first, const QList<QKeySequence> &more);
     QMenu *addMenu(const QString &title);
     QAction *add(QMenu *menu, const QString &title, const QString &command, int tag = 0,
         const QList<QKeySequence> &keys = {});

@@ -2,7 +2,9 @@
 
 #include "Logger.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -138,6 +140,34 @@ QString copyMetadata(const QByteArray &original, int fd)
     return copyUserAttributes(original, fd);
 }
 
+// The last part of a name that mkostemp() makes.
+bool isTemporarySuffix(QStringView suffix)
+{
+    if (suffix.size() != 6)
+        return false;
+    for (const QChar c : suffix) {
+        if (!(c.isDigit() || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z')))
+            return false;
+    }
+    return true;
+}
+
+bool isOurLeftover(const QString &path, qint64 now)
+{
+    const QByteArray native = QFile::encodeName(path);
+    struct stat status
+    {
+    };
+    if (::lstat(native.constData(), &status) != 0 || !S_ISREG(status.st_mode)
+        || status.st_uid != ::geteuid()
+        || qint64(status.st_mtim.tv_sec) > now - AtomicFileWriter::LeftoverAge)
+        return false;
+    if (status.st_size == 0)
+        return true;
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(5) == "%PDF-";
+}
+
 // Closes and removes the temporary file unless it was renamed into place.
 class TemporaryFile
 {
@@ -222,4 +252,31 @@ QString AtomicFileWriter::write(const QString &path, const QByteArray &data)
     if (folderFd >= 0)
         ::close(folderFd);
     return {};
+}
+
+int AtomicFileWriter::removeLeftovers(const QString &path)
+{
+    QString error;
+    const std::optional<QString> target = resolveTarget(path, &error);
+    if (!target)
+        return 0;
+    const QFileInfo targetInfo(*target);
+    const QString prefix = QLatin1Char('.') + targetInfo.fileName() + QLatin1Char('.');
+    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    int removed = 0;
+    // No name filter: its wildcards would read brackets in the file's own name as patterns.
+    QDirIterator entries(targetInfo.absolutePath(), QDir::Files | QDir::Hidden);
+    while (entries.hasNext()) {
+        const QString candidate = entries.next();
+        const QString name = entries.fileName();
+        if (!name.startsWith(prefix) || !isTemporarySuffix(QStringView(name).mid(prefix.size()))
+            || !isOurLeftover(candidate, now))
+            continue;
+        if (::unlink(QFile::encodeName(candidate).constData()) == 0) {
+            ++removed;
+            Logger::info(
+                QStringLiteral("Removed %1, left by a save that did not end").arg(candidate));
+        }
+    }
+    return removed;
 }

@@ -1,5 +1,6 @@
 #include "FDDocument.h"
 
+#include "AtomicFileWriter.h"
 #include "FDDocumentDelegate.h"
 #include "FDPage.h"
 #include "PDFSavingService.h"
@@ -73,10 +74,17 @@ bool FDDocument::initWithURL(const QUrl &url, const std::shared_ptr<PDFDocumentD
 {
     // The application's delegate decides annotation classes while the file is read.
     m_pageClassDelegate->applicationDelegate = delegate;
+    // Taken before reading: a change while the file is read shows at the next save.
+    const QString path = url.isEmpty() ? QString() : url.toLocalFile();
+    const std::optional<FileIdentity> identity = FileIdentity::of(path);
     const bool ok = url.isEmpty() ? PDFDocument::init() : PDFDocument::initWithURL(url);
     if (!ok)
         return false;
     setFileURL(url);
+    if (!path.isEmpty()) {
+        setFileIdentity(path, identity);
+        AtomicFileWriter::removeLeftovers(path);
+    }
     resetWith(delegate);
     return true;
 }
@@ -133,6 +141,25 @@ void FDDocument::setXattrItemsToSave(const std::optional<QList<FDXAttrItem>> &it
 {
     const QMutexLocker locker(&m_sharedFieldsMutex);
     m_xattrItemsToSave = items;
+}
+
+std::optional<FileIdentity> FDDocument::fileIdentity(const QString &path) const
+{
+    const QMutexLocker locker(&m_sharedFieldsMutex);
+    return path == m_identityPath ? m_fileIdentity : std::nullopt;
+}
+
+void FDDocument::setFileIdentity(const QString &path, const std::optional<FileIdentity> &identity)
+{
+    const QMutexLocker locker(&m_sharedFieldsMutex);
+    m_identityPath = path;
+    m_fileIdentity = identity;
+}
+
+void FDDocument::restoreChanges(int count)
+{
+    m_numberOfOtherChanges += count;
+    postChange(DocumentAnnDidChangeNotification);
 }
 
 void FDDocument::setNumberOfAnnotationChanges(int count)

@@ -2,8 +2,10 @@
 
 // The application's document: a PDFDocument that knows its file, counts unsaved changes by kind,
 // keeps the bookmark list, warns once when its file can't be written, and hands itself to the
-// saving service. Every page it builds is an FDPage. Main thread only, except fileURL() and
-// xattrItemsToSave(), which the saving queues read.
+// saving service. Every page it builds is an FDPage. Main thread only, except fileURL(),
+// xattrItemsToSave() and the file's identity, which the saving queues use.
+
+#include "FileIdentity.h"
 
 #include <kit/engine/PDFDocument.h>
 
@@ -81,6 +83,12 @@ public:
     std::optional<QList<FDXAttrItem>> xattrItemsToSave() const; // any thread
     void setXattrItemsToSave(const std::optional<QList<FDXAttrItem>> &items);
 
+    // The state of the file at path when the document last read or wrote it; nothing when the
+    // document has not seen that file. A save compares it with the file to find changes made
+    // by other programs. Any thread.
+    std::optional<FileIdentity> fileIdentity(const QString &path) const;
+    void setFileIdentity(const QString &path, const std::optional<FileIdentity> &identity);
+
     // Writing either of the first two runs the write check, then posts its notification.
     int numberOfAnnotationChanges() const { return m_numberOfAnnotationChanges; }
     void setNumberOfAnnotationChanges(int count);
@@ -92,6 +100,8 @@ public:
     // 0 resets all three counters (annotation, then page, notifying). Any other value is only a
     // flag: the other counter becomes the current total, and the value itself is not stored.
     void setNumberOfChanges(int count);
+    // Counts again, and shows, the changes of a save that did not write them.
+    void restoreChanges(int count);
 
     QString title() const; // "Untitled" without a URL
     static QString digestTitleFrom(const QUrl &url); // "(empty)" for an empty URL
@@ -148,6 +158,8 @@ private:
     QPointer<QObject> m_pdfView;
     bool m_hasCheckedWritePermission = false;
     std::optional<QList<FDXAttrItem>> m_xattrItemsToSave;
+    QString m_identityPath;
+    std::optional<FileIdentity> m_fileIdentity;
     int m_numberOfAnnotationChanges = 0;
     int m_numberOfPageChanges = 0;
     int m_numberOfOtherChanges = 0;

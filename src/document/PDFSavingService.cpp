@@ -26,6 +26,12 @@ bool PDFSavingService::addTask(const std::shared_ptr<FDDocument> &document)
     return executor.add(document);
 }
 
+bool PDFSavingService::addAttributesTask(const std::shared_ptr<FDDocument> &document)
+{
+    TaskExcutor &executor = document->isBigFile() ? *m_slowExcutor : *m_fastExcutor;
+    return executor.add(document, Task::Attributes);
+}
+
 std::shared_ptr<FDDocument> PDFSavingService::getDocumentByURL(const QUrl &url) const
 {
     if (std::shared_ptr<FDDocument> document = m_fastExcutor->getDocumentByURL(url))

@@ -21,6 +21,10 @@ public:
     // Hands the document to the slow executor from 1001 pages on, else to the fast one; false
     // when the document has no URL.
     bool addTask(const std::shared_ptr<FDDocument> &document);
+    // Writes only the document's pending attributes to its file, in turn with the saves of that
+    // file on the same executor; the bytes and the modification time stay. A file that can't
+    // take attributes, or that another program replaced, is left as it is without a word.
+    bool addAttributesTask(const std::shared_ptr<FDDocument> &document);
     // The document being saved to url (pending before running, fast before slow), or null.
     std::shared_ptr<FDDocument> getDocumentByURL(const QUrl &url) const;
     // Pending and running tasks of both executors.

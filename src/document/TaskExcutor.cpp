@@ -3,14 +3,10 @@
 #include "AtomicFileWriter.h"
 #include "Common.h"
 #include "FDDocument.h"
-#include "FDError.h"
 #include "Logger.h"
-#include "Task.h"
+#include "SaveReport.h"
 
-#include <app/Alert.h>
 #include <kit/base/MainQueue.h>
-
-#include <QFileInfo>
 
 namespace {
 
@@ -26,6 +22,29 @@ QString checkParses(const QByteArray &bytes)
     return QStringLiteral("The saved bytes are not a readable PDF (%1).").arg(probe->errorString());
 }
 
+// A file that is gone has nothing to lose; one never seen by the document is the user's choice
+// from a save panel.
+bool isChangedByAnotherProgram(const FDDocument &document, const QString &path)
+{
+    const std::optional<FileIdentity> known = document.fileIdentity(path);
+    const std::optional<FileIdentity> now = FileIdentity::of(path);
+    return known && now && *known != *now;
+}
+
+void writeAttributes(const FDDocument &document, const QUrl &url)
+{
+    const std::optional<QList<FDXAttrItem>> items = document.xattrItemsToSave();
+    for (const FDXAttrItem &item : items.value_or(QList<FDXAttrItem>()))
+        FDSetXAttr(url, item.name, item.data);
+}
+
+TaskOutcome failure(TaskOutcome outcome, const QString &error)
+{
+    outcome.result = TaskOutcome::Failed;
+    outcome.error = error;
+    return outcome;
+}
+
 } // namespace
 
 TaskExcutor::TaskExcutor(int concurrency, const QString &label, QThread::Priority priority)
@@ -36,14 +55,20 @@ TaskExcutor::TaskExcutor(int concurrency, const QString &label, QThread::Priorit
     m_queue.setThreadPriority(priority);
 }
 
-bool TaskExcutor::add(const std::shared_ptr<FDDocument> &document)
+bool TaskExcutor::add(const std::shared_ptr<FDDocument> &document, Task::Kind kind)
 {
     const QUrl url = document->fileURL();
     if (url.isEmpty())
         return false;
-    m_pendingTasks.removeIf(
-        [&url](const std::shared_ptr<Task> &task) { return task->URL() == url; });
-    m_pendingTasks.append(std::make_shared<Task>(document));
+    const auto isForURL = [&url](const std::shared_ptr<Task> &task) { return task->URL() == url; };
+    if (kind == Task::Attributes) {
+        for (const std::shared_ptr<Task> &task : m_pendingTasks) {
+            if (isForURL(task) && task->kind() == Task::Save)
+                return true;
+        }
+    }
+    m_pendingTasks.removeIf(isForURL);
+    m_pendingTasks.append(std::make_shared<Task>(document, kind));
     schedule();
     return true;
 }
@@ -52,7 +77,9 @@ std::shared_ptr<FDDocument> TaskExcutor::getDocumentByURL(const QUrl &url) const
 {
     for (const RefArray<Task> *tasks : { &m_pendingTasks, &m_runningTasks }) {
         for (const std::shared_ptr<Task> &task : *tasks) {
-            if (task->URL() == url)
+            // A document that only has its reading position written holds no edits: a view that
+            // opens the file reads it afresh.
+            if (task->URL() == url && task->kind() == Task::Save)
                 return task->document();
         }
     }
@@ -78,14 +105,19 @@ void TaskExcutor::schedule()
         if (!url.isEmpty() && isRunning(url))
             break;
         m_pendingTasks.takeFirst();
+        if (head->kind() == Task::Attributes) {
+            m_runningTasks.append(head);
+            postWrite(head, QByteArray());
+            continue;
+        }
         document->attachBookmarksToOutlineTree();
         if (document->pdfView()) {
             // The user may go on editing: the bytes are fixed now, on the main thread.
             QByteArray bytes = document->dataRepresentation();
             if (bytes.isEmpty()) {
-                Logger::warn(QStringLiteral("Saving %1: no bytes (%2)")
-                                 .arg(url.toString(), document->errorString()));
                 document->detachBookmarksFromOutlineTree();
+                TaskOutcome outcome;
+                fail(head, failure(outcome, document->errorString()), true);
                 continue;
             }
             m_runningTasks.append(head);
@@ -104,51 +136,89 @@ void TaskExcutor::schedule()
 void TaskExcutor::postWrite(std::shared_ptr<Task> task, const QByteArray &bytes)
 {
     m_queue.start([this, task = std::move(task), bytes]() mutable {
-        const std::shared_ptr<FDDocument> &document = task->document();
-        QByteArray data = bytes;
-        if (data.isNull()) {
-            data = document->dataRepresentation();
-            if (data.isEmpty()) {
-                // The task stays among the running ones, as the scheduler expects.
-                Logger::warn(QStringLiteral("Saving %1: no bytes (%2)")
-                                 .arg(task->URL().toString(), document->errorString()));
-                return;
-            }
-        }
-        const QUrl url = document->fileURL();
-        if (url.isEmpty())
-            return;
-        QString error = checkParses(data);
-        if (error.isEmpty())
-            error = AtomicFileWriter::write(url.toLocalFile(), data);
-        if (error.isEmpty()) {
-            const std::optional<QList<FDXAttrItem>> items = document->xattrItemsToSave();
-            for (const FDXAttrItem &item : items.value_or(QList<FDXAttrItem>()))
-                FDSetXAttr(url, item.name, item.data);
-        }
+        const TaskOutcome outcome = perform(*task, bytes);
         // The task, and with it perhaps the last hold on the document, is released there.
-        MainQueue::sync([this, &task, &error] { finish(std::move(task), error); });
+        MainQueue::sync([this, &task, &outcome] { finish(std::move(task), outcome); });
     });
 }
 
-void TaskExcutor::finish(std::shared_ptr<Task> task, const QString &error)
+TaskOutcome TaskExcutor::perform(const Task &task, QByteArray bytes)
+{
+    const FDDocument &document = *task.document();
+    TaskOutcome outcome;
+    const QUrl url = document.fileURL();
+    if (url.isEmpty())
+        return failure(outcome, QStringLiteral("The document has no file."));
+    outcome.path = url.toLocalFile();
+    if (task.kind() == Task::Attributes) {
+        // The place belongs to the file that was read; another one in its stead keeps its own.
+        if (isChangedByAnotherProgram(document, outcome.path))
+            outcome.result = TaskOutcome::Skipped;
+        else
+            writeAttributes(document, url);
+        return outcome;
+    }
+    AtomicFileWriter::removeLeftovers(outcome.path);
+    if (bytes.isNull()) {
+        bytes = document.dataRepresentation();
+        if (bytes.isEmpty())
+            return failure(outcome,
+                QStringLiteral("The document could not be made into bytes (%1).")
+                    .arg(document.errorString()));
+    }
+    outcome.bytes = bytes;
+    if (const QString error = checkParses(bytes); !error.isEmpty())
+        return failure(outcome, error);
+    if (isChangedByAnotherProgram(document, outcome.path)) {
+        outcome.result = TaskOutcome::FileChanged;
+        return outcome;
+    }
+    if (const QString error = AtomicFileWriter::write(outcome.path, bytes); !error.isEmpty())
+        return failure(outcome, error);
+    outcome.written = FileIdentity::of(outcome.path);
+    writeAttributes(document, url);
+    return outcome;
+}
+
+void TaskExcutor::finish(std::shared_ptr<Task> task, const TaskOutcome &outcome)
 {
     m_runningTasks.remove(task);
-    task->document()->setIsOutlineInUseBySave(false);
-    if (error.isEmpty()) {
-        schedule();
-        return;
-    }
     const std::shared_ptr<FDDocument> &document = task->document();
-    Logger::warn(QStringLiteral("Saving %1 failed: %2").arg(document->fileURL().toString(), error));
+    document->setIsOutlineInUseBySave(false);
+    switch (outcome.result) {
+    case TaskOutcome::Written:
+        if (task->kind() == Task::Save)
+            document->setFileIdentity(outcome.path, outcome.written);
+        break;
+    case TaskOutcome::Skipped:
+        break;
+    case TaskOutcome::FileChanged:
+        // The edits stay the document's until the user says where they go.
+        document->restoreChanges(task->numberOfChanges());
+        SaveReport::resolveChangedFile(document, outcome.path, outcome.bytes);
+        break;
+    case TaskOutcome::Failed:
+        fail(task, outcome, false);
+        break;
+    }
+    schedule();
+}
+
+void TaskExcutor::fail(const std::shared_ptr<Task> &task, const TaskOutcome &outcome, bool later)
+{
+    const std::shared_ptr<FDDocument> &document = task->document();
+    Logger::warn(
+        QStringLiteral("Saving %1 failed: %2").arg(document->fileURL().toString(), outcome.error));
     document->setNumberOfChanges(document->numberOfChanges() + task->numberOfChanges());
     task->addFailure();
     if (task->numberOfFailure() < MaximumAttempts) {
         m_pendingTasks.append(task);
-    } else {
-        const QString name = QFileInfo(document->fileURL().path()).fileName();
-        Alert::runModal(Alert::requestWithError(FDError::writeFileErrorWithLocalizedDescription(
-            QStringLiteral("The document “%1” could not be saved. %2").arg(name, error))));
+        return;
     }
-    schedule();
+    if (later)
+        MainQueue::async([document, outcome] {
+            SaveReport::reportFailure(*document, outcome.error, outcome.bytes);
+        });
+    else
+        SaveReport::reportFailure(*document, outcome.error, outcome.bytes);
 }

@@ -7,14 +7,38 @@
 
 #include <kit/base/RefArray.h>
 
+#include "FileIdentity.h"
+#include "Task.h"
+
+#include <QByteArray>
 #include <QString>
 #include <QThread>
 #include <QThreadPool>
 
 #include <memory>
+#include <optional>
 
 class FDDocument;
-class Task;
+
+// What became of one attempt at a task, handed from the queue to the main thread.
+struct TaskOutcome
+{
+    enum Result {
+        Written,
+        Failed,
+        // Another program changed the file since the document read or wrote it: not written.
+        FileChanged,
+        // Nothing to do, nothing to tell.
+        Skipped
+    };
+    Result result = Written;
+    QString error;
+    QString path;
+    // The bytes made for the file, kept for a copy when they can't go there.
+    QByteArray bytes;
+    // The written file, as the next save expects to find it.
+    std::optional<FileIdentity> written;
+};
 
 class TaskExcutor
 {
@@ -24,8 +48,9 @@ public:
     TaskExcutor &operator=(const TaskExcutor &) = delete;
 
     // Replaces the pending tasks of the document's URL with a new one and schedules; false, and
-    // nothing done, for a document without a URL.
-    bool add(const std::shared_ptr<FDDocument> &document);
+    // nothing done, for a document without a URL. A task for the attributes alone is not added
+    // while a save of the URL is pending, as that save writes them too.
+    bool add(const std::shared_ptr<FDDocument> &document, Task::Kind kind = Task::Save);
     // The document of a pending, else a running, task made for url; null when there is none.
     std::shared_ptr<FDDocument> getDocumentByURL(const QUrl &url) const;
     qsizetype numberOfTasks() const { return m_pendingTasks.count() + m_runningTasks.count(); }
@@ -39,7 +64,11 @@ private:
     void schedule();
     // bytes is null for a detached document: the queue produces them.
     void postWrite(std::shared_ptr<Task> task, const QByteArray &bytes);
-    void finish(std::shared_ptr<Task> task, const QString &error);
+    static TaskOutcome perform(const Task &task, QByteArray bytes);
+    void finish(std::shared_ptr<Task> task, const TaskOutcome &outcome);
+    // Counts a failed attempt and queues the task again, or reports it after the last attempt:
+    // at once, or on the next turn of the main queue when later is set.
+    void fail(const std::shared_ptr<Task> &task, const TaskOutcome &outcome, bool later);
     bool isRunning(const QUrl &url) const;
 
     const int m_concurrency;

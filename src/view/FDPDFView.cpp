@@ -236,6 +236,8 @@ void FDPDFView::setDocument(const std::shared_ptr<PDFDocument> &newDocument)
         old->setPdfView(nullptr);
         if (old->numberOfChanges() > 0)
             PDFSavingService::shared().addTask(old);
+        else if (FDDefaults::rememberLastPosition() == 1)
+            PDFSavingService::shared().addAttributesTask(old); // the reading position alone
     }
     m_mapPagesToOutlines.reset();
     XPDFView::setDocument(newDocument);
@@ -307,8 +309,9 @@ void FDPDFView::restoreStatus()
     if (stored.metaType().id() != QMetaType::QString)
         return;
     const QList<float> numbers = parseDestination(stored.toString());
-    // "-1,0,0,0" stands for no position and is refused here by its negative page.
-    if (numbers.size() != 4 || numbers[0] < 0)
+    // "-1,0,0,0" stands for no position and is refused here by its negative page; a page number
+    // past the last is refused before it is made an int.
+    if (numbers.size() != 4 || !(numbers[0] >= 0) || numbers[0] >= float(current->pageCount()))
         return;
     const auto page = current->pageAtIndex(int(numbers[0]));
     if (!page)

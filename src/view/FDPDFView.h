@@ -92,6 +92,23 @@ public:
     // The outline changed: the map is built again at the next lookup.
     void noteOutlineChanged() { m_mapPagesToOutlines.reset(); }
 
+    // One more annotation change of the document for every call, after the kit's repaint.
+    void annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page) override;
+    // An open text editor is finished before the selection moves.
+    void setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation) override;
+
+    // Editing commands (FDPDFView+AnnEditing.cpp). "Highlight", "Underline" or "StrikeOut" over
+    // the text selection; null for another type or without a selection.
+    std::shared_ptr<PDFAnnotation> createAnnMarkupWithType(const QString &type) override;
+    // Each marks up the selected text as one undo step; false when nothing was made.
+    bool onAddHighlight() override;
+    bool onAddUnderline() override;
+    bool onAddStrikeout() override;
+    // The "delete:" command: removes the selected annotation; nothing without one.
+    void delete_();
+    // The "selectAll:" command: all text, in the text tool only.
+    void selectAllCommand();
+
     // The colour a page takes under the current theme; invalid when pages keep their own.
     static QColor pageTintColor();
 

@@ -2,12 +2,18 @@
 
 #include "PDFViewDelegate2.h"
 
+#include <annotation/PDFAnnotation+XExtensions.h>
+#include <annotation/PDFSelection+XExtensions.h>
 #include <kit/base/NotificationCenter.h>
+#include <kit/base/UndoManager.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFSelection.h>
 
+#include <QFileInfo>
 #include <QKeyEvent>
+#include <QPrinter>
 
 #include <array>
 #include <utility>
@@ -56,7 +62,31 @@ XPDFView::~XPDFView()
     if (liveInstances < 1)
         qFatal("XPDFView::~XPDFView: _numberOfPDFViewInstances >= 1 (%s)", __FILE__);
     --liveInstances;
+    stopObservingAnnotations(m_observedAnns);
+    // An undo after the view is gone would call into it.
+    if (m_undoManager)
+        m_undoManager->removeAllActionsWithTarget(this);
     NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void XPDFView::setUndoManager(UndoManager *undoManager)
+{
+    if (undoManager == m_undoManager)
+        return;
+    // What was registered in the old manager speaks for this view only while it uses it.
+    if (m_undoManager)
+        m_undoManager->removeAllActionsWithTarget(this);
+    m_undoManager = undoManager;
+}
+
+void XPDFView::forgetUndoEntries()
+{
+    if (m_undoManager)
+        m_undoManager->removeAllActionsWithTarget(this);
+    // The map itself stays, so that property edits still register no second step; what it holds
+    // of the old document is dropped with the step that could have used it.
+    if (m_undoGroupOldPropertiesPerAnn)
+        m_undoGroupOldPropertiesPerAnn->clear();
 }
 
 qint64 XPDFView::numberOfInstances()
@@ -92,10 +122,19 @@ void XPDFView::setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation)
     const auto old = m_selectedAnn.lock();
     if (old == annotation)
         return;
+    if (annotation && !isValid(*annotation))
+        return;
     m_selectedAnn = annotation;
+    if (old) {
+        stopObservingAnnotations({ old });
+        setNeedsDisplayForAnnotation(old);
+    }
+    if (annotation) {
+        startObservingAnnotations({ annotation });
+        setNeedsDisplayForAnnotation(annotation);
+    }
     // A text selection never stays beside a change of the selected annotation.
     clearSelection();
-    viewport()->update();
     const auto oldPage = old ? old->page() : nullptr;
     const auto page = annotation ? annotation->page() : nullptr;
     NotificationCenter::defaultCenter().post(SelectedAnnotationDidChangeNotification, this,
@@ -151,29 +190,13 @@ void XPDFView::setCurrentSelectionPage(const std::shared_ptr<PDFPage> &page)
 
 void XPDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 {
-    sanitizeAnnotationsInDocument(document);
+    if (document != this->document()) {
+        setSelectedAnn(nullptr);
+        forgetUndoEntries();
+    }
     m_selectionRect = QRectF();
     m_selectionPageIndex = NotFound;
     PDFView::setDocument(document);
-}
-
-void XPDFView::sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document)
-{
-    if (!document)
-        return;
-    for (int index = 0; index < document->pageCount(); ++index) {
-        const auto page = document->pageAtIndex(index);
-        if (!page)
-            continue;
-        // A copy: changing an annotation must not disturb the walk.
-        const auto annotations = page->annotations();
-        for (const auto &annotation : annotations) {
-            if (annotation->hasAppearanceStream())
-                annotation->removeAllAppearanceStreams();
-            if (!annotation->color().isValid())
-                annotation->setColor(QColor(0, 0, 0, 0));
-        }
-    }
 }
 
 void XPDFView::setDisplayMode(int mode)
@@ -203,10 +226,53 @@ void XPDFView::setDisplaysAsBook(bool asBook)
         PDFView::setDisplaysAsBook(asBook);
 }
 
+bool XPDFView::validateMenuItem(const QString &action) const
+{
+    if (action == QLatin1String("delete:"))
+        return selectedAnn() != nullptr;
+    if (action == QLatin1String("selectAll:"))
+        return toolMode() == PDFToolModeTextSelection;
+    if (action == QLatin1String("deselectAll:"))
+        return currentSelection() && hasCharacters(*currentSelection());
+    return false;
+}
+
+bool XPDFView::respondsToEditCommand(const QString &command) const
+{
+    return command == QLatin1String("copy:") || command == QLatin1String("selectAll:")
+        || command == QLatin1String("delete:");
+}
+
+bool XPDFView::validateEditCommand(const QString &command) const
+{
+    if (command == QLatin1String("copy:"))
+        return currentSelection() && !currentSelection()->string().isEmpty();
+    if (command == QLatin1String("selectAll:"))
+        return document() && document()->pageCount() > 0 && validateMenuItem(command);
+    return validateMenuItem(command);
+}
+
+void XPDFView::performEditCommand(const QString &command)
+{
+    if (command == QLatin1String("copy:"))
+        copy();
+    else if (command == QLatin1String("selectAll:"))
+        selectAll();
+    else if (command == QLatin1String("delete:"))
+        removeAnnotation(selectedAnn());
+}
+
 void XPDFView::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && m_delegate2) {
         m_delegate2->PDFViewESCKeyDown(this);
+        event->accept();
+        return;
+    }
+    // Delete and backspace take the selected annotation away, as the Edit menu's Delete does.
+    if ((event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
+        && event->modifiers() == Qt::NoModifier && selectedAnn()) {
+        removeAnnotation(selectedAnn());
         event->accept();
         return;
     }
@@ -249,7 +315,12 @@ void XPDFView::printWithAnnotations(bool withAnnotations)
         m_printView->setGeometry(QRect());
         m_printView->hide();
     }
+    // The copy has no file: the suggested file name and the job title come from the live one.
+    QPrinter printInfo(QPrinter::HighResolution);
+    const QString title = QFileInfo(document()->documentURL().fileName()).completeBaseName();
+    if (!title.isEmpty())
+        printInfo.setDocName(title + QStringLiteral(".pdf"));
     m_printView->setDocument(copy);
-    m_printView->printWithInfo(nullptr, true);
+    m_printView->printWithInfo(&printInfo, true);
     m_printView->setDocument(nullptr);
 }

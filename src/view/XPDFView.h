@@ -1,26 +1,33 @@
 #pragma once
 
 // The annotation-editing layer over the kit's reading view: the tool mode (read from the owner),
-// the selected annotation, the area selection, and the clean-up of every annotation of a document
-// before it is shown, so that annotations always look as this program draws them.
-// Main thread only.
+// the selected annotation, the area selection, the missing colours of a document's annotations
+// filled in before it is shown, and every change of the annotations of a page, each undoable,
+// repainted, counted and announced by the same steps (XPDFView+Annotation.cpp). Main thread only.
 
 #include "PDFToolMode.h"
 
+#include <kit/base/UndoManager.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFView.h>
+#include <kit/tabs/EditCommandResponder.h>
 
+#include <QPointer>
 #include <QRectF>
 #include <QString>
+#include <QVariantMap>
 
 #include <limits>
+#include <map>
 #include <memory>
+#include <vector>
 
+class BezierPath;
 class PDFAnnotation;
 class PDFDocument;
 class PDFViewDelegate2;
 
-class XPDFView : public PDFView
+class XPDFView : public PDFView, public EditCommandResponder
 {
     Q_OBJECT
 
@@ -29,6 +36,27 @@ public:
     static const QString ToolModeDidChangeNotification; // "kPDFViewToolModeDidChangeNotification"
     // User info "OldPage" and "Page": the pages of the old and the new annotation, or null pages.
     static const QString SelectedAnnotationDidChangeNotification;
+    // User info "Annotation" and "Page": an annotation joined or left a page, or one of its
+    // observed properties changed.
+    static const QString AnnotationDidAddNotification; // "kPDFViewAnnotationDidAddNotification"
+    static const QString AnnotationDidRemoveNotification;
+    static const QString AnnotationDidChangeNotification;
+    static const QString ContentSelectionDidChangeNotification; // the area selection, no user info
+    static const QString PendingAnnInkDidChangeNotification; // user info "Page"
+    // The undo action names, shown in the Edit menu.
+    static const QString AddNoteActionName; // "Add Note"
+    static const QString DeleteAnnotationActionName; // "Delete Annotation"
+    static const QString EditNoteActionName; // "Edit Note"
+    static const QString RotatePageActionName; // "Rotate Page"
+
+    // The first old value of each observed key path of each annotation edited since the first
+    // property edit in the view's life, by annotation identity; an invalid value is "no value".
+    struct OldProperties
+    {
+        std::shared_ptr<PDFAnnotation> annotation;
+        QVariantMap values;
+    };
+    using AnnotationPropertyMap = std::map<const PDFAnnotation *, OldProperties>;
     // The index of no page (the area selection has none).
     static constexpr qint64 NotFound = std::numeric_limits<qint64>::max();
 
@@ -57,8 +85,71 @@ public:
     void setViewMode(qint64 mode) { m_viewMode = mode; }
 
     // The one selected annotation, held weakly: one removed by other means drops out by itself.
+    // A repeat or an invalid annotation (a link, a popup) changes nothing; otherwise the text
+    // selection goes, the new annotation is observed for undo and the change is posted.
     std::shared_ptr<PDFAnnotation> selectedAnn() const { return m_selectedAnn.lock(); }
     virtual void setSelectedAnn(const std::shared_ptr<PDFAnnotation> &annotation);
+
+    // The window's undo manager, not owned. The view's entries leave it when the view shows
+    // another document or dies, so an undo never reaches a document the view let go.
+    UndoManager *undoManager() const { return m_undoManager.data(); }
+    void setUndoManager(UndoManager *undoManager);
+
+    // Each change is one undo step of the current event, repaints, counts one annotation change
+    // per page touched (annotationsChangedOnPage) and posts its notification. Adding stamps the
+    // author and date and selects the annotation, except a markup, which uses up the text
+    // selection instead. Null arguments do nothing.
+    void addAnnotation(
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    void removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation);
+    // To another page, keeping the selection: a remove, then an add.
+    void moveAnnotation(
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    // Makes and adds an annotation of the application's class for the type: the markup types
+    // from the text selection (page and bounds ignored, null without selected characters), "Ink"
+    // from the pending stroke, the shapes at bounds, a free text or note at bounds unless an
+    // editor is open. Null, with nothing posted, for anything else.
+    std::shared_ptr<PDFAnnotation> addAnnotationWithType(
+        const QString &type, std::shared_ptr<PDFPage> page, QRectF bounds);
+    // The undo of property edits: every annotation of the map goes back to its recorded values.
+    void setAnnotationProperties(const std::shared_ptr<AnnotationPropertyMap> &map);
+    // Rotates a page by a multiple of 90 degrees, undoably.
+    void rotatePageAtIndex(int index, int degrees);
+
+    // Property edits of observed annotations (the selected one) become undoable changes.
+    // Observing an empty list is a programming error.
+    void startObservingAnnotations(const std::vector<std::shared_ptr<PDFAnnotation>> &annotations);
+    void stopObservingAnnotations(const std::vector<std::shared_ptr<PDFAnnotation>> &annotations);
+
+    // The markup of the type over the text selection; this layer makes none.
+    virtual std::shared_ptr<PDFAnnotation> createAnnMarkupWithType(const QString &type)
+    {
+        Q_UNUSED(type);
+        return nullptr;
+    }
+    // Opens the text editor of the selected note or free text; this layer has none.
+    virtual void editSelectedAnnotation() { }
+
+    // Repaints a page-space rect with room around it, or an annotation's display rect (with its
+    // handles when selected). Nothing is rendered again.
+    void setNeedsDisplayInRect(const QRectF &rect, const std::shared_ptr<PDFPage> &page);
+    void setNeedsDisplayForAnnotation(
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    void setNeedsDisplayForAnnotation(const std::shared_ptr<PDFAnnotation> &annotation);
+    // Origin of the page's box minus the origin of its media box; notes are stored against the
+    // media box.
+    static QPointF offsetBasedOnMediaBoxInPage(
+        const std::shared_ptr<PDFPage> &page, PDFDisplayBox box);
+
+    // Enabled state of the edit commands this view performs ("delete:", "selectAll:",
+    // "deselectAll:"); false for others.
+    virtual bool validateMenuItem(const QString &action) const;
+
+    // The window's edit commands that reach the view: "copy:" copies the selected text,
+    // "selectAll:" selects the text of the document, "delete:" removes the selected annotation.
+    bool respondsToEditCommand(const QString &command) const override;
+    bool validateEditCommand(const QString &command) const override;
+    void performEditCommand(const QString &command) override;
 
     // The area selection, answered only in the area-selection tool: in any other tool the rect
     // reads empty and the setters do nothing, while what is stored stays until the next document.
@@ -72,17 +163,14 @@ public:
     bool isClipViewFrozen() const { return m_isClipViewFrozen; }
     void setIsClipViewFrozen(bool frozen) { m_isClipViewFrozen = frozen; }
 
-    // Cleans the document's annotations, forgets the area selection, then shows the document.
+    // Fills in missing annotation colours, forgets the selections and this view's undo entries,
+    // then shows the document.
     void setDocument(const std::shared_ptr<PDFDocument> &document) override;
     // A change of layout never moves the reader; single-page modes show page breaks, two-up
     // modes don't.
     void setDisplayMode(int mode) override;
     void setDisplayBox(PDFDisplayBox box) override;
     void setDisplaysAsBook(bool asBook) override;
-
-    // Every annotation loses its appearance streams, and one without a colour gets the fully
-    // transparent one. Null or empty documents are left alone.
-    static void sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document);
 
     // Places of the annotation editing: the text editors finish or drop their edit, and the
     // markup commands make an annotation from the text selection. This layer has no editor and
@@ -96,7 +184,8 @@ public:
     // A copy of the document read from its bytes, whose annotations all show and print, or
     // none do. The live document and its view are never touched. Null without bytes.
     std::shared_ptr<PDFDocument> printCopy(bool withAnnotations) const;
-    // Prints printCopy through the print dialog, pages turned to fit the paper.
+    // Prints printCopy through the print dialog, as a PDF that keeps the pages' content; the
+    // suggested file name is the document's.
     void printWithAnnotations(bool withAnnotations);
 
 protected:
@@ -106,13 +195,32 @@ protected:
 
     QRectF m_selectionRect; // the area selection in page space; empty for none
     qint64 m_selectionPageIndex = NotFound;
+    // The ink stroke being drawn in page space, and its page; null while none is drawn.
+    std::shared_ptr<BezierPath> m_pendingInkPath;
+    std::weak_ptr<PDFPage> m_pendingInkPage;
 
 private:
+    void addAnnotationNow(
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    void removeAnnotationNow(const std::shared_ptr<PDFAnnotation> &annotation);
+    void moveAnnotationNow(
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    void annotationDidChange(PDFAnnotation &annotation, const QString &keyPath,
+        const QVariant &oldValue, const QVariant &newValue);
+    void postAnnotationNotification(const QString &name,
+        const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
+    // Drops the view's undo entries and what the property map holds of the document let go.
+    void forgetUndoEntries();
+
     PDFViewDelegate2 *m_delegate2 = nullptr;
     quint64 m_instanceId = 0;
     qint64 m_viewMode = 0;
     bool m_isClipViewFrozen = false;
     std::weak_ptr<PDFAnnotation> m_selectedAnn;
+    QPointer<UndoManager> m_undoManager;
+    std::vector<std::shared_ptr<PDFAnnotation>> m_observedAnns;
+    // Made at the first property edit and kept for the view's life (see annotationDidChange).
+    std::shared_ptr<AnnotationPropertyMap> m_undoGroupOldPropertiesPerAnn;
     // Never shown: the view the print copy is printed from.
     PDFView *m_printView = nullptr;
 };

@@ -1,3 +1,5 @@
+#include "support/AnnotationTestKit.h"
+
 #include <app/support/AppTestEnvironment.h>
 
 #include <annotation/AnnotationDefaultsKeys.h>
@@ -21,18 +23,11 @@
 #include <QtTest>
 
 namespace Keys = AnnotationDefaultsKeys;
+using namespace AnnotationTestKit;
 
 namespace {
 
 const QColor Red(255, 68, 60);
-
-std::shared_ptr<PDFAnnotation> make(const QString &type, const QRectF &bounds)
-{
-    auto annotation = FDPDFView::classForAnnotationClass(type)();
-    if (!annotation->initWithBounds(bounds))
-        return nullptr;
-    return annotation;
-}
 
 // Border width (-1 for none), style, colour, interior colour and line ends, in one line.
 QString describe(const PDFAnnotation &annotation)
@@ -74,246 +69,228 @@ private slots:
         setScreenDotsPerInchOverride(std::nullopt);
     }
 
-    void newAnnotationsTakeTheSettings_data();
-    void newAnnotationsTakeTheSettings();
-    void freeTextFontAndBackground_data();
-    void freeTextFontAndBackground();
-    void noteSizeAndIcon_data();
-    void noteSizeAndIcon();
-    void archivedAnnotationsKeepTheirOwnValues();
-    void clickedFreeTextOpensAUsableBox_data();
-    void clickedFreeTextOpensAUsableBox();
-    void unknownScreenResolutionIsNinetySix();
-    void onlyTheApplicationsTextKindsKeepEditing();
+    void newAnnotationsTakeTheSettings_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QVariantMap>("settings"); // colours as QColor, the rest as stored
+        QTest::addColumn<QString>("expected");
+        const QString red = Red.name(QColor::HexArgb);
+        const QString line = QStringLiteral(" from (0,0) to (60,40)");
+        QTest::newRow("ink, fresh") << "Ink" << QVariantMap() << "border 3/0 color " + red;
+        QTest::newRow("ink, width 0 has no border")
+            << "Ink" << QVariantMap { { Keys::InkLineWidth, 0 } } << "border -1/0 color " + red;
+        QTest::newRow("ink, blue 7")
+            << "Ink"
+            << QVariantMap { { Keys::InkColor, QColor(Qt::blue) }, { Keys::InkLineWidth, 7 } }
+            << "border 7/0 color #ff0000ff";
+        QTest::newRow("line, fresh: arrow at the end")
+            << "Line" << QVariantMap() << "border 3/0 color " + red + " ends 0-4" + line;
+        for (const auto &[arrow, ends] : std::initializer_list<std::pair<int, const char *>> {
+                 { 0, "0-0" }, { 1, "4-4" }, { 2, "0-4" }, { 3, "4-0" }, { 5, "0-0" } }) {
+            QTest::newRow(qPrintable(QStringLiteral("line, arrow type %1").arg(arrow)))
+                << "Line" << QVariantMap { { Keys::LineArrowType, arrow } }
+                << "border 3/0 color " + red + " ends " + QLatin1String(ends) + line;
+        }
+        QTest::newRow("line, dashed 2")
+            << "Line" << QVariantMap { { Keys::LineLineType, 1 }, { Keys::LineLineWidth, 2 } }
+            << "border 2/1 color " + red + " ends 0-4" + line;
+        QTest::newRow("line, width 0 has no border")
+            << "Line" << QVariantMap { { Keys::LineLineWidth, 0 }, { Keys::LineLineType, 1 } }
+            << "border -1/0 color " + red + " ends 0-4" + line;
+        QTest::newRow("circle, fresh: clear interior is no fill")
+            << "Circle" << QVariantMap() << "border 3/0 color " + red + " fill none";
+        QTest::newRow("circle, width 0 keeps a border of width 0")
+            << "Circle" << QVariantMap { { Keys::CircleLineWidth, 0 } }
+            << "border 0/0 color " + red + " fill none";
+        QTest::newRow("circle, interior of alpha 0 is no fill")
+            << "Circle" << QVariantMap { { Keys::CircleInteriorColor, QColor(0, 255, 0, 0) } }
+            << "border 3/0 color " + red + " fill none";
+        QTest::newRow("circle, half-transparent interior fills")
+            << "Circle" << QVariantMap { { Keys::CircleInteriorColor, QColor(0, 255, 0, 128) } }
+            << "border 3/0 color " + red + " fill #8000ff00";
+        QTest::newRow("square, dashed with a fill")
+            << "Square"
+            << QVariantMap { { Keys::SquareLineType, 1 }, { Keys::SquareLineWidth, 5 },
+                   { Keys::SquareInteriorColor, QColor(Qt::yellow) },
+                   { Keys::SquareColor, QColor(Qt::black) } }
+            << "border 5/1 color #ff000000 fill #ffffff00";
+        QTest::newRow("square ignores the circle's settings")
+            << "Square" << QVariantMap { { Keys::CircleLineWidth, 9 } }
+            << "border 3/0 color " + red + " fill none";
+    }
+    void newAnnotationsTakeTheSettings()
+    {
+        QFETCH(QString, type);
+        QFETCH(QVariantMap, settings);
+        QFETCH(QString, expected);
+        UserDefaults &defaults = UserDefaults::standard();
+        for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
+            if (it->typeId() == QMetaType::QColor)
+                setColorForKey(defaults, it->value<QColor>(), it.key());
+            else
+                defaults.setInteger(it->toInt(), it.key());
+        }
+        const auto annotation = appAnnotation(type, QRectF(100, 100, 60, 40));
+        QVERIFY(annotation);
+        QCOMPARE(describe(*annotation), expected);
+        // Author and time are stamped later, as the annotation goes on a page.
+        QVERIFY(annotation->userName().isEmpty());
+        QVERIFY(!annotation->modificationDate().isValid());
+    }
+
+    void freeTextFontAndBackground_data()
+    {
+        QTest::addColumn<QString>("fontName");
+        QTest::addColumn<int>("fontSize");
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<double>("pointSize");
+        const QFont system = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+        QTest::newRow("fresh") << QString() << 0 << "Helvetica" << 12.0;
+        QTest::newRow("installed family, 20") << "DejaVu Sans" << 20 << "DejaVu Sans" << 20.0;
+        QTest::newRow("unknown name: the system font at its size")
+            << "No Such Font 42" << 30 << system.family() << system.pointSizeF();
+    }
+    void freeTextFontAndBackground()
+    {
+        QFETCH(QString, fontName);
+        QFETCH(int, fontSize);
+        QFETCH(QString, family);
+        QFETCH(double, pointSize);
+        if (!fontName.isEmpty() && fontName.startsWith(QLatin1String("DejaVu"))
+            && !QFontDatabase::hasFamily(fontName))
+            QSKIP("the DejaVu fonts are not installed");
+        UserDefaults &defaults = UserDefaults::standard();
+        if (!fontName.isEmpty()) {
+            defaults.setObject(fontName, Keys::FreeTextFontName);
+            defaults.setInteger(fontSize, Keys::FreeTextFontSize);
+        }
+        // The background setting is the colour picker's alone.
+        setColorForKey(defaults, QColor(Qt::green), Keys::FreeTextBackgroundColor);
+        setColorForKey(defaults, QColor(Qt::blue), Keys::FreeTextColor);
+
+        const auto annotation = appAnnotation(QStringLiteral("FreeText"), QRectF(10, 10, 120, 30));
+        const auto *freeText = dynamic_cast<const PDFAnnotationFreeText *>(annotation.get());
+        QVERIFY(freeText);
+        QCOMPARE(freeText->font().family(), family);
+        QCOMPARE(freeText->font().pointSizeF(), pointSize);
+        QCOMPARE(freeText->fontColor(), QColor(Qt::blue));
+        QCOMPARE(freeText->color().alpha(), 0);
+        QVERIFY(!freeText->border());
+    }
+
+    void noteSizeAndIcon_data()
+    {
+        QTest::addColumn<QRectF>("asked");
+        QTest::addColumn<int>("iconSetting");
+        QTest::addColumn<QRectF>("bounds");
+        QTest::addColumn<int>("iconType");
+        QTest::newRow("zero size becomes 24 by 24")
+            << QRectF(50, 60, 0, 0) << -1 << QRectF(50, 60, 24, 24) << 0;
+        QTest::newRow("zero width only stays")
+            << QRectF(50, 60, 0, 10) << -1 << QRectF(50, 60, 0, 10) << 0;
+        QTest::newRow("icon setting") << QRectF(5, 5, 30, 30) << 3 << QRectF(5, 5, 30, 30) << 3;
+    }
+    void noteSizeAndIcon()
+    {
+        QFETCH(QRectF, asked);
+        QFETCH(int, iconSetting);
+        QFETCH(QRectF, bounds);
+        QFETCH(int, iconType);
+        if (iconSetting >= 0)
+            UserDefaults::standard().setInteger(iconSetting, Keys::TextIconType);
+        const auto annotation = appAnnotation(QStringLiteral("Text"), asked);
+        const auto *note = dynamic_cast<const PDFAnnotationText *>(annotation.get());
+        QVERIFY(note);
+        QCOMPARE(note->bounds(), bounds);
+        QCOMPARE(note->iconType(), iconType);
+    }
+
+    void archivedAnnotationsKeepTheirOwnValues()
+    {
+        // An undo entry or a copy comes back as it was, whatever the settings say meanwhile.
+        const auto circle = appAnnotation(QStringLiteral("Circle"), QRectF(0, 0, 40, 40));
+        QVariantMap archive;
+        circle->encodeWithCoder(archive);
+        setColorForKey(UserDefaults::standard(), QColor(Qt::blue), Keys::CircleInteriorColor);
+        setColorForKey(UserDefaults::standard(), QColor(Qt::black), Keys::CircleColor);
+        UserDefaults::standard().setInteger(8, Keys::CircleLineWidth);
+
+        const auto back = FDPDFView::classForAnnotationClass(QStringLiteral("Circle"))();
+        QVERIFY(back->initWithCoder(archive));
+        QCOMPARE(describe(*back), describe(*circle));
+        // While a new one takes the new settings.
+        QCOMPARE(describe(*appAnnotation(QStringLiteral("Circle"), QRectF(0, 0, 40, 40))),
+            QStringLiteral("border 8/0 color #ff000000 fill #ff0000ff"));
+    }
+
+    void clickedFreeTextOpensAUsableBox_data()
+    {
+        QTest::addColumn<QRectF>("bounds");
+        QTest::addColumn<double>("pointSize");
+        QTest::addColumn<double>("dpi");
+        QTest::addColumn<QRectF>("expected");
+        // h = size · dpi / 72 + 6, centred on the old y, 5 to the left, 100 wide.
+        QTest::newRow("a click: 12 pt at 110 dpi")
+            << QRectF(200, 300, 0, 0) << 12.0 << 110.0
+            << QRectF(195, 300 - (12.0 * 110 / 72 + 6) / 2, 100, 12.0 * 110 / 72 + 6);
+        QTest::newRow("narrow but tall: 4.9 by 200")
+            << QRectF(200, 300, 4.9, 200) << 12.0 << 72.0 << QRectF(195, 291, 100, 18);
+        QTest::newRow("wide but flat: 200 by 4.9")
+            << QRectF(200, 300, 200, 4.9) << 24.0 << 144.0 << QRectF(195, 273, 100, 54);
+        QTest::newRow("5 by 5 is dragged out")
+            << QRectF(200, 300, 5, 5) << 12.0 << 110.0 << QRectF(200, 300, 5, 5);
+        QTest::newRow("a real box")
+            << QRectF(200, 300, 150, 40) << 12.0 << 110.0 << QRectF(200, 300, 150, 40);
+    }
+    void clickedFreeTextOpensAUsableBox()
+    {
+        QFETCH(QRectF, bounds);
+        QFETCH(double, pointSize);
+        QFETCH(double, dpi);
+        QFETCH(QRectF, expected);
+        setScreenDotsPerInchOverride(dpi);
+        UserDefaults::standard().setInteger(qRound(pointSize), Keys::FreeTextFontSize);
+        auto freeText = std::dynamic_pointer_cast<FDAnnotationFreeText>(
+            appAnnotation(QStringLiteral("FreeText"), bounds));
+        QVERIFY(freeText);
+        freeText->adjustBoundsIfNeeded();
+        QCOMPARE(freeText->bounds(), expected);
+        if (dpi == 110.0 && expected != bounds)
+            QCOMPARE(qRound(freeText->bounds().height() * 100), 2433);
+    }
+
+    void unknownScreenResolutionIsNinetySix()
+    {
+        // The screen's own figure where there is a screen.
+        QCOMPARE(screenDotsPerInch(), QGuiApplication::primaryScreen()->physicalDotsPerInchX());
+        // A process with no screen at all stands in 96.
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("FOLIDOC_DPI_CHILD"), QStringLiteral("1"));
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(), {});
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.readAllStandardOutput().trimmed(), QByteArray("96"));
+    }
+
+    void onlyTheApplicationsTextKindsKeepEditing()
+    {
+        const auto plain = PDFAnnotation::classForType(QStringLiteral("FreeText"))();
+        QVERIFY(plain->initWithBounds(QRectF(0, 0, 50, 20)));
+        setIsEditing(*plain, true);
+        QVERIFY(!isEditing(*plain));
+
+        for (const char *type : { "FreeText", "Text" }) {
+            const auto annotation = appAnnotation(QLatin1String(type), QRectF(0, 0, 50, 20));
+            QVERIFY(!isEditing(*annotation));
+            setIsEditing(*annotation, true);
+            QVERIFY(isEditing(*annotation));
+            // Made anew, it starts closed.
+            QVERIFY(annotation->initWithBounds(QRectF(0, 0, 50, 20)));
+            QVERIFY(!isEditing(*annotation));
+        }
+    }
 };
-
-void AnnotationDefaultsTest::newAnnotationsTakeTheSettings_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QVariantMap>("settings"); // colours as QColor, the rest as stored
-    QTest::addColumn<QString>("expected");
-
-    const QString red = Red.name(QColor::HexArgb);
-    const QString line = QStringLiteral(" from (0,0) to (60,40)");
-    QTest::newRow("ink, fresh") << "Ink" << QVariantMap() << "border 3/0 color " + red;
-    QTest::newRow("ink, width 0 has no border")
-        << "Ink" << QVariantMap { { Keys::InkLineWidth, 0 } } << "border -1/0 color " + red;
-    QTest::newRow("ink, blue 7") << "Ink"
-                                 << QVariantMap { { Keys::InkColor, QColor(Qt::blue) },
-                                        { Keys::InkLineWidth, 7 } }
-                                 << "border 7/0 color #ff0000ff";
-    QTest::newRow("line, fresh: arrow at the end")
-        << "Line" << QVariantMap() << "border 3/0 color " + red + " ends 0-4" + line;
-    for (const auto &[arrow, ends] : std::initializer_list<std::pair<int, const char *>> {
-             { 0, "0-0" }, { 1, "4-4" }, { 2, "0-4" }, { 3, "4-0" }, { 5, "0-0" } }) {
-        QTest::newRow(qPrintable(QStringLiteral("line, arrow type %1").arg(arrow)))
-            << "Line" << QVariantMap { { Keys::LineArrowType, arrow } }
-            << "border 3/0 color " + red + " ends " + QLatin1String(ends) + line;
-    }
-    QTest::newRow("line, dashed 2")
-        << "Line" << QVariantMap { { Keys::LineLineType, 1 }, { Keys::LineLineWidth, 2 } }
-        << "border 2/1 color " + red + " ends 0-4" + line;
-    QTest::newRow("line, width 0 has no border")
-        << "Line" << QVariantMap { { Keys::LineLineWidth, 0 }, { Keys::LineLineType, 1 } }
-        << "border -1/0 color " + red + " ends 0-4" + line;
-    QTest::newRow("circle, fresh: clear interior is no fill")
-        << "Circle" << QVariantMap() << "border 3/0 color " + red + " fill none";
-    QTest::newRow("circle, width 0 keeps a border of width 0")
-        << "Circle" << QVariantMap { { Keys::CircleLineWidth, 0 } }
-        << "border 0/0 color " + red + " fill none";
-    QTest::newRow("circle, interior of alpha 0 is no fill")
-        << "Circle" << QVariantMap { { Keys::CircleInteriorColor, QColor(0, 255, 0, 0) } }
-        << "border 3/0 color " + red + " fill none";
-    QTest::newRow("circle, half-transparent interior fills")
-        << "Circle" << QVariantMap { { Keys::CircleInteriorColor, QColor(0, 255, 0, 128) } }
-        << "border 3/0 color " + red + " fill #8000ff00";
-    QTest::newRow("square, dashed with a fill")
-        << "Square"
-        << QVariantMap { { Keys::SquareLineType, 1 }, { Keys::SquareLineWidth, 5 },
-               { Keys::SquareInteriorColor, QColor(Qt::yellow) },
-               { Keys::SquareColor, QColor(Qt::black) } }
-        << "border 5/1 color #ff000000 fill #ffffff00";
-    QTest::newRow("square ignores the circle's settings")
-        << "Square" << QVariantMap { { Keys::CircleLineWidth, 9 } }
-        << "border 3/0 color " + red + " fill none";
-}
-
-void AnnotationDefaultsTest::newAnnotationsTakeTheSettings()
-{
-    QFETCH(QString, type);
-    QFETCH(QVariantMap, settings);
-    QFETCH(QString, expected);
-    UserDefaults &defaults = UserDefaults::standard();
-    for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
-        if (it->typeId() == QMetaType::QColor)
-            setColorForKey(defaults, it->value<QColor>(), it.key());
-        else
-            defaults.setInteger(it->toInt(), it.key());
-    }
-    const auto annotation = make(type, QRectF(100, 100, 60, 40));
-    QVERIFY(annotation);
-    QCOMPARE(describe(*annotation), expected);
-    // Author and time are stamped later, as the annotation goes on a page.
-    QVERIFY(annotation->userName().isEmpty());
-    QVERIFY(!annotation->modificationDate().isValid());
-}
-
-void AnnotationDefaultsTest::freeTextFontAndBackground_data()
-{
-    QTest::addColumn<QString>("fontName");
-    QTest::addColumn<int>("fontSize");
-    QTest::addColumn<QString>("family");
-    QTest::addColumn<double>("pointSize");
-
-    const QFont system = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    QTest::newRow("fresh") << QString() << 0 << "Helvetica" << 12.0;
-    QTest::newRow("installed family, 20") << "DejaVu Sans" << 20 << "DejaVu Sans" << 20.0;
-    QTest::newRow("unknown name: the system font at its size")
-        << "No Such Font 42" << 30 << system.family() << system.pointSizeF();
-}
-
-void AnnotationDefaultsTest::freeTextFontAndBackground()
-{
-    QFETCH(QString, fontName);
-    QFETCH(int, fontSize);
-    QFETCH(QString, family);
-    QFETCH(double, pointSize);
-    if (!fontName.isEmpty() && fontName.startsWith(QLatin1String("DejaVu"))
-        && !QFontDatabase::hasFamily(fontName))
-        QSKIP("the DejaVu fonts are not installed");
-    UserDefaults &defaults = UserDefaults::standard();
-    if (!fontName.isEmpty()) {
-        defaults.setObject(fontName, Keys::FreeTextFontName);
-        defaults.setInteger(fontSize, Keys::FreeTextFontSize);
-    }
-    // The background setting is the colour picker's alone.
-    setColorForKey(defaults, QColor(Qt::green), Keys::FreeTextBackgroundColor);
-    setColorForKey(defaults, QColor(Qt::blue), Keys::FreeTextColor);
-
-    const auto annotation = make(QStringLiteral("FreeText"), QRectF(10, 10, 120, 30));
-    const auto *freeText = dynamic_cast<const PDFAnnotationFreeText *>(annotation.get());
-    QVERIFY(freeText);
-    QCOMPARE(freeText->font().family(), family);
-    QCOMPARE(freeText->font().pointSizeF(), pointSize);
-    QCOMPARE(freeText->fontColor(), QColor(Qt::blue));
-    QCOMPARE(freeText->color().alpha(), 0);
-    QVERIFY(!freeText->border());
-}
-
-void AnnotationDefaultsTest::noteSizeAndIcon_data()
-{
-    QTest::addColumn<QRectF>("asked");
-    QTest::addColumn<int>("iconSetting");
-    QTest::addColumn<QRectF>("bounds");
-    QTest::addColumn<int>("iconType");
-    QTest::newRow("zero size becomes 24 by 24")
-        << QRectF(50, 60, 0, 0) << -1 << QRectF(50, 60, 24, 24) << 0;
-    QTest::newRow("zero width only stays")
-        << QRectF(50, 60, 0, 10) << -1 << QRectF(50, 60, 0, 10) << 0;
-    QTest::newRow("icon setting") << QRectF(5, 5, 30, 30) << 3 << QRectF(5, 5, 30, 30) << 3;
-}
-
-void AnnotationDefaultsTest::noteSizeAndIcon()
-{
-    QFETCH(QRectF, asked);
-    QFETCH(int, iconSetting);
-    QFETCH(QRectF, bounds);
-    QFETCH(int, iconType);
-    if (iconSetting >= 0)
-        UserDefaults::standard().setInteger(iconSetting, Keys::TextIconType);
-    const auto annotation = make(QStringLiteral("Text"), asked);
-    const auto *note = dynamic_cast<const PDFAnnotationText *>(annotation.get());
-    QVERIFY(note);
-    QCOMPARE(note->bounds(), bounds);
-    QCOMPARE(note->iconType(), iconType);
-}
-
-void AnnotationDefaultsTest::archivedAnnotationsKeepTheirOwnValues()
-{
-    // An undo entry or a copy comes back as it was, whatever the settings say meanwhile.
-    const auto circle = make(QStringLiteral("Circle"), QRectF(0, 0, 40, 40));
-    QVariantMap archive;
-    circle->encodeWithCoder(archive);
-    setColorForKey(UserDefaults::standard(), QColor(Qt::blue), Keys::CircleInteriorColor);
-    setColorForKey(UserDefaults::standard(), QColor(Qt::black), Keys::CircleColor);
-    UserDefaults::standard().setInteger(8, Keys::CircleLineWidth);
-
-    const auto back = FDPDFView::classForAnnotationClass(QStringLiteral("Circle"))();
-    QVERIFY(back->initWithCoder(archive));
-    QCOMPARE(describe(*back), describe(*circle));
-    // While a new one takes the new settings.
-    QCOMPARE(describe(*make(QStringLiteral("Circle"), QRectF(0, 0, 40, 40))),
-        QStringLiteral("border 8/0 color #ff000000 fill #ff0000ff"));
-}
-
-void AnnotationDefaultsTest::clickedFreeTextOpensAUsableBox_data()
-{
-    QTest::addColumn<QRectF>("bounds");
-    QTest::addColumn<double>("pointSize");
-    QTest::addColumn<double>("dpi");
-    QTest::addColumn<QRectF>("expected");
-    // h = size · dpi / 72 + 6, centred on the old y, 5 to the left, 100 wide.
-    QTest::newRow("a click: 12 pt at 110 dpi")
-        << QRectF(200, 300, 0, 0) << 12.0 << 110.0
-        << QRectF(195, 300 - (12.0 * 110 / 72 + 6) / 2, 100, 12.0 * 110 / 72 + 6);
-    QTest::newRow("narrow but tall: 4.9 by 200")
-        << QRectF(200, 300, 4.9, 200) << 12.0 << 72.0 << QRectF(195, 291, 100, 18);
-    QTest::newRow("wide but flat: 200 by 4.9")
-        << QRectF(200, 300, 200, 4.9) << 24.0 << 144.0 << QRectF(195, 273, 100, 54);
-    QTest::newRow("5 by 5 is dragged out")
-        << QRectF(200, 300, 5, 5) << 12.0 << 110.0 << QRectF(200, 300, 5, 5);
-    QTest::newRow("a real box") << QRectF(200, 300, 150, 40) << 12.0 << 110.0
-                                << QRectF(200, 300, 150, 40);
-}
-
-void AnnotationDefaultsTest::clickedFreeTextOpensAUsableBox()
-{
-    QFETCH(QRectF, bounds);
-    QFETCH(double, pointSize);
-    QFETCH(double, dpi);
-    QFETCH(QRectF, expected);
-    setScreenDotsPerInchOverride(dpi);
-    UserDefaults::standard().setInteger(qRound(pointSize), Keys::FreeTextFontSize);
-    auto freeText
-        = std::dynamic_pointer_cast<FDAnnotationFreeText>(make(QStringLiteral("FreeText"), bounds));
-    QVERIFY(freeText);
-    freeText->adjustBoundsIfNeeded();
-    QCOMPARE(freeText->bounds(), expected);
-    if (dpi == 110.0 && expected != bounds)
-        QCOMPARE(qRound(freeText->bounds().height() * 100), 2433);
-}
-
-void AnnotationDefaultsTest::unknownScreenResolutionIsNinetySix()
-{
-    // The screen's own figure where there is a screen.
-    QCOMPARE(screenDotsPerInch(), QGuiApplication::primaryScreen()->physicalDotsPerInchX());
-    // A process with no screen at all stands in 96.
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("FOLIDOC_DPI_CHILD"), QStringLiteral("1"));
-    child.setProcessEnvironment(environment);
-    child.start(QCoreApplication::applicationFilePath(), {});
-    QVERIFY(child.waitForFinished(30000));
-    QCOMPARE(child.readAllStandardOutput().trimmed(), QByteArray("96"));
-}
-
-void AnnotationDefaultsTest::onlyTheApplicationsTextKindsKeepEditing()
-{
-    const auto plain = PDFAnnotation::classForType(QStringLiteral("FreeText"))();
-    QVERIFY(plain->initWithBounds(QRectF(0, 0, 50, 20)));
-    setIsEditing(*plain, true);
-    QVERIFY(!isEditing(*plain));
-
-    for (const char *type : { "FreeText", "Text" }) {
-        const auto annotation = make(QLatin1String(type), QRectF(0, 0, 50, 20));
-        QVERIFY(!isEditing(*annotation));
-        setIsEditing(*annotation, true);
-        QVERIFY(isEditing(*annotation));
-        // Made anew, it starts closed.
-        QVERIFY(annotation->initWithBounds(QRectF(0, 0, 50, 20)));
-        QVERIFY(!isEditing(*annotation));
-    }
-}
 
 int main(int argc, char *argv[])
 {

@@ -1,3 +1,5 @@
+#include "support/AnnotationTestKit.h"
+
 #include <app/support/AppTestEnvironment.h>
 
 #include <annotation/FDAnnotationMarkup.h>
@@ -19,15 +21,9 @@
 #include <QApplication>
 #include <QtTest>
 
-namespace {
+using namespace AnnotationTestKit;
 
-std::shared_ptr<PDFAnnotation> make(const QString &type, const QRectF &bounds)
-{
-    auto annotation = FDPDFView::classForAnnotationClass(type)();
-    if (!annotation->initWithBounds(bounds))
-        return nullptr;
-    return annotation;
-}
+namespace {
 
 std::shared_ptr<BezierPath> stroke(QPointF from, QPointF to)
 {
@@ -48,7 +44,7 @@ std::shared_ptr<PDFAnnotation> rich(const QString &type)
         markup->setQuadrilateralPoints({ { 0, 14 }, { 200, 14 }, { 0, 0 }, { 200, 0 } });
         annotation = markup;
     } else {
-        annotation = make(type, QRectF(40.25, 50.5, 120, 80));
+        annotation = appAnnotation(type, QRectF(40.25, 50.5, 120, 80));
     }
     annotation->setContents(QStringLiteral("Ünïcode contents"));
     annotation->setColor(QColor(10, 20, 30, 200));
@@ -125,245 +121,212 @@ private slots:
         FDDefaults::registerDefaults();
     }
 
-    void pasteKeepsAllButTheDesignedLosses_data();
-    void pasteKeepsAllButTheDesignedLosses();
-    void lineAndFreeTextTravelWhole();
-    void squareWithoutBorderLosesTheOneInitGave();
-    void foreignFormsFallBackKeyByKey_data();
-    void foreignFormsFallBackKeyByKey();
-    void cloneOfTwoStrokesHasOne();
-    void noteCopyIsACloneOnNoPage();
-    void pasteboardTypesByClass_data();
-    void pasteboardTypesByClass();
+    void pasteKeepsAllButTheDesignedLosses_data()
+    {
+        QTest::addColumn<QString>("type");
+        // The border after a paste: the width went through a 32-bit float.
+        QTest::addColumn<QString>("border");
+        QTest::addColumn<QString>("pasteboardType"); // after "Folidoc.Pasteboard.Annotation."
+        const QString dashed = QStringLiteral("%1/1/3,1.5").arg(double(2.1f), 0, 'g', 17);
+        const QString none = QStringLiteral("none");
+        QTest::newRow("markup") << "Underline" << none << "Markup";
+        QTest::newRow("ink") << "Ink" << dashed << "Ink";
+        QTest::newRow("line") << "Line" << dashed << "Line";
+        QTest::newRow("circle") << "Circle" << dashed << "Circle";
+        QTest::newRow("square") << "Square" << dashed << "Square";
+        QTest::newRow("free text") << "FreeText" << none << "FreeText";
+        QTest::newRow("note") << "Text" << none << "Text";
+    }
+    void pasteKeepsAllButTheDesignedLosses()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, pasteboardType);
+        QFETCH(QString, border);
+        pasteboardType.prepend(QStringLiteral("Folidoc.Pasteboard.Annotation."));
+        const auto original = rich(type);
+        QCOMPARE(writableTypesForPasteboard(*original), QStringList { pasteboardType });
+        QCOMPARE(readingOptionsForType(pasteboardType), 2);
+
+        const auto copy = pasted(*original);
+        QVERIFY(copy);
+        QCOMPARE(typeid(*copy).name(), typeid(*original).name());
+        QVERIFY(!copy->page());
+        QCOMPARE(copy->bounds(), original->bounds());
+        QCOMPARE(copy->contents(), original->contents());
+        QCOMPARE(copy->color(), original->color());
+        QCOMPARE(borderText(*copy), border);
+        // No author or time travels.
+        QVERIFY(copy->userName().isEmpty());
+
+        // The losses by design.
+        if (auto *shape = dynamic_cast<PDFAnnotationShape *>(copy.get()))
+            QVERIFY(!shape->interiorColor().isValid());
+        if (auto *ink = dynamic_cast<PDFAnnotationInk *>(copy.get())) {
+            QCOMPARE(ink->paths().size(), 1);
+            const auto first = static_cast<PDFAnnotationInk &>(*original).paths().first();
+            QCOMPARE(ink->paths().first()->elementCount(), first->elementCount());
+            QCOMPARE(ink->paths().first()->bounds(), first->bounds());
+        }
+        if (auto *markup = dynamic_cast<FDAnnotationMarkup *>(copy.get())) {
+            QVERIFY(markup->quadrilateralPoints().isEmpty());
+            QCOMPARE(markup->type(), QStringLiteral("Highlight"));
+        }
+        if (auto *note = dynamic_cast<PDFAnnotationText *>(copy.get()))
+            QCOMPARE(note->iconType(), int(PDFAnnotationText::Note));
+    }
+
+    void lineAndFreeTextTravelWhole()
+    {
+        const auto line = pasted(*rich(QStringLiteral("Line")));
+        const auto &pastedLine = dynamic_cast<const PDFAnnotationLine &>(*line);
+        QCOMPARE(pastedLine.startPoint(), QPointF(120, 0.5));
+        QCOMPARE(pastedLine.endPoint(), QPointF(0.25, 80));
+        QCOMPARE(pastedLine.startLineStyle(), int(PDFAnnotationLine::Diamond));
+        QCOMPARE(pastedLine.endLineStyle(), int(PDFAnnotationLine::ClosedArrow));
+
+        const auto freeText = pasted(*rich(QStringLiteral("FreeText")));
+        const auto &pastedText = dynamic_cast<const PDFAnnotationFreeText &>(*freeText);
+        QCOMPARE(pastedText.font().family(), QStringLiteral("Courier"));
+        QCOMPARE(pastedText.font().pointSizeF(), 17.5);
+        QCOMPARE(pastedText.fontColor(), QColor(Qt::darkGreen));
+        QCOMPARE(pastedText.alignment(), int(PDFAnnotationFreeText::Center));
+        // A border that a free text somehow had does not come with it.
+        const auto bordered = rich(QStringLiteral("FreeText"));
+        bordered->setBorder(std::make_shared<PDFBorder>());
+        QVERIFY(!pasted(*bordered)->border());
+    }
+
+    void squareWithoutBorderLosesTheOneInitGave()
+    {
+        const auto square = appAnnotation(QStringLiteral("Square"), QRectF(0, 0, 30, 30));
+        square->setBorder(nullptr);
+        const QVariantMap form = properties(*square);
+        for (const QString &key : form.keys())
+            QVERIFY2(!key.startsWith(QLatin1String("border.")), qPrintable(key));
+        const auto copy = clone(*square);
+        QVERIFY(!copy->border());
+        QCOMPARE(borderLineWidth(*copy), 0.0);
+    }
+
+    void foreignFormsFallBackKeyByKey_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QVariantMap>("form");
+        QTest::addColumn<QRectF>("bounds");
+        QTest::addColumn<QString>("expected"); // border, then colour
+        QTest::newRow("empty line: zero bounds, no border")
+            << "Line" << QVariantMap() << QRectF() << "none none";
+        QTest::newRow("bounds as a number, colour as text")
+            << "Square"
+            << QVariantMap { { "bounds", 12 }, { "color", "red" }, { "border.style", 1 } }
+            << QRectF() << "1/1/ none";
+        QTest::newRow("width as text, style as a float")
+            << "Circle"
+            << QVariantMap { { "bounds", "{{1, 2}, {3, 4}}" }, { "border.lineWidth", "4.5" },
+                   { "border.style", 1.0 }, { "type", "Square" } }
+            << QRectF(1, 2, 3, 4) << "4.5/1/ none";
+        QTest::newRow("archive of the wrong kind for a colour")
+            << "Ink"
+            << QVariantMap { { "color", Archiver::archivedData(QStringLiteral("blue")) },
+                   { "pointLists", QByteArray("garbage") },
+                   { "border.dashPattern", QVariantList() } }
+            << QRectF() << "1/0/ none";
+        // Found by fuzzing: numbers no int holds keep the default instead of a wrapped value.
+        QTest::newRow("style beyond an int")
+            << "Square" << QVariantMap { { "border.style", 4009754606u } } << QRectF()
+            << "1/0/ none";
+        QTest::newRow("style as text that is not a number")
+            << "Circle" << QVariantMap { { "border.style", "nan" }, { "border.lineWidth", 2 } }
+            << QRectF() << "2/0/ none";
+        QTest::newRow("bounds text of another shape")
+            << "FreeText"
+            << QVariantMap { { "bounds", "{1, 2}" }, { "border.lineWidth", 7 },
+                   { "color", Archiver::archivedData(QColor(Qt::red)) } }
+            << QRectF() << "none #ffff0000";
+    }
+    void foreignFormsFallBackKeyByKey()
+    {
+        QFETCH(QString, type);
+        QFETCH(QVariantMap, form);
+        QFETCH(QRectF, bounds);
+        QFETCH(QString, expected);
+        const auto annotation = FDPDFView::classForAnnotationClass(type)();
+        QVERIFY(initWithPasteboardPropertyList(*annotation, form, QString()));
+        QCOMPARE(annotation->bounds(), bounds);
+        const QColor color = annotation->color();
+        QCOMPARE(borderText(*annotation) + QLatin1Char(' ')
+                + (color.isValid() ? color.name(QColor::HexArgb) : QStringLiteral("none")),
+            expected);
+        // "type" is never read: the class decides.
+        QCOMPARE(annotation->type(), type);
+        if (auto *line = dynamic_cast<PDFAnnotationLine *>(annotation.get())) {
+            QCOMPARE(line->startPoint(), QPointF());
+            QCOMPARE(line->endPoint(), QPointF());
+            QVERIFY(isEmptyLine(*line));
+        }
+        if (auto *ink = dynamic_cast<PDFAnnotationInk *>(annotation.get()))
+            QVERIFY(ink->paths().isEmpty());
+    }
+
+    void cloneOfTwoStrokesHasOne()
+    {
+        const auto ink = rich(QStringLiteral("Ink"));
+        const auto document = documentOf();
+        QVERIFY(document);
+        document->pageAtIndex(0)->addAnnotation(ink);
+
+        const auto copy = clone(*ink);
+        QVERIFY(copy);
+        QVERIFY(dynamic_cast<PDFAnnotationInk *>(copy.get()));
+        QCOMPARE(static_cast<PDFAnnotationInk &>(*copy).paths().size(), 1);
+        QVERIFY(!copy->page());
+        QCOMPARE(pageIndex(*copy), std::numeric_limits<qint64>::max());
+        // The clone shares nothing with the original: changing it leaves the original alone.
+        static_cast<PDFAnnotationInk &>(*copy).paths().first()->lineTo(QPointF(500, 500));
+        QCOMPARE(static_cast<PDFAnnotationInk &>(*ink).paths().size(), 2);
+        QVERIFY(static_cast<PDFAnnotationInk &>(*ink).paths().first()->bounds().right() < 200);
+    }
+
+    void noteCopyIsACloneOnNoPage()
+    {
+        auto note = std::dynamic_pointer_cast<FDAnnotationText>(rich(QStringLiteral("Text")));
+        QVERIFY(note);
+        const auto copy = note->copy();
+        QVERIFY(std::dynamic_pointer_cast<FDAnnotationText>(copy));
+        QCOMPARE(copy->contents(), note->contents());
+        QCOMPARE(static_cast<PDFAnnotationText &>(*copy).iconType(), int(PDFAnnotationText::Note));
+        // A copy is not in the editor even when the original is.
+        setIsEditing(*note, true);
+        QVERIFY(!isEditing(*note->copy()));
+    }
+
+    void pasteboardTypesByClass_data()
+    {
+        QTest::addColumn<QString>("type"); // of the engine's class
+        QTest::addColumn<QString>("pasteboardType");
+        QTest::newRow("engine markup has none") << "Highlight" << QString();
+        QTest::newRow("engine ink") << "Ink" << QStringLiteral("Folidoc.Pasteboard.Annotation.Ink");
+        QTest::newRow("engine note")
+            << "Text" << QStringLiteral("Folidoc.Pasteboard.Annotation.Text");
+        for (const char *none : { "Stamp", "Link", "Popup", "Polygon" })
+            QTest::newRow(none) << QString(none) << QString();
+    }
+    void pasteboardTypesByClass()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, pasteboardType);
+        const auto annotation = engineAnnotation(type, QRectF(0, 0, 10, 10));
+        QVERIFY(annotation);
+        const QStringList expected
+            = pasteboardType.isEmpty() ? QStringList() : QStringList { pasteboardType };
+        QCOMPARE(typesForPasteboard(*annotation), expected);
+        QCOMPARE(readableTypesForPasteboard(*annotation), expected);
+        // What a paste makes of the type.
+        if (!pasteboardType.isEmpty())
+            QCOMPARE(FDPDFView::classForPasteboardType(pasteboardType)()->type(), type);
+        QVERIFY(!FDPDFView::classForPasteboardType(QStringLiteral("Folidoc.Pasteboard.PDFPage")));
+    }
 };
-
-void AnnotationPasteboardTest::pasteKeepsAllButTheDesignedLosses_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("pasteboardType");
-    // The border after a paste: the width went through a 32-bit float.
-    QTest::addColumn<QString>("border");
-    const QString dashed = QStringLiteral("%1/1/3,1.5").arg(double(2.1f), 0, 'g', 17);
-    QTest::newRow("markup") << "Underline"
-                            << "Folidoc.Pasteboard.Annotation.Markup"
-                            << "none";
-    QTest::newRow("ink") << "Ink"
-                         << "Folidoc.Pasteboard.Annotation.Ink" << dashed;
-    QTest::newRow("line") << "Line"
-                          << "Folidoc.Pasteboard.Annotation.Line" << dashed;
-    QTest::newRow("circle") << "Circle"
-                            << "Folidoc.Pasteboard.Annotation.Circle" << dashed;
-    QTest::newRow("square") << "Square"
-                            << "Folidoc.Pasteboard.Annotation.Square" << dashed;
-    QTest::newRow("free text") << "FreeText"
-                               << "Folidoc.Pasteboard.Annotation.FreeText"
-                               << "none";
-    QTest::newRow("note") << "Text"
-                          << "Folidoc.Pasteboard.Annotation.Text"
-                          << "none";
-}
-
-void AnnotationPasteboardTest::pasteKeepsAllButTheDesignedLosses()
-{
-    QFETCH(QString, type);
-    QFETCH(QString, pasteboardType);
-    QFETCH(QString, border);
-    const auto original = rich(type);
-    QCOMPARE(writableTypesForPasteboard(*original), QStringList { pasteboardType });
-    QCOMPARE(readingOptionsForType(pasteboardType), 2);
-
-    const auto copy = pasted(*original);
-    QVERIFY(copy);
-    QCOMPARE(typeid(*copy).name(), typeid(*original).name());
-    QVERIFY(!copy->page());
-    QCOMPARE(copy->bounds(), original->bounds());
-    QCOMPARE(copy->contents(), original->contents());
-    QCOMPARE(copy->color(), original->color());
-    QCOMPARE(borderText(*copy), border);
-    // No author or time travels.
-    QVERIFY(copy->userName().isEmpty());
-
-    // The losses by design.
-    if (auto *shape = dynamic_cast<PDFAnnotationShape *>(copy.get()))
-        QVERIFY(!shape->interiorColor().isValid());
-    if (auto *ink = dynamic_cast<PDFAnnotationInk *>(copy.get())) {
-        QCOMPARE(ink->paths().size(), 1);
-        const auto first = static_cast<PDFAnnotationInk &>(*original).paths().first();
-        QCOMPARE(ink->paths().first()->elementCount(), first->elementCount());
-        QCOMPARE(ink->paths().first()->bounds(), first->bounds());
-    }
-    if (auto *markup = dynamic_cast<FDAnnotationMarkup *>(copy.get())) {
-        QVERIFY(markup->quadrilateralPoints().isEmpty());
-        QCOMPARE(markup->type(), QStringLiteral("Highlight"));
-    }
-    if (auto *note = dynamic_cast<PDFAnnotationText *>(copy.get()))
-        QCOMPARE(note->iconType(), int(PDFAnnotationText::Note));
-}
-
-void AnnotationPasteboardTest::lineAndFreeTextTravelWhole()
-{
-    const auto line = pasted(*rich(QStringLiteral("Line")));
-    const auto &pastedLine = dynamic_cast<const PDFAnnotationLine &>(*line);
-    QCOMPARE(pastedLine.startPoint(), QPointF(120, 0.5));
-    QCOMPARE(pastedLine.endPoint(), QPointF(0.25, 80));
-    QCOMPARE(pastedLine.startLineStyle(), int(PDFAnnotationLine::Diamond));
-    QCOMPARE(pastedLine.endLineStyle(), int(PDFAnnotationLine::ClosedArrow));
-
-    const auto freeText = pasted(*rich(QStringLiteral("FreeText")));
-    const auto &pastedText = dynamic_cast<const PDFAnnotationFreeText &>(*freeText);
-    QCOMPARE(pastedText.font().family(), QStringLiteral("Courier"));
-    QCOMPARE(pastedText.font().pointSizeF(), 17.5);
-    QCOMPARE(pastedText.fontColor(), QColor(Qt::darkGreen));
-    QCOMPARE(pastedText.alignment(), int(PDFAnnotationFreeText::Center));
-    // A border that a free text somehow had does not come with it.
-    const auto bordered = rich(QStringLiteral("FreeText"));
-    bordered->setBorder(std::make_shared<PDFBorder>());
-    QVERIFY(!pasted(*bordered)->border());
-}
-
-void AnnotationPasteboardTest::squareWithoutBorderLosesTheOneInitGave()
-{
-    const auto square = make(QStringLiteral("Square"), QRectF(0, 0, 30, 30));
-    square->setBorder(nullptr);
-    const QVariantMap form = properties(*square);
-    for (const QString &key : form.keys())
-        QVERIFY2(!key.startsWith(QLatin1String("border.")), qPrintable(key));
-    const auto copy = clone(*square);
-    QVERIFY(!copy->border());
-    QCOMPARE(borderLineWidth(*copy), 0.0);
-}
-
-void AnnotationPasteboardTest::foreignFormsFallBackKeyByKey_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QVariantMap>("form");
-    QTest::addColumn<QRectF>("bounds");
-    QTest::addColumn<QString>("border");
-    QTest::addColumn<QString>("color");
-
-    QTest::newRow("empty line: zero bounds, no border")
-        << "Line" << QVariantMap() << QRectF() << "none"
-        << "none";
-    QTest::newRow("bounds as a number, colour as text")
-        << "Square" << QVariantMap { { "bounds", 12 }, { "color", "red" }, { "border.style", 1 } }
-        << QRectF() << "1/1/"
-        << "none";
-    QTest::newRow("width as text, style as a float")
-        << "Circle"
-        << QVariantMap { { "bounds", "{{1, 2}, {3, 4}}" }, { "border.lineWidth", "4.5" },
-               { "border.style", 1.0 }, { "type", "Square" } }
-        << QRectF(1, 2, 3, 4) << "4.5/1/"
-        << "none";
-    QTest::newRow("archive of the wrong kind for a colour")
-        << "Ink"
-        << QVariantMap { { "color", Archiver::archivedData(QStringLiteral("blue")) },
-               { "pointLists", QByteArray("garbage") }, { "border.dashPattern", QVariantList() } }
-        << QRectF() << "1/0/"
-        << "none";
-    QTest::newRow("bounds text of another shape")
-        << "FreeText"
-        << QVariantMap { { "bounds", "{1, 2}" }, { "border.lineWidth", 7 },
-               { "color", Archiver::archivedData(QColor(Qt::red)) } }
-        << QRectF() << "none"
-        << "#ffff0000";
-}
-
-void AnnotationPasteboardTest::foreignFormsFallBackKeyByKey()
-{
-    QFETCH(QString, type);
-    QFETCH(QVariantMap, form);
-    QFETCH(QRectF, bounds);
-    QFETCH(QString, border);
-    QFETCH(QString, color);
-    const auto annotation = FDPDFView::classForAnnotationClass(type)();
-    QVERIFY(initWithPasteboardPropertyList(*annotation, form, QString()));
-    QCOMPARE(annotation->bounds(), bounds);
-    QCOMPARE(borderText(*annotation), border);
-    QCOMPARE(annotation->color().isValid() ? annotation->color().name(QColor::HexArgb)
-                                           : QStringLiteral("none"),
-        color);
-    // "type" is never read: the class decides.
-    QCOMPARE(annotation->type(), type);
-    if (auto *line = dynamic_cast<PDFAnnotationLine *>(annotation.get())) {
-        QCOMPARE(line->startPoint(), QPointF());
-        QCOMPARE(line->endPoint(), QPointF());
-        QVERIFY(isEmptyLine(*line));
-    }
-    if (auto *ink = dynamic_cast<PDFAnnotationInk *>(annotation.get()))
-        QVERIFY(ink->paths().isEmpty());
-}
-
-void AnnotationPasteboardTest::cloneOfTwoStrokesHasOne()
-{
-    const auto ink = rich(QStringLiteral("Ink"));
-    PdfFixtures::Document description;
-    description.pages = { PdfFixtures::Page() };
-    auto document = std::make_shared<PDFDocument>();
-    QVERIFY(document->initWithData(PdfFixtures::build(description)));
-    document->pageAtIndex(0)->addAnnotation(ink);
-
-    const auto copy = clone(*ink);
-    QVERIFY(copy);
-    QVERIFY(dynamic_cast<PDFAnnotationInk *>(copy.get()));
-    QCOMPARE(static_cast<PDFAnnotationInk &>(*copy).paths().size(), 1);
-    QVERIFY(!copy->page());
-    QCOMPARE(pageIndex(*copy), std::numeric_limits<qint64>::max());
-    // The clone shares nothing with the original: changing it leaves the original alone.
-    static_cast<PDFAnnotationInk &>(*copy).paths().first()->lineTo(QPointF(500, 500));
-    QCOMPARE(static_cast<PDFAnnotationInk &>(*ink).paths().size(), 2);
-    QVERIFY(static_cast<PDFAnnotationInk &>(*ink).paths().first()->bounds().right() < 200);
-}
-
-void AnnotationPasteboardTest::noteCopyIsACloneOnNoPage()
-{
-    auto note = std::dynamic_pointer_cast<FDAnnotationText>(rich(QStringLiteral("Text")));
-    QVERIFY(note);
-    const auto copy = note->copy();
-    QVERIFY(std::dynamic_pointer_cast<FDAnnotationText>(copy));
-    QCOMPARE(copy->contents(), note->contents());
-    QCOMPARE(static_cast<PDFAnnotationText &>(*copy).iconType(), int(PDFAnnotationText::Note));
-    // A copy is not in the editor even when the original is.
-    setIsEditing(*note, true);
-    QVERIFY(!isEditing(*note->copy()));
-}
-
-void AnnotationPasteboardTest::pasteboardTypesByClass_data()
-{
-    QTest::addColumn<QString>("made");
-    QTest::addColumn<QString>("type");
-    QTest::newRow("engine markup has none") << "engine Highlight"
-                                            << "";
-    QTest::newRow("engine ink") << "engine Ink"
-                                << "Folidoc.Pasteboard.Annotation.Ink";
-    QTest::newRow("engine note") << "engine Text"
-                                 << "Folidoc.Pasteboard.Annotation.Text";
-    QTest::newRow("stamp") << "engine Stamp"
-                           << "";
-    QTest::newRow("link") << "engine Link"
-                          << "";
-    QTest::newRow("popup") << "engine Popup"
-                           << "";
-    QTest::newRow("unknown kind") << "engine Polygon"
-                                  << "";
-}
-
-void AnnotationPasteboardTest::pasteboardTypesByClass()
-{
-    QFETCH(QString, made);
-    QFETCH(QString, type);
-    const QString subtype = made.section(QLatin1Char(' '), 1);
-    const auto annotation = PDFAnnotation::classForType(subtype)();
-    QVERIFY(annotation->initWithBounds(QRectF(0, 0, 10, 10), subtype, {}));
-    const QStringList expected = type.isEmpty() ? QStringList() : QStringList { type };
-    QCOMPARE(typesForPasteboard(*annotation), expected);
-    QCOMPARE(readableTypesForPasteboard(*annotation), expected);
-    // What a paste makes of the type.
-    if (!type.isEmpty()) {
-        const auto pastedClass = FDPDFView::classForPasteboardType(type)();
-        QCOMPARE(pastedClass->type(), subtype);
-    }
-    QVERIFY(!FDPDFView::classForPasteboardType(QStringLiteral("Folidoc.Pasteboard.PDFPage")));
-}
 
 int main(int argc, char *argv[])
 {

@@ -2,6 +2,8 @@
 // quadrilaterals (on turned pages too), the hit area round the marked lines, refusal of a
 // selection with nothing to mark, and contents that fill in from the text without an edit.
 
+#include "support/AnnotationTestKit.h"
+
 #include <annotation/AnnotationDefaultsKeys.h>
 #include <annotation/FDAnnotationMarkup.h>
 #include <annotation/PDFSelection+XExtensions.h>
@@ -19,6 +21,7 @@
 
 namespace {
 
+using namespace AnnotationTestKit;
 using Points = QList<QPointF>;
 
 // Builds markup annotations of the application's class, as the application's documents do.
@@ -33,16 +36,6 @@ public:
         return {};
     }
 };
-
-std::shared_ptr<PDFDocument> open(
-    const PdfFixtures::Page &page, const std::shared_ptr<PDFDocumentDelegate> &delegate = {})
-{
-    PdfFixtures::Document description;
-    description.pages = { page };
-    auto document = std::make_shared<PDFDocument>();
-    document->setDelegate(delegate);
-    return document->initWithData(PdfFixtures::build(description)) ? document : nullptr;
-}
 
 PdfFixtures::Page textPage(int rotation = 0)
 {
@@ -98,7 +91,7 @@ private slots:
     {
         QFETCH(int, type);
         QFETCH(QColor, color);
-        const auto document = open(textPage());
+        const auto document = documentOf({ textPage() });
         const auto page = document->pageAtIndex(0);
         const auto selection = page->selectionForRect(QRectF(60, 660, 400, 80));
         QVERIFY(selection);
@@ -126,7 +119,7 @@ private slots:
 
     void nothingToMarkIsRefused()
     {
-        const auto document = open(textPage());
+        const auto document = documentOf({ textPage() });
         const auto page = document->pageAtIndex(0);
         const QString text = page->string();
         const int space = int(text.indexOf(QStringLiteral("Alpha ")) + 5);
@@ -143,8 +136,8 @@ private slots:
     void quadrilateralsFollowThePageRotation_data()
     {
         QTest::addColumn<int>("rotation");
-        QTest::addColumn<QList<int>>(
-            "order"); // corners: 0 top-left, 1 top-right, 2 bottom-left, 3 bottom-right
+        // corners: 0 top-left, 1 top-right, 2 bottom-left, 3 bottom-right
+        QTest::addColumn<QList<int>>("order");
         QTest::newRow("upright") << 0 << QList<int> { 0, 1, 2, 3 };
         QTest::newRow("quarter turn") << 90 << QList<int> { 2, 0, 3, 1 };
         QTest::newRow("half turn") << 180 << QList<int> { 3, 2, 1, 0 };
@@ -154,7 +147,7 @@ private slots:
     {
         QFETCH(int, rotation);
         QFETCH(QList<int>, order);
-        const auto document = open(textPage(rotation));
+        const auto document = documentOf({ textPage(rotation) });
         const auto page = document->pageAtIndex(0);
         QCOMPARE(page->rotation(), rotation);
         const auto markup = FDAnnotationMarkup::annotationWith(
@@ -242,7 +235,7 @@ private slots:
                 + contentsEntry,
             {}, {} } };
         const auto delegate = std::make_shared<MarkupDelegate>();
-        const auto document = open(description, delegate);
+        const auto document = documentOf({ description }, delegate);
         const auto page = document->pageAtIndex(0);
         QCOMPARE(page->annotations().size(), size_t(1));
         const auto markup

@@ -1,6 +1,8 @@
 // Where lines and circles are hit and held, how much of the page a line dirties, and how a
 // line's ends look on the overlay.
 
+#include "support/AnnotationTestKit.h"
+
 #include <annotation/PDFAnnotationCircle+XExtensions.h>
 #include <annotation/PDFAnnotationLine+XExtensions.h>
 
@@ -150,12 +152,11 @@ private slots:
 
     void lineWithItsOwnPictureShowsThatPicture()
     {
-        PdfFixtures::Document description { { PdfFixtures::Page {} }, {}, {} };
-        description.pages[0].annotations
-            = { { "/Subtype /Line /Rect [10 10 60 60] /L [10 10 60 60] /C [1 0 0]",
-                "0 0 1 rg 0 0 50 50 re f", QRectF(0, 0, 50, 50) } };
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithData(PdfFixtures::build(description)));
+        PdfFixtures::Page page;
+        page.annotations = { { "/Subtype /Line /Rect [10 10 60 60] /L [10 10 60 60] /C [1 0 0]",
+            "0 0 1 rg 0 0 50 50 re f", QRectF(0, 0, 50, 50) } };
+        const auto document = AnnotationTestKit::documentOf({ page });
+        QVERIFY(document);
         QImage image(612, 792, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::white);
         QPainter painter(&image);

@@ -20,15 +20,174 @@ class FDSingleInstanceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void aSecondProcessHandsItsRequestToTheFirst_data();
-    void aSecondProcessHandsItsRequestToTheFirst();
-    void withNobodyListeningNothingIsForwarded();
-    void aSocketLeftByACrashIsTakenOver();
-    void eachDisplayHasItsOwnInstance_data();
-    void eachDisplayHasItsOwnInstance();
-    void aPlaceOfAnotherUserIsRefused_data();
-    void aPlaceOfAnotherUserIsRefused();
-    void aProcessOfAnotherUserGetsNothing();
+    void aSecondProcessHandsItsRequestToTheFirst_data()
+    {
+        QTest::addColumn<QStringList>("paths");
+        QTest::addColumn<bool>("newWindow");
+        QTest::newRow("files for the main window") << QStringList { QStringLiteral("/tmp/a b.pdf"),
+            QStringLiteral("/tmp/ü,2.pdf") } << false;
+        QTest::newRow("files for a new window") << QStringList { QStringLiteral("/c.pdf") } << true;
+        QTest::newRow("a bare launch") << QStringList() << false;
+    }
+    void aSecondProcessHandsItsRequestToTheFirst()
+    {
+        QFETCH(QStringList, paths);
+        QFETCH(bool, newWindow);
+        const QString name = uniqueName(QTest::currentDataTag());
+        FDSingleInstance first(name);
+        QList<FDSingleInstance::Request> received;
+        QVERIFY(
+            first.listen([&](const FDSingleInstance::Request &request) { received << request; }));
+        QStringList arguments = paths;
+        if (newWindow)
+            arguments.prepend(QStringLiteral("--new-window"));
+        QCOMPARE(runChild(QStringLiteral("forward"), name, arguments), 0);
+        QCOMPARE(received, (QList<FDSingleInstance::Request> { { paths, newWindow } }));
+    }
+
+    void withNobodyListeningNothingIsForwarded()
+    {
+        const FDSingleInstance nobody(uniqueName("nobody"));
+        QVERIFY(!nobody.forwardToRunningInstance({ { QStringLiteral("/tmp/x.pdf") } }, 500));
+    }
+
+    void aSocketLeftByACrashIsTakenOver()
+    {
+        const QString name = uniqueName("stale");
+        QCOMPARE(runChild(QStringLiteral("crash"), name, {}), -2);
+        FDSingleInstance heir(name);
+        QVERIFY(QFile::exists(heir.socketPath()));
+        QStringList received;
+        QVERIFY(heir.listen(
+            [&](const FDSingleInstance::Request &request) { received = request.paths; }));
+        QCOMPARE(runChild(QStringLiteral("forward"), name, { QStringLiteral("/p.pdf") }), 0);
+        QCOMPARE(received, QStringList { QStringLiteral("/p.pdf") });
+    }
+
+    void eachDisplayHasItsOwnInstance_data()
+    {
+        QTest::addColumn<Environment>("running");
+        QTest::addColumn<Environment>("launch");
+        QTest::addColumn<bool>("handedOver");
+        const auto on = [](const QString &x, const QString &wayland) {
+            return Environment { { QStringLiteral("DISPLAY"), x },
+                { QStringLiteral("WAYLAND_DISPLAY"), wayland } };
+        };
+        const QString longPath(60, QLatin1Char('w'));
+        QTest::newRow("same X display") << on(":7", "") << on(":7", "") << true;
+        QTest::newRow("another X display") << on(":7", "") << on(":8", "") << false;
+        QTest::newRow("same Wayland session")
+            << on(":0", "wayland-1") << on(":0", "wayland-1") << true;
+        QTest::newRow("another Wayland session")
+            << on(":0", "wayland-1") << on(":0", "wayland-2") << false;
+        QTest::newRow("a session named by a long path")
+            << on("", longPath + "/wayland-0") << on("", longPath + "/wayland-1") << false;
+    }
+    void eachDisplayHasItsOwnInstance()
+    {
+        QFETCH(Environment, running);
+        QFETCH(Environment, launch);
+        QFETCH(bool, handedOver);
+        QProcess server;
+        QVERIFY(startServer(server, QStringLiteral("serve"), running));
+        const int status
+            = runChild(QStringLiteral("forward"), launch, { QStringLiteral("/d.pdf") });
+        QCOMPARE(status, handedOver ? 0 : 3);
+        if (handedOver) {
+            // It may have ended while this process waited for the launch.
+            QVERIFY(server.state() == QProcess::NotRunning || server.waitForFinished(10000));
+            QVERIFY(server.readAllStandardOutput().contains("/d.pdf"));
+        } else {
+            // The launch would have become a process of its own; the running one heard nothing.
+            QVERIFY(!server.waitForFinished(300));
+            QVERIFY(!server.readAllStandardOutput().contains("/d.pdf"));
+            stop(server);
+        }
+    }
+
+    void aPlaceOfAnotherUserIsRefused_data()
+    {
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<bool>("needsRoot");
+        QTest::newRow("runtime folder of another user") << "foreign runtime" << true;
+        QTest::newRow("runtime folder anyone may write") << "open runtime" << false;
+        QTest::newRow("own folder made by another user") << "foreign fallback" << true;
+        QTest::newRow("own folder is a link") << "linked fallback" << false;
+        QTest::newRow("socket of another user") << "foreign socket" << true;
+    }
+    void aPlaceOfAnotherUserIsRefused()
+    {
+        QFETCH(QString, place);
+        QFETCH(bool, needsRoot);
+        if (needsRoot && ::geteuid() != 0)
+            QSKIP("only root can hand a file to another user");
+        QTemporaryDir temporary;
+        const QString root = temporary.path();
+        const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR");
+        const QByteArray savedTemp = qgetenv("TMPDIR");
+        const auto restore = qScopeGuard([&] {
+            qputenv("XDG_RUNTIME_DIR", savedRuntime);
+            qputenv("TMPDIR", savedTemp);
+        });
+        const QString runtime = root + QStringLiteral("/runtime");
+        QVERIFY(QDir().mkpath(runtime));
+        ::chmod(QFile::encodeName(runtime).constData(), 0700);
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+        const QString own = root + QStringLiteral("/folidoc-%1").arg(::geteuid());
+        QLocalServer foreignServer;
+        if (place == QLatin1String("foreign runtime")) {
+            Unprivileged::giveAway(runtime);
+        } else if (place == QLatin1String("open runtime")) {
+            ::chmod(QFile::encodeName(runtime).constData(), 0777);
+        } else if (place == QLatin1String("foreign fallback")) {
+            qunsetenv("XDG_RUNTIME_DIR");
+            qputenv("TMPDIR", QFile::encodeName(root));
+            QVERIFY(QDir().mkpath(own));
+            Unprivileged::giveAway(own);
+        } else if (place == QLatin1String("linked fallback")) {
+            qunsetenv("XDG_RUNTIME_DIR");
+            qputenv("TMPDIR", QFile::encodeName(root));
+            QVERIFY(QFile::link(runtime, own));
+        } else {
+            // Someone else's server under the very name: a launch must not talk to it.
+            QVERIFY(foreignServer.listen(runtime + QStringLiteral("/folidoc-refused")));
+            Unprivileged::giveAway(foreignServer.fullServerName());
+        }
+
+        FDSingleInstance instance(QStringLiteral("folidoc-refused"));
+        QVERIFY(!instance.forwardToRunningInstance({ { QStringLiteral("/secret.pdf") } }, 1000));
+        QVERIFY(!instance.listen([](const FDSingleInstance::Request &) {}));
+        if (foreignServer.isListening()) {
+            QVERIFY(!foreignServer.waitForNewConnection(200));
+            QVERIFY(QFile::exists(foreignServer.fullServerName()));
+        }
+    }
+
+    void aProcessOfAnotherUserGetsNothing()
+    {
+        if (::geteuid() != 0)
+            QSKIP("only root can run a process as another user");
+        // The other user's server listens in a folder of its own; its socket is then moved to where
+        // ours would be and made to look like ours. Only the process on the other end tells.
+        QTemporaryDir foreign(QDir::tempPath() + QStringLiteral("/folidoc-foreign-XXXXXX"));
+        ::chmod(QFile::encodeName(foreign.path()).constData(), 0755);
+        Unprivileged::giveAway(foreign.path());
+        const QString foreignSocket = foreign.path() + QStringLiteral("/socket");
+        QProcess server;
+        QVERIFY(startServer(server, QStringLiteral("serve-as-nobody"),
+            { { QStringLiteral("FOLIDOC_INSTANCE_NAME"), foreignSocket } }));
+        FDSingleInstance instance(uniqueName("impostor"));
+        const QString ours = instance.socketPath();
+        QCOMPARE(::rename(QFile::encodeName(foreignSocket).constData(),
+                     QFile::encodeName(ours).constData()),
+            0);
+        QCOMPARE(::chown(QFile::encodeName(ours).constData(), ::geteuid(), ::getegid()), 0);
+
+        QVERIFY(!instance.forwardToRunningInstance({ { QStringLiteral("/secret.pdf") } }, 2000));
+        QVERIFY(!server.waitForFinished(300));
+        QVERIFY(!server.readAllStandardOutput().contains("secret"));
+        stop(server);
+    }
 
 private:
     static QString uniqueName(const char *what)
@@ -79,179 +238,6 @@ private:
         process.waitForFinished();
     }
 };
-
-void FDSingleInstanceTest::aSecondProcessHandsItsRequestToTheFirst_data()
-{
-    QTest::addColumn<QStringList>("paths");
-    QTest::addColumn<bool>("newWindow");
-    QTest::newRow("files for the main window")
-        << QStringList { QStringLiteral("/tmp/a b.pdf"), QStringLiteral("/tmp/ü,2.pdf") } << false;
-    QTest::newRow("files for a new window") << QStringList { QStringLiteral("/c.pdf") } << true;
-    QTest::newRow("a bare launch") << QStringList() << false;
-}
-
-void FDSingleInstanceTest::aSecondProcessHandsItsRequestToTheFirst()
-{
-    QFETCH(QStringList, paths);
-    QFETCH(bool, newWindow);
-    const QString name = uniqueName(QTest::currentDataTag());
-    FDSingleInstance first(name);
-    QList<FDSingleInstance::Request> received;
-    QVERIFY(first.listen([&](const FDSingleInstance::Request &request) { received << request; }));
-    QStringList arguments = paths;
-    if (newWindow)
-        arguments.prepend(QStringLiteral("--new-window"));
-    QCOMPARE(runChild(QStringLiteral("forward"), name, arguments), 0);
-    QCOMPARE(received, (QList<FDSingleInstance::Request> { { paths, newWindow } }));
-}
-
-void FDSingleInstanceTest::withNobodyListeningNothingIsForwarded()
-{
-    const FDSingleInstance nobody(uniqueName("nobody"));
-    QVERIFY(!nobody.forwardToRunningInstance({ { QStringLiteral("/tmp/x.pdf") } }, 500));
-}
-
-void FDSingleInstanceTest::aSocketLeftByACrashIsTakenOver()
-{
-    const QString name = uniqueName("stale");
-    QCOMPARE(runChild(QStringLiteral("crash"), name, {}), -2);
-    FDSingleInstance heir(name);
-    QVERIFY(QFile::exists(heir.socketPath()));
-    QStringList received;
-    QVERIFY(
-        heir.listen([&](const FDSingleInstance::Request &request) { received = request.paths; }));
-    QCOMPARE(runChild(QStringLiteral("forward"), name, { QStringLiteral("/p.pdf") }), 0);
-    QCOMPARE(received, QStringList { QStringLiteral("/p.pdf") });
-}
-
-void FDSingleInstanceTest::eachDisplayHasItsOwnInstance_data()
-{
-    const QString x = QStringLiteral("DISPLAY");
-    const QString wayland = QStringLiteral("WAYLAND_DISPLAY");
-    QTest::addColumn<Environment>("running");
-    QTest::addColumn<Environment>("launch");
-    QTest::addColumn<bool>("handedOver");
-    QTest::newRow("same X display") << Environment { { x, ":7" }, { wayland, "" } }
-                                    << Environment { { x, ":7" }, { wayland, "" } } << true;
-    QTest::newRow("another X display") << Environment { { x, ":7" }, { wayland, "" } }
-                                       << Environment { { x, ":8" }, { wayland, "" } } << false;
-    QTest::newRow("same Wayland session")
-        << Environment { { x, ":0" }, { wayland, "wayland-1" } }
-        << Environment { { x, ":0" }, { wayland, "wayland-1" } } << true;
-    QTest::newRow("another Wayland session")
-        << Environment { { x, ":0" }, { wayland, "wayland-1" } }
-        << Environment { { x, ":0" }, { wayland, "wayland-2" } } << false;
-    QTest::newRow("a session named by a long path")
-        << Environment { { x, "" }, { wayland, QString(60, QLatin1Char('w')) + "/wayland-0" } }
-        << Environment { { x, "" }, { wayland, QString(60, QLatin1Char('w')) + "/wayland-1" } }
-        << false;
-}
-
-void FDSingleInstanceTest::eachDisplayHasItsOwnInstance()
-{
-    QFETCH(Environment, running);
-    QFETCH(Environment, launch);
-    QFETCH(bool, handedOver);
-    QProcess server;
-    QVERIFY(startServer(server, QStringLiteral("serve"), running));
-    const int status = runChild(QStringLiteral("forward"), launch, { QStringLiteral("/d.pdf") });
-    QCOMPARE(status, handedOver ? 0 : 3);
-    if (handedOver) {
-        // It may have ended while this process waited for the launch.
-        QVERIFY(server.state() == QProcess::NotRunning || server.waitForFinished(10000));
-        QVERIFY(server.readAllStandardOutput().contains("/d.pdf"));
-    } else {
-        // The launch would have become a process of its own; the running one heard nothing.
-        QVERIFY(!server.waitForFinished(300));
-        QVERIFY(!server.readAllStandardOutput().contains("/d.pdf"));
-        stop(server);
-    }
-}
-
-void FDSingleInstanceTest::aPlaceOfAnotherUserIsRefused_data()
-{
-    QTest::addColumn<QString>("place");
-    QTest::addColumn<bool>("needsRoot");
-    QTest::newRow("runtime folder of another user") << "foreign runtime" << true;
-    QTest::newRow("runtime folder anyone may write") << "open runtime" << false;
-    QTest::newRow("own folder made by another user") << "foreign fallback" << true;
-    QTest::newRow("own folder is a link") << "linked fallback" << false;
-    QTest::newRow("socket of another user") << "foreign socket" << true;
-}
-
-void FDSingleInstanceTest::aPlaceOfAnotherUserIsRefused()
-{
-    QFETCH(QString, place);
-    QFETCH(bool, needsRoot);
-    if (needsRoot && ::geteuid() != 0)
-        QSKIP("only root can hand a file to another user");
-    QTemporaryDir temporary;
-    const QString root = temporary.path();
-    const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR");
-    const QByteArray savedTemp = qgetenv("TMPDIR");
-    const auto restore = qScopeGuard([&] {
-        qputenv("XDG_RUNTIME_DIR", savedRuntime);
-        qputenv("TMPDIR", savedTemp);
-    });
-    const QString runtime = root + QStringLiteral("/runtime");
-    QVERIFY(QDir().mkpath(runtime));
-    ::chmod(QFile::encodeName(runtime).constData(), 0700);
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
-    const QString own = root + QStringLiteral("/folidoc-%1").arg(::geteuid());
-    QLocalServer foreignServer;
-    if (place == QLatin1String("foreign runtime")) {
-        Unprivileged::giveAway(runtime);
-    } else if (place == QLatin1String("open runtime")) {
-        ::chmod(QFile::encodeName(runtime).constData(), 0777);
-    } else if (place == QLatin1String("foreign fallback")) {
-        qunsetenv("XDG_RUNTIME_DIR");
-        qputenv("TMPDIR", QFile::encodeName(root));
-        QVERIFY(QDir().mkpath(own));
-        Unprivileged::giveAway(own);
-    } else if (place == QLatin1String("linked fallback")) {
-        qunsetenv("XDG_RUNTIME_DIR");
-        qputenv("TMPDIR", QFile::encodeName(root));
-        QVERIFY(QFile::link(runtime, own));
-    } else {
-        // Someone else's server under the very name: a launch must not talk to it.
-        QVERIFY(foreignServer.listen(runtime + QStringLiteral("/folidoc-refused")));
-        Unprivileged::giveAway(foreignServer.fullServerName());
-    }
-
-    FDSingleInstance instance(QStringLiteral("folidoc-refused"));
-    QVERIFY(!instance.forwardToRunningInstance({ { QStringLiteral("/secret.pdf") } }, 1000));
-    QVERIFY(!instance.listen([](const FDSingleInstance::Request &) {}));
-    if (foreignServer.isListening()) {
-        QVERIFY(!foreignServer.waitForNewConnection(200));
-        QVERIFY(QFile::exists(foreignServer.fullServerName()));
-    }
-}
-
-void FDSingleInstanceTest::aProcessOfAnotherUserGetsNothing()
-{
-    if (::geteuid() != 0)
-        QSKIP("only root can run a process as another user");
-    // The other user's server listens in a folder of its own; its socket is then moved to where
-    // ours would be and made to look like ours. Only the process on the other end tells.
-    QTemporaryDir foreign(QDir::tempPath() + QStringLiteral("/folidoc-foreign-XXXXXX"));
-    ::chmod(QFile::encodeName(foreign.path()).constData(), 0755);
-    Unprivileged::giveAway(foreign.path());
-    const QString foreignSocket = foreign.path() + QStringLiteral("/socket");
-    QProcess server;
-    QVERIFY(startServer(server, QStringLiteral("serve-as-nobody"),
-        { { QStringLiteral("FOLIDOC_INSTANCE_NAME"), foreignSocket } }));
-    FDSingleInstance instance(uniqueName("impostor"));
-    const QString ours = instance.socketPath();
-    QCOMPARE(
-        ::rename(QFile::encodeName(foreignSocket).constData(), QFile::encodeName(ours).constData()),
-        0);
-    QCOMPARE(::chown(QFile::encodeName(ours).constData(), ::geteuid(), ::getegid()), 0);
-
-    QVERIFY(!instance.forwardToRunningInstance({ { QStringLiteral("/secret.pdf") } }, 2000));
-    QVERIFY(!server.waitForFinished(300));
-    QVERIFY(!server.readAllStandardOutput().contains("secret"));
-    stop(server);
-}
 
 // Child modes: "forward" forwards its arguments ("--new-window" first asks for a new window) and
 // answers 0 when they were taken, else 3; "serve" and "serve-as-nobody" listen until one request

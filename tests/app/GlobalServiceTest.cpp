@@ -8,6 +8,7 @@
 #include <app/NewTabContents.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
+#include <app/PDFWindowMenus.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
@@ -37,6 +38,8 @@ private slots:
     void savedListPutsTheMainWindowLast();
     void periodicSaveFollowsTheChangeFlag();
     void closingTheOnlyWindowSavesTheList();
+    void closingTheLastWindowLeavesWhatQuitLeaves_data();
+    void closingTheLastWindowLeavesWhatQuitLeaves();
     void terminationSavesClosesAndKeepsTheListOnRepeat();
     void quitWaitsForAPendingSave();
     void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab();
@@ -73,6 +76,8 @@ void GlobalServiceTest::cleanup()
         window->tabStripModel()->closeAllTabs();
         delete window;
     }
+    // A closed document's reading position is still being written in the background.
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
     m_service.reset();
 }
 
@@ -195,17 +200,59 @@ void GlobalServiceTest::closingTheOnlyWindowSavesTheList()
     blank->tabStripModel()->closeSelectedTab();
     QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
     QCOMPARE(windows().size(), 1);
-    // Closing the last window saves the list with that window in it; its tabs have closed
-    // before, so it will come back with a start tab.
+    // Closing the last window saves the list with that window and its tabs in it.
+    m_service->setQuitHandlerForTesting([] {});
     second->close();
     QCOMPARE(storedWindows().size(), 1);
-    QVERIFY(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList().isEmpty());
+    QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
+        (QVariantList { startTabRecord(), startTabRecord() }));
     // Closing its last tab instead saves while that tab is still there.
     auto *third = TabWindowController::create<PDFWindowController>();
     third->openNewTab();
     third->tabStripModel()->closeSelectedTab();
     QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
         QVariantList { startTabRecord() });
+}
+
+void GlobalServiceTest::closingTheLastWindowLeavesWhatQuitLeaves_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("Quit") << QStringLiteral("quit");
+    QTest::newRow("the window's close button") << QStringLiteral("close button");
+    QTest::newRow("Close Window") << QStringLiteral("command");
+}
+
+void GlobalServiceTest::closingTheLastWindowLeavesWhatQuitLeaves()
+{
+    QFETCH(QString, how);
+    QTemporaryDir folder;
+    const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("kept.pdf")));
+    QVERIFY(AppFixtures::writeColourPDF(url.toLocalFile(), Qt::white));
+    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+    m_service->setQuitHandlerForTesting([] {});
+    m_service->applicationDidFinishLaunching(); // a window with a start tab
+    auto *const window = qobject_cast<PDFWindowController *>(windows().first());
+    auto *const document
+        = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, false, true));
+    QVERIFY(document);
+    QTRY_VERIFY(document->primaryPDFView()->document());
+
+    if (how == QLatin1String("quit"))
+        m_service->terminate();
+    else if (how == QLatin1String("close button"))
+        window->close(); // the close event the window manager sends
+    else
+        window->menus()->actionForCommand(QStringLiteral("performCloseWindowAction:"))->trigger();
+    QTRY_VERIFY(windows().isEmpty());
+
+    // The next launch shows the window as it was: its start tab and the document, selected.
+    QVERIFY(m_service->restoreLastOpenedWindows());
+    QCOMPARE(windows().size(), 1);
+    TabStripModel *const model = windows().first()->tabStripModel();
+    QCOMPARE(model->count(), 2);
+    QVERIFY(qobject_cast<NewTabContents *>(model->getTabContentsAtIndex(0)));
+    QCOMPARE(model->getTabContentsAtIndex(1)->url(), url.toString(QUrl::FullyEncoded));
+    QCOMPARE(model->selectedIndex(), 1);
 }
 
 void GlobalServiceTest::terminationSavesClosesAndKeepsTheListOnRepeat()

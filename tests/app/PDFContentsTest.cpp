@@ -39,6 +39,7 @@ private slots:
     void untitledChangedDocumentPrompts();
     void splitShowsTheSecondViewAndSwapExchangesPlaces();
     void blankSearchTextHidesTheSearchArea();
+    void linkIntoAnotherFileOpensItsPageInANewTab_data();
     void linkIntoAnotherFileOpensItsPageInANewTab();
     void nightThemeTintsThePage_data();
     void nightThemeTintsThePage();
@@ -309,11 +310,23 @@ void PDFContentsTest::blankSearchTextHidesTheSearchArea()
     NotificationCenter::defaultCenter().removeObserver(this);
 }
 
+void PDFContentsTest::linkIntoAnotherFileOpensItsPageInANewTab_data()
+{
+    QTest::addColumn<QString>("secondSpelling");
+    QTest::newRow("the same link") << QStringLiteral("To.pdf");
+    QTest::newRow("through a folder and back") << QStringLiteral("sub/../To.pdf");
+    QTest::newRow("through a symbolic link") << QStringLiteral("Link.pdf");
+}
+
 void PDFContentsTest::linkIntoAnotherFileOpensItsPageInANewTab()
 {
+    QFETCH(QString, secondSpelling);
     PDFContents *const tab = openTab(fixture(QStringLiteral("From.pdf")));
     QVERIFY(tab);
     const QUrl target = fixture(QStringLiteral("To.pdf"));
+    QDir(m_dir.path()).mkdir(QStringLiteral("sub"));
+    QFile::remove(m_dir.filePath(QStringLiteral("Link.pdf")));
+    QVERIFY(QFile::link(target.toLocalFile(), m_dir.filePath(QStringLiteral("Link.pdf"))));
     TabStripModel *const model = m_window->tabStripModel();
     tab->primaryPDFView()->performAction(
         std::make_shared<PDFActionRemoteGoTo>(2, QPointF(0, 0), target));
@@ -324,6 +337,16 @@ void PDFContentsTest::linkIntoAnotherFileOpensItsPageInANewTab()
     QTRY_VERIFY(view->document() && !view->isLoading());
     QCOMPARE(view->fileURL(), target);
     QTRY_COMPARE(view->document()->indexForPage(view->currentPage()), 2);
+
+    // Following a link into the same file again, from the first tab, finds the open tab and
+    // lands on the link's page there: two tabs on one file would save over each other.
+    model->selectTabContentsAt(0, true);
+    const QUrl again = QUrl::fromLocalFile(m_dir.path() + QLatin1Char('/') + secondSpelling);
+    tab->primaryPDFView()->performAction(
+        std::make_shared<PDFActionRemoteGoTo>(0, QPointF(0, 0), again));
+    QCOMPARE(model->count(), 2);
+    QCOMPARE(model->getSelectedTabContents(), opened);
+    QTRY_COMPARE(view->document()->indexForPage(view->currentPage()), 0);
 }
 
 void PDFContentsTest::nightThemeTintsThePage_data()
@@ -343,7 +366,8 @@ void PDFContentsTest::nightThemeTintsThePage()
     QFETCH(QColor, ink);
     FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
     // Black on the left half, text on the right; an outline, so the sidebar shows too.
-    const QString path = m_dir.filePath(QStringLiteral("Halves.pdf"));
+    // A file of its own per row: a file read before reopens where it was left.
+    const QString path = m_dir.filePath(QStringLiteral("Halves-%1.pdf").arg(theme));
     PdfFixtures::Document halves = PdfFixtures::textPages(3, 30, 0);
     halves.pages[0].fills.append({ QRectF(0, 0, 306, 792), 0, 0, 0 });
     halves.pages[0].textStart = QPointF(330, 720);

@@ -7,15 +7,18 @@
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
-// Replacing with metadata kept, and writing through a link, are covered through the saving
-// service; here: new files, chains of links, and failures.
+// Replacing with metadata kept and writing through a link are also covered through the saving
+// service; here: existing and new files, chains of links, and failures.
 class AtomicFileWriterTest : public QObject
 {
     Q_OBJECT
 
 private slots:
     void init();
+    void existingFileKeepsItsOwnPermissions_data();
+    void existingFileKeepsItsOwnPermissions();
     void newFileFollowsTheUmask();
     void chainOfRelativeLinksIsWrittenThrough();
     void failuresLeaveTheOriginalAndNoTemporaryFile_data();
@@ -55,6 +58,49 @@ QStringList AtomicFileWriterTest::entries() const
     return QDir(m_dir->path())
         .entryList(
             QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System, QDir::Name);
+}
+
+void AtomicFileWriterTest::existingFileKeepsItsOwnPermissions_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("private") << 0600;
+    QTest::newRow("group may read") << 0640;
+    QTest::newRow("group may write") << 0664;
+    QTest::newRow("executable") << 0750;
+}
+
+// The user's mode wins over the mask of the process that saves; the attributes stay too.
+void AtomicFileWriterTest::existingFileKeepsItsOwnPermissions()
+{
+    QFETCH(int, mode);
+    const QString path = write(QStringLiteral("own.pdf"), "old");
+    const QByteArray native = QFile::encodeName(path);
+    QCOMPARE(::chmod(native.constData(), mode_t(mode)), 0);
+    const bool attributes = ::setxattr(native.constData(), "user.xdg.tags", "work", 4, 0) == 0;
+    struct stat before
+    {
+    };
+    QCOMPARE(::stat(native.constData(), &before), 0);
+
+    const mode_t mask = ::umask(077);
+    const QString error = AtomicFileWriter::write(path, "new");
+    ::umask(mask);
+
+    QCOMPARE(error, QString());
+    QCOMPARE(contents(path), QByteArray("new"));
+    struct stat after
+    {
+    };
+    QCOMPARE(::stat(native.constData(), &after), 0);
+    QCOMPARE(after.st_mode & 07777, mode_t(mode));
+    QCOMPARE(after.st_uid, before.st_uid);
+    QVERIFY2(after.st_ino != before.st_ino, "the file is replaced, not written in place");
+    if (attributes) {
+        char value[8] = {};
+        QCOMPARE(::getxattr(native.constData(), "user.xdg.tags", value, sizeof value), ssize_t(4));
+        QCOMPARE(QByteArray(value), QByteArray("work"));
+    }
+    QCOMPARE(entries(), QStringList { QStringLiteral("own.pdf") });
 }
 
 void AtomicFileWriterTest::newFileFollowsTheUmask()

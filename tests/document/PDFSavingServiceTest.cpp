@@ -1,21 +1,52 @@
+#include <document/Common.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
 #include <document/Task.h>
 #include <document/TaskExcutor.h>
 
 #include "support/DocumentFixtures.h"
+#include "support/DocumentTestEnvironment.h"
 #include "support/Unprivileged.h"
 
 #include <app/Alert.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
+#include <support/PdfFixtures.h>
 
+#include <support/TestTools.h>
+
+#include <QApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QTemporaryDir>
+#include <QWidget>
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/xattr.h>
+
+namespace {
+
+QString s_cacheFolder;
+
+QStringList unsavedCopies()
+{
+    QStringList copies;
+    for (QDirIterator it(
+             s_cacheFolder, { QStringLiteral("*.pdf") }, QDir::Files, QDirIterator::Subdirectories);
+         it.hasNext();)
+        copies.append(it.next());
+    return copies;
+}
+
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
 
 class PDFSavingServiceTest : public QObject
 {
@@ -31,6 +62,12 @@ private slots:
     void reopeningDuringSaveTakesTheSameDocument();
     void saveAsWritesToTheNewPlaceAndUntitledIsRefused();
     void saveThroughALinkKeepsWhatTheUserHad();
+    void failedTaskEndsAndKeepsTheEdits_data();
+    void failedTaskEndsAndKeepsTheEdits();
+    void fileChangedByAnotherProgramIsNotWrittenOver_data();
+    void fileChangedByAnotherProgramIsNotWrittenOver();
+    void attributesAloneLeaveTheBytesAndTime_data();
+    void attributesAloneLeaveTheBytesAndTime();
 
 private:
     QString fixture(const QString &name, int pages);
@@ -147,6 +184,8 @@ void PDFSavingServiceTest::refusedWriteGivesThreeAttemptsAndOneAlert()
     const auto unprivileged = std::make_unique<Unprivileged>();
 
     ViewDelegate view;
+    QWidget window; // the alert's place
+    window.show();
     const auto document = DocumentFixtures::open(path, view.delegate());
     DocumentFixtures::appendBlankPages(*document, 1); // the file itself is writable: no warning
     document->save();
@@ -260,5 +299,202 @@ void PDFSavingServiceTest::saveThroughALinkKeepsWhatTheUserHad()
     QCOMPARE(QByteArray(value, int(length)), position);
 }
 
-QTEST_MAIN(PDFSavingServiceTest)
+void PDFSavingServiceTest::failedTaskEndsAndKeepsTheEdits_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<bool>("window");
+    QTest::newRow("bytes can't be made, no window") << "no bytes" << false;
+    QTest::newRow("bytes can't be made, a window") << "no bytes" << true;
+    QTest::newRow("folder gone, no window") << "folder gone" << false;
+    QTest::newRow("folder gone, a window") << "folder gone" << true;
+}
+
+// A closed tab's document that can't be written ends its task, so that quitting goes on, and
+// what can still be had of it is kept in the cache folder.
+void PDFSavingServiceTest::failedTaskEndsAndKeepsTheEdits()
+{
+    QFETCH(QString, fault);
+    QFETCH(bool, window);
+    QWidget shown;
+    if (window)
+        shown.show();
+    for (const QString &copy : unsavedCopies())
+        QFile::remove(copy);
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("folder")));
+    const QString path = fixture(QStringLiteral("folder/closed.pdf"), 2);
+    const QByteArray original = bytesOf(path);
+    {
+        std::shared_ptr<FDDocument> document;
+        if (fault == QLatin1String("no bytes")) {
+            // A document whose file could not be read has nothing to write.
+            document = std::make_shared<FDDocument>();
+            document->setFileURL(QUrl::fromLocalFile(path));
+            document->setNumberOfOtherChanges(1);
+        } else {
+            document = DocumentFixtures::open(path);
+            DocumentFixtures::appendBlankPages(*document, 1);
+            // Another program moves the folder away while the tab closes.
+            QVERIFY(QDir(m_dir->path()).rename(QStringLiteral("folder"), QStringLiteral("moved")));
+        }
+        QVERIFY(service().addTask(document));
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(service().numberOfTasks(), 0, 30000);
+
+    QCOMPARE(m_alerts.size(), window ? 1 : 0);
+    const QStringList copies = unsavedCopies();
+    QCOMPARE(copies.size(), fault == QLatin1String("folder gone") ? 1 : 0);
+    // Nothing wrote a file where the user's was, or in its stead.
+    QCOMPARE(bytesOf(path), fault == QLatin1String("no bytes") ? original : QByteArray());
+    if (!copies.isEmpty()) {
+        QCOMPARE(DocumentFixtures::pageCountOf(copies[0]), 3);
+        if (window)
+            QVERIFY(m_alerts[0].messageText.contains(copies[0]));
+    }
+}
+
+void PDFSavingServiceTest::fileChangedByAnotherProgramIsNotWrittenOver_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<bool>("window");
+    QTest::addColumn<bool>("asked");
+    QTest::newRow("modification time") << "touched" << true << true;
+    QTest::newRow("size") << "appended" << true << true;
+    QTest::newRow("inode") << "replaced" << true << true;
+    QTest::newRow("only our own saves before") << "saved" << true << false;
+    QTest::newRow("no window to ask in") << "replaced" << false << false;
+}
+
+void PDFSavingServiceTest::fileChangedByAnotherProgramIsNotWrittenOver()
+{
+    QFETCH(QString, change);
+    QFETCH(bool, window);
+    QFETCH(bool, asked);
+    QWidget shown;
+    if (window)
+        shown.show();
+    for (const QString &copy : unsavedCopies())
+        QFile::remove(copy);
+    const QString path = fixture(QStringLiteral("shared.pdf"), 2);
+    const QByteArray native = QFile::encodeName(path);
+    ViewDelegate view;
+    const auto document = DocumentFixtures::open(path, view.delegate());
+    if (change == QLatin1String("touched")) {
+        const timeval later { std::time(nullptr) + 10, 0 };
+        const timeval times[2] = { later, later };
+        QCOMPARE(::utimes(native.constData(), times), 0);
+    } else if (change == QLatin1String("appended")) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::Append));
+        file.write("% a comment another program added\n");
+    } else if (change == QLatin1String("replaced")) {
+        const QString theirs = m_dir->filePath(QStringLiteral("theirs.pdf"));
+        DocumentFixtures::writeBlankPDF(theirs, 4);
+        QCOMPARE(::rename(QFile::encodeName(theirs).constData(), native.constData()), 0);
+    } else {
+        // Each save of ours moves the file to a new inode; the next one must know it.
+        for (int round = 0; round < 2; ++round) {
+            DocumentFixtures::appendBlankPages(*document, 1);
+            document->save();
+            QTRY_COMPARE_WITH_TIMEOUT(service().numberOfTasks(), 0, 30000);
+        }
+    }
+    const QByteArray before = bytesOf(path);
+    const int pagesBefore = document->pageCount();
+    m_alerts.clear();
+    // The question is left unanswered, as an alert closed without a choice.
+    Alert::setHandlerForTesting([this](const AlertRequest &request) {
+        m_alerts.append(request);
+        return 0;
+    });
+
+    DocumentFixtures::appendBlankPages(*document, 1);
+    document->save();
+    QTRY_COMPARE_WITH_TIMEOUT(service().numberOfTasks(), 0, 30000);
+
+    QCOMPARE(m_alerts.size(), asked ? 1 : 0);
+    if (asked) {
+        QVERIFY(m_alerts[0].messageText.contains(QStringLiteral("shared.pdf")));
+        QCOMPARE(m_alerts[0].buttons.size(), 3);
+    }
+    if (change == QLatin1String("saved")) {
+        QCOMPARE(DocumentFixtures::pageCountOf(path), pagesBefore + 1);
+        return;
+    }
+    QCOMPARE(bytesOf(path), before);
+    // The edits stay in the open document, counted as unsaved.
+    QCOMPARE(document->pageCount(), pagesBefore + 1);
+    QVERIFY(document->numberOfChanges() > 0);
+    const QStringList copies = unsavedCopies();
+    QCOMPARE(copies.size(), window ? 0 : 1);
+    if (!window)
+        QCOMPARE(DocumentFixtures::pageCountOf(copies[0]), pagesBefore + 1);
+}
+
+void PDFSavingServiceTest::attributesAloneLeaveTheBytesAndTime_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("writable") << "writable";
+    QTest::newRow("read-only, not ours to mark") << "read-only";
+    QTest::newRow("behind a save of the same file") << "saving";
+}
+
+void PDFSavingServiceTest::attributesAloneLeaveTheBytesAndTime()
+{
+    QFETCH(QString, file);
+    const QString path = fixture(QStringLiteral("read.pdf"), 2);
+    const QUrl url = QUrl::fromLocalFile(path);
+    const QByteArray native = QFile::encodeName(path);
+    const QString name = QStringLiteral("com.Scrollwick.PDFView.LastPosition");
+    std::unique_ptr<Unprivileged> unprivileged;
+    if (file == QLatin1String("read-only")) {
+        Unprivileged::giveAway(m_dir->path());
+        Unprivileged::giveAway(path);
+        QCOMPARE(::chmod(native.constData(), 0444), 0);
+        unprivileged = std::make_unique<Unprivileged>();
+    }
+    const auto document = DocumentFixtures::open(path);
+    struct stat before
+    {
+    };
+    QCOMPARE(::stat(native.constData(), &before), 0);
+    const QByteArray bytes = bytesOf(path);
+    if (file == QLatin1String("saving")) {
+        DocumentFixtures::appendBlankPages(*document, 1);
+        document->save();
+    }
+    document->setXattrItemsToSave(QList<FDXAttrItem> { { name, QByteArray("1,0,0,1") } });
+
+    QVERIFY(service().addAttributesTask(document));
+    if (file == QLatin1String("saving")) {
+        // One writer at a time: the attributes wait for the bytes.
+        QCOMPARE(service().fastExcutor().runningTasks().count(), 1);
+        QCOMPARE(service().fastExcutor().pendingTasks().count(), 1);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(service().numberOfTasks(), 0, 30000);
+    unprivileged.reset();
+
+    QCOMPARE(m_alerts.size(), 0);
+    QCOMPARE(FDGetXAttr(url, name),
+        file == QLatin1String("read-only") ? std::nullopt : std::optional<QByteArray>("1,0,0,1"));
+    if (file == QLatin1String("saving")) {
+        QCOMPARE(DocumentFixtures::pageCountOf(path), 3);
+        return;
+    }
+    struct stat after
+    {
+    };
+    QCOMPARE(::stat(native.constData(), &after), 0);
+    QCOMPARE(bytesOf(path), bytes);
+    QCOMPARE(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
+    QCOMPARE(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    QCOMPARE(after.st_ino, before.st_ino);
+}
+
+int main(int argc, char **argv)
+{
+    s_cacheFolder = DocumentTestEnvironment::isolate();
+    QApplication application(argc, argv);
+    PDFSavingServiceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "PDFSavingServiceTest.moc"

@@ -9,3 +9,11 @@ foreach(src IN LISTS tests)
         FOLIDOC_DOCUMENT_HELPER="$<TARGET_FILE:document_helper>")
     add_dependencies(${name} document_helper)
 endforeach()
+
+# Preloaded into the helper to make the disk fill up, or the process die, at a chosen write.
+add_library(disk_fault_interposer SHARED ${CMAKE_CURRENT_SOURCE_DIR}/document/tools/DiskFaultInterposer.cpp)
+target_compile_options(disk_fault_interposer PRIVATE ${FOLIDOC_WARNINGS})
+target_link_libraries(disk_fault_interposer PRIVATE ${CMAKE_DL_LIBS})
+target_compile_definitions(SaveCrashTest PRIVATE
+    FOLIDOC_DISK_FAULT_INTERPOSER="$<TARGET_FILE:disk_fault_interposer>")
+add_dependencies(SaveCrashTest disk_fault_interposer)

@@ -346,6 +346,14 @@ Document textPages(int count, int linesPerPage, int needleEvery)
     return doc;
 }
 
+QByteArray fromObjects(const QList<QByteArray> &objects)
+{
+    Writer writer;
+    for (const QByteArray &object : objects)
+        writer.add(object);
+    return writer.finish(1);
+}
+
 QByteArray withoutXref(const QByteArray &pdf)
 {
     QByteArray damaged = pdf;

@@ -107,6 +107,10 @@ Document textPages(int count, int linesPerPage = 40, int needleEvery = 1);
 // A photo-like RGB image (smooth colour fields with grain), deterministic for a seed.
 Image photo(int width, int height, quint32 seed);
 
+// A file of the objects as written (object n is objects[n - 1], the catalog is object 1), with a
+// correct cross-reference table: for structures the description above cannot say.
+QByteArray fromObjects(const QList<QByteArray> &objects);
+
 // The same file with its cross-reference table destroyed, so that a reader has to repair it.
 QByteArray withoutXref(const QByteArray &pdf);
 // The first fraction of the file.

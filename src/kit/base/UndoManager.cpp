@@ -83,6 +83,28 @@ bool UndoManager::canRedo() const
     return isAtTopLevel() && !m_redoStack.isEmpty();
 }
 
+QList<const void *> UndoManager::undoTargets() const
+{
+    if (!canUndo())
+        return {};
+    return targetsOf(m_level > 0 && !m_open.actions.isEmpty() ? m_open : m_undoStack.last());
+}
+
+QList<const void *> UndoManager::redoTargets() const
+{
+    return canRedo() ? targetsOf(m_redoStack.last()) : QList<const void *>();
+}
+
+QList<const void *> UndoManager::targetsOf(const Step &step)
+{
+    QList<const void *> targets;
+    for (const Action &action : step.actions) {
+        if (!targets.contains(action.target))
+            targets.append(action.target);
+    }
+    return targets;
+}
+
 void UndoManager::beginUndoGrouping()
 {
     if (m_level == 0) {

@@ -38,6 +38,10 @@ public:
     void redo();
     bool canUndo() const;
     bool canRedo() const;
+    // The targets of the step that undo() or redo() would run, each once, in registration
+    // order; empty when there is none. A window shows the document a step belongs to first.
+    QList<const void *> undoTargets() const;
+    QList<const void *> redoTargets() const;
     bool isUndoing() const { return m_state == State::Undoing; }
     bool isRedoing() const { return m_state == State::Redoing; }
 
@@ -78,6 +82,7 @@ private:
         QString actionName;
     };
 
+    static QList<const void *> targetsOf(const Step &step);
     bool isAtTopLevel() const;
     int ownLevel() const;
     void runStep(QList<Step> &from, State state);

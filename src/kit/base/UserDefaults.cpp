@@ -1,7 +1,7 @@
 #include "UserDefaults.h"
 
-#include <QDataStream>
-#include <QIODevice>
+#include "Archiver.h"
+
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
@@ -13,9 +13,10 @@
 
 namespace {
 
-// INI keeps only text and bytes. Every other value is stored as the bytes of its QVariant under
+// INI keeps only text and bytes. Every other value is stored as its archive (Archiver) under
 // this single key of a map, which QSettings writes as @Variant; a map of any other shape is a
-// value someone else stored as it stands.
+// value someone else stored as it stands. The archive, unlike a QVariant's QDataStream form,
+// checks every count against the bytes there are: the file is one a person may edit.
 const QString typedValueKey = QStringLiteral("Folidoc.TypedValue");
 
 QVariant encoded(const QVariant &value)
@@ -23,11 +24,7 @@ QVariant encoded(const QVariant &value)
     const int type = value.typeId();
     if (type == QMetaType::QString || type == QMetaType::QByteArray)
         return value;
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_6_0);
-    stream << value;
-    return QVariantMap { { typedValueKey, bytes } };
+    return QVariantMap { { typedValueKey, Archiver::archivedData(value) } };
 }
 
 QVariant decoded(const QVariant &stored)
@@ -37,12 +34,7 @@ QVariant decoded(const QVariant &stored)
     const QVariantMap map = stored.toMap();
     if (map.size() != 1 || !map.contains(typedValueKey))
         return stored;
-    const QByteArray bytes = map.value(typedValueKey).toByteArray();
-    QDataStream stream(bytes);
-    stream.setVersion(QDataStream::Qt_6_0);
-    QVariant value;
-    stream >> value;
-    return stream.status() == QDataStream::Ok ? value : QVariant();
+    return Archiver::unarchive(map.value(typedValueKey).toByteArray());
 }
 
 bool isNumber(const QVariant &value)

@@ -23,6 +23,8 @@
 
 #include <cmath>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace AnnotationIO {
 namespace {
@@ -246,13 +248,29 @@ std::optional<Picture> pictureOf(const PDFAnnotation &annotation)
     return picture;
 }
 
+// Measuring a font loads it, which costs far more than the rest of a picture: a page of free
+// texts mostly uses a few fonts.
+double ascentInPoints(const QFont &font)
+{
+    thread_local std::vector<std::pair<QFont, double>> known;
+    for (const auto &[measured, ascent] : known) {
+        if (measured == font)
+            return ascent;
+    }
+    QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
+    const QFontMetricsF metrics(font, &device);
+    const double ascent = metrics.ascent() * 72.0 / std::max(1, device.logicalDpiY());
+    if (known.size() >= 16)
+        known.clear();
+    known.emplace_back(font, ascent);
+    return ascent;
+}
+
 QPointF freeTextShift(const PDFAnnotationFreeText &text, double fontSize)
 {
     // The kit writes inside a 2 point margin, its first baseline one ascent below the top;
     // MuPDF starts at the left edge, 0.8 of the size below the top.
-    QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
-    const QFontMetricsF metrics(text.font(), &device);
-    const double ascent = metrics.ascent() * 72.0 / std::max(1, device.logicalDpiY());
+    const double ascent = ascentInPoints(text.font());
     const double dy = 0.8 * fontSize - (2 + ascent);
     const int alignment = text.alignment();
     const double dx = alignment == PDFAnnotationFreeText::Center ? 0
@@ -294,38 +312,45 @@ QByteArray loadStream(fz_context *ctx, pdf_obj *stream)
 
 } // namespace
 
-void writeAppearance(
+void adjustEngineAppearance(
     fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation)
 {
+    const auto *text = dynamic_cast<const PDFAnnotationFreeText *>(&annotation);
+    if (!text)
+        return;
     mu::Error error;
     pdf_obj *normal = nullptr;
     mu::run(ctx, error, [&] { normal = pdf_dict_getp(ctx, dict, "AP/N"); });
-    if (const auto *text = dynamic_cast<const PDFAnnotationFreeText *>(&annotation)) {
-        const QByteArray content = loadStream(ctx, normal);
-        float size = 12;
-        mu::run(ctx, error, [&] {
-            const char *da = pdf_dict_get_text_string(ctx, dict, PDF_NAME(DA));
-            const char *font = nullptr;
-            int n = 0;
-            float color[4];
-            if (da && *da)
-                pdf_parse_default_appearance(ctx, da, &font, &size, &n, color);
-        });
-        const QByteArray shifted = shiftedText(content, freeTextShift(*text, size));
-        if (content.isEmpty() || shifted == content)
-            return;
-        const auto *bytes = reinterpret_cast<const unsigned char *>(shifted.constData());
-        const size_t length = static_cast<size_t>(shifted.size());
-        mu::Buffer fresh;
-        mu::run(ctx, error, [&] {
-            fresh.p = fz_new_buffer_from_copied_data(ctx, bytes, length);
-            pdf_update_stream(ctx, doc, normal, fresh.p, 0);
-        });
+    const QByteArray content = loadStream(ctx, normal);
+    if (content.isEmpty())
         return;
-    }
+    float size = 12;
+    mu::run(ctx, error, [&] {
+        const char *da = pdf_dict_get_text_string(ctx, dict, PDF_NAME(DA));
+        const char *font = nullptr;
+        int n = 0;
+        float color[4];
+        if (da && *da)
+            pdf_parse_default_appearance(ctx, da, &font, &size, &n, color);
+    });
+    const QByteArray shifted = shiftedText(content, freeTextShift(*text, size));
+    if (shifted == content)
+        return;
+    const auto *bytes = reinterpret_cast<const unsigned char *>(shifted.constData());
+    const size_t length = static_cast<size_t>(shifted.size());
+    mu::Buffer fresh;
+    mu::run(ctx, error, [&] {
+        fresh.p = fz_new_buffer_from_copied_data(ctx, bytes, length);
+        pdf_update_stream(ctx, doc, normal, fresh.p, 0);
+    });
+}
+
+bool writeOwnAppearance(
+    fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation)
+{
     const auto picture = pictureOf(annotation);
     if (!picture)
-        return;
+        return false;
     // One graphics state sets the blending and the opacities of strokes and fills.
     const bool state = picture->multiply || picture->strokeAlpha < 1 || picture->fillAlpha < 1;
     const QByteArray content = (state ? QByteArray("/H gs\n") : QByteArray()) + picture->content;
@@ -337,12 +362,20 @@ void writeAppearance(
     const auto strokeAlpha = static_cast<float>(picture->strokeAlpha);
     const auto fillAlpha = static_cast<float>(picture->fillAlpha);
     mu::Buffer buffer;
-    mu::Object resources;
-    mu::run(ctx, error, [&] {
+    mu::Object form;
+    mu::Error error;
+    // A fresh appearance with the normal picture alone: states and keys of an older one (a
+    // file's own, say) must not outlive it. The form's matrix is the identity, which readers
+    // assume when it has none, and it names resources only when it uses some.
+    return mu::run(ctx, error, [&] {
         buffer.p = fz_new_buffer_from_copied_data(ctx, bytes, length);
-        resources.p = pdf_new_dict(ctx, doc, 1);
+        form.p = pdf_new_dict(ctx, doc, 4);
+        pdf_dict_put(ctx, form.p, PDF_NAME(Type), PDF_NAME(XObject));
+        pdf_dict_put(ctx, form.p, PDF_NAME(Subtype), PDF_NAME(Form));
+        pdf_dict_put_rect(ctx, form.p, PDF_NAME(BBox), box);
         if (state) {
-            pdf_obj *states = pdf_dict_put_dict(ctx, resources.p, PDF_NAME(ExtGState), 1);
+            pdf_obj *resources = pdf_dict_put_dict(ctx, form.p, PDF_NAME(Resources), 1);
+            pdf_obj *states = pdf_dict_put_dict(ctx, resources, PDF_NAME(ExtGState), 1);
             pdf_obj *gs = pdf_dict_put_dict(ctx, states, PDF_NAME(H), 4);
             pdf_dict_put(ctx, gs, PDF_NAME(Type), PDF_NAME(ExtGState));
             if (multiply)
@@ -352,13 +385,8 @@ void writeAppearance(
             if (fillAlpha < 1)
                 pdf_dict_put_real(ctx, gs, PDF_NAME(ca), fillAlpha);
         }
-        if (pdf_is_stream(ctx, normal)) {
-            pdf_update_xobject(ctx, doc, normal, box, fz_identity, resources.p, buffer.p);
-        } else {
-            pdf_obj *ap = pdf_dict_put_dict(ctx, dict, PDF_NAME(AP), 1);
-            pdf_dict_put_drop(ctx, ap, PDF_NAME(N),
-                pdf_new_xobject(ctx, doc, box, fz_identity, resources.p, buffer.p));
-        }
+        pdf_obj *ap = pdf_dict_put_dict(ctx, dict, PDF_NAME(AP), 1);
+        pdf_dict_put_drop(ctx, ap, PDF_NAME(N), pdf_add_stream(ctx, doc, buffer.p, form.p, 0));
         pdf_dict_put_rect(ctx, dict, PDF_NAME(Rect), box);
     });
 }

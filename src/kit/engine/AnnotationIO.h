@@ -42,11 +42,15 @@ bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotatio
 // The subtype a dictionary says, as a type string ("Square"...); empty when it has none.
 QString subtypeOf(fz_context *ctx, pdf_obj *dict);
 
-// After MuPDF made the annotation's normal appearance: lines, ink, circles, squares and marked
-// text get the kit's drawing instead (with their dashes, which MuPDF leaves out, and no stroke
-// for a border of width 0), and a free text's text is moved to where the kit writes it. Other
-// kinds keep MuPDF's picture.
-void writeAppearance(
+// Lines, ink, circles, squares and marked text: the kit's drawing becomes the normal appearance
+// (with their dashes, which MuPDF leaves out, and no stroke for a border of width 0), replacing
+// any appearance the dictionary had, and the rect becomes what it covers. False, with nothing
+// written, for the kinds MuPDF draws, or when writing failed.
+bool writeOwnAppearance(
+    fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation);
+// After MuPDF made the appearance of a kind it draws: a free text's text is moved to where the
+// kit writes it. Other kinds keep MuPDF's picture.
+void adjustEngineAppearance(
     fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation);
 
 } // namespace AnnotationIO

@@ -1,5 +1,6 @@
 #include "FindJob.h"
 
+#include "PDFRenderPrivate.h"
 #include "TextLayout.h"
 
 #include <mutex>
@@ -75,8 +76,14 @@ fz_display_list *FindJob::recordPage(size_t slot)
         }
     });
     fz_display_list *list = nullptr;
-    if (page && !error.failed)
-        list = TextLayout::recordContents(ctx, page, nullptr, error);
+    if (page && !error.failed) {
+        mu::CookieScope scope(&m_cancellation);
+        list = TextLayout::recordContents(ctx, page, scope.cookie(), error, scope.contentLimit());
+        if (list && scope.aborted()) {
+            mu::runQuietly(ctx, [&] { fz_drop_display_list(ctx, list); });
+            list = nullptr;
+        }
+    }
     if (page)
         mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
     return list;
@@ -101,7 +108,7 @@ void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
             const mu::DisplayList list(recordPage(slot));
             mu::Error error;
             const auto layout
-                = list ? TextLayout::fromList(ctx, list.p, nullptr, error, false) : nullptr;
+                = list ? TextLayout::fromList(ctx, list.p, &m_cancellation, error, false) : nullptr;
             if (layout)
                 hits = matches(layout->text, m_needle, m_caseInsensitive);
             const std::lock_guard lock(resultsMutex);

@@ -4,6 +4,7 @@
 // by page on a worker thread under the document's lock. The worker reports ranges per page slot;
 // it never touches PDFPage or PDFDocument.
 
+#include "PDFCancellation.h"
 #include "PDFSelection.h"
 #include "mupdf/DocumentHandle.h"
 
@@ -27,7 +28,11 @@ public:
     using PageHits = std::function<void(int slot, std::vector<PDFTextRange> hits)>;
     // Runs on the worker: onPage for each page with hits, in order; onEnd unless cancelled.
     void run(const PageHits &onPage, const std::function<void()> &onEnd);
-    void cancel() { m_cancelled = true; }
+    void cancel()
+    {
+        m_cancelled = true;
+        m_cancellation.cancel();
+    }
 
     // Ranges of needle in text; whitespace of either side matches any whitespace.
     static std::vector<PDFTextRange> matches(
@@ -43,4 +48,5 @@ private:
     QString m_needle;
     bool m_caseInsensitive;
     std::atomic<bool> m_cancelled { false };
+    PDFCancellation m_cancellation; // aborts the page being read at once
 };

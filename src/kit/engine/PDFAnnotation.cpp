@@ -412,6 +412,14 @@ void PDFAnnotation::setValuesForKeysWithDictionary(const QVariantMap &values)
         setValueForKey(it.value(), it.key());
 }
 
+void PDFAnnotation::setValueForKeyInMemory(const QVariant &value, const QString &key)
+{
+    const bool wasLoading = d->loading;
+    d->loading = true;
+    setValueForKey(value, key);
+    d->loading = wasLoading;
+}
+
 void PDFAnnotation::addObserver(const void *observer, const Observer &callback)
 {
     if (callback)

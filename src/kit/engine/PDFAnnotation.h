@@ -109,6 +109,9 @@ public:
     virtual QVariant valueForKey(const QString &key) const;
     virtual void setValueForKey(const QVariant &value, const QString &key);
     void setValuesForKeysWithDictionary(const QVariantMap &values);
+    // Sets a value for this session only: the file keeps its own until the annotation is next
+    // edited, when the value is written with the rest. No observer is told, nothing is redrawn.
+    void setValueForKeyInMemory(const QVariant &value, const QString &key);
 
     // An observer is identified by a pointer of the caller's; removing drops all its callbacks.
     void addObserver(const void *observer, const Observer &callback);

@@ -6,6 +6,10 @@
 #include "PDFOutline.h"
 #include "PDFPage.h"
 #include "PDFPagePrivate.h"
+#include "PageTree.h"
+#include "PageTreeWalk.h"
+#include "SaslPrep.h"
+#include "mupdf/MuOpen.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -28,18 +32,21 @@ const QString PDFDocument::FoundSelectionKey = QStringLiteral("PDFDocumentFoundS
 
 namespace {
 
-constexpr int MaxTreeDepth = 64;
+// Page trees of at most this many pages are walked whole at opening: it costs about a
+// millisecond, and the page count is then exact from the start.
+constexpr int LazyWalkFrom = 512;
 
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
-constexpr const char *WriteOptions = "garbage=1";
+// Objects are written spaced out: the compact form runs an empty name into the token after it
+// ("/ 1" becomes the name "/1"), which changes the file or makes it unreadable.
+constexpr const char *WriteOptions = "garbage=1,pretty=yes";
 
 } // namespace
 
 PDFDocumentPrivate::~PDFDocumentPrivate()
 {
     stopFind();
-    dropWalk();
 }
 
 void PDFDocumentPrivate::stopFind()
@@ -68,7 +75,28 @@ bool PDFDocumentPrivate::adopt(pdf_document *doc)
             return false;
         }
     }
-    return locked || loadContent();
+    if (locked || loadContent()) {
+        sourceBytes = nullptr;
+        sourceData.clear();
+        return true;
+    }
+    // A page tree MuPDF could not find without repairing: open the file again the way a damaged
+    // one is opened, which rebuilds the cross-reference from the objects themselves.
+    const auto source = std::exchange(sourceBytes, nullptr);
+    sourceData.clear();
+    if (!pageTreeBroken || repaired || !source)
+        return false;
+    pdf_document *again = openForcingRepair(source());
+    return again && adopt(again);
+}
+
+pdf_document *PDFDocumentPrivate::openForcingRepair(QByteArray bytes)
+{
+    // Without the keyword MuPDF cannot find the cross-reference and scans the file instead.
+    for (qsizetype at = bytes.indexOf("startxref"); at >= 0; at = bytes.indexOf("startxref", at))
+        bytes[at] = 'S';
+    mu::Error failure;
+    return mu::openDocumentFromBytes(bytes, failure);
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage() const
@@ -86,55 +114,92 @@ bool PDFDocumentPrivate::loadContent()
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = handle->doc();
+    PageTree::Result tree;
     mu::Error failure;
-    int count = 0;
+    int claimed = 0;
+    bool walkedWhole = false;
     {
         const mu::Lock lock(handle->mutex());
-        mu::run(ctx, failure, [&] { count = pdf_count_pages(ctx, doc); });
-        if (failure.failed) {
-            error = failure.text();
-            return false;
+        if (!repaired && repairIfDamagedLocked())
+            repaired = true;
+        // A long sound file's tree is walked as its pages are asked for. A short one is walked
+        // whole now, and so is a repaired file's, or one that claims more pages than the file
+        // has objects; scanning every object is for files MuPDF has had to repair. Only a long
+        // tree found unsound late can hold other pages than it claimed (resolveThroughLocked).
+        walk.clear();
+        if (!repaired) {
+            claimed = walk.start(ctx, doc);
+            if (claimed > objectCount)
+                walk.clear();
+        }
+        if (walk.active() && claimed <= LazyWalkFrom) {
+            PageTreeWalk::Step step = PageTreeWalk::Step::Page;
+            pdf_obj *page = nullptr;
+            while ((step = walk.next(ctx, page)) == PageTreeWalk::Step::Page) {
+                tree.pages.push_back(page);
+                if (int(tree.pages.size()) > claimed) {
+                    step = PageTreeWalk::Step::Broken;
+                    break;
+                }
+            }
+            walk.clear();
+            walkedWhole = step == PageTreeWalk::Step::End && int(tree.pages.size()) == claimed;
+            if (!walkedWhole) {
+                for (pdf_obj *obj : tree.pages)
+                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+                tree.pages.clear();
+            }
+        }
+        if (!walk.active() && !walkedWhole) {
+            tree = PageTree::load(ctx, doc, repaired, failure);
+            if (!failure.failed && tree.pages.empty() && tree.broken)
+                failure.fail("The document has no pages that could be read");
+            if (failure.failed) {
+                for (pdf_obj *obj : tree.pages)
+                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+                error = failure.text();
+                pageTreeBroken = tree.broken;
+                return false;
+            }
+            repaired = repaired || tree.rebuilt;
         }
         labels = PageLabels::read(ctx, doc);
     }
-    dropWalk();
     pages.clear();
     ++pageOrder;
-    pages.reserve(static_cast<size_t>(std::max(count, 0)));
-    for (int i = 0; i < count; ++i) {
+    const size_t count = walk.active() ? size_t(claimed) : tree.pages.size();
+    pages.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
         auto page = makePage();
         page->d->handle = handle;
         page->d->document = q.weak_from_this();
+        if (!walk.active())
+            page->d->object = tree.pages[i];
         pages.push_back(page);
     }
-    resolved = 0;
-    walkByLookup = false;
-    {
-        const mu::Lock lock(handle->mutex());
-        pdf_obj *kids = nullptr;
-        mu::run(ctx, failure, [&] {
-            kids = pdf_keep_obj(ctx, pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages/Kids"));
-        });
-        walk.reserve(MaxTreeDepth + 1);
-        if (pdf_is_array(ctx, kids))
-            walk.emplace_back(kids, 0);
-        else
-            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
-    }
+    resolved = walk.active() ? 0 : int(count);
     outlineRoot.reset();
     outlineLoaded = false;
     contentLoaded = true;
     return true;
 }
 
-void PDFDocumentPrivate::dropWalk()
+bool PDFDocumentPrivate::repairIfDamagedLocked()
 {
-    if (walk.empty())
-        return;
     fz_context *ctx = mu::context();
-    for (const auto &[kids, next] : walk)
-        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
-    walk.clear();
+    pdf_document *const doc = handle->doc();
+    // The file is mapped, not read: only the pages holding object headers are touched.
+    QFile file;
+    QByteArrayView bytes = sourceData;
+    if (!sourcePath.isEmpty()) {
+        file.setFileName(sourcePath);
+        const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
+        bytes = mapped ? QByteArrayView(mapped, file.size()) : QByteArrayView();
+    }
+    const bool repairedNow = PageTree::repairIfDamaged(ctx, doc, bytes);
+    objectCount = 0;
+    mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
+    return repairedNow;
 }
 
 void PDFDocumentPrivate::resolveThrough(int index)
@@ -157,65 +222,63 @@ void PDFDocumentPrivate::resolveThroughLocked(int index)
     if (index < resolved || !handle)
         return;
     fz_context *ctx = mu::context();
-    pdf_document *const doc = handle->doc();
-    // Plain MuPDF calls on the walk's own storage, reserved so that nothing allocates inside.
-    auto *const path = &walk;
-    auto *const list = &pages;
-    int *const done = &resolved;
-    bool mismatch = false;
-    mu::Error failure;
     // Asked for the last page, the walk also goes through the rest of the tree, to catch pages
-    // beyond the count.
+    // beyond the count and counts that do not add up.
     const int target = index >= count - 1 ? count : index;
-    mu::run(ctx, failure, [&] {
-        while (*done <= target && !path->empty() && !mismatch) {
-            auto &[kids, next] = path->back();
-            if (next >= pdf_array_len(ctx, kids)) {
-                pdf_drop_obj(ctx, kids);
-                path->pop_back();
-                continue;
-            }
-            pdf_obj *kid = pdf_array_get(ctx, kids, next++);
-            pdf_obj *grandKids = pdf_dict_get(ctx, kid, PDF_NAME(Kids));
-            if (pdf_is_array(ctx, grandKids)) {
-                if (path->size() > MaxTreeDepth)
-                    mismatch = true;
-                else
-                    path->emplace_back(pdf_keep_obj(ctx, grandKids), 0);
-                continue;
-            }
-            if (*done >= count || !pdf_is_indirect(ctx, kid)) {
-                mismatch = true;
-                continue;
-            }
-            (*list)[static_cast<size_t>(*done)]->d->object = pdf_keep_obj(ctx, kid);
-            ++*done;
+    PageTreeWalk::Step step = PageTreeWalk::Step::Page;
+    while (resolved <= target && step == PageTreeWalk::Step::Page) {
+        pdf_obj *object = nullptr;
+        step = walk.next(ctx, object);
+        if (step != PageTreeWalk::Step::Page)
+            break;
+        if (resolved >= count) {
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, object); });
+            step = PageTreeWalk::Step::Broken;
+            break;
         }
-    });
-    if (failure.failed || mismatch || (resolved <= index && walk.empty()))
-        walkByLookup = true;
-    if (!walkByLookup)
-        return;
-    // The slow way for the whole document: pages found by the walk are checked against MuPDF's
-    // numbering too, since a tree that does not add up may have misled it anywhere.
-    for (const auto &[kids, next] : walk)
-        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, kids); });
-    walk.clear();
-    for (int i = 0; i < count; ++i) {
-        PDFPagePrivate &page = *pages[static_cast<size_t>(i)]->d;
-        pdf_obj *found = nullptr;
-        mu::runQuietly(ctx, [&] { found = pdf_keep_obj(ctx, pdf_lookup_page_obj(ctx, doc, i)); });
-        if (found && page.object && pdf_to_num(ctx, found) == pdf_to_num(ctx, page.object)) {
-            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, found); });
-            continue;
-        }
-        if (page.object)
-            page.bind(handle, found, true);
-        else
-            page.object = found;
+        pages[static_cast<size_t>(resolved++)]->d->object = object;
     }
-    resolved = count;
-    ++pageOrder;
+    if (step == PageTreeWalk::Step::Page || (step == PageTreeWalk::Step::End && resolved == count))
+        return;
+    // The tree does not add up: it is read whole, repaired and rebuilt flat, and the page list
+    // follows it. Pages found so far keep their place where the tree agrees.
+    walk.clear();
+    mu::Error failure;
+    PageTree::Result tree = PageTree::load(ctx, handle->doc(), true, failure);
+    repaired = repaired || tree.rebuilt;
+    adoptPagesLocked(tree.pages);
+}
+
+void PDFDocumentPrivate::adoptPagesLocked(const std::vector<pdf_obj *> &found)
+{
+    fz_context *ctx = mu::context();
+    const size_t kept = std::min(found.size(), pages.size());
+    for (size_t i = 0; i < kept; ++i) {
+        PDFPagePrivate &page = *pages[i]->d;
+        pdf_obj *const obj = found[i];
+        if (page.object && pdf_to_num(ctx, obj) == pdf_to_num(ctx, page.object))
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+        else if (page.object)
+            page.bind(handle, obj, true);
+        else
+            page.object = obj;
+    }
+    // Pages the tree claimed but does not hold stay in the list, empty, so that a count once
+    // given never shrinks under a caller; they are not in MuPDF's tree and are not saved.
+    for (size_t i = kept; i < pages.size(); ++i) {
+        PDFPagePrivate &page = *pages[i]->d;
+        if (page.object)
+            page.bind(handle, nullptr, true);
+    }
+    for (size_t i = kept; i < found.size(); ++i) {
+        auto page = makePage();
+        page->d->handle = handle;
+        page->d->document = q.weak_from_this();
+        page->d->object = found[i];
+        pages.push_back(page);
+    }
+    resolved = static_cast<int>(pages.size());
+    renumberLocked();
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::pageForObjectNumberLocked(int number)
@@ -406,6 +469,11 @@ bool PDFDocument::initWithURL(const QUrl &url)
     d->sourceSize = QFileInfo(path).size();
     const QByteArray name = QFile::encodeName(path);
     const char *const filename = name.constData();
+    d->sourcePath = path;
+    d->sourceBytes = [path] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
     fz_context *ctx = mu::context();
     pdf_document *doc = nullptr;
     mu::Error failure;
@@ -424,19 +492,11 @@ bool PDFDocument::initWithData(const QByteArray &data)
         d->error = QStringLiteral("The data is empty");
         return false;
     }
-    fz_context *ctx = mu::context();
-    const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
-    const size_t size = static_cast<size_t>(data.size());
     d->sourceSize = data.size();
-    mu::Buffer buffer;
-    mu::Stream stream;
-    pdf_document *doc = nullptr;
+    d->sourceBytes = [data] { return data; };
+    d->sourceData = data;
     mu::Error failure;
-    mu::run(ctx, failure, [&] {
-        buffer.p = fz_new_buffer_from_copied_data(ctx, bytes, size);
-        stream.p = fz_open_buffer(ctx, buffer.p);
-        doc = pdf_open_document_with_stream(ctx, stream.p);
-    });
+    pdf_document *const doc = mu::openDocumentFromBytes(data, failure);
     if (failure.failed) {
         d->error
             = QStringLiteral("The data is not a readable PDF document: %1").arg(failure.text());
@@ -697,15 +757,28 @@ bool PDFDocument::unlockWithPassword(const QString &password)
 {
     if (!d->handle)
         return false;
-    const QByteArray utf8 = password.toUtf8();
-    const char *const text = utf8.constData();
     int result = 0;
     {
         const mu::Lock lock(d->handle->mutex());
         fz_context *ctx = mu::context();
         pdf_document *const doc = d->handle->doc();
-        mu::Error failure;
-        mu::run(ctx, failure, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
+        int revision = 0;
+        mu::runQuietly(ctx, [&] {
+            revision = pdf_to_int(ctx, pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Encrypt/R"));
+        });
+        // AES-256 passwords are prepared UTF-8; as typed is tried too, for files made by tools
+        // that stored them unprepared.
+        QList<QByteArray> candidates;
+        if (revision >= 5)
+            candidates.append(SaslPrep::prepared(password).toUtf8());
+        if (!candidates.contains(password.toUtf8()))
+            candidates.append(password.toUtf8());
+        for (const QByteArray &candidate : candidates) {
+            const char *const text = candidate.constData();
+            mu::runQuietly(ctx, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
+            if (result)
+                break;
+        }
     }
     if (!result)
         return false;

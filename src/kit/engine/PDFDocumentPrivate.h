@@ -5,12 +5,14 @@
 
 #include "FindJob.h"
 #include "PageLabels.h"
+#include "PageTreeWalk.h"
 #include "mupdf/DocumentHandle.h"
 
 #include <QHash>
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -34,8 +36,9 @@ struct PDFDocumentPrivate
     bool loadContent();
     // Finds the page objects of every page up to index, walking the page tree on from where the
     // last walk stopped: opening a long document reads only the pages it shows first. A tree
-    // that does not add up is read the slow way, page by page as MuPDF counts them, so that
-    // index i is always MuPDF's page i. Main thread; takes the lock.
+    // that does not add up is read whole, repaired and rebuilt (PageTree): the pages it holds
+    // come first in the list, so that index i is MuPDF's page i, and the list only grows.
+    // Main thread; takes the lock.
     void resolveThrough(int index);
     void resolveThroughLocked(int index); // the same, with the lock held
     static PDFDocumentPrivate &of(const PDFDocument &document);
@@ -46,13 +49,19 @@ struct PDFDocumentPrivate
     // The outline, read on first use: its destinations need every page object.
     void loadOutline();
     std::shared_ptr<PDFPage> makePage() const;
+    // The file's bytes opened as a file whose cross-reference is lost, so MuPDF repairs it.
+    static pdf_document *openForcingRepair(QByteArray bytes);
     // Keeps MuPDF's numbering of loaded pages equal to the page list; the lock is held.
     void renumberLocked();
     // Takes a page out of the page tree and the list; the removed page keeps its content.
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
-    void dropWalk();
+    // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened;
+    // answers whether it repaired the file. The lock is held.
+    bool repairIfDamagedLocked();
+    // The page list becomes the page objects found (new references); the lock is held.
+    void adoptPagesLocked(const std::vector<pdf_obj *> &found);
 
     // Full rewrite of a document into memory; the caller holds the lock.
     // sizeHint: the expected size (the file read), to allocate once.
@@ -63,11 +72,10 @@ struct PDFDocumentPrivate
     PDFDocument &q;
     std::shared_ptr<mu::DocumentHandle> handle;
     std::vector<std::shared_ptr<PDFPage>> pages;
-    // Pages before this index have their page objects; the walk's path is kept (each array
-    // kept) to go on from there.
+    // Pages before this index have their page objects; the walk goes on from there.
     int resolved = 0;
-    std::vector<std::pair<pdf_obj *, int>> walk;
-    bool walkByLookup = false;
+    PageTreeWalk walk;
+    int objectCount = 0; // entries of the cross-reference: no tree holds more pages
     bool outlineLoaded = true;
     QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;
     quint64 pagesByNumberOrder = 0; // the page order the table was built for
@@ -81,6 +89,12 @@ struct PDFDocumentPrivate
     bool locked = false;
     bool contentLoaded = false;
     qsizetype sourceSize = 0;
+    // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
+    std::function<QByteArray()> sourceBytes;
+    // Where the bytes MuPDF reads can be looked at without reading the file.
+    QString sourcePath;
+    QByteArray sourceData;
+    bool pageTreeBroken = false;
     PageLabels labels;
 
     std::shared_ptr<FindJob> findJob;

@@ -1,4 +1,4 @@
-// PDFPage's annotation pictures: making them fresh (AnnotationIO::writeAppearance) before the page
+// PDFPage's annotation pictures: making them fresh (AnnotationIO) before the page
 // is drawn or written, choosing what engine drawing shows, and drawing one annotation's picture.
 
 #include "PDFPage.h"
@@ -13,6 +13,41 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <optional>
+#include <unordered_map>
+
+namespace {
+
+// MuPDF's annotations and widgets of a loaded page by their dictionaries: a page with many
+// changed annotations finds each without walking the list again.
+class AnnotsByObject
+{
+public:
+    AnnotsByObject(fz_context *ctx, pdf_page *loaded)
+    {
+        mu::Error error;
+        mu::run(ctx, error, [&] {
+            for (pdf_annot *a = pdf_first_annot(ctx, loaded); a; a = pdf_next_annot(ctx, a))
+                m_annots.emplace(pdf_resolve_indirect(ctx, pdf_annot_obj(ctx, a)), a);
+            for (pdf_annot *w = pdf_first_widget(ctx, loaded); w; w = pdf_next_widget(ctx, w))
+                m_annots.emplace(pdf_resolve_indirect(ctx, pdf_annot_obj(ctx, w)), w);
+        });
+    }
+
+    pdf_annot *find(fz_context *ctx, pdf_obj *object) const
+    {
+        pdf_obj *resolved = nullptr;
+        mu::Error error;
+        mu::run(ctx, error, [&] { resolved = pdf_resolve_indirect(ctx, object); });
+        const auto found = resolved ? m_annots.find(resolved) : m_annots.end();
+        return found == m_annots.end() ? nullptr : found->second;
+    }
+
+private:
+    std::unordered_map<pdf_obj *, pdf_annot *> m_annots;
+};
+
+} // namespace
 
 namespace PDFPageInternals {
 
@@ -46,17 +81,29 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
     resolveMovedLocked(pd, ctx);
     if (!pd.appearancesStale || !loaded)
         return;
+    pdf_document *const doc = pd.handle->doc();
+    std::optional<AnnotsByObject> annots;
     std::vector<const PDFAnnotation *> remade;
     for (const auto &annotation : pd.annotations) {
         PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
         if (!ad.appearanceDirty || !onPageInFile(pd, ad))
             continue;
         ad.appearanceDirty = false;
+        if (!annots)
+            annots.emplace(ctx, loaded);
+        pdf_obj *const object = ad.object;
+        pdf_annot *const annot = annots->find(ctx, object);
+        // The kinds the kit draws get their picture straight away; MuPDF, which would draw one
+        // only to have it replaced, is told the picture is fresh.
+        if (AnnotationIO::writeOwnAppearance(ctx, doc, object, *annotation)) {
+            if (annot)
+                mu::runQuietly(ctx, [&] { pdf_set_annot_resynthesised(ctx, annot); });
+            continue;
+        }
         remade.push_back(annotation.get());
         // MuPDF keeps a picture that came with the file even when told it is dirty; without
         // one it always makes a new one.
-        pdf_obj *const object = ad.object;
-        if (pdf_annot *annot = findAnnot(ctx, loaded, object)) {
+        if (annot) {
             mu::runQuietly(ctx, [&] {
                 pdf_dict_del(ctx, object, PDF_NAME(AP));
                 pdf_dirty_annot(ctx, annot);
@@ -77,7 +124,7 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
     });
     for (const PDFAnnotation *annotation : remade) {
         const PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
-        AnnotationIO::writeAppearance(ctx, pd.handle->doc(), ad.object, *annotation);
+        AnnotationIO::adjustEngineAppearance(ctx, doc, ad.object, *annotation);
         // MuPDF makes every note icon 18 by 18; the note keeps its own size and the icon scales.
         if (dynamic_cast<const PDFAnnotationText *>(annotation)) {
             pdf_obj *const object = ad.object;

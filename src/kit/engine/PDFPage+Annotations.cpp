@@ -251,11 +251,15 @@ void graftAnnotations(
 void loadAnnotations(const PDFPage &page)
 {
     PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    if (pd.annotationsLoaded)
+    if (pd.annotationsLoaded || pd.annotationsLoading)
         return;
-    pd.annotationsLoaded = true;
-    if (!pd.handle)
+    if (!pd.handle) {
+        pd.annotationsLoaded = true;
         return;
+    }
+    // The list and its flag are published together under the lock: a worker serialising the
+    // document (a save still running when the file is reopened) reads both under it.
+    pd.annotationsLoading = true;
     fz_context *ctx = mu::context();
     std::vector<pdf_obj *> objects;
     std::vector<QString> types;
@@ -298,21 +302,27 @@ void loadAnnotations(const PDFPage &page)
     }
 
     const auto self = std::const_pointer_cast<PDFPage>(page.shared_from_this());
-    const mu::Lock lock(pd.handle->mutex());
-    // Link targets by object number, from a table the document keeps.
-    const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
-        return document ? PDFDocumentPrivate::of(*document).pageForObjectNumberLocked(number)
-                        : nullptr;
-    };
-    for (size_t i = 0; i < built.size(); ++i) {
-        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
-        ad.type = types[i];
-        AnnotationIO::read(ctx, objects[i], *built[i], pageForObject);
-        ad.bind(pd.handle, objects[i], true);
-        ad.inFile = true;
-        ad.page = self;
+    {
+        const mu::Lock lock(pd.handle->mutex());
+        // Link targets by object number, from a table the document keeps.
+        const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
+            return document ? PDFDocumentPrivate::of(*document).pageForObjectNumberLocked(number)
+                            : nullptr;
+        };
+        for (size_t i = 0; i < built.size(); ++i) {
+            PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
+            ad.type = types[i];
+            AnnotationIO::read(ctx, objects[i], *built[i], pageForObject);
+            ad.bind(pd.handle, objects[i], true);
+            ad.inFile = true;
+            ad.page = self;
+        }
+        pd.annotations = std::move(built);
+        pd.annotationsLoaded = true;
+        pd.annotationsLoading = false;
     }
-    pd.annotations = std::move(built);
+    // The page is looked at by its own class before anything draws or edits its annotations.
+    PDFPagePrivate::didLoadAnnotations(*self);
 }
 
 void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)
@@ -410,10 +420,14 @@ void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
             PDFPageInternals::prepareAnnotationsLocked(*this, ctx, nullptr);
             insertLocked(*d, ctx, loaded, *annotation);
         }
+        // Still under the lock: a worker writing the document reads the list.
+        d->annotations.push_back(annotation);
+        d->appearancesStale = true;
+    } else {
+        d->annotations.push_back(annotation);
+        d->appearancesStale = true;
     }
-    d->annotations.push_back(annotation);
     ad.page = std::const_pointer_cast<PDFPage>(shared_from_this());
-    d->appearancesStale = true;
     ++d->revision;
 }
 
@@ -422,11 +436,11 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
     if (!annotation)
         return;
     PDFPageInternals::loadAnnotations(*this);
-    const auto found = std::find(d->annotations.begin(), d->annotations.end(), annotation);
-    if (found == d->annotations.end())
+    if (std::find(d->annotations.begin(), d->annotations.end(), annotation) == d->annotations.end())
         return;
-    d->annotations.erase(found);
-    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+    // Kept until the lock is released: the annotation's destructor takes it.
+    const std::shared_ptr<PDFAnnotation> held = annotation;
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*held);
     // Annotations dropped along with this one die after the lock is released: their
     // destructors take it.
     std::vector<std::shared_ptr<PDFAnnotation>> dropped;
@@ -434,6 +448,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         const int index = PDFPageInternals::treeIndex(*this);
         const mu::Lock lock(d->handle->mutex());
         fz_context *ctx = mu::context();
+        // Under the lock: a worker writing the document reads the list.
+        std::erase(d->annotations, held);
         resolveMovedLocked(*d, ctx);
         if (onPageInFile(*d, ad)) {
             mu::Error error;
@@ -472,6 +488,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
                 return true;
             });
         }
+    } else {
+        std::erase(d->annotations, held);
     }
     ad.page.reset();
     d->appearancesStale = true;

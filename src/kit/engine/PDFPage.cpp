@@ -104,6 +104,12 @@ void PDFPagePrivate::bind(
     boxesValid = false;
     text.reset();
     ++revision;
+    ++contentRevision;
+}
+
+void PDFPagePrivate::didLoadAnnotations(PDFPage &page)
+{
+    page.didLoadAnnotations();
 }
 
 pdf_page *PDFPagePrivate::pageLocked(fz_context *ctx, int index, mu::Error &error)
@@ -171,7 +177,7 @@ void loadBoxes(const PDFPage &page)
 std::shared_ptr<const TextLayout> textLayout(const PDFPage &page)
 {
     PDFPagePrivate &d = PDFPagePrivate::of(page);
-    if (d.text && d.textRevision == d.revision)
+    if (d.text && d.textRevision == d.contentRevision)
         return d.text;
     if (!d.handle)
         return std::make_shared<TextLayout>();
@@ -184,7 +190,7 @@ std::shared_ptr<const TextLayout> textLayout(const PDFPage &page)
     if (loaded)
         layout = TextLayout::build(ctx, loaded, nullptr, error);
     d.text = layout ? layout : std::make_shared<TextLayout>();
-    d.textRevision = d.revision;
+    d.textRevision = d.contentRevision;
     return d.text;
 }
 
@@ -362,12 +368,6 @@ void PDFPage::setRotation(int degrees)
     noteContentChanged();
 }
 
-QString PDFPage::string() const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    return layout->text.isEmpty() ? QString() : layout->text;
-}
-
 QString PDFPage::label() const
 {
     const auto doc = document();
@@ -375,70 +375,6 @@ QString PDFPage::label() const
         return {};
     return doc->d->labelForIndex(
         doc->indexForPage(std::const_pointer_cast<PDFPage>(shared_from_this())));
-}
-
-int PDFPage::numberOfCharacters() const
-{
-    return PDFPageInternals::textLayout(*this)->size();
-}
-
-QRectF PDFPage::characterBoundsAtIndex(int index) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    return index >= 0 && index < layout->size() ? layout->rects[index] : QRectF();
-}
-
-int PDFPage::characterIndexAtPoint(const QPointF &point) const
-{
-    return PDFPageInternals::textLayout(*this)->indexAtPoint(point);
-}
-
-std::shared_ptr<PDFSelection> PDFPage::selectionForRect(const QRectF &rect) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    const QRectF area = rect.normalized();
-    auto selection = std::make_shared<PDFSelection>(document());
-    const auto self = std::const_pointer_cast<PDFPage>(shared_from_this());
-    for (int i = 0; i < layout->size(); ++i) {
-        const QRectF &r = layout->rects[i];
-        if (!r.isNull() && area.contains(r.center()))
-            selection->addRange(self, { i, 1 });
-    }
-    return selection->isEmpty() ? nullptr : selection;
-}
-
-std::shared_ptr<PDFSelection> PDFPage::selectionForRange(const PDFTextRange &range) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    const PDFTextRange clamped = layout->clamp(range);
-    if (clamped.length == 0)
-        return nullptr;
-    auto selection = std::make_shared<PDFSelection>(document());
-    selection->addRange(std::const_pointer_cast<PDFPage>(shared_from_this()), clamped);
-    return selection;
-}
-
-std::shared_ptr<PDFSelection> PDFPage::selectionForWordAtPoint(const QPointF &point) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    return selectionForRange(layout->wordRange(layout->indexAtPoint(point)));
-}
-
-std::shared_ptr<PDFSelection> PDFPage::selectionForLineAtPoint(const QPointF &point) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    return selectionForRange(layout->lineRange(layout->nearestIndex(point)));
-}
-
-std::shared_ptr<PDFSelection> PDFPage::selectionFromPointToPoint(
-    const QPointF &startPoint, const QPointF &endPoint, PDFSelectionGranularity granularity) const
-{
-    const auto layout = PDFPageInternals::textLayout(*this);
-    const int from = layout->nearestIndex(startPoint);
-    const int to = layout->nearestIndex(endPoint);
-    if (from < 0 || to < 0)
-        return nullptr;
-    return selectionForRange(layout->span(from, to, granularity));
 }
 
 void PDFPage::drawWithBox(QPainter &painter, PDFDisplayBox box) const
@@ -596,5 +532,6 @@ quint64 PDFPage::revision() const
 void PDFPage::noteContentChanged()
 {
     ++d->revision;
+    ++d->contentRevision;
     d->boxesValid = false;
 }

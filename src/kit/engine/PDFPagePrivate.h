@@ -37,6 +37,7 @@ struct PDFPagePrivate
     // The loaded page; the caller holds the lock. index is where the page sits in its handle's
     // page tree, used only when it is not loaded yet.
     pdf_page *pageLocked(fz_context *ctx, int index, mu::Error &error);
+    static void didLoadAnnotations(PDFPage &page); // the page class's hook
 
     std::shared_ptr<mu::DocumentHandle> handle;
     pdf_obj *object = nullptr; // kept
@@ -45,6 +46,9 @@ struct PDFPagePrivate
     PDFPageFactory factory; // the class this page was built as
 
     quint64 revision = 1;
+    // Rises only with the page's own content (binding, boxes, rotation), not its annotations:
+    // the text layout is kept across annotation edits.
+    quint64 contentRevision = 1;
     bool boxesValid = false;
     QRectF mediaBox;
     QRectF cropBox;
@@ -52,9 +56,11 @@ struct PDFPagePrivate
     std::shared_ptr<const TextLayout> text;
     quint64 textRevision = 0;
 
-    // Built from the file on first use, through the document delegate's classes.
+    // Built from the file on first use, through the document delegate's classes. Both are
+    // written under the handle's lock, since a worker writing the document reads them.
     std::vector<std::shared_ptr<PDFAnnotation>> annotations;
     bool annotationsLoaded = false;
+    bool annotationsLoading = false; // main thread only: the list is being built
     // Some appearance may be out of date (a property changed, or not yet synthesised).
     bool appearancesStale = true;
     // The page moved into another file: its annotations wait to be bound to their copies.

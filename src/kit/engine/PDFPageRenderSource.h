@@ -38,5 +38,6 @@ public:
         QImage &target, const QTransform &pageToDevice, PDFCancellation *cancel = nullptr) const;
 
 private:
+    friend class PDFPrintWriter;
     std::unique_ptr<PDFPageRenderSourcePrivate> d;
 };

@@ -2,6 +2,7 @@
 #include "PDFDisplayList.h"
 #include "PDFPageRenderSource.h"
 #include "PDFRenderPrivate.h"
+#include "PDFWorkLimits.h"
 
 #include <algorithm>
 
@@ -46,6 +47,9 @@ fz_matrix fzToPageSpace(fz_context *ctx, pdf_page *page)
 CookieScope::CookieScope(PDFCancellation *cancel)
     : m_cancel(cancel)
 {
+    const PDFWorkLimits limits = PDFWorkLimits::current();
+    m_contentLimit = limits.contentBytes;
+    m_budget.emplace(&m_cookie.abort, limits.memoryBytes, limits.milliseconds);
     if (m_cancel)
         m_cancel->attach(&m_cookie.abort);
 }
@@ -54,6 +58,7 @@ CookieScope::~CookieScope()
 {
     if (m_cancel)
         m_cancel->detach(&m_cookie.abort);
+    m_budget.reset();
 }
 
 bool CookieScope::aborted() const
@@ -68,8 +73,9 @@ namespace {
 // Page contents, then the shown annotations and form fields (unfiltered: all of them; an empty
 // filter shows none). Plain MuPDF calls: runs inside a guarded block.
 void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, bool filtered,
-    const int *shown, size_t shownCount, fz_cookie *cookie)
+    const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit)
 {
+    mu::checkContentLength(ctx, page, cookie, contentLimit);
     pdf_run_page_contents(ctx, page, device, ctm, cookie);
     for (int pass = 0; pass < 2; ++pass) {
         for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
@@ -152,6 +158,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     data->revision = d->revision;
     mu::CookieScope cookieScope(cancel);
     fz_cookie *const cookie = cookieScope.cookie();
+    const qint64 contentLimit = cookieScope.contentLimit();
     const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
@@ -167,7 +174,8 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
             list = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list);
-            runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, cookie);
+            runShown(
+                ctx, page, device.p, toPage, filtered, shown, shownCount, cookie, contentLimit);
             fz_close_device(ctx, device.p);
         });
         data->list.p = list;
@@ -184,6 +192,7 @@ bool PDFPageRenderSource::render(
     if (!d->page || (cancel && cancel->isCancelled()))
         return false;
     mu::CookieScope cookieScope(cancel);
+    const qint64 contentLimit = cookieScope.contentLimit();
     const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
@@ -193,7 +202,7 @@ bool PDFPageRenderSource::render(
     const bool drawn = drawInto(target, cookieScope.cookie(),
         [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
             runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
-                shown, shownCount, cookie);
+                shown, shownCount, cookie, contentLimit);
         });
     return drawn && !cookieScope.aborted();
 }

@@ -5,6 +5,7 @@
 #include "PDFDisplayBox.h"
 #include "PageGeometry.h"
 #include "mupdf/DocumentHandle.h"
+#include "mupdf/WorkBudget.h"
 
 #include <optional>
 #include <vector>
@@ -40,7 +41,8 @@ fz_rect toFz(const QRectF &r);
 fz_matrix pageSpaceToFz(fz_context *ctx, pdf_page *page);
 fz_matrix fzToPageSpace(fz_context *ctx, pdf_page *page);
 
-// A cookie registered with a cancellation for the time of one piece of work.
+// A cookie registered with a cancellation for the time of one piece of work, which runs within
+// the work limits: past its memory MuPDF fails, past its time the cookie aborts.
 class CookieScope
 {
 public:
@@ -50,10 +52,14 @@ public:
     CookieScope &operator=(const CookieScope &) = delete;
     fz_cookie *cookie() { return &m_cookie; }
     bool aborted() const;
+    // The decoded content a page may have, for checkContentLength.
+    qint64 contentLimit() const { return m_contentLimit; }
 
 private:
     PDFCancellation *m_cancel;
     fz_cookie m_cookie {};
+    qint64 m_contentLimit = 0;
+    std::optional<BudgetScope> m_budget;
 };
 
 } // namespace mu

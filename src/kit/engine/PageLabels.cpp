@@ -2,15 +2,27 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 namespace {
 
 constexpr int MaxDepth = 32;
 constexpr int MaxRanges = 100000;
 
-void collect(fz_context *ctx, pdf_obj *node, int depth, std::vector<PageLabels::Range> &ranges)
+// Beyond these a numeral or letter label would be longer than any page number: such values are
+// written in digits instead.
+constexpr int MaxRoman = 4999;
+constexpr int MaxLetters = 26 * 20;
+
+void collect(fz_context *ctx, pdf_obj *node, int depth, std::vector<PageLabels::Range> &ranges,
+    std::unordered_set<int> &seen)
 {
     if (depth > MaxDepth || static_cast<int>(ranges.size()) > MaxRanges)
+        return;
+    int number = 0;
+    mu::runQuietly(ctx, [&] { number = pdf_to_num(ctx, node); });
+    // A node met twice would be read again on every path to it: loops and shared subtrees.
+    if (number > 0 && !seen.insert(number).second)
         return;
     pdf_obj *nums = nullptr;
     pdf_obj *kids = nullptr;
@@ -56,7 +68,7 @@ void collect(fz_context *ctx, pdf_obj *node, int depth, std::vector<PageLabels::
         mu::Error kidError;
         mu::run(ctx, kidError, [&] { kid = pdf_array_get(ctx, kids, i); });
         if (kid)
-            collect(ctx, kid, depth + 1, ranges);
+            collect(ctx, kid, depth + 1, ranges, seen);
     }
 }
 
@@ -73,7 +85,8 @@ PageLabels PageLabels::read(fz_context *ctx, pdf_document *doc)
     });
     if (!root)
         return labels;
-    collect(ctx, root, 0, labels.m_ranges);
+    std::unordered_set<int> seen;
+    collect(ctx, root, 0, labels.m_ranges, seen);
     std::stable_sort(labels.m_ranges.begin(), labels.m_ranges.end(),
         [](const Range &a, const Range &b) { return a.firstPage < b.firstPage; });
     return labels;
@@ -88,18 +101,19 @@ QString PageLabels::labelForIndex(int index) const
     if (after == m_ranges.begin())
         return QString::number(index + 1);
     const Range &range = *(after - 1);
-    const int value = range.start + index - range.firstPage;
+    const qint64 value = qint64(range.start) + index - range.firstPage;
     switch (range.style) {
     case 'D':
         return range.prefix + QString::number(value);
     case 'R':
-        return range.prefix + roman(value, true);
     case 'r':
-        return range.prefix + roman(value, false);
+        return range.prefix
+            + (value > MaxRoman ? QString::number(value) : roman(int(value), range.style == 'R'));
     case 'A':
-        return range.prefix + letters(value, true);
     case 'a':
-        return range.prefix + letters(value, false);
+        return range.prefix
+            + (value > MaxLetters ? QString::number(value)
+                                  : letters(int(value), range.style == 'A'));
     default:
         return range.prefix;
     }

@@ -7,7 +7,7 @@
 #include <limits>
 
 fz_display_list *TextLayout::recordContents(
-    fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error)
+    fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error, qint64 contentLimit)
 {
     fz_display_list *list = nullptr;
     mu::Device device;
@@ -15,6 +15,7 @@ fz_display_list *TextLayout::recordContents(
         const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
         list = fz_new_display_list(ctx, fz_transform_rect(pdf_bound_page(ctx, page), toPage));
         device.p = fz_new_list_device(ctx, list);
+        mu::checkContentLength(ctx, page, cookie, contentLimit);
         pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
         fz_close_device(ctx, device.p);
     });
@@ -29,7 +30,8 @@ std::shared_ptr<TextLayout> TextLayout::build(
     fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error)
 {
     mu::CookieScope cookieScope(cancel);
-    const mu::DisplayList list(recordContents(ctx, page, cookieScope.cookie(), error));
+    const mu::DisplayList list(
+        recordContents(ctx, page, cookieScope.cookie(), error, cookieScope.contentLimit()));
     if (!list || cookieScope.aborted())
         return nullptr;
     return fromList(ctx, list.p, cancel, error);

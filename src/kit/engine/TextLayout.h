@@ -26,9 +26,10 @@ struct TextLayout
     static std::shared_ptr<TextLayout> build(
         fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error);
     // The two halves of build(): recording the page content (under the lock, a new reference
-    // in page space) and reading the recording (no lock needed).
+    // in page space) and reading the recording (no lock needed). A page whose content decodes
+    // to more than contentLimit bytes fails.
     static fz_display_list *recordContents(
-        fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error);
+        fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error, qint64 contentLimit);
     // Without geometry, only text and lines are filled (for find).
     static std::shared_ptr<TextLayout> fromList(fz_context *ctx, fz_display_list *list,
         PDFCancellation *cancel, mu::Error &error, bool withGeometry = true);

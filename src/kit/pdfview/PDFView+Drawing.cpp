@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -46,9 +47,7 @@ quint64 PDFView::tileRevision(const PDFPage *page) const
 {
     // The epoch keeps a late tile of a page that is gone from matching a new page that happens
     // to live at the same address.
-    const auto state = m_renderStates.find(page);
-    const quint64 generation = state == m_renderStates.end() ? 0 : state->second.generation;
-    return (m_epoch << 44) + (page->revision() << 16) + generation;
+    return (m_epoch << 44) + page->revision();
 }
 
 QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const
@@ -302,7 +301,7 @@ void PDFView::updateRenderRequests()
     m_scheduler->setRequests(std::move(requests));
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
     m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
-        return !item.second.failed && item.second.generation == 0
+        return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
     // What the engine kept of the pages passed is given back once the reader has moved on by
@@ -415,25 +414,42 @@ void PDFView::pageFailed(const void *page, quint64 revision)
 
 void PDFView::annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page)
 {
-    const int index = page ? indexOfPage(page.get()) : -1;
-    if (index < 0)
+    if (!page || indexOfPage(page.get()) < 0)
         return;
-    RenderState &state = m_renderStates[page.get()];
-    ++state.generation;
-    state.source.reset();
-    state.failed = false;
-    m_scheduler->invalidatePage(page.get());
-    // A rotation or box edit changes the page's size: lay out again.
-    const PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
-    const PageGeometry &shown = m_geometries[size_t(index)];
-    if (index < m_sizesKnown
-        && (geometry.box() != shown.box() || geometry.rotation() != shown.rotation())) {
-        layoutDocumentView();
-        return;
+    // A drag reports a change at every step: the pages are looked at once per turn.
+    if (std::find(m_changedPages.begin(), m_changedPages.end(), page) == m_changedPages.end())
+        m_changedPages.push_back(page);
+    if (!m_changedPagesTimer.isActive())
+        m_changedPagesTimer.start();
+}
+
+void PDFView::flushChangedPages()
+{
+    const std::vector<std::shared_ptr<PDFPage>> pages = std::exchange(m_changedPages, {});
+    bool relayout = false;
+    for (const auto &page : pages) {
+        const int index = indexOfPage(page.get());
+        if (index < 0)
+            continue;
+        // A rotation or box edit changes the page's size: lay out again.
+        const PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
+        const PageGeometry &shown = m_geometries[size_t(index)];
+        if (index < m_sizesKnown
+            && (geometry.box() != shown.box() || geometry.rotation() != shown.rotation()))
+            relayout = true;
+        // Tiles are keyed by the page's revision, which rises only when something the engine
+        // draws changed: an annotation the application draws itself costs no render.
+        const auto state = m_renderStates.find(page.get());
+        if (state == m_renderStates.end() || state->second.pageRevision == page->revision())
+            continue;
+        state->second.source.reset();
+        state->second.failed = false;
+        m_scheduler->invalidatePage(page.get());
+        viewport()->update(pageRectInView(index));
+        scheduleRendering();
     }
-    m_visibleComplete = false;
-    viewport()->update(pageRectInView(index));
-    scheduleRendering();
+    if (relayout)
+        layoutDocumentView();
 }
 
 QWidget *PDFView::pageViewForPage(const std::shared_ptr<PDFPage> &page) const

@@ -36,8 +36,15 @@ void PDFView::goToPageIndex(int index)
 
 void PDFView::scrollDocumentTo(const QPointF &documentPoint)
 {
-    horizontalScrollBar()->setValue(int(std::round(documentPoint.x())));
-    verticalScrollBar()->setValue(int(std::round(documentPoint.y())));
+    // A point far off (a stored position, a link's target) stops at the end of the range; its
+    // conversion to int outside that range would be undefined.
+    const auto scroll = [](QScrollBar *bar, double value) {
+        if (!std::isnan(value))
+            bar->setValue(
+                int(std::round(std::clamp(value, double(bar->minimum()), double(bar->maximum())))));
+    };
+    scroll(horizontalScrollBar(), documentPoint.x());
+    scroll(verticalScrollBar(), documentPoint.y());
 }
 
 void PDFView::goToDocumentPoint(int index, const QPointF &pagePoint, bool keepX, bool keepY)

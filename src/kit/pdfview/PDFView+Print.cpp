@@ -1,12 +1,20 @@
-// PDFView: printing through Qt's print dialog, each page rendered by the engine.
+// PDFView: printing through Qt's print dialog. The chosen pages are written as a PDF that keeps
+// their content (text, vector graphics, fonts), then queued or saved by PDFPrintJob.
 
+#include "PDFPrintJob.h"
 #include "PDFView.h"
 
 #include <kit/base/Log.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/engine/PDFPrintWriter.h>
 
-#include <QPainter>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPageLayout>
+#include <QPageRanges>
+#include <QPageSize>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -15,10 +23,75 @@
 
 namespace {
 
-// Raster pages beyond this density only cost memory: the eye and most printers stop here.
-constexpr int MaxPrintDpi = 600;
+// Sizes closer than this (points) are the same paper: page sizes go through millimetres in Qt.
+constexpr double PaperTolerance = 2.0;
+
+// The pages of the dialog's range, as indexes, in the order they print.
+std::vector<int> chosenPages(const QPrinter &printer, int count)
+{
+    std::vector<int> pages;
+    const auto add = [&](int from, int to) {
+        for (int number = std::max(from, 1); number <= std::min(to, count); ++number)
+            pages.push_back(number - 1);
+    };
+    if (printer.printRange() == QPrinter::PageRange && !printer.pageRanges().isEmpty()) {
+        for (const QPageRanges::Range &range : printer.pageRanges().toRangeList())
+            add(range.from, range.to);
+    } else if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
+        add(printer.fromPage(), std::max(printer.fromPage(), printer.toPage()));
+    } else {
+        add(1, count);
+    }
+    if (printer.outputFormat() == QPrinter::PdfFormat
+        && printer.pageOrder() == QPrinter::LastPageFirst)
+        std::reverse(pages.begin(), pages.end());
+    return pages;
+}
+
+QPageLayout layoutOfSize(const QSizeF &points)
+{
+    const QSizeF upright(
+        std::min(points.width(), points.height()), std::max(points.width(), points.height()));
+    const QPageSize size(upright, QPageSize::Point, QString(), QPageSize::FuzzyMatch);
+    return QPageLayout(size,
+        points.width() > points.height() ? QPageLayout::Landscape : QPageLayout::Portrait,
+        QMarginsF());
+}
+
+bool samePaper(const QSizeF &a, const QSizeF &b)
+{
+    return std::abs(a.width() - b.width()) <= PaperTolerance
+        && std::abs(a.height() - b.height()) <= PaperTolerance;
+}
+
+QString jobTitle(const QPrinter &printer)
+{
+    const QString name = printer.docName();
+    return name.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive) ? name.chopped(4) : name;
+}
 
 } // namespace
+
+QSizeF PDFView::printPageSize(int index) const
+{
+    const auto page = pageAt(index);
+    return PageGeometry(page->boundsForBox(m_displayBox), page->rotation()).viewSize();
+}
+
+void PDFView::preparePrintInfo(QPrinter &printer) const
+{
+    if (!m_document || m_pages.empty())
+        return;
+    printer.setFromTo(1, int(m_pages.size()));
+    if (printer.docName().isEmpty()) {
+        // The dialog suggests the file name from this: the document's, as a PDF.
+        const QString base = QFileInfo(m_document->documentURL().fileName()).completeBaseName();
+        if (!base.isEmpty())
+            printer.setDocName(base + QStringLiteral(".pdf"));
+    }
+    // The paper starts as the first page: a person who leaves it gets every page at its own size.
+    printer.setPageLayout(layoutOfSize(printPageSize(0)));
+}
 
 void PDFView::printWithInfo(QPrinter *printInfo, bool autoRotate)
 {
@@ -30,68 +103,55 @@ void PDFView::printWithInfo(QPrinter *printInfo, bool autoRotate)
         made = std::make_unique<QPrinter>(QPrinter::HighResolution);
         printer = made.get();
     }
-    printer->setFromTo(1, int(m_pages.size()));
-    printer->setDocName(m_document->documentURL().fileName());
+    preparePrintInfo(*printer);
     QPrintDialog dialog(printer, this);
     dialog.setMinMax(1, int(m_pages.size()));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    printToPrinter(*printer, autoRotate);
+    if (!printToPrinter(*printer, autoRotate) && !m_printError.isEmpty())
+        QMessageBox::warning(window(), QStringLiteral("Printing failed"), m_printError);
 }
 
 bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
 {
+    m_printError.clear();
     if (!m_document || m_pages.empty() || !m_document->allowsPrinting())
         return false;
     const int count = int(m_pages.size());
-    ensurePageSizes(count - 1);
-    int first = 1;
-    int last = count;
-    if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
-        first = std::clamp(printer.fromPage(), 1, count);
-        last = std::clamp(printer.toPage(), first, count);
-    }
-    QPainter painter;
-    if (!painter.begin(&printer)) {
-        Log::warn(QStringLiteral("The printer could not be started"));
+    const std::vector<int> pages = chosenPages(printer, count);
+    if (pages.empty()) {
+        m_printError = QStringLiteral("The pages to print are not in the document.");
         return false;
     }
-    const int dpi = std::min(printer.resolution(), MaxPrintDpi);
-    for (int number = first; number <= last; ++number) {
-        if (number > first)
-            printer.newPage();
-        const auto page = pageAt(number - 1);
-        const PageGeometry &geometry = m_geometries[size_t(number - 1)];
-        const QRectF paper = printer.pageLayout().paintRectPixels(printer.resolution());
-        const QRectF target(QPointF(0, 0), paper.size());
-        const QSizeF size = geometry.viewSize();
-        const bool turn
-            = autoRotate && (size.width() > size.height()) != (target.width() > target.height());
-        const QSizeF shown = turn ? size.transposed() : size;
-        // Fit into the printable area, keeping proportions, centred.
-        const double fit
-            = std::min(target.width() / shown.width(), target.height() / shown.height());
-        const QSizeF drawn = shown * fit;
-        const QRectF placed(target.center() - QPointF(drawn.width(), drawn.height()) / 2, drawn);
-        const double pixelsPerPoint = double(dpi) / 72.0 * fit * 72.0 / printer.resolution();
-        const QSize pixels = (size * std::max(pixelsPerPoint, 0.01)).toSize();
-        const QImage image = page->imageForBox(m_displayBox, pixels.expandedTo(QSize(1, 1)), true);
-        if (image.isNull()) {
-            Log::warn(QStringLiteral("Page %1 could not be printed; it prints blank").arg(number));
-            continue;
+    // The paper the dialog ends on is the person's choice unless it is still the first page's.
+    const QSizeF paper = printer.pageLayout().fullRectPoints().size();
+    const QSizeF chosen = samePaper(paper, printPageSize(pages.front())) ? QSizeF() : paper;
+    PDFPrintWriter writer;
+    writer.setPaper(chosen, autoRotate);
+    for (const int index : pages) {
+        const auto source = pageAt(index)->renderSource(m_displayBox, true);
+        if (!source || !writer.addPage(*source)) {
+            m_printError = source ? writer.errorString()
+                                  : QStringLiteral("Page %1 could not be read.").arg(index + 1);
+            Log::warn(m_printError);
+            return false;
         }
-        painter.save();
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        if (turn) {
-            painter.translate(placed.center());
-            painter.rotate(90);
-            painter.drawImage(
-                QRectF(-placed.height() / 2, -placed.width() / 2, placed.height(), placed.width()),
-                image);
-        } else {
-            painter.drawImage(placed, image);
-        }
-        painter.restore();
     }
-    return painter.end();
+    const QByteArray pdf = writer.finish();
+    if (pdf.isEmpty()) {
+        m_printError = writer.errorString();
+        Log::warn(m_printError);
+        return false;
+    }
+    const PDFPrintJob job(PDFPrintJob::Choices::of(printer, chosen), jobTitle(printer));
+    if (!job.send(pdf, &m_printError)) {
+        Log::warn(m_printError);
+        return false;
+    }
+    return true;
+}
+
+QString PDFView::printErrorString() const
+{
+    return m_printError;
 }

@@ -46,6 +46,9 @@ PDFView::PDFView(QWidget *parent)
     m_releaseTimer.setSingleShot(true);
     m_releaseTimer.setInterval(100);
     connect(&m_releaseTimer, &QTimer::timeout, this, &PDFView::releaseCachedContent);
+    m_changedPagesTimer.setSingleShot(true);
+    m_changedPagesTimer.setInterval(0);
+    connect(&m_changedPagesTimer, &QTimer::timeout, this, &PDFView::flushChangedPages);
     m_sizeTimer.setSingleShot(true);
     m_sizeTimer.setInterval(0);
     connect(&m_sizeTimer, &QTimer::timeout, this, &PDFView::loadMorePageSizes);
@@ -222,6 +225,19 @@ std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
         page = m_document->pageAtIndex(index);
         if (page)
             m_pageIndexes[page.get()] = index;
+        // A page tree found unsound while it was walked is rebuilt from the pages it really
+        // holds, which may be more than it claimed: the layout follows on the next turn.
+        if (m_document->pageCount() != int(m_pages.size()) && !m_relayoutQueued) {
+            m_relayoutQueued = true;
+            QMetaObject::invokeMethod(
+                const_cast<PDFView *>(this),
+                [this] {
+                    auto *self = const_cast<PDFView *>(this);
+                    self->m_relayoutQueued = false;
+                    self->layoutDocumentView();
+                },
+                Qt::QueuedConnection);
+        }
     }
     return page;
 }

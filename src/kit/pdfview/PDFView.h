@@ -152,18 +152,25 @@ public:
     // Puts the selected text on the clipboard.
     void copy();
 
-    // The page's content changed (annotations added, removed, edited or hidden): its display
-    // list and tiles are rendered again; other pages are untouched.
+    // The page's annotations changed (added, removed, edited or hidden). Once per turn of the
+    // event loop, a page whose engine drawing changed (its revision rose) is rendered again;
+    // other pages, and changes the engine does not draw, cost no render.
     virtual void annotationsChangedOnPage(const std::shared_ptr<PDFPage> &page);
     // Runs a link's or outline's action: destinations jump with history, URLs open.
     virtual void performAction(const std::shared_ptr<PDFAction> &action);
 
-    // The print dialog, then every page the printer is asked for, rendered by the engine at the
-    // printer's resolution. printInfo null: a new default printer. autoRotate turns landscape
-    // pages to fit portrait paper and back.
+    // The print dialog, then the pages the printer is asked for, written as a PDF that keeps
+    // their text, vector graphics and fonts, with the annotations shown for printing; queued
+    // through CUPS or saved for "Print to File". printInfo null: a new default printer.
+    // autoRotate turns a page to fit paper of the other orientation, when a paper was chosen.
     void printWithInfo(QPrinter *printInfo, bool autoRotate);
-    // The same without a dialog. False when nothing could be printed.
+    // What the dialog starts from: page range bounds, a suggested file name from the document's
+    // and the first page's paper. A paper left as it is keeps every page at its own size.
+    void preparePrintInfo(QPrinter &printer) const;
+    // The printing without a dialog. False when nothing was printed: printErrorString() says why
+    // (empty when the document does not allow printing).
     bool printToPrinter(QPrinter &printer, bool autoRotate);
+    QString printErrorString() const;
 
     // The visible part of the laid-out pages is drawn from exact tiles only.
     bool isVisibleAreaRendered() const;
@@ -209,7 +216,6 @@ private:
     {
         std::shared_ptr<PDFPageRenderSource> source;
         quint64 pageRevision = 0;
-        quint64 generation = 0; // raised by annotationsChangedOnPage
         bool failed = false;
         quint64 failedRevision = 0;
     };
@@ -227,6 +233,8 @@ private:
     void ensurePageSizes(int index);
     // Reads sizes up to count and lays out again, the page under the reader held in place.
     void refinePageSizes(int count);
+    // Size of a page as seen (points) in the display box.
+    QSizeF printPageSize(int index) const;
     void ensureVisiblePageSizes();
     void relayout();
     void updateScrollBars();
@@ -257,6 +265,7 @@ private:
     void drawErrorMark(QPainter &painter, const QRect &pageRect) const;
     void scheduleRendering();
     void updateRenderRequests();
+    void flushChangedPages();
     void tileFinished(const PDFTileKey &key, const QImage &image);
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
@@ -290,6 +299,7 @@ private:
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };
     PDFDisplayBox m_displayBox = PDFDisplayBox::CropBox;
+    QString m_printError;
     QColor m_backgroundColor { 128, 128, 128 };
     double m_scale = 1.0;
     double m_minScale = 0.1;
@@ -308,7 +318,10 @@ private:
     int m_pagesLeftBehind = 0;
     static constexpr int ReleaseAfterPages = 16;
     QTimer m_releaseTimer;
+    std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
+    QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
+    mutable bool m_relayoutQueued = false; // the document's page count changed under the view
     std::map<int, QPointer<PDFPageView>> m_pageViews;
 
     std::shared_ptr<PDFSelection> m_selection;

@@ -8,6 +8,7 @@
 
 #include <kit/base/Geometry.h>
 #include <kit/base/NotificationCenter.h>
+#include <kit/base/UndoManager.h>
 #include <kit/base/UserDefaults.h>
 
 #include <QAction>
@@ -138,6 +139,19 @@ TabWindowController *TabWindowController::fromView(const QWidget *view)
         }
     }
     return nullptr;
+}
+
+UndoManager *TabWindowController::undoManagerForView(const QWidget *view)
+{
+    TabWindowController *const controller = fromView(view);
+    return controller ? controller->undoManager() : nullptr;
+}
+
+UndoManager *TabWindowController::undoManager()
+{
+    if (!m_undoManager)
+        m_undoManager = new UndoManager(this);
+    return m_undoManager;
 }
 
 TabStripModel *TabWindowController::tabStripModel()

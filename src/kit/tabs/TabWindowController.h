@@ -21,6 +21,7 @@ class QTimer;
 class TabContents;
 class TabStripModel;
 class TabStripView;
+class UndoManager;
 
 class TabWindowController : public QMainWindow,
                             protected TabStripModelObserver,
@@ -47,10 +48,15 @@ public:
     static TabWindowController *main();
     // The controller whose window holds view, or whose tab has view as its view.
     static TabWindowController *fromView(const QWidget *view);
+    // The undo manager of the window that holds view, or null for a view in no window.
+    static UndoManager *undoManagerForView(const QWidget *view);
 
     TabStripModel *tabStripModel();
     TabStripView *tabStripView();
     ContentsToolbarController *contentsToolbarController();
+    // The one undo manager of the window, shared by the views of all its tabs; it lives as
+    // long as the window.
+    UndoManager *undoManager();
     // The window's key bindings for tab switching (Ctrl+Tab, Ctrl+PgDown; Ctrl+Shift+Tab,
     // Ctrl+PgUp). A menu shows these actions rather than binding the same keys a second time,
     // which would make both bindings ambiguous and dead.
@@ -120,6 +126,7 @@ private:
     // Shown in the contents area while no tab is selected.
     QWidget *m_noSelectionView = nullptr;
     ContentsToolbarController *m_toolbarController = nullptr;
+    UndoManager *m_undoManager = nullptr;
     QTimer *m_frameSaveTimer = nullptr;
     QAction *m_selectNextTabAction = nullptr;
     QAction *m_selectPreviousTabAction = nullptr;

@@ -5,6 +5,8 @@
 //   document_helper document-init-data           the same for bytes
 //   document_helper save-loop FILE               adds and removes a last page in turn and saves,
 //                                                forever, printing "saved" after each save
+//   document_helper save-once FILE               adds a last page, a position to store with it,
+//                                                saves and waits until the save has ended
 
 #include <app/Alert.h>
 #include <document/Common.h>
@@ -42,18 +44,46 @@ int forbiddenInitialiser(const QString &command)
     return 0;
 }
 
-// Each round changes the page count by one and waits for the save to end.
-int saveLoop(QCoreApplication &application, const QString &path)
+std::shared_ptr<FDDocument> openDocument(const QString &path)
 {
     Alert::setHandlerForTesting([](const AlertRequest &request) {
         std::fprintf(stderr, "alert: %s\n", qPrintable(request.messageText));
         return 1000;
     });
     auto document = std::make_shared<FDDocument>();
-    if (!document->initWithURL(QUrl::fromLocalFile(path), {})) {
-        std::fprintf(stderr, "cannot open %s\n", qPrintable(path));
+    if (document->initWithURL(QUrl::fromLocalFile(path), {}))
+        return document;
+    std::fprintf(stderr, "cannot open %s\n", qPrintable(path));
+    return {};
+}
+
+void waitForSaves(QCoreApplication &application)
+{
+    while (PDFSavingService::shared().numberOfTasks() > 0)
+        application.processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+int saveOnce(QCoreApplication &application, const QString &path)
+{
+    const auto document = openDocument(path);
+    if (!document)
         return 1;
-    }
+    auto page = std::make_shared<FDPage>();
+    page->init();
+    document->insertPage(page, document->pageCount());
+    document->setXattrItemsToSave(QList<FDXAttrItem> {
+        { QStringLiteral("com.Scrollwick.PDFView.LastPosition"), QByteArray("new-position") } });
+    document->save();
+    waitForSaves(application);
+    return 0;
+}
+
+// Each round changes the page count by one and waits for the save to end.
+int saveLoop(QCoreApplication &application, const QString &path)
+{
+    const auto document = openDocument(path);
+    if (!document)
+        return 1;
     const int pageCount = document->pageCount();
     for (;;) {
         if (document->pageCount() == pageCount) {
@@ -64,8 +94,7 @@ int saveLoop(QCoreApplication &application, const QString &path)
             document->removePageAtIndex(pageCount);
         }
         document->save();
-        while (PDFSavingService::shared().numberOfTasks() > 0)
-            application.processEvents(QEventLoop::WaitForMoreEvents);
+        waitForSaves(application);
         std::puts("saved");
         std::fflush(stdout);
     }
@@ -87,8 +116,10 @@ int main(int argc, char **argv)
         return forbiddenInitialiser(command);
     if (arguments.size() == 3 && command == QLatin1String("save-loop"))
         return saveLoop(application, arguments.at(2));
+    if (arguments.size() == 3 && command == QLatin1String("save-once"))
+        return saveOnce(application, arguments.at(2));
     std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | document-init-url "
-               "| document-init-data | save-loop FILE\n",
+               "| document-init-data | save-loop FILE | save-once FILE\n",
         stderr);
     return 2;
 }

@@ -109,13 +109,17 @@ private Q_SLOTS:
         undo.registerUndo(&second, [&] { log << "b"; });
         undo.registerUndo(&first, [&] { log << "c"; });
         undo.registerUndo(&second, [&] { log << "d"; });
+        // A window finds the document of the step it is about to undo by these.
+        QCOMPARE(undo.undoTargets(), (QList<const void *> { &first, &second }));
         finishTurn();
         undo.registerUndo(&first, [&] { log << "e"; });
         finishTurn();
         undo.removeAllActionsWithTarget(&first);
+        QCOMPARE(undo.undoTargets(), QList<const void *> { &second });
         undo.undo();
         QCOMPARE(log, QStringList({ "d", "b" }));
         QVERIFY(!undo.canUndo());
+        QVERIFY(undo.undoTargets().isEmpty());
     }
 
     void menuTitlesFollowTheStepNames()

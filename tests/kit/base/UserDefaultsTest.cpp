@@ -114,6 +114,35 @@ private Q_SLOTS:
         QVERIFY(defaults.dictionaryForKey("Key").isEmpty());
     }
 
+    // Typed values whose bytes lie (found by fuzzing the store): each reads as absent, falling
+    // back to the registered default, and the rest of the file still reads.
+    void damagedTypedValuesReadAsAbsent_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        // A QDataStream list claiming 3.5 billion elements, which its reader reserves before
+        // reading one: 113 GB asked of the allocator, which stops the sanitizer build.
+        QTest::newRow("list of billions")
+            << QByteArray("\0\0\0\x09\0\xd2\0\0\0\0\0\0\x02\0\0\0\0\x05", 18);
+        QTest::newRow("archive cut short") << QByteArray("\x01\x0e\0\0\x10\0", 6);
+        QTest::newRow("empty") << QByteArray();
+    }
+
+    void damagedTypedValuesReadAsAbsent()
+    {
+        QFETCH(QByteArray, bytes);
+        QVERIFY(QDir().mkpath(QFileInfo(UserDefaults::storePath()).path()));
+        {
+            QSettings settings(UserDefaults::storePath(), QSettings::IniFormat);
+            settings.setValue("Key", QVariantMap { { "Folidoc.TypedValue", bytes } });
+            settings.setValue("Neighbour", "other");
+        }
+        UserDefaults defaults;
+        defaults.registerDefaults({ { "Key", 5 } });
+        QCOMPARE(defaults.integerForKey("Key"), 5);
+        QVERIFY(defaults.arrayForKey("Key").isEmpty());
+        QCOMPARE(defaults.stringForKey("Neighbour"), QString("other"));
+    }
+
     void registeredDefaultsLieUnderUserValues()
     {
         UserDefaults defaults;

@@ -307,19 +307,7 @@ QByteArray handWrittenFile()
         stream("/Type /XObject /Subtype /Form /BBox [150 20 250 80]",
             "1 0 0 RG 2 w 151 21 98 58 re S"),
     };
-    QByteArray pdf = "%PDF-1.7\n";
-    QList<qsizetype> offsets;
-    for (qsizetype i = 0; i < objects.size(); ++i) {
-        offsets.append(pdf.size());
-        pdf += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const qsizetype xref = pdf.size();
-    pdf += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
-    for (const qsizetype offset : offsets)
-        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    pdf += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
-        + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    return pdf;
+    return PdfFixtures::fromObjects(objects);
 }
 
 // An annotation's keys as readers take them: /BS's entries as "/BS/W" and so on, text strings
@@ -644,35 +632,30 @@ private slots:
         QVERIFY(keys.value(QStringLiteral("/AP")).toObject().contains(QStringLiteral("/N")));
     }
 
-    void freeTextNamesTheClosestBaseFont_data()
+    void freeTextFontAndAlignmentReachTheFile_data()
     {
         QTest::addColumn<QString>("family");
+        QTest::addColumn<int>("alignment");
         QTest::addColumn<QString>("baseFont");
-        QTest::newRow("Helvetica") << "Helvetica"
-                                   << "/Helv";
-        QTest::newRow("Arial") << "Arial"
-                               << "/Helv";
-        QTest::newRow("DejaVu Sans") << "DejaVu Sans"
-                                     << "/Helv";
-        QTest::newRow("Times") << "Times"
-                               << "/TiRo";
-        QTest::newRow("Times New Roman") << "Times New Roman"
-                                         << "/TiRo";
-        QTest::newRow("DejaVu Serif") << "DejaVu Serif"
-                                      << "/TiRo";
-        QTest::newRow("Georgia") << "Georgia"
-                                 << "/TiRo";
-        QTest::newRow("Courier") << "Courier"
-                                 << "/Cour";
-        QTest::newRow("DejaVu Sans Mono") << "DejaVu Sans Mono"
-                                          << "/Cour";
-        QTest::newRow("Menlo") << "Menlo"
-                               << "/Cour";
+        QTest::addColumn<int>("quadding");
+        using Pair = std::pair<const char *, const char *>;
+        for (const auto &[family, baseFont] :
+            std::initializer_list<Pair> { { "Helvetica", "/Helv" }, { "Arial", "/Helv" },
+                { "DejaVu Sans", "/Helv" }, { "Times", "/TiRo" }, { "Times New Roman", "/TiRo" },
+                { "DejaVu Serif", "/TiRo" }, { "Georgia", "/TiRo" }, { "Courier", "/Cour" },
+                { "DejaVu Sans Mono", "/Cour" }, { "Menlo", "/Cour" } })
+            QTest::newRow(family) << QString(family) << int(PDFAnnotationFreeText::Left)
+                                  << QString(baseFont) << 0;
+        QTest::newRow("centred") << "Arial" << int(PDFAnnotationFreeText::Center) << "/Helv" << 1;
+        QTest::newRow("at the right")
+            << "Arial" << int(PDFAnnotationFreeText::Right) << "/Helv" << 2;
     }
-    void freeTextNamesTheClosestBaseFont()
+    void freeTextFontAndAlignmentReachTheFile()
     {
         QFETCH(QString, family);
+        QFETCH(int, alignment);
         QFETCH(QString, baseFont);
+        QFETCH(int, quadding);
         FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
         const auto doc = textDocument();
         auto text = std::make_shared<PDFAnnotationFreeText>();
@@ -681,6 +664,7 @@ private slots:
         font.setPointSizeF(17);
         text->setFont(font);
         text->setFontColor(Blue);
+        text->setAlignment(alignment);
         text->setContents(QStringLiteral("Folio"));
         doc->pageAtIndex(0)->addAnnotation(text);
         const QString path = m_dir.filePath(QStringLiteral("font.pdf"));
@@ -690,31 +674,8 @@ private slots:
         const QJsonArray da { baseFont, 17, Blue.redF(), Blue.greenF(), Blue.blueF() };
         QVERIFY2(sameValue(keys.value(QStringLiteral("/DA")), da),
             qPrintable(shown(keys.value(QStringLiteral("/DA")))));
-    }
-
-    void freeTextAlignmentComesBackFromTheFile_data()
-    {
-        QTest::addColumn<int>("alignment");
-        QTest::addColumn<int>("quadding");
-        QTest::newRow("left") << int(PDFAnnotationFreeText::Left) << 0;
-        QTest::newRow("centre") << int(PDFAnnotationFreeText::Center) << 1;
-        QTest::newRow("right") << int(PDFAnnotationFreeText::Right) << 2;
-    }
-    void freeTextAlignmentComesBackFromTheFile()
-    {
-        QFETCH(int, alignment);
-        QFETCH(int, quadding);
-        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-        const auto doc = textDocument();
-        auto text = std::make_shared<PDFAnnotationFreeText>();
-        text->initWithBounds(QRectF(100, 400, 300, 40));
-        text->setAlignment(alignment);
-        text->setContents(QStringLiteral("Folio"));
-        doc->pageAtIndex(0)->addAnnotation(text);
-        const QString path = m_dir.filePath(QStringLiteral("aligned.pdf"));
-        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(path)));
-        const QJsonObject objects = qpdfObjects(qpdf, path);
-        QCOMPARE(annotationsOf(objects).value(0).value(QStringLiteral("/Q")).toInt(-1), quadding);
+        QCOMPARE(keys.value(QStringLiteral("/Q")).toInt(-1), quadding);
+        // And the alignment comes back from the file.
         const auto read = reopen(*doc)->pageAtIndex(0)->annotations();
         QCOMPARE(read.size(), size_t(1));
         QCOMPARE(read[0]->valueForKey(QStringLiteral("alignment")).toInt(), alignment);
@@ -784,17 +745,12 @@ private slots:
                     + QStringLiteral(" and is ") + shown(kept[subtype])));
         }
         // The form still knows its field.
-        const QJsonObject catalog = deref(after,
-            after.value(QStringLiteral("trailer"))
-                .toObject()
-                .value(QStringLiteral("value"))
-                .toObject()
-                .value(QStringLiteral("/Root")))
-                                        .toObject();
-        const QJsonArray fields = deref(after, catalog.value(QStringLiteral("/AcroForm")))
-                                      .toObject()
-                                      .value(QStringLiteral("/Fields"))
-                                      .toArray();
+        const auto entry = [&](const QJsonValue &from, const char *key) {
+            return deref(after, from).toObject().value(QLatin1String(key));
+        };
+        const QJsonValue root = entry(after.value(QStringLiteral("trailer")), "value");
+        const QJsonArray fields
+            = entry(entry(entry(root, "/Root"), "/AcroForm"), "/Fields").toArray();
         QCOMPARE(fields.size(), 1);
         QCOMPARE(deref(after, fields[0]).toObject().value(QStringLiteral("/Subtype")).toString(),
             QStringLiteral("/Widget"));

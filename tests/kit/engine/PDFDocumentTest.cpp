@@ -21,6 +21,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <thread>
 
 namespace {
 
@@ -116,6 +117,35 @@ class PDFDocumentTest : public QObject
     Q_OBJECT
 
 private slots:
+    void savingOnAWorkerWhilePagesAreRead()
+    {
+        // A reopened document still being saved: its bytes are made on a worker while the main
+        // thread builds and edits its pages' annotations. Run under ThreadSanitizer too.
+        PdfFixtures::Document fixture = PdfFixtures::textPages(8, 4, 0);
+        for (PdfFixtures::Page &page : fixture.pages)
+            page.annotations.append(
+                { "/Subtype /Square /Rect [100 100 200 200] /C [1 0 0]", {}, {} });
+        const QByteArray original = PdfFixtures::build(fixture);
+        for (int round = 0; round < 4; ++round) {
+            auto doc = openData(original);
+            QVERIFY(doc);
+            QByteArray bytes;
+            std::thread saver([&] { bytes = doc->dataRepresentation(); });
+            size_t seen = 0;
+            for (int i = 0; i < doc->pageCount(); ++i) {
+                const auto page = doc->pageAtIndex(i);
+                seen += page->annotations().size();
+                if (i == round)
+                    page->removeAnnotation(page->annotations().front());
+            }
+            saver.join();
+            QCOMPARE(seen, size_t(8));
+            const auto saved = openData(bytes);
+            QVERIFY(saved);
+            QCOMPARE(saved->pageAtIndex(7)->annotations().size(), size_t(1));
+        }
+    }
+
     void initTestCase()
     {
         QVERIFY(dir.isValid());
@@ -304,6 +334,30 @@ private slots:
             << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 3 0 R] /Count 4 >>",
                    "<< /Type /Pages /Kids [11 0 R] /Count 3 >>" }
             << 2 << QList<int> { 0, 1 };
+        // Long trees are walked as pages are asked for: what does not add up past the first
+        // pages is met late, and the tree is rebuilt then.
+        const auto kids = [](int from, int to, const QByteArray &extra) {
+            QByteArray list;
+            for (int n = from; n < to; ++n)
+                list += QByteArray::number(10 + n) + " 0 R ";
+            return list + extra;
+        };
+        QList<int> all600;
+        for (int n = 0; n < 600; ++n)
+            all600.append(n);
+        const QByteArray head = "<< /Type /Pages /Kids [" + kids(0, 550, "") + "] /Count 550 >>";
+        QTest::newRow("a loop back to the root, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 601 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "2 0 R") + "] /Count 51 >>" }
+            << 600 << all600;
+        QTest::newRow("a page listed twice, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 601 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "10 0 R") + "] /Count 51 >>" }
+            << 600 << all600;
+        QTest::newRow("a count too small, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 599 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "") + "] /Count 49 >>" }
+            << 600 << all600.mid(0, 599);
     }
     void pageTreesOfEveryShapeNumberPagesAlike()
     {
@@ -324,12 +378,23 @@ private slots:
         const QList<int> names = pageNames(*inOrder, forward);
         QCOMPARE(pageNames(*lastFirst, backward), names);
         QCOMPARE(names.mid(0, expected.size()), expected);
+        // Both have met the whole tree by now: a page found beyond a count too small has
+        // joined either list.
+        QCOMPARE(inOrder->pageCount(), lastFirst->pageCount());
         // Every page the document names renders with its own size.
         for (int i = 0; i < expected.size(); ++i) {
             const QImage image = lastFirst->pageAtIndex(i)->imageForBox(
                 PDFDisplayBox::MediaBox, QSize(expected[i] + 10, 20));
             QVERIFY2(!image.isNull(), qPrintable(QStringLiteral("page %1").arg(i)));
         }
+        // What is saved is a sound tree of the pages found, which opens without a repair.
+        auto reread = openData(inOrder->dataRepresentation());
+        QVERIFY(reread);
+        QVERIFY(!reread->wasRepaired());
+        QList<int> all;
+        for (int i = 0; i < reread->pageCount(); ++i)
+            all.append(i);
+        QCOMPARE(pageNames(*reread, all).mid(0, expected.size()), expected);
     }
 
     // A document opened lazily and written at once keeps its outline, labels and every page;

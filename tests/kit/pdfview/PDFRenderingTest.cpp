@@ -5,6 +5,7 @@
 
 #include "support/PdfFixtures.h"
 
+#include <kit/engine/PDFAnnotationSquare.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFRenderScheduler.h>
@@ -157,23 +158,51 @@ private slots:
         QCOMPARE(shown, engine);
     }
 
-    void anEditRendersOnlyItsPageAgain()
+    void anEditRendersOnlyWhatTheEngineDraws_data()
     {
+        QTest::addColumn<bool>("shown"); // the engine draws the edited annotation
+        QTest::addColumn<int>("edits"); // property edits in one turn
+        QTest::addColumn<bool>("renders");
+        QTest::newRow("shown, one edit") << true << 1 << true;
+        QTest::newRow("shown, a drag's worth of edits in one turn") << true << 30 << true;
+        QTest::newRow("drawn by the application, not the engine") << false << 30 << false;
+        QTest::newRow("reported without a change") << true << 0 << false;
+    }
+
+    void anEditRendersOnlyWhatTheEngineDraws()
+    {
+        QFETCH(bool, shown);
+        QFETCH(int, edits);
+        QFETCH(bool, renders);
         PDFView view;
         show(view, m_document, 0.4);
-        QTRY_VERIFY(view.isVisibleAreaRendered());
         const auto visible = view.visiblePages();
         QVERIFY(visible.size() >= 2);
         const auto edited = visible[1];
+        auto square = std::make_shared<PDFAnnotationSquare>();
+        QVERIFY(square->initWithBounds(QRectF(100, 100, 200, 100)));
+        square->setShouldDisplay(shown);
+        edited->addAnnotation(square);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
         QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
-        QSignalSpy rendered(&view, &PDFView::visibleAreaRendered);
-        view.annotationsChangedOnPage(edited);
-        QVERIFY(!view.isVisibleAreaRendered());
-        QVERIFY(rendered.wait());
-        QVERIFY(!tiles.isEmpty());
-        for (const auto &arguments : std::as_const(tiles))
-            QCOMPARE(
-                arguments.at(0).value<PDFTileKey>().page, static_cast<const void *>(edited.get()));
+        for (int step = 0; step < edits; ++step) {
+            square->setBounds(QRectF(100 + step, 100, 200, 100));
+            view.annotationsChangedOnPage(edited);
+        }
+        if (edits == 0)
+            view.annotationsChangedOnPage(edited);
+        QCOMPARE(view.isVisibleAreaRendered(), !renders);
+        QTest::qWait(200);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        QCOMPARE(!tiles.isEmpty(), renders);
+        // The edited page only, each of its tiles once, however many edits the turn held.
+        QSet<int> seen;
+        for (const auto &arguments : std::as_const(tiles)) {
+            const PDFTileKey key = arguments.at(0).value<PDFTileKey>();
+            QCOMPARE(key.page, static_cast<const void *>(edited.get()));
+            QVERIFY(!seen.contains(key.row * 1000 + key.column));
+            seen.insert(key.row * 1000 + key.column);
+        }
     }
 
     void zoomShowsStretchedTilesUntilSharpOnesArrive()

@@ -2,6 +2,8 @@
 // rotated pages, zoom, history, keys, text selection with the mouse, links, page views and
 // printing. Real documents written by the fixtures, real widgets on the offscreen platform.
 
+#include "support/FixtureDocuments.h"
+
 #include "support/PdfFixtures.h"
 
 #include <kit/base/NotificationCenter.h>
@@ -58,11 +60,7 @@ class PDFViewTest : public QObject
 
     std::shared_ptr<PDFDocument> open(const PdfFixtures::Document &fixture, const QString &name)
     {
-        const QString path = m_dir.filePath(name);
-        if (!QFile::exists(path) && !PdfFixtures::write(fixture, path))
-            return nullptr;
-        auto document = std::make_shared<PDFDocument>();
-        return document->initWithURL(QUrl::fromLocalFile(path)) ? document : nullptr;
+        return FixtureDocuments::open(m_dir, fixture, name);
     }
     std::shared_ptr<PDFDocument> standard()
     {

@@ -1,5 +1,7 @@
 #include "MuContext.h"
 
+#include "WorkBudget.h"
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -74,7 +76,7 @@ fz_context *baseContext()
     // Never dropped: objects may still be released while the process ends.
     static fz_context *const base = [] {
         static const fz_locks_context locks { nullptr, lockTable, unlockTable };
-        fz_context *ctx = fz_new_context(nullptr, &locks, StoreBytes);
+        fz_context *ctx = fz_new_context(budgetAllocator(), &locks, StoreBytes);
         if (!ctx) {
             std::fputs("MuPDF context could not be created\n", stderr);
             std::abort();

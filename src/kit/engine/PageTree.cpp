@@ -1,0 +1,254 @@
+#include "PageTree.h"
+
+#include <unordered_set>
+
+namespace PageTree {
+namespace {
+
+constexpr int MaxDepth = 64;
+
+class Walker
+{
+public:
+    explicit Walker(fz_context *ctx)
+        : m_ctx(ctx)
+    { }
+
+    // Leaves under an intermediate node; a node, page or /Count that is not what it should be
+    // marks the tree unsound, and the node or page is left out.
+    int walk(pdf_obj *node, int depth)
+    {
+        pdf_obj *kids = nullptr;
+        int count = 0;
+        int claimed = -1;
+        mu::Error error;
+        mu::run(m_ctx, error, [&] {
+            kids = pdf_dict_get(m_ctx, node, PDF_NAME(Kids));
+            count = pdf_array_len(m_ctx, kids);
+            claimed = pdf_dict_get_int(m_ctx, node, PDF_NAME(Count));
+        });
+        int leaves = 0;
+        for (int i = 0; i < count && !error.failed; ++i) {
+            pdf_obj *kid = nullptr;
+            int number = 0;
+            bool dict = false;
+            bool inner = false;
+            mu::Error kidError;
+            // Classified as MuPDF's own page lookup does, so a sound tree means the same to both.
+            mu::run(m_ctx, kidError, [&] {
+                kid = pdf_array_get(m_ctx, kids, i);
+                number = pdf_to_num(m_ctx, kid);
+                dict = pdf_is_dict(m_ctx, kid);
+                pdf_obj *type = pdf_dict_get(m_ctx, kid, PDF_NAME(Type));
+                inner = type ? pdf_name_eq(m_ctx, type, PDF_NAME(Pages))
+                             : pdf_dict_get(m_ctx, kid, PDF_NAME(Kids))
+                        && !pdf_dict_get(m_ctx, kid, PDF_NAME(MediaBox));
+            });
+            if (kidError.failed || !dict || number <= 0 || !m_seen.insert(number).second
+                || (inner && depth >= MaxDepth)) {
+                sound = false;
+                continue;
+            }
+            if (inner) {
+                leaves += walk(kid, depth + 1);
+                continue;
+            }
+            mu::runQuietly(m_ctx, [&] { pages.push_back(pdf_keep_obj(m_ctx, kid)); });
+            ++leaves;
+        }
+        if (error.failed || claimed != leaves)
+            sound = false;
+        return leaves;
+    }
+
+    void markSeen(int number) { m_seen.insert(number); }
+
+    std::vector<pdf_obj *> pages;
+    bool sound = true;
+
+private:
+    fz_context *m_ctx;
+    std::unordered_set<int> m_seen;
+};
+
+// Every object of the file that is a page, in object order.
+std::vector<pdf_obj *> scanObjects(fz_context *ctx, pdf_document *doc)
+{
+    std::vector<pdf_obj *> found;
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    for (int number = 1; number < count; ++number) {
+        pdf_obj *page = nullptr;
+        mu::runQuietly(ctx, [&] {
+            pdf_xref_entry *entry = pdf_get_xref_entry_no_null(ctx, doc, number);
+            if (entry->type != 'n' && entry->type != 'o')
+                fz_throw(ctx, FZ_ERROR_GENERIC, "no object");
+            page = pdf_new_indirect(ctx, doc, number, 0);
+            if (!pdf_name_eq(ctx, pdf_dict_get(ctx, page, PDF_NAME(Type)), PDF_NAME(Page))) {
+                pdf_drop_obj(ctx, page);
+                page = nullptr;
+            }
+        });
+        if (page)
+            found.push_back(page);
+    }
+    return found;
+}
+
+// Replaces the page tree by one node holding the pages, each page keeping what it inherited.
+void rebuild(
+    fz_context *ctx, pdf_document *doc, const std::vector<pdf_obj *> &pages, mu::Error &error)
+{
+    pdf_obj *const *const list = pages.data();
+    const int count = static_cast<int>(pages.size());
+    mu::Object kids;
+    mu::run(ctx, error, [&] {
+        for (int i = 0; i < count; ++i)
+            pdf_flatten_inheritable_page_items(ctx, list[i]);
+        // An object that is a page cannot also be the catalog or the tree's root.
+        const auto isPage = [&](pdf_obj *obj) {
+            return pdf_name_eq(ctx, pdf_dict_get(ctx, obj, PDF_NAME(Type)), PDF_NAME(Page));
+        };
+        pdf_obj *catalog = pdf_dict_get(ctx, pdf_trailer(ctx, doc), PDF_NAME(Root));
+        if (!pdf_is_dict(ctx, catalog) || isPage(catalog)) {
+            catalog = pdf_add_new_dict(ctx, doc, 2);
+            pdf_dict_put(ctx, catalog, PDF_NAME(Type), PDF_NAME(Catalog));
+            // Asked again: the first new object of an unchanged document starts a section of
+            // its own with a copy of the trailer, and only that copy is written.
+            pdf_dict_put_drop(ctx, pdf_trailer(ctx, doc), PDF_NAME(Root), catalog);
+        }
+        pdf_obj *root = pdf_dict_get(ctx, catalog, PDF_NAME(Pages));
+        if (!pdf_is_dict(ctx, root) || !pdf_is_indirect(ctx, root) || isPage(root)) {
+            root = pdf_add_new_dict(ctx, doc, 3);
+            pdf_dict_put_drop(ctx, catalog, PDF_NAME(Pages), root);
+        }
+        pdf_dict_put(ctx, root, PDF_NAME(Type), PDF_NAME(Pages));
+        pdf_dict_del(ctx, root, PDF_NAME(Parent));
+        kids.p = pdf_new_array(ctx, doc, count);
+        for (int i = 0; i < count; ++i) {
+            pdf_array_push(ctx, kids.p, list[i]);
+            pdf_dict_put(ctx, list[i], PDF_NAME(Parent), root);
+        }
+        pdf_dict_put(ctx, root, PDF_NAME(Kids), kids.p);
+        pdf_dict_put_int(ctx, root, PDF_NAME(Count), count);
+    });
+}
+
+// Loads every object once, so that MuPDF meets a broken one now rather than while saving.
+void touchEveryObject(fz_context *ctx, pdf_document *doc)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    for (int number = 1; number < count; ++number)
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, pdf_load_object(ctx, doc, number)); });
+}
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0';
+}
+
+// Reads a decimal number at pos, moving past it; -1 when there is none.
+long long readNumber(QByteArrayView bytes, qsizetype &pos)
+{
+    while (pos < bytes.size() && isSpace(bytes[pos]))
+        ++pos;
+    long long value = -1;
+    for (int digits = 0; pos < bytes.size() && bytes[pos] >= '0' && bytes[pos] <= '9'; ++digits) {
+        if (digits > 12)
+            return -1;
+        value = (value < 0 ? 0 : value * 10) + (bytes[pos++] - '0');
+    }
+    return value;
+}
+
+// Whether every object the cross-reference places in the file starts there with its own number,
+// which is what MuPDF checks before it decides to repair. Reads the header only: no object is
+// parsed, so a long sound file pays a few milliseconds instead of loading all its objects.
+bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    for (int number = 1; number < count; ++number) {
+        char type = 0;
+        int64_t offset = 0;
+        int generation = 0;
+        bool ok = true;
+        mu::runQuietly(ctx, [&] {
+            pdf_xref_entry *entry = pdf_get_xref_entry_no_null(ctx, doc, number);
+            type = entry->type;
+            offset = entry->ofs;
+            generation = entry->gen;
+            // An object MuPDF already holds (a new one, or one met before) is not read again.
+            ok = entry->obj != nullptr;
+        });
+        if (ok || type != 'n')
+            continue;
+        if (offset <= 0 || offset >= file.size())
+            return false;
+        qsizetype pos = qsizetype(offset);
+        if (readNumber(file, pos) != number || readNumber(file, pos) != generation)
+            return false;
+        while (pos < file.size() && isSpace(file[pos]))
+            ++pos;
+        if (pos + 3 > file.size() || file.sliced(pos, 3) != QByteArrayView("obj"))
+            return false;
+    }
+    return true;
+}
+
+bool wasRepaired(fz_context *ctx, pdf_document *doc)
+{
+    bool repaired = false;
+    mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
+    return repaired;
+}
+
+} // namespace
+
+bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+{
+    if (wasRepaired(ctx, doc))
+        return false;
+    // MuPDF repairs the file by itself when it first meets an object that is not where the
+    // cross-reference says, and drops every change made before: were that the next save, it
+    // would write the repaired file's pages, not those shown. A file whose objects are all in
+    // place has nothing to repair; any other file meets every object now.
+    if (!file.isEmpty() && objectsInPlace(ctx, doc, file))
+        return false;
+    touchEveryObject(ctx, doc);
+    return wasRepaired(ctx, doc);
+}
+
+Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
+{
+    Result result;
+    Walker walker(ctx);
+    pdf_obj *root = nullptr;
+    int rootNumber = 0;
+    mu::runQuietly(ctx, [&] {
+        root = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
+        rootNumber = pdf_is_dict(ctx, root) ? pdf_to_num(ctx, root) : 0;
+    });
+    if (rootNumber > 0) {
+        walker.markSeen(rootNumber);
+        walker.walk(root, 0);
+    } else {
+        walker.sound = false;
+    }
+    result.pages = std::move(walker.pages);
+    if (result.pages.empty() && scan) {
+        result.pages = scanObjects(ctx, doc);
+        // Pages that the tree does not hold reach MuPDF and a saved file only through a new one.
+        if (!result.pages.empty())
+            walker.sound = false;
+    }
+    result.broken = !walker.sound;
+    if (!walker.sound && !result.pages.empty()) {
+        rebuild(ctx, doc, result.pages, error);
+        result.rebuilt = true;
+    }
+    return result;
+}
+
+} // namespace PageTree

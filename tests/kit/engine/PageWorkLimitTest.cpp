@@ -1,0 +1,193 @@
+// Pages built to exhaust a reader (decompression bombs, floods of operators) fail alone within
+// the work limits: a blank page for them, the rest of the document as usual, and a job that is
+// cancelled stops.
+
+#include "support/RawPdf.h"
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFCancellation.h>
+#include <kit/engine/PDFDisplayList.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/engine/PDFWorkLimits.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QtTest>
+
+#include <thread>
+
+namespace {
+
+// Before, the hostile page, After.
+QByteArray documentAround(const QByteArray &hostileContent)
+{
+    return RawPdf::build({ "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R 5 0 R 7 0 R] /Count 3 >>", RawPdf::page(2, 4),
+        RawPdf::textContent("Before"), RawPdf::page(2, 6), hostileContent, RawPdf::page(2, 8),
+        RawPdf::textContent("After") });
+}
+
+QByteArray bomb(const QByteArray &chunk, qint64 repeats)
+{
+    return RawPdf::stream("/Filter /FlateDecode", RawPdf::deflatedRepeat(chunk, repeats));
+}
+
+// The process's peak resident memory since the last reset, in bytes.
+qint64 peakResident()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+    return 0;
+}
+
+void resetPeakResident()
+{
+    QFile refs(QStringLiteral("/proc/self/clear_refs"));
+    if (refs.open(QIODevice::WriteOnly))
+        refs.write("5");
+}
+
+bool hasInk(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qGray(image.pixel(x, y)) < 128)
+                return true;
+    return false;
+}
+
+class FindWaiter
+{
+public:
+    explicit FindWaiter(const std::shared_ptr<PDFDocument> &doc)
+    {
+        auto &center = NotificationCenter::defaultCenter();
+        center.addObserver(this, PDFDocument::DidFindMatchNotification, doc.get(),
+            [this, doc](const Notification &n) {
+                const auto found = n.userInfo.value(PDFDocument::FoundSelectionKey)
+                                       .value<std::shared_ptr<PDFSelection>>();
+                pages.append(doc->indexForPage(found->pages().front()));
+            });
+        center.addObserver(this, PDFDocument::DidEndFindNotification, doc.get(),
+            [this](const Notification &) { ended = true; });
+    }
+    ~FindWaiter() { NotificationCenter::defaultCenter().removeObserver(this); }
+    QList<int> pages;
+    bool ended = false;
+};
+
+const QByteArray Zeros(1 << 20, '\0');
+const QByteArray SaveRestore = QByteArray("q Q\n").repeated(1 << 18);
+const QByteArray Strokes = QByteArray("0 0 m 9 9 l S\n").repeated(1 << 16);
+
+} // namespace
+
+class PageWorkLimitTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { PDFWorkLimits::setCurrent(PDFWorkLimits()); }
+
+    void hostilePageFailsAlone_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<qint64>("memoryBytes"); // 0: the default limits
+        QTest::addColumn<qint64>("contentBytes");
+        QTest::addColumn<int>("milliseconds");
+        // Drawing straight into an image keeps nothing: only recording runs out of memory.
+        QTest::addColumn<bool>("drawingFails");
+        QTest::newRow("1.2 GB of zeros")
+            << bomb(Zeros, 1200) << qint64(0) << qint64(0) << 0 << true;
+        QTest::newRow("1.2 GB of save-restore pairs")
+            << bomb(SaveRestore, 1200) << qint64(0) << qint64(0) << 0 << true;
+        QTest::newRow("strokes beyond the memory limit")
+            << bomb(Strokes, 24) << qint64(24 << 20) << qint64(1) << 0 << false;
+        QTest::newRow("operators beyond the time limit")
+            << bomb(SaveRestore, 200) << qint64(0) << (qint64(1) << 30) << 300 << true;
+    }
+
+    void hostilePageFailsAlone()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(qint64, memoryBytes);
+        QFETCH(qint64, contentBytes);
+        QFETCH(int, milliseconds);
+        QFETCH(bool, drawingFails);
+        PDFWorkLimits limits;
+        if (memoryBytes)
+            limits.memoryBytes = memoryBytes;
+        if (contentBytes)
+            limits.contentBytes = contentBytes > 1 ? contentBytes : limits.memoryBytes * 64;
+        if (milliseconds)
+            limits.milliseconds = milliseconds;
+        PDFWorkLimits::setCurrent(limits);
+
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(documentAround(content)));
+        QCOMPARE(doc->pageCount(), 3);
+        resetPeakResident();
+        const qint64 peakBefore = peakResident();
+        QElapsedTimer clock;
+        clock.start();
+
+        const auto hostile = doc->pageAtIndex(1);
+        const auto source = hostile->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(source);
+        QVERIFY(!source->buildDisplayList());
+        QCOMPARE(
+            hostile->imageForBox(PDFDisplayBox::CropBox, QSize(200, 260)).isNull(), drawingFails);
+        QVERIFY(hostile->string().isEmpty());
+        for (const int index : { 0, 2 }) {
+            const auto page = doc->pageAtIndex(index);
+            const auto list = page->renderSource(PDFDisplayBox::CropBox)->buildDisplayList();
+            QVERIFY(list);
+            QVERIFY(hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
+        }
+        QCOMPARE(doc->pageAtIndex(2)->string().trimmed(), QStringLiteral("After"));
+        FindWaiter waiter(doc);
+        doc->beginFindString(QStringLiteral("After"), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(waiter.ended, 30000);
+        QCOMPARE(waiter.pages, QList<int> { 2 });
+
+        QVERIFY2(clock.elapsed() < 60000, qPrintable(QString::number(clock.elapsed())));
+        const qint64 grown = peakResident() - peakBefore;
+        QVERIFY2(grown < (qint64(768) << 20), qPrintable(QString::number(grown >> 20) + " MB"));
+    }
+
+    void cancelStopsARunningJob()
+    {
+        PDFWorkLimits limits;
+        limits.contentBytes = qint64(1) << 40;
+        limits.milliseconds = 120000;
+        PDFWorkLimits::setCurrent(limits);
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(documentAround(bomb(SaveRestore, 1200))));
+        const auto source = doc->pageAtIndex(1)->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(source);
+        PDFCancellation cancel;
+        std::atomic<bool> done { false };
+        std::shared_ptr<PDFDisplayList> list;
+        std::thread worker([&] {
+            list = source->buildDisplayList(&cancel);
+            done = true;
+        });
+        QTest::qWait(300);
+        QVERIFY(!done);
+        QElapsedTimer clock;
+        clock.start();
+        cancel.cancel();
+        worker.join();
+        QVERIFY(!list);
+        QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    }
+};
+
+QTEST_MAIN(PageWorkLimitTest)
+#include "PageWorkLimitTest.moc"

@@ -1,0 +1,102 @@
+#include "RawPdf.h"
+
+#include <zlib.h>
+
+namespace RawPdf {
+
+QByteArray build(const QList<QByteArray> &objects, const QByteArray &trailer)
+{
+    QByteArray out("%PDF-1.7\n%\xE2\xE3\xCF\xD3\n");
+    QList<qint64> offsets;
+    for (qsizetype i = 0; i < objects.size(); ++i) {
+        offsets.append(out.size());
+        out += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const qint64 xref = out.size();
+    out += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
+    for (const qint64 offset : offsets)
+        out += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    out += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1) + " " + trailer
+        + " >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+    return out;
+}
+
+QByteArray stream(const QByteArray &entries, const QByteArray &data)
+{
+    return "<< " + entries + " /Length " + QByteArray::number(data.size()) + " >>\nstream\n" + data
+        + "\nendstream";
+}
+
+QByteArray page(int parent, int content)
+{
+    return "<< /Type /Page /Parent " + QByteArray::number(parent)
+        + " 0 R /MediaBox [0 0 612 792] /Resources << /Font << /F1 << /Type /Font /Subtype "
+          "/Type1 /BaseFont /Helvetica >> >> >> /Contents "
+        + QByteArray::number(content) + " 0 R >>";
+}
+
+QByteArray textContent(const QByteArray &word)
+{
+    return stream({}, "BT /F1 48 Tf 72 600 Td (" + word + ") Tj ET");
+}
+
+QByteArray deflatedRepeat(const QByteArray &chunk, qint64 count)
+{
+    // One block compressed with a full flush starts afresh and ends on a byte boundary, so it
+    // can be repeated as it stands; the checksum of the repeats is combined arithmetically.
+    z_stream z {};
+    deflateInit(&z, Z_BEST_COMPRESSION);
+    QByteArray block(static_cast<qsizetype>(deflateBound(&z, uLong(chunk.size())) + 64), '\0');
+    z.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(chunk.constData()));
+    z.avail_in = uInt(chunk.size());
+    z.next_out = reinterpret_cast<Bytef *>(block.data());
+    z.avail_out = uInt(block.size());
+    deflate(&z, Z_FULL_FLUSH);
+    block.truncate(static_cast<qsizetype>(z.total_out));
+    QByteArray tail(64, '\0');
+    z.next_out = reinterpret_cast<Bytef *>(tail.data());
+    z.avail_out = uInt(tail.size());
+    deflate(&z, Z_FINISH);
+    tail.truncate(static_cast<qsizetype>(z.total_out) - block.size() - 4);
+    deflateEnd(&z);
+
+    const QByteArray header = block.left(2);
+    const QByteArray body = block.mid(2);
+    const uLong one = adler32(adler32(0, nullptr, 0),
+        reinterpret_cast<const Bytef *>(chunk.constData()), uInt(chunk.size()));
+    uLong sum = adler32(0, nullptr, 0);
+    QByteArray out = header;
+    out.reserve(header.size() + body.size() * count + tail.size() + 4);
+    for (qint64 i = 0; i < count; ++i) {
+        out += body;
+        sum = adler32_combine(sum, one, z_off_t(chunk.size()));
+    }
+    out += tail;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out += char((sum >> shift) & 0xff);
+    return out;
+}
+
+qint64 lastXrefOffset(const QByteArray &pdf)
+{
+    const qsizetype at = pdf.lastIndexOf("startxref");
+    return pdf.mid(at + 9).trimmed().split('\n').value(0).trimmed().toLongLong();
+}
+
+QByteArray withUpdate(const QByteArray &pdf, qint64 prev)
+{
+    const QByteArray size = pdf.mid(pdf.lastIndexOf("/Size ") + 6).split(' ').value(0);
+    const int info = size.toInt();
+    QByteArray out = pdf;
+    const qint64 offset = out.size();
+    out += QByteArray::number(info) + " 0 obj\n<< /Title (Updated) >>\nendobj\n";
+    const qint64 xref = out.size();
+    out += "xref\n0 1\n0000000000 65535 f \n" + QByteArray::number(info) + " 1\n"
+        + QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \ntrailer\n<< /Size "
+        + QByteArray::number(info + 1) + " /Root 1 0 R /Info " + QByteArray::number(info)
+        + " 0 R /Prev " + QByteArray::number(prev < 0 ? xref : prev) + " >>\nstartxref\n"
+        + QByteArray::number(xref) + "\n%%EOF\n";
+    return out;
+}
+
+} // namespace RawPdf

@@ -1,0 +1,30 @@
+#pragma once
+
+// Hand-made PDF files for tests of hostile and damaged input: objects written as they stand, so
+// that a test can state exactly the lie or the damage it wants, with a correct cross-reference
+// table unless the test breaks it afterwards.
+
+#include <QByteArray>
+#include <QList>
+
+namespace RawPdf {
+
+// Object i of the list is object number i + 1; the trailer gets /Size and these extra entries.
+QByteArray build(const QList<QByteArray> &objects, const QByteArray &trailer = "/Root 1 0 R");
+// A stream object: dict entries (without /Length) and the raw data.
+QByteArray stream(const QByteArray &entries, const QByteArray &data);
+// A page dictionary under parent whose text "Helvetica" resource is F1 and whose content is
+// object content.
+QByteArray page(int parent, int content);
+// Content that writes one word in large type.
+QByteArray textContent(const QByteArray &word);
+// A zlib stream that inflates to chunk repeated count times, made without holding the inflated
+// bytes: a decompression bomb of any size.
+QByteArray deflatedRepeat(const QByteArray &chunk, qint64 count);
+// Offset of the last cross-reference section (what the last startxref names).
+qint64 lastXrefOffset(const QByteArray &pdf);
+// Appends an incremental update that adds an /Info dictionary, whose trailer's /Prev is prev
+// (negative: the update's own section, a loop).
+QByteArray withUpdate(const QByteArray &pdf, qint64 prev);
+
+} // namespace RawPdf
