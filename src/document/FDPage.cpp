@@ -16,6 +16,21 @@ const QString &FDPage::uuid() const
     return m_uuid;
 }
 
+void FDPage::sanitizeAnnotations()
+{
+    // A copy: changing an annotation must not disturb the walk.
+    const auto list = annotations();
+    for (const auto &annotation : list) {
+        if (!annotation->color().isValid())
+            annotation->setValueForKeyInMemory(QColor(0, 0, 0, 0), QStringLiteral("color"));
+    }
+}
+
+void FDPage::didLoadAnnotations()
+{
+    sanitizeAnnotations();
+}
+
 BezierPath FDPage::createBookmarkIndicatorPathWithScale(double scale, QSizeF pageSize)
 {
     const double width = BookmarkIndicatorWidth * scale;

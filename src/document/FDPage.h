@@ -46,6 +46,15 @@ public:
     // and whose hit test holds.
     std::shared_ptr<PDFAnnotation> annotationAtPoint(const QPointF &point) const override;
 
+    // Gives the page's annotations what the view and the editor rely on, in memory only: one
+    // without a colour gets a transparent one. Nothing is written, so a file that is only opened
+    // and saved keeps every annotation the user did not touch as it was. Runs once per page,
+    // when its annotations are first built (before its first render or any use of them).
+    void sanitizeAnnotations();
+
+protected:
+    void didLoadAnnotations() override;
+
 private:
     mutable bool m_isUUIDInited = false;
     mutable QString m_uuid;

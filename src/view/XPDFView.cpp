@@ -200,29 +200,9 @@ void XPDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
         setSelectedAnn(nullptr);
         forgetUndoEntries();
     }
-    sanitizeAnnotationsInDocument(document);
     m_selectionRect = QRectF();
     m_selectionPageIndex = NotFound;
     PDFView::setDocument(document);
-}
-
-void XPDFView::sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document)
-{
-    if (!document)
-        return;
-    for (int index = 0; index < document->pageCount(); ++index) {
-        const auto page = document->pageAtIndex(index);
-        if (!page)
-            continue;
-        // A copy: changing an annotation must not disturb the walk.
-        const auto annotations = page->annotations();
-        // Nothing is written: a file that is only opened and saved keeps every annotation the
-        // user did not touch as it was, pictures included. A touched one gets a new picture.
-        for (const auto &annotation : annotations) {
-            if (!annotation->color().isValid())
-                annotation->setValueForKeyInMemory(QColor(0, 0, 0, 0), QStringLiteral("color"));
-        }
-    }
 }
 
 void XPDFView::setDisplayMode(int mode)

@@ -180,10 +180,6 @@ public:
     void setDisplayBox(PDFDisplayBox box) override;
     void setDisplaysAsBook(bool asBook) override;
 
-    // An annotation without a colour reads the fully transparent one from now on, in memory
-    // only: the file is not touched. Null or empty documents are left alone.
-    static void sanitizeAnnotationsInDocument(const std::shared_ptr<PDFDocument> &document);
-
     // Places of the annotation editing: the text editors finish or drop their edit, and the
     // markup commands make an annotation from the text selection. This layer has no editor and
     // makes no markup; each markup command answers whether it made one.

@@ -48,6 +48,8 @@ private slots:
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
     void fragmentPageWinsOverStoredPosition();
+    void placesHoldWhileLatePageSizesArrive_data();
+    void placesHoldWhileLatePageSizesArrive();
     void fitWidthFollowsResizeUntilAManualZoom_data();
     void fitWidthFollowsResizeUntilAManualZoom();
     void fitPageLeavesRoomForPageBreaks();
@@ -230,6 +232,59 @@ void FDPDFViewTest::fragmentPageWinsOverStoredPosition()
     QTRY_COMPARE(currentIndex(*view), 6);
     QCOMPARE(view->scaleFactor(), 1.0);
     QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), url);
+}
+
+void FDPDFViewTest::placesHoldWhileLatePageSizesArrive_data()
+{
+    QTest::addColumn<bool>("fragment");
+    QTest::addColumn<int>("displayMode");
+    QTest::newRow("stored position, continuous") << false << 1;
+    QTest::newRow("stored position, two-up continuous") << false << 3;
+    QTest::newRow("page fragment") << true << 1;
+}
+
+// A long document whose first pages are landscape: the sizes the layout estimates for the
+// others are wrong until they are read, after the document is shown. The reader's saved place
+// or the page the URL names is where the view opens, and stays under the reader meanwhile.
+void FDPDFViewTest::placesHoldWhileLatePageSizesArrive()
+{
+    QFETCH(bool, fragment);
+    QFETCH(int, displayMode);
+    PdfFixtures::Document fixture = PdfFixtures::textPages(600, 2, 0);
+    for (int i = 0; i < 40; ++i)
+        fixture.pages[i].mediaBox = QRectF(0, 0, 792, 612);
+    const QString path
+        = m_dir.filePath(QStringLiteral("late-%1-%2.pdf").arg(fragment).arg(displayMode));
+    QVERIFY(PdfFixtures::write(fixture, path));
+    QUrl url = QUrl::fromLocalFile(path);
+    const QVariantMap status {
+        { QStringLiteral("Destination"), QStringLiteral("450,72.000000,400.000000,1.000000") },
+        { QStringLiteral("ScaleMode"), qint64(0) },
+        { QStringLiteral("ScaleFactor"), 1.0 },
+        { QStringLiteral("DisplayMode"), qint64(displayMode) },
+    };
+    FDSetXAttr(url, FDPDFView::LastPositionAttributeName, Archiver::archivedData(status));
+    if (fragment)
+        url.setFragment(QStringLiteral("500"));
+    const int expected = fragment ? 500 : 450;
+
+    auto view = openView(url);
+    QTRY_VERIFY(!view->isLoading());
+    QTRY_COMPARE(currentIndex(*view), expected);
+    const auto page = view->document()->pageAtIndex(expected);
+    const QPointF point(72, 400);
+    const QPointF shown = view->convertPointFromPage(point, page);
+    // Until the layout stops changing: every size has been read.
+    double height = -1;
+    for (int turn = 0; turn < 100 && view->documentView().bounds().height() != height; ++turn) {
+        height = view->documentView().bounds().height();
+        QTest::qWait(100);
+    }
+    QCOMPARE(view->documentView().bounds().height(), height);
+    QCOMPARE(currentIndex(*view), expected);
+    if (!fragment)
+        QCOMPARE(view->displayMode(), displayMode);
+    QVERIFY((view->convertPointFromPage(point, page) - shown).manhattanLength() <= 1);
 }
 
 void FDPDFViewTest::fitWidthFollowsResizeUntilAManualZoom_data()

@@ -16,6 +16,7 @@ void PDFDocument::beginFindString(const QString &string, int options)
     d->stopFind();
     if (!d->handle || string.trimmed().isEmpty())
         return;
+    d->resolveAll();
     std::vector<pdf_obj *> objects;
     std::vector<int> indexes;
     d->findPages.clear();

@@ -7,6 +7,7 @@
 #include "PDFPage.h"
 #include "PDFPagePrivate.h"
 #include "PageTree.h"
+#include "PageTreeWalk.h"
 #include "SaslPrep.h"
 #include "mupdf/MuOpen.h"
 
@@ -15,7 +16,13 @@
 #include <QHash>
 #include <QSaveFile>
 
+#include <QThreadPool>
+
 #include <algorithm>
+#include <atomic>
+#include <mutex>
+
+#include <malloc.h>
 
 const QString PDFDocument::DidFindMatchNotification
     = QStringLiteral("PDFDocumentDidFindMatchNotification");
@@ -24,6 +31,10 @@ const QString PDFDocument::DidEndFindNotification
 const QString PDFDocument::FoundSelectionKey = QStringLiteral("PDFDocumentFoundSelection");
 
 namespace {
+
+// Page trees of at most this many pages are walked whole at opening: it costs about a
+// millisecond, and the page count is then exact from the start.
+constexpr int LazyWalkFrom = 512;
 
 // Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
 // outline items) but never renumbers the live document, so pages and handles stay valid.
@@ -66,11 +77,13 @@ bool PDFDocumentPrivate::adopt(pdf_document *doc)
     }
     if (locked || loadContent()) {
         sourceBytes = nullptr;
+        sourceData.clear();
         return true;
     }
     // A page tree MuPDF could not find without repairing: open the file again the way a damaged
     // one is opened, which rebuilds the cross-reference from the objects themselves.
     const auto source = std::exchange(sourceBytes, nullptr);
+    sourceData.clear();
     if (!pageTreeBroken || repaired || !source)
         return false;
     pdf_document *again = openForcingRepair(source());
@@ -102,51 +115,208 @@ bool PDFDocumentPrivate::loadContent()
     fz_context *ctx = mu::context();
     pdf_document *const doc = handle->doc();
     PageTree::Result tree;
-    std::vector<int> numbers;
     mu::Error failure;
+    int claimed = 0;
+    bool walkedWhole = false;
     {
         const mu::Lock lock(handle->mutex());
-        // Scanning every object is for files MuPDF has already had to repair.
-        tree = PageTree::load(ctx, doc, repaired, failure);
-        numbers.assign(tree.pages.size(), 0);
-        for (size_t i = 0; i < tree.pages.size(); ++i) {
-            pdf_obj *const obj = tree.pages[i];
-            mu::runQuietly(ctx, [&] { numbers[i] = pdf_to_num(ctx, obj); });
+        if (!repaired && repairIfDamagedLocked())
+            repaired = true;
+        // A long sound file's tree is walked as its pages are asked for. A short one is walked
+        // whole now, and so is a repaired file's, or one that claims more pages than the file
+        // has objects; scanning every object is for files MuPDF has had to repair. Only a long
+        // tree found unsound late can hold other pages than it claimed (resolveThroughLocked).
+        walk.clear();
+        if (!repaired) {
+            claimed = walk.start(ctx, doc);
+            if (claimed > objectCount)
+                walk.clear();
         }
-        if (!failure.failed && tree.pages.empty() && tree.broken)
-            failure.fail("The document has no pages that could be read");
-        if (failure.failed) {
-            for (pdf_obj *obj : tree.pages)
-                mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
-            error = failure.text();
-            pageTreeBroken = tree.broken;
-            return false;
+        if (walk.active() && claimed <= LazyWalkFrom) {
+            PageTreeWalk::Step step = PageTreeWalk::Step::Page;
+            pdf_obj *page = nullptr;
+            while ((step = walk.next(ctx, page)) == PageTreeWalk::Step::Page) {
+                tree.pages.push_back(page);
+                if (int(tree.pages.size()) > claimed) {
+                    step = PageTreeWalk::Step::Broken;
+                    break;
+                }
+            }
+            walk.clear();
+            walkedWhole = step == PageTreeWalk::Step::End && int(tree.pages.size()) == claimed;
+            if (!walkedWhole) {
+                for (pdf_obj *obj : tree.pages)
+                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+                tree.pages.clear();
+            }
         }
-        repaired = repaired || tree.rebuilt || tree.repaired;
+        if (!walk.active() && !walkedWhole) {
+            tree = PageTree::load(ctx, doc, repaired, failure);
+            if (!failure.failed && tree.pages.empty() && tree.broken)
+                failure.fail("The document has no pages that could be read");
+            if (failure.failed) {
+                for (pdf_obj *obj : tree.pages)
+                    mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+                error = failure.text();
+                pageTreeBroken = tree.broken;
+                return false;
+            }
+            repaired = repaired || tree.rebuilt;
+        }
         labels = PageLabels::read(ctx, doc);
     }
-    const std::vector<pdf_obj *> &objects = tree.pages;
-
     pages.clear();
     ++pageOrder;
-    pages.reserve(objects.size());
-    QHash<int, std::shared_ptr<PDFPage>> byNumber;
-    for (size_t i = 0; i < objects.size(); ++i) {
+    const size_t count = walk.active() ? size_t(claimed) : tree.pages.size();
+    pages.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
         auto page = makePage();
         page->d->handle = handle;
-        page->d->object = objects[i];
         page->d->document = q.weak_from_this();
+        if (!walk.active())
+            page->d->object = tree.pages[i];
         pages.push_back(page);
-        byNumber.insert(numbers[i], page);
     }
+    resolved = walk.active() ? 0 : int(count);
+    outlineRoot.reset();
+    outlineLoaded = false;
+    contentLoaded = true;
+    return true;
+}
+
+bool PDFDocumentPrivate::repairIfDamagedLocked()
+{
+    fz_context *ctx = mu::context();
+    pdf_document *const doc = handle->doc();
+    // The file is mapped, not read: only the pages holding object headers are touched.
+    QFile file;
+    QByteArrayView bytes = sourceData;
+    if (!sourcePath.isEmpty()) {
+        file.setFileName(sourcePath);
+        const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
+        bytes = mapped ? QByteArrayView(mapped, file.size()) : QByteArrayView();
+    }
+    const bool repairedNow = PageTree::repairIfDamaged(ctx, doc, bytes);
+    objectCount = 0;
+    mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
+    return repairedNow;
+}
+
+void PDFDocumentPrivate::resolveThrough(int index)
+{
+    if (index < resolved || !handle)
+        return;
+    const mu::Lock lock(handle->mutex());
+    resolveThroughLocked(index);
+}
+
+PDFDocumentPrivate &PDFDocumentPrivate::of(const PDFDocument &document)
+{
+    return *document.d;
+}
+
+void PDFDocumentPrivate::resolveThroughLocked(int index)
+{
+    const int count = static_cast<int>(pages.size());
+    index = std::min(index, count - 1);
+    if (index < resolved || !handle)
+        return;
+    fz_context *ctx = mu::context();
+    // Asked for the last page, the walk also goes through the rest of the tree, to catch pages
+    // beyond the count and counts that do not add up.
+    const int target = index >= count - 1 ? count : index;
+    PageTreeWalk::Step step = PageTreeWalk::Step::Page;
+    while (resolved <= target && step == PageTreeWalk::Step::Page) {
+        pdf_obj *object = nullptr;
+        step = walk.next(ctx, object);
+        if (step != PageTreeWalk::Step::Page)
+            break;
+        if (resolved >= count) {
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, object); });
+            step = PageTreeWalk::Step::Broken;
+            break;
+        }
+        pages[static_cast<size_t>(resolved++)]->d->object = object;
+    }
+    if (step == PageTreeWalk::Step::Page || (step == PageTreeWalk::Step::End && resolved == count))
+        return;
+    // The tree does not add up: it is read whole, repaired and rebuilt flat, and the page list
+    // follows it. Pages found so far keep their place where the tree agrees.
+    walk.clear();
+    mu::Error failure;
+    PageTree::Result tree = PageTree::load(ctx, handle->doc(), true, failure);
+    repaired = repaired || tree.rebuilt;
+    adoptPagesLocked(tree.pages);
+}
+
+void PDFDocumentPrivate::adoptPagesLocked(const std::vector<pdf_obj *> &found)
+{
+    fz_context *ctx = mu::context();
+    const size_t kept = std::min(found.size(), pages.size());
+    for (size_t i = 0; i < kept; ++i) {
+        PDFPagePrivate &page = *pages[i]->d;
+        pdf_obj *const obj = found[i];
+        if (page.object && pdf_to_num(ctx, obj) == pdf_to_num(ctx, page.object))
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
+        else if (page.object)
+            page.bind(handle, obj, true);
+        else
+            page.object = obj;
+    }
+    // Pages the tree claimed but does not hold stay in the list, empty, so that a count once
+    // given never shrinks under a caller; they are not in MuPDF's tree and are not saved.
+    for (size_t i = kept; i < pages.size(); ++i) {
+        PDFPagePrivate &page = *pages[i]->d;
+        if (page.object)
+            page.bind(handle, nullptr, true);
+    }
+    for (size_t i = kept; i < found.size(); ++i) {
+        auto page = makePage();
+        page->d->handle = handle;
+        page->d->document = q.weak_from_this();
+        page->d->object = found[i];
+        pages.push_back(page);
+    }
+    resolved = static_cast<int>(pages.size());
+    renumberLocked();
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::pageForObjectNumberLocked(int number)
+{
+    if (pagesByNumberOrder != pageOrder || pagesByNumber.isEmpty()) {
+        resolveThroughLocked(static_cast<int>(pages.size()) - 1);
+        fz_context *ctx = mu::context();
+        pagesByNumber.clear();
+        // Backwards, so that a page listed twice answers its first place.
+        for (size_t i = pages.size(); i-- > 0;) {
+            const PDFPagePrivate &page = *pages[i]->d;
+            if (page.handle == handle && page.object)
+                pagesByNumber.insert(pdf_to_num(ctx, page.object), pages[i]);
+        }
+        pagesByNumberOrder = pageOrder;
+    }
+    return pagesByNumber.value(number).lock();
+}
+
+void PDFDocumentPrivate::loadOutline()
+{
+    if (outlineLoaded || !handle || locked)
+        return;
+    outlineLoaded = true;
+    resolveAll();
+    fz_context *ctx = mu::context();
+    QHash<int, std::shared_ptr<PDFPage>> byNumber;
     {
         const mu::Lock lock(handle->mutex());
-        outlineRoot = OutlineIO::read(ctx, doc, [&](int number) { return byNumber.value(number); });
+        for (const auto &page : pages) {
+            if (page->d->object)
+                byNumber.insert(pdf_to_num(ctx, page->d->object), page);
+        }
+        outlineRoot = OutlineIO::read(
+            ctx, handle->doc(), [&](int number) { return byNumber.value(number); });
     }
     if (outlineRoot)
         outlineRoot->m_document = q.weak_from_this();
-    contentLoaded = true;
-    return true;
 }
 
 void PDFDocumentPrivate::renumberLocked()
@@ -163,6 +333,8 @@ std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
 {
     if (index < 0 || index >= static_cast<int>(pages.size()))
         return nullptr;
+    loadOutline();
+    resolveAll();
     auto page = pages[static_cast<size_t>(index)];
     {
         const mu::Lock lock(handle->mutex());
@@ -297,6 +469,7 @@ bool PDFDocument::initWithURL(const QUrl &url)
     d->sourceSize = QFileInfo(path).size();
     const QByteArray name = QFile::encodeName(path);
     const char *const filename = name.constData();
+    d->sourcePath = path;
     d->sourceBytes = [path] {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -321,6 +494,7 @@ bool PDFDocument::initWithData(const QByteArray &data)
     }
     d->sourceSize = data.size();
     d->sourceBytes = [data] { return data; };
+    d->sourceData = data;
     mu::Error failure;
     pdf_document *const doc = mu::openDocumentFromBytes(data, failure);
     if (failure.failed) {
@@ -365,6 +539,7 @@ std::shared_ptr<PDFPage> PDFDocument::pageAtIndex(int index) const
 {
     if (index < 0 || index >= pageCount())
         return nullptr;
+    d->resolveThrough(index);
     return d->pages[static_cast<size_t>(index)];
 }
 
@@ -380,6 +555,9 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
 {
     if (!page || !d->handle || d->locked || index < 0)
         return;
+    // Changing the tree ends the lazy walk; the outline keeps its pages through it.
+    d->loadOutline();
+    d->resolveAll();
     if (const auto owner = page->document()) {
         if (owner.get() == this && index > pageCount() - 1)
             index = pageCount() - 1;
@@ -430,6 +608,8 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
     if (index == otherIndex || index < 0 || otherIndex < 0 || index >= pageCount()
         || otherIndex >= pageCount())
         return;
+    d->loadOutline();
+    d->resolveAll();
     const int low = std::min(index, otherIndex);
     const int high = std::max(index, otherIndex);
     pdf_obj *const lowObject = d->pages[static_cast<size_t>(low)]->d->object;
@@ -456,11 +636,13 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
 
 std::shared_ptr<PDFOutline> PDFDocument::outlineRoot() const
 {
+    d->loadOutline();
     return d->outlineRoot;
 }
 
 void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
 {
+    d->outlineLoaded = true;
     d->outlineRoot = root;
     if (root)
         root->m_document = weak_from_this();
@@ -471,6 +653,10 @@ QByteArray PDFDocument::dataRepresentation() const
     if (!d->handle) {
         d->error = QStringLiteral("The document has no content");
         return {};
+    }
+    if (d->contentLoaded) {
+        d->loadOutline();
+        d->resolveAll();
     }
     const mu::Lock lock(d->handle->mutex());
     if (d->contentLoaded) {
@@ -505,6 +691,55 @@ bool PDFDocument::writeToURL(const QUrl &url) const
         d->error = file.errorString();
         return false;
     }
+    return true;
+}
+
+bool PDFDocument::releaseCachedContent()
+{
+    if (!d->handle || d->locked)
+        return true;
+    static std::atomic<bool> releasing { false };
+    if (releasing)
+        return false;
+    {
+        const std::unique_lock lock(d->handle->mutex(), std::try_to_lock);
+        if (!lock.owns_lock())
+            return false;
+        fz_context *ctx = mu::context();
+        for (const auto &page : d->pages) {
+            PDFPagePrivate &pd = *page->d;
+            if (pd.handle != d->handle)
+                continue;
+            pd.text.reset();
+            // Annotations point into their loaded page; workers hold their own reference.
+            if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved) {
+                pdf_page *const dropped = std::exchange(pd.page, nullptr);
+                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &dropped->super); });
+            }
+        }
+    }
+    // The rest takes milliseconds: a pool thread does it, so that scrolling never waits.
+    releasing = true;
+    QThreadPool::globalInstance()->start([handle = d->handle] {
+        {
+            const mu::Lock lock(handle->mutex());
+            fz_context *ctx = mu::context();
+            pdf_document *const doc = handle->doc();
+            mu::runQuietly(ctx, [&] {
+                // An edited object may be held by the cross-reference table alone: it stays.
+                if (!pdf_has_unsaved_changes(ctx, doc))
+                    pdf_clear_xref(ctx, doc);
+                fz_purge_glyph_cache(ctx);
+                // The store counts a font by its descriptor, not by its file and FreeType face,
+                // so its limit never bites on documents that embed many fonts: emptied here, it
+                // keeps what the pages in view hold through their display lists.
+                fz_empty_store(ctx);
+            });
+        }
+        // Freed pages of the heap go back to the system.
+        malloc_trim(0);
+        releasing = false;
+    });
     return true;
 }
 

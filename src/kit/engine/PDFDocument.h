@@ -81,6 +81,14 @@ public:
     void cancelFindString();
     bool isFinding() const;
 
+    // Gives back what reading pages left behind: loaded pages whose annotations were never asked
+    // for and their text at once; then, on a pool thread, parsed objects nothing refers to any
+    // more (only while nothing is unsaved), rendered glyphs and MuPDF's store of fonts and images
+    // (shared by every document). Pages reload on their next use. False, doing nothing, while
+    // a worker is inside the document or a release still runs: it never waits. Main thread; the
+    // view calls it as the reader moves on through a long document.
+    bool releaseCachedContent();
+
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,
         const QPointF &startPoint, const std::shared_ptr<PDFPage> &endPage, const QPointF &endPoint,

@@ -5,8 +5,10 @@
 
 #include "FindJob.h"
 #include "PageLabels.h"
+#include "PageTreeWalk.h"
 #include "mupdf/DocumentHandle.h"
 
+#include <QHash>
 #include <QString>
 #include <QUrl>
 
@@ -29,8 +31,23 @@ struct PDFDocumentPrivate
 
     // Opens what open() gives under a fresh handle, then builds pages and outline unless locked.
     bool adopt(pdf_document *doc);
-    // Pages (through the delegate), outline and labels of an unlocked document.
+    // Pages (through the delegate), outline and labels of an unlocked document. Page objects are
+    // found later, as pages are asked for (resolveThrough).
     bool loadContent();
+    // Finds the page objects of every page up to index, walking the page tree on from where the
+    // last walk stopped: opening a long document reads only the pages it shows first. A tree
+    // that does not add up is read whole, repaired and rebuilt (PageTree): the pages it holds
+    // come first in the list, so that index i is MuPDF's page i, and the list only grows.
+    // Main thread; takes the lock.
+    void resolveThrough(int index);
+    void resolveThroughLocked(int index); // the same, with the lock held
+    static PDFDocumentPrivate &of(const PDFDocument &document);
+    // The page of this document whose object has the number (link targets); the lock is held.
+    // The table is built once per page order, not once per page of links.
+    std::shared_ptr<PDFPage> pageForObjectNumberLocked(int number);
+    void resolveAll() { resolveThrough(static_cast<int>(pages.size()) - 1); }
+    // The outline, read on first use: its destinations need every page object.
+    void loadOutline();
     std::shared_ptr<PDFPage> makePage() const;
     // The file's bytes opened as a file whose cross-reference is lost, so MuPDF repairs it.
     static pdf_document *openForcingRepair(QByteArray bytes);
@@ -40,6 +57,11 @@ struct PDFDocumentPrivate
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
+    // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened;
+    // answers whether it repaired the file. The lock is held.
+    bool repairIfDamagedLocked();
+    // The page list becomes the page objects found (new references); the lock is held.
+    void adoptPagesLocked(const std::vector<pdf_obj *> &found);
 
     // Full rewrite of a document into memory; the caller holds the lock.
     // sizeHint: the expected size (the file read), to allocate once.
@@ -50,6 +72,13 @@ struct PDFDocumentPrivate
     PDFDocument &q;
     std::shared_ptr<mu::DocumentHandle> handle;
     std::vector<std::shared_ptr<PDFPage>> pages;
+    // Pages before this index have their page objects; the walk goes on from there.
+    int resolved = 0;
+    PageTreeWalk walk;
+    int objectCount = 0; // entries of the cross-reference: no tree holds more pages
+    bool outlineLoaded = true;
+    QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;
+    quint64 pagesByNumberOrder = 0; // the page order the table was built for
     quint64 pageOrder = 0; // grows at every change of the order of pages
     std::shared_ptr<PDFOutline> outlineRoot;
     std::weak_ptr<PDFDocumentDelegate> delegate;
@@ -62,6 +91,9 @@ struct PDFDocumentPrivate
     qsizetype sourceSize = 0;
     // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
     std::function<QByteArray()> sourceBytes;
+    // Where the bytes MuPDF reads can be looked at without reading the file.
+    QString sourcePath;
+    QByteArray sourceData;
     bool pageTreeBroken = false;
     PageLabels labels;
 

@@ -8,6 +8,7 @@
 #include "PDFAnnotationPrivate.h"
 #include "PDFAnnotationText.h"
 #include "PDFDocument.h"
+#include "PDFDocumentPrivate.h"
 #include "PDFPagePrivate.h"
 #include "PDFRenderPrivate.h"
 
@@ -302,35 +303,27 @@ void loadAnnotations(const PDFPage &page)
     }
 
     const auto self = std::const_pointer_cast<PDFPage>(page.shared_from_this());
-    const mu::Lock lock(pd.handle->mutex());
-    // Link targets by object number, gathered at the first link: a page of many links would
-    // otherwise walk the whole document once for each.
-    std::optional<QHash<int, std::shared_ptr<PDFPage>>> pagesByNumber;
-    const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
-        if (!document)
-            return nullptr;
-        if (!pagesByNumber) {
-            pagesByNumber.emplace();
-            for (int i = document->pageCount(); i-- > 0;) {
-                const auto candidate = document->pageAtIndex(i);
-                const PDFPagePrivate &other = PDFPagePrivate::of(*candidate);
-                if (other.handle == pd.handle)
-                    pagesByNumber->insert(pdf_to_num(ctx, other.object), candidate);
-            }
+    {
+        const mu::Lock lock(pd.handle->mutex());
+        // Link targets by object number, from a table the document keeps.
+        const auto pageForObject = [&](int number) -> std::shared_ptr<PDFPage> {
+            return document ? PDFDocumentPrivate::of(*document).pageForObjectNumberLocked(number)
+                            : nullptr;
+        };
+        for (size_t i = 0; i < built.size(); ++i) {
+            PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
+            ad.type = types[i];
+            AnnotationIO::read(ctx, objects[i], *built[i], pageForObject);
+            ad.bind(pd.handle, objects[i], true);
+            ad.inFile = true;
+            ad.page = self;
         }
-        return pagesByNumber->value(number);
-    };
-    for (size_t i = 0; i < built.size(); ++i) {
-        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*built[i]);
-        ad.type = types[i];
-        AnnotationIO::read(ctx, objects[i], *built[i], pageForObject);
-        ad.bind(pd.handle, objects[i], true);
-        ad.inFile = true;
-        ad.page = self;
+        pd.annotations = std::move(built);
+        pd.annotationsLoaded = true;
+        pd.annotationsLoading = false;
     }
-    pd.annotations = std::move(built);
-    pd.annotationsLoaded = true;
-    pd.annotationsLoading = false;
+    // The page is looked at by its own class before anything draws or edits its annotations.
+    PDFPagePrivate::didLoadAnnotations(*self);
 }
 
 void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)

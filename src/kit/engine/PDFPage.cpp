@@ -107,6 +107,11 @@ void PDFPagePrivate::bind(
     ++contentRevision;
 }
 
+void PDFPagePrivate::didLoadAnnotations(PDFPage &page)
+{
+    page.didLoadAnnotations();
+}
+
 pdf_page *PDFPagePrivate::pageLocked(fz_context *ctx, int index, mu::Error &error)
 {
     if (page || !handle || !object)

@@ -108,6 +108,9 @@ protected:
     void noteContentChanged();
     // The class copy() makes; by default the class the page was built as.
     virtual std::shared_ptr<PDFPage> newPageOfSameClass() const;
+    // Called once the page's annotations have been built from the file, before anything (a
+    // render, the view, a save) uses them; the list may be changed here. Main thread.
+    virtual void didLoadAnnotations() { }
 
 private:
     friend class PDFDocument;

@@ -37,6 +37,7 @@ struct PDFPagePrivate
     // The loaded page; the caller holds the lock. index is where the page sits in its handle's
     // page tree, used only when it is not loaded yet.
     pdf_page *pageLocked(fz_context *ctx, int index, mu::Error &error);
+    static void didLoadAnnotations(PDFPage &page); // the page class's hook
 
     std::shared_ptr<mu::DocumentHandle> handle;
     pdf_obj *object = nullptr; // kept

@@ -143,6 +143,60 @@ void touchEveryObject(fz_context *ctx, pdf_document *doc)
         mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, pdf_load_object(ctx, doc, number)); });
 }
 
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0';
+}
+
+// Reads a decimal number at pos, moving past it; -1 when there is none.
+long long readNumber(QByteArrayView bytes, qsizetype &pos)
+{
+    while (pos < bytes.size() && isSpace(bytes[pos]))
+        ++pos;
+    long long value = -1;
+    for (int digits = 0; pos < bytes.size() && bytes[pos] >= '0' && bytes[pos] <= '9'; ++digits) {
+        if (digits > 12)
+            return -1;
+        value = (value < 0 ? 0 : value * 10) + (bytes[pos++] - '0');
+    }
+    return value;
+}
+
+// Whether every object the cross-reference places in the file starts there with its own number,
+// which is what MuPDF checks before it decides to repair. Reads the header only: no object is
+// parsed, so a long sound file pays a few milliseconds instead of loading all its objects.
+bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    for (int number = 1; number < count; ++number) {
+        char type = 0;
+        int64_t offset = 0;
+        int generation = 0;
+        bool ok = true;
+        mu::runQuietly(ctx, [&] {
+            pdf_xref_entry *entry = pdf_get_xref_entry_no_null(ctx, doc, number);
+            type = entry->type;
+            offset = entry->ofs;
+            generation = entry->gen;
+            // An object MuPDF already holds (a new one, or one met before) is not read again.
+            ok = entry->obj != nullptr;
+        });
+        if (ok || type != 'n')
+            continue;
+        if (offset <= 0 || offset >= file.size())
+            return false;
+        qsizetype pos = qsizetype(offset);
+        if (readNumber(file, pos) != number || readNumber(file, pos) != generation)
+            return false;
+        while (pos < file.size() && isSpace(file[pos]))
+            ++pos;
+        if (pos + 3 > file.size() || file.sliced(pos, 3) != QByteArrayView("obj"))
+            return false;
+    }
+    return true;
+}
+
 bool wasRepaired(fz_context *ctx, pdf_document *doc)
 {
     bool repaired = false;
@@ -152,9 +206,22 @@ bool wasRepaired(fz_context *ctx, pdf_document *doc)
 
 } // namespace
 
+bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+{
+    if (wasRepaired(ctx, doc))
+        return false;
+    // MuPDF repairs the file by itself when it first meets an object that is not where the
+    // cross-reference says, and drops every change made before: were that the next save, it
+    // would write the repaired file's pages, not those shown. A file whose objects are all in
+    // place has nothing to repair; any other file meets every object now.
+    if (!file.isEmpty() && objectsInPlace(ctx, doc, file))
+        return false;
+    touchEveryObject(ctx, doc);
+    return wasRepaired(ctx, doc);
+}
+
 Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
 {
-    const bool repairedBefore = wasRepaired(ctx, doc);
     Result result;
     Walker walker(ctx);
     pdf_obj *root = nullptr;
@@ -168,19 +235,6 @@ Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
         walker.walk(root, 0);
     } else {
         walker.sound = false;
-    }
-    // MuPDF repairs the file by itself when it first meets an object that is not where the
-    // cross-reference says, and drops every change made before: were that the next save, it
-    // would write the repaired file's pages, not those shown. Meet every object now, and if that
-    // repaired the file, what the walk found belongs to the old table: walk the repaired file.
-    if (!repairedBefore)
-        touchEveryObject(ctx, doc);
-    if (!repairedBefore && wasRepaired(ctx, doc)) {
-        for (pdf_obj *page : walker.pages)
-            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page); });
-        result = load(ctx, doc, true, error);
-        result.repaired = true;
-        return result;
     }
     result.pages = std::move(walker.pages);
     if (result.pages.empty() && scan) {

@@ -7,6 +7,8 @@
 #include "mupdf/MuOwned.h"
 #include "mupdf/MuTry.h"
 
+#include <QByteArrayView>
+
 #include <vector>
 
 namespace PageTree {
@@ -16,11 +18,16 @@ struct Result
     std::vector<pdf_obj *> pages; // new references, in order
     bool broken = false; // the tree was missing or did not add up
     bool rebuilt = false; // and has been replaced by one holding the pages found
-    bool repaired = false; // MuPDF repaired the file while the tree was walked
 };
 
-// The caller holds the document's lock. With scan set, a tree without pages is replaced by the
-// page objects found among all the file's objects (in object order). No pages is no error.
+// Makes MuPDF meet now, before any page is listed, an object that is not where the
+// cross-reference says (file: the bytes MuPDF reads; empty when they cannot be had, and then
+// every object is loaded). Answers whether MuPDF repaired the file. The caller holds the lock.
+bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file);
+
+// Every page object under the tree, walked whole. The caller holds the document's lock. With scan
+// set, a tree without pages is replaced by the page objects found among all the file's objects (in
+// object order). No pages is no error.
 Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error);
 
 } // namespace PageTree

@@ -87,7 +87,9 @@ struct PDFRenderScheduler::State
     std::set<std::pair<const void *, quint64>> building;
     std::set<std::pair<const void *, quint64>> failed;
     int workers = 0;
+    int shownWorkers = 0;
     int maxWorkers = 1;
+    int maxShownWorkers = 1;
     int built = 0;
     PDFRenderScheduler *owner = nullptr; // outlives every worker: the destructor waits for them
 
@@ -108,13 +110,15 @@ struct PDFRenderScheduler::State
 class PDFRenderScheduler::Worker : public QRunnable
 {
 public:
-    explicit Worker(std::shared_ptr<State> state)
+    Worker(std::shared_ptr<State> state, bool shownOnly)
         : m_state(std::move(state))
+        , m_shownOnly(shownOnly)
     { }
 
     void run() override
     {
-        lowerThreadPriority();
+        if (!m_shownOnly)
+            lowerThreadPriority();
         State &s = *m_state;
         for (;;) {
             PDFTileRequest request;
@@ -122,12 +126,14 @@ public:
             std::shared_ptr<PDFDisplayList> list;
             {
                 const std::lock_guard lock(s.mutex);
-                // The first request whose list is not being built by another worker.
+                // The first request of this worker's kind whose list is not being built by
+                // another worker.
                 auto chosen = std::find_if(s.pending.begin(), s.pending.end(), [&](const auto &r) {
-                    return !s.building.count({ r.key.page, r.key.revision });
+                    return r.shown == m_shownOnly
+                        && !s.building.count({ r.key.page, r.key.revision });
                 });
                 if (chosen == s.pending.end()) {
-                    --s.workers;
+                    --(m_shownOnly ? s.shownWorkers : s.workers);
                     return;
                 }
                 request = *chosen;
@@ -199,6 +205,7 @@ private:
     }
 
     std::shared_ptr<State> m_state;
+    bool m_shownOnly;
 };
 
 PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
@@ -211,11 +218,16 @@ PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
     m_state->owner = this;
     m_pool.setMaxThreadCount(threads);
     m_pool.setObjectName(QStringLiteral("PDFRenderScheduler"));
+    // One core stays for the main thread, which the shown tiles would otherwise crowd out.
+    m_state->maxShownWorkers = std::max(1, threads - 1);
+    m_shownPool.setMaxThreadCount(m_state->maxShownWorkers);
+    m_shownPool.setObjectName(QStringLiteral("PDFRenderScheduler shown"));
 }
 
 PDFRenderScheduler::~PDFRenderScheduler()
 {
     cancelAll();
+    m_shownPool.waitForDone();
     m_pool.waitForDone();
 }
 
@@ -277,14 +289,24 @@ int PDFRenderScheduler::displayListsBuilt() const
 void PDFRenderScheduler::pump()
 {
     int start = 0;
+    int startShown = 0;
     {
         const std::lock_guard lock(m_state->mutex);
-        const int wanted = std::min<int>(m_state->maxWorkers, int(m_state->pending.size()));
+        const int shown = int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
+            [](const PDFTileRequest &r) { return r.shown; }));
+        startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);
+        m_state->shownWorkers += startShown;
+        const int wanted = std::min<int>(m_state->maxWorkers, int(m_state->pending.size()) - shown);
         start = std::max(0, wanted - m_state->workers);
         m_state->workers += start;
     }
+    for (int i = 0; i < startShown; ++i) {
+        auto *worker = new Worker(m_state, true);
+        worker->setAutoDelete(true);
+        m_shownPool.start(worker);
+    }
     for (int i = 0; i < start; ++i) {
-        auto *worker = new Worker(m_state);
+        auto *worker = new Worker(m_state, false);
         worker->setAutoDelete(true);
         m_pool.start(worker);
     }

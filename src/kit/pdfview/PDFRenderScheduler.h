@@ -22,6 +22,9 @@ struct PDFTileRequest
     PDFTileKey key;
     QSize pagePixels; // the page's size in device pixels at the key's scale
     std::shared_ptr<PDFPageRenderSource> source;
+    // On screen now: rendered at the process's own priority, while tiles for later wait behind
+    // whatever else the machine runs.
+    bool shown = false;
 };
 
 class PDFRenderScheduler : public QObject
@@ -55,5 +58,6 @@ private:
     void pump();
 
     std::shared_ptr<State> m_state;
-    QThreadPool m_pool;
+    QThreadPool m_pool; // threads of lowered priority
+    QThreadPool m_shownPool; // threads of normal priority, for shown tiles only
 };

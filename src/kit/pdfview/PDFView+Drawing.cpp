@@ -6,6 +6,7 @@
 #include "PDFViewDelegate.h"
 
 #include <kit/base/Log.h>
+#include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFPageRenderSource.h>
 #include <kit/engine/PDFSelection.h>
@@ -80,7 +81,7 @@ void PDFView::paintEvent(QPaintEvent *event)
         const QRegion area = damaged.intersected(rect);
         if (area.isEmpty())
             continue;
-        const auto &page = m_pages[size_t(index)];
+        const auto page = pageAt(index);
         painter.save();
         painter.setClipRegion(area);
         drawPage(page, painter);
@@ -122,7 +123,7 @@ void PDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter)
 
 void PDFView::drawTiles(int index, QPainter &painter)
 {
-    const auto &page = m_pages[size_t(index)];
+    const auto page = pageAt(index);
     const QRect rect = pageRectInView(index);
     const double dpr = viewport()->devicePixelRatioF();
     const double scale = devicePixelsPerPoint();
@@ -196,7 +197,7 @@ void PDFView::drawSelection(int index, QPainter &painter) const
 {
     if (!m_selection)
         return;
-    const auto &page = m_pages[size_t(index)];
+    const auto page = pageAt(index);
     const auto lines = m_selection->lineRectsForPage(page);
     if (lines.empty())
         return;
@@ -260,7 +261,7 @@ void PDFView::updateRenderRequests()
     std::vector<const PDFPage *> nearby;
     const QRectF aheadLayout(ahead.topLeft() / m_scale, ahead.size() / m_scale);
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
-        const auto &page = m_pages[size_t(index)];
+        const auto page = pageAt(index);
         nearby.push_back(page.get());
         RenderState &state = renderState(page);
         const quint64 revision = tileRevision(page.get());
@@ -288,7 +289,7 @@ void PDFView::updateRenderRequests()
                 const bool shown = inDocument.intersects(visible);
                 const QPointF offset = inDocument.center() - middle;
                 const double rank = (shown ? 0 : 1e9) + std::hypot(offset.x(), offset.y());
-                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source } });
+                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source, shown } });
             }
         }
     }
@@ -299,11 +300,27 @@ void PDFView::updateRenderRequests()
         requests.push_back(std::move(entry.second));
     m_scheduler->setRequests(std::move(requests));
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
-    std::erase_if(m_renderStates, [&](const auto &item) {
+    m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
         return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
-    });
+    }));
+    // What the engine kept of the pages passed is given back once the reader has moved on by
+    // a good stretch, so that memory stays near what the pages in view need.
+    if (m_pagesLeftBehind >= ReleaseAfterPages && !m_releaseTimer.isActive())
+        m_releaseTimer.start();
     noteRenderProgress();
+}
+
+void PDFView::releaseCachedContent()
+{
+    if (!m_document)
+        return;
+    // A worker inside the document: try again shortly rather than wait for it.
+    if (!m_document->releaseCachedContent()) {
+        m_releaseTimer.start();
+        return;
+    }
+    m_pagesLeftBehind = 0;
 }
 
 bool PDFView::visibleTilesComplete(std::vector<const PDFPage *> *completePages) const
@@ -349,6 +366,10 @@ void PDFView::noteRenderProgress()
         m_tiles.removeOtherRevisions(page, tileRevision(page));
     const bool becameComplete = result && !m_visibleComplete;
     m_visibleComplete = result;
+    if (becameComplete && m_sizesWaitForPaint) {
+        m_sizesWaitForPaint = false;
+        m_sizeTimer.start();
+    }
     if (becameComplete)
         emit visibleAreaRendered();
 }
@@ -360,11 +381,11 @@ bool PDFView::isVisibleAreaRendered() const
 
 void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
 {
-    const int index = indexOfPage(static_cast<const PDFPage *>(key.page));
+    const int index = fetchedIndexOfPage(key.page);
     if (index < 0)
         return;
     m_tiles.insert(key, image);
-    if (key.revision == tileRevision(m_pages[size_t(index)].get())
+    if (key.revision == tileRevision(pageAt(index).get())
         && key.scale == PDFTileKey::scaleKey(devicePixelsPerPoint())) {
         const double dpr = viewport()->devicePixelRatioF();
         const QRect tile = key.pixelRect(pagePixels(index, key.devicePixelsPerPoint()));
@@ -378,8 +399,8 @@ void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
 
 void PDFView::pageFailed(const void *page, quint64 revision)
 {
-    const int index = indexOfPage(static_cast<const PDFPage *>(page));
-    if (index < 0 || revision != tileRevision(m_pages[size_t(index)].get()))
+    const int index = fetchedIndexOfPage(page);
+    if (index < 0 || revision != tileRevision(pageAt(index).get()))
         return;
     RenderState &state = m_renderStates[static_cast<const PDFPage *>(page)];
     if (state.failed && state.failedRevision == revision)
@@ -466,11 +487,11 @@ void PDFView::updatePageViews()
         for (const int index : m_layout.pagesInRect(keepLayout)) {
             if (m_pageViews.count(index))
                 continue;
-            auto *view = new PDFPageView(m_pages[size_t(index)], viewport());
+            auto *view = new PDFPageView(pageAt(index), viewport());
             m_pageViews[index] = view;
             view->setGeometry(pageRectInView(index));
             view->show();
-            didAddPageView(view, m_pages[size_t(index)], index);
+            didAddPageView(view, pageAt(index), index);
         }
     }
     for (const auto &[index, view] : m_pageViews) {

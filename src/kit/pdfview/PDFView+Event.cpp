@@ -99,7 +99,8 @@ void PDFView::selectAll()
     if (!m_document || m_pages.empty())
         return;
     auto selection = std::make_shared<PDFSelection>(m_document);
-    for (const auto &page : m_pages) {
+    for (int index = 0; index < int(m_pages.size()); ++index) {
+        const auto page = pageAt(index);
         const int characters = page->numberOfCharacters();
         if (characters > 0)
             selection->addRange(page, PDFTextRange { 0, characters });
@@ -152,7 +153,7 @@ void PDFView::activateLink(const std::shared_ptr<PDFAction> &action)
 
 void PDFView::beginSelection(int index, const QPointF &pagePoint, bool extend)
 {
-    const auto page = m_pages[size_t(index)];
+    const auto page = pageAt(index);
     if (!extend || m_selectionAnchorPage.expired()) {
         m_selectionAnchorPage = page;
         m_selectionAnchorPoint = pagePoint;

@@ -74,7 +74,7 @@ QString jobTitle(const QPrinter &printer)
 
 QSizeF PDFView::printPageSize(int index) const
 {
-    const auto &page = m_pages[size_t(index)];
+    const auto page = pageAt(index);
     return PageGeometry(page->boundsForBox(m_displayBox), page->rotation()).viewSize();
 }
 
@@ -129,7 +129,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
     PDFPrintWriter writer;
     writer.setPaper(chosen, autoRotate);
     for (const int index : pages) {
-        const auto source = m_pages[size_t(index)]->renderSource(m_displayBox, true);
+        const auto source = pageAt(index)->renderSource(m_displayBox, true);
         if (!source || !writer.addPage(*source)) {
             m_printError = source ? writer.errorString()
                                   : QStringLiteral("Page %1 could not be read.").arg(index + 1);

@@ -43,6 +43,9 @@ PDFView::PDFView(QWidget *parent)
     m_renderTimer.setSingleShot(true);
     m_renderTimer.setInterval(0);
     connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
+    m_releaseTimer.setSingleShot(true);
+    m_releaseTimer.setInterval(100);
+    connect(&m_releaseTimer, &QTimer::timeout, this, &PDFView::releaseCachedContent);
     m_changedPagesTimer.setSingleShot(true);
     m_changedPagesTimer.setInterval(0);
     connect(&m_changedPagesTimer, &QTimer::timeout, this, &PDFView::flushChangedPages);
@@ -73,6 +76,8 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     m_pressedLink.reset();
     m_selecting = false;
     m_document = document;
+    m_pagesLeftBehind = 0;
+    m_releaseTimer.stop();
     m_layout.setAnchorPage(0);
     reloadPageSizes();
     m_layout.setAnchorPage(0);
@@ -88,17 +93,13 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 void PDFView::reloadPageSizes()
 {
     m_sizeTimer.stop();
+    m_sizesWaitForPaint = false;
     m_pages.clear();
     m_pageIndexes.clear();
     m_geometries.clear();
     m_sizesKnown = 0;
     const int count = m_document && !m_document->isLocked() ? m_document->pageCount() : 0;
-    m_pages.reserve(size_t(count));
-    for (int i = 0; i < count; ++i) {
-        const auto page = m_document->pageAtIndex(i);
-        m_pages.push_back(page);
-        m_pageIndexes[page.get()] = i;
-    }
+    m_pages.resize(size_t(count));
     loadPageSizes(InitialPageSizes);
 }
 
@@ -110,7 +111,7 @@ void PDFView::loadPageSizes(int count)
         return;
     m_geometries.reserve(size_t(total));
     for (int i = m_sizesKnown; i < count; ++i) {
-        const auto &page = m_pages[size_t(i)];
+        const auto page = pageAt(i);
         PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
         if (size_t(i) < m_geometries.size())
             m_geometries[size_t(i)] = geometry;
@@ -135,19 +136,49 @@ void PDFView::loadPageSizes(int count)
 
 void PDFView::loadMorePageSizes()
 {
-    loadPageSizes(m_sizesKnown + PageSizesPerTurn);
+    // The first screen comes first: the rest of the sizes wait until it is sharp.
+    if (!m_visibleComplete && !m_pages.empty()) {
+        m_sizesWaitForPaint = true;
+        return;
+    }
+    refinePageSizes(m_sizesKnown + PageSizesPerTurn);
+    updatePageViews();
+}
+
+void PDFView::refinePageSizes(int count)
+{
+    // The page at the top of the view keeps its place on screen while sizes of pages above it
+    // and of itself turn from estimates into real ones; a view at the end stays at the end.
+    QScrollBar *bar = verticalScrollBar();
+    const bool atEnd = bar->maximum() > 0 && bar->value() >= bar->maximum();
+    const QRectF visible = m_documentView.visibleRect();
+    int anchor = -1;
+    double fraction = 0;
+    if (m_scale > 0 && !atEnd) {
+        const QPointF top(visible.center().x() / m_scale, visible.top() / m_scale);
+        anchor = m_layout.nearestPage(top);
+        const QRectF rect = pageRectInDocument(anchor);
+        if (!rect.isEmpty())
+            fraction = (visible.top() - rect.top()) / rect.height();
+        else
+            anchor = -1;
+    }
+    loadPageSizes(count);
     m_layout.update();
     updateScrollBars();
-    updatePageViews();
+    if (atEnd) {
+        bar->setValue(bar->maximum());
+    } else if (anchor >= 0) {
+        const QRectF rect = pageRectInDocument(anchor);
+        bar->setValue(int(std::round(rect.top() + fraction * rect.height())));
+    }
 }
 
 void PDFView::ensurePageSizes(int index)
 {
     if (index < m_sizesKnown || index >= int(m_pages.size()))
         return;
-    loadPageSizes(index + PageSizesPerTurn);
-    m_layout.update();
-    updateScrollBars();
+    refinePageSizes(index + PageSizesPerTurn);
     viewport()->update();
 }
 
@@ -165,7 +196,24 @@ void PDFView::ensureVisiblePageSizes()
 
 int PDFView::indexOfPage(const PDFPage *page) const
 {
+    if (!page)
+        return -1;
     const auto found = m_pageIndexes.find(page);
+    if (found != m_pageIndexes.end())
+        return found->second;
+    // A page the view has not fetched yet, if it is one of the document's.
+    if (!m_document || m_pageIndexes.size() == m_pages.size())
+        return -1;
+    const auto shared = std::const_pointer_cast<PDFPage>(page->shared_from_this());
+    const int index = m_document->indexForPage(shared);
+    if (index < 0 || index >= int(m_pages.size()))
+        return -1;
+    return pageAt(index).get() == page ? index : -1;
+}
+
+int PDFView::fetchedIndexOfPage(const void *page) const
+{
+    const auto found = m_pageIndexes.find(static_cast<const PDFPage *>(page));
     return found == m_pageIndexes.end() ? -1 : found->second;
 }
 
@@ -173,7 +221,26 @@ std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
 {
     if (index < 0 || index >= int(m_pages.size()))
         return nullptr;
-    return m_pages[size_t(index)];
+    auto &page = m_pages[size_t(index)];
+    if (!page && m_document) {
+        page = m_document->pageAtIndex(index);
+        if (page)
+            m_pageIndexes[page.get()] = index;
+        // A page tree found unsound while it was walked is rebuilt from the pages it really
+        // holds, which may be more than it claimed: the layout follows on the next turn.
+        if (m_document->pageCount() != int(m_pages.size()) && !m_relayoutQueued) {
+            m_relayoutQueued = true;
+            QMetaObject::invokeMethod(
+                const_cast<PDFView *>(this),
+                [this] {
+                    auto *self = const_cast<PDFView *>(this);
+                    self->m_relayoutQueued = false;
+                    self->layoutDocumentView();
+                },
+                Qt::QueuedConnection);
+        }
+    }
+    return page;
 }
 
 void PDFView::layoutDocumentView()
@@ -335,7 +402,7 @@ std::shared_ptr<PDFPage> PDFView::currentPage() const
     if (best < 0 && !m_pages.empty()) {
         const QPointF center = QPointF(view.center());
         const auto nearest = pageForPoint(center, true);
-        return nearest ? nearest : m_pages.front();
+        return nearest ? nearest : pageAt(0);
     }
     return pageAt(best);
 }

@@ -235,6 +235,8 @@ private:
 
     // Layout and geometry (PDFView.cpp).
     int indexOfPage(const PDFPage *page) const;
+    // Only among the pages fetched, without touching the page: for keys that may outlive it.
+    int fetchedIndexOfPage(const void *page) const;
     std::shared_ptr<PDFPage> pageAt(int index) const;
     void reloadPageSizes();
     void updatePasswordPanel();
@@ -243,6 +245,8 @@ private:
     void loadPageSizes(int count);
     void loadMorePageSizes();
     void ensurePageSizes(int index);
+    // Reads sizes up to count and lays out again, the page under the reader held in place.
+    void refinePageSizes(int count);
     // Size of a page as seen (points) in the display box.
     QSizeF printPageSize(int index) const;
     void ensureVisiblePageSizes();
@@ -280,6 +284,7 @@ private:
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
     void noteRenderProgress();
+    void releaseCachedContent();
     void updatePageViews();
     void removeAllPageViews();
 
@@ -296,13 +301,15 @@ private:
 
     std::shared_ptr<PDFDocument> m_document;
     PDFViewDelegate *m_delegate = nullptr;
-    std::vector<std::shared_ptr<PDFPage>> m_pages; // as laid out
+    // As laid out; null until first asked for, so that opening reads only the pages it shows.
+    mutable std::vector<std::shared_ptr<PDFPage>> m_pages;
     std::vector<PageGeometry> m_geometries; // of m_pages, in the display box
     int m_sizesKnown = 0; // m_geometries before this index are read; the rest are estimates
     QTimer m_sizeTimer;
+    bool m_sizesWaitForPaint = false; // reading sizes goes on once the visible area is sharp
     static constexpr int InitialPageSizes = 24;
     static constexpr int PageSizesPerTurn = 200;
-    std::unordered_map<const PDFPage *, int> m_pageIndexes;
+    mutable std::unordered_map<const PDFPage *, int> m_pageIndexes; // of the pages fetched
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };
     PDFDisplayBox m_displayBox = PDFDisplayBox::CropBox;
@@ -321,9 +328,14 @@ private:
     std::unordered_map<const PDFPage *, RenderState> m_renderStates;
     quint64 m_epoch = 0; // rises with every new document or display box
     QTimer m_renderTimer;
+    // Pages whose sources were let go since the engine last gave back their memory.
+    int m_pagesLeftBehind = 0;
+    static constexpr int ReleaseAfterPages = 16;
+    QTimer m_releaseTimer;
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
+    mutable bool m_relayoutQueued = false; // the document's page count changed under the view
     std::map<int, QPointer<PDFPageView>> m_pageViews;
 
     std::shared_ptr<PDFSelection> m_selection;

@@ -4,6 +4,7 @@
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
+#include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentDelegate.h>
 #include <kit/engine/PDFOutline.h>
@@ -14,9 +15,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QTemporaryDir>
+#include <QThreadPool>
 #include <QtTest>
 
+#include <cmath>
 #include <thread>
 
 namespace {
@@ -63,6 +67,47 @@ QJsonArray qpdfPages(const QString &qpdf, const QString &path)
     const auto result = TestTools::run(
         qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
     return QJsonDocument::fromJson(result.out).object().value(QStringLiteral("pages")).toArray();
+}
+
+// A file whose page tree is given as it stands: object 2 is the root /Pages node, pages are
+// objects 10 + n with a media box n * 10 + 100 points wide, so that a width names the page.
+QByteArray treePdf(const QList<QByteArray> &nodes, int pageCount)
+{
+    QMap<int, QByteArray> objects;
+    objects[1] = "<< /Type /Catalog /Pages 2 0 R >>";
+    for (int i = 0; i < nodes.size(); ++i)
+        objects[2 + i] = nodes[i];
+    for (int n = 0; n < pageCount; ++n)
+        objects[10 + n]
+            = "<< /Type /Page /MediaBox [0 0 " + QByteArray::number(n * 10 + 100) + " 200] >>";
+    QByteArray out = "%PDF-1.7\n";
+    const int size = objects.lastKey() + 1;
+    QList<qsizetype> offsets(size, -1);
+    for (auto it = objects.begin(); it != objects.end(); ++it) {
+        offsets[it.key()] = out.size();
+        out += QByteArray::number(it.key()) + " 0 obj\n" + it.value() + "\nendobj\n";
+    }
+    const qsizetype xref = out.size();
+    out += "xref\n0 " + QByteArray::number(size) + "\n";
+    for (int i = 0; i < size; ++i) {
+        out += offsets[i] < 0
+            ? QByteArray("0000000000 65535 f \n")
+            : QByteArray::number(offsets[i]).rightJustified(10, '0') + " 00000 n \n";
+    }
+    out += "trailer\n<< /Size " + QByteArray::number(size) + " /Root 1 0 R >>\nstartxref\n"
+        + QByteArray::number(xref) + "\n%%EOF\n";
+    return out;
+}
+
+// Pages by the width that names them (see treePdf), in the order the document gives them.
+QList<int> pageNames(const PDFDocument &doc, const QList<int> &order)
+{
+    QList<int> names(doc.pageCount(), -1);
+    for (const int i : order) {
+        const double width = doc.pageAtIndex(i)->boundsForBox(PDFDisplayBox::MediaBox).width();
+        names[i] = int(std::lround((width - 100) / 10));
+    }
+    return names;
 }
 
 } // namespace
@@ -260,6 +305,134 @@ private slots:
         auto doc = openData(PdfFixtures::build(spec));
         QVERIFY(doc);
         QCOMPARE(doc->pageAtIndex(2)->label(), third);
+    }
+
+    // The page tree is walked only as far as pages are asked for; whatever the order of asking
+    // and however the tree is built, page i is the page every reader counts as page i.
+    void pageTreesOfEveryShapeNumberPagesAlike_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("nodes");
+        QTest::addColumn<int>("objects");
+        QTest::addColumn<QList<int>>("expected");
+        QTest::newRow("flat") << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 11 0 R 12 0 R "
+                                                     "13 0 R] /Count 4 >>" }
+                              << 4 << QList<int> { 0, 1, 2, 3 };
+        QTest::newRow("nested, out of object order")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 5 >>",
+                   "<< /Type /Pages /Kids [13 0 R 5 0 R] /Count 3 >>",
+                   "<< /Type /Pages /Kids [11 0 R 10 0 R] /Count 2 >>",
+                   "<< /Type /Pages /Kids [12 0 R 14 0 R] /Count 2 >>" }
+            << 5 << QList<int> { 3, 2, 4, 1, 0 };
+        QTest::newRow("a node of one page")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 3 0 R 12 0 R] /Count 3 >>",
+                   "<< /Type /Pages /Kids [11 0 R] /Count 1 >>" }
+            << 3 << QList<int> { 0, 1, 2 };
+        QTest::newRow("more pages than counted")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 11 0 R 12 0 R] /Count 2 >>" } << 3
+            << QList<int> { 0, 1 };
+        QTest::newRow("fewer pages than counted")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 3 0 R] /Count 4 >>",
+                   "<< /Type /Pages /Kids [11 0 R] /Count 3 >>" }
+            << 2 << QList<int> { 0, 1 };
+        // Long trees are walked as pages are asked for: what does not add up past the first
+        // pages is met late, and the tree is rebuilt then.
+        const auto kids = [](int from, int to, const QByteArray &extra) {
+            QByteArray list;
+            for (int n = from; n < to; ++n)
+                list += QByteArray::number(10 + n) + " 0 R ";
+            return list + extra;
+        };
+        QList<int> all600;
+        for (int n = 0; n < 600; ++n)
+            all600.append(n);
+        const QByteArray head = "<< /Type /Pages /Kids [" + kids(0, 550, "") + "] /Count 550 >>";
+        QTest::newRow("a loop back to the root, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 601 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "2 0 R") + "] /Count 51 >>" }
+            << 600 << all600;
+        QTest::newRow("a page listed twice, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 601 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "10 0 R") + "] /Count 51 >>" }
+            << 600 << all600;
+        QTest::newRow("a count too small, late")
+            << QList<QByteArray> { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 599 >>", head,
+                   "<< /Type /Pages /Kids [" + kids(550, 600, "") + "] /Count 49 >>" }
+            << 600 << all600.mid(0, 599);
+    }
+    void pageTreesOfEveryShapeNumberPagesAlike()
+    {
+        QFETCH(QList<QByteArray>, nodes);
+        QFETCH(int, objects);
+        QFETCH(QList<int>, expected);
+        const QByteArray bytes = treePdf(nodes, objects);
+        QList<int> forward;
+        auto inOrder = openData(bytes);
+        QVERIFY(inOrder);
+        for (int i = 0; i < inOrder->pageCount(); ++i)
+            forward.append(i);
+        QList<int> backward(forward.rbegin(), forward.rend());
+        auto lastFirst = openData(bytes);
+        QVERIFY(lastFirst);
+        // What MuPDF counts may differ from the tree's own /Count when the tree lies; the
+        // pages that exist come out alike in any order of asking.
+        const QList<int> names = pageNames(*inOrder, forward);
+        QCOMPARE(pageNames(*lastFirst, backward), names);
+        QCOMPARE(names.mid(0, expected.size()), expected);
+        // Both have met the whole tree by now: a page found beyond a count too small has
+        // joined either list.
+        QCOMPARE(inOrder->pageCount(), lastFirst->pageCount());
+        // Every page the document names renders with its own size.
+        for (int i = 0; i < expected.size(); ++i) {
+            const QImage image = lastFirst->pageAtIndex(i)->imageForBox(
+                PDFDisplayBox::MediaBox, QSize(expected[i] + 10, 20));
+            QVERIFY2(!image.isNull(), qPrintable(QStringLiteral("page %1").arg(i)));
+        }
+        // What is saved is a sound tree of the pages found, which opens without a repair.
+        auto reread = openData(inOrder->dataRepresentation());
+        QVERIFY(reread);
+        QVERIFY(!reread->wasRepaired());
+        QList<int> all;
+        for (int i = 0; i < reread->pageCount(); ++i)
+            all.append(i);
+        QCOMPARE(pageNames(*reread, all).mid(0, expected.size()), expected);
+    }
+
+    // A document opened lazily and written at once keeps its outline, labels and every page;
+    // one whose memory was given back keeps its edits and still reads and draws.
+    void lazilyOpenedDocumentsWriteAndReleaseWhole_data()
+    {
+        QTest::addColumn<bool>("release");
+        QTest::newRow("written at once") << false;
+        QTest::newRow("written after giving memory back") << true;
+    }
+    void lazilyOpenedDocumentsWriteAndReleaseWhole()
+    {
+        QFETCH(bool, release);
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(standardPath)));
+        const QString text = doc->pageAtIndex(0)->string();
+        const QImage before
+            = doc->pageAtIndex(0)->imageForBox(PDFDisplayBox::CropBox, QSize(153, 198));
+        if (release) {
+            doc->pageAtIndex(3)->setRotation(90);
+            QVERIFY(doc->releaseCachedContent());
+            QThreadPool::globalInstance()->waitForDone();
+            QCOMPARE(doc->pageAtIndex(0)->string(), text);
+            QCOMPARE(
+                doc->pageAtIndex(0)->imageForBox(PDFDisplayBox::CropBox, QSize(153, 198)), before);
+        }
+        const QString out = dir.filePath(QStringLiteral("lazy-%1.pdf").arg(release));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(out)));
+        auto reread = std::make_shared<PDFDocument>();
+        QVERIFY(reread->initWithURL(QUrl::fromLocalFile(out)));
+        QCOMPARE(firstWords(*reread),
+            QStringList({ "The", "Cropped", "Rotated", "Rotated", "Rotated", "Picture" }));
+        QVERIFY(reread->outlineRoot());
+        QCOMPARE(reread->outlineRoot()->numberOfChildren(), 3);
+        QCOMPARE(
+            reread->outlineRoot()->childAtIndex(1)->destination()->page(), reread->pageAtIndex(4));
+        QCOMPARE(reread->pageAtIndex(2)->label(), QStringLiteral("A-5"));
+        QCOMPARE(reread->pageAtIndex(3)->rotation(), release ? 90 : 180);
     }
 
     void pageChangesReachTheWrittenFile()

@@ -549,6 +549,67 @@ private slots:
         QCOMPARE(view.currentPage(), far);
     }
 
+    // Sizes past the first pages arrive late, read in the background or when the reader gets
+    // there: the page under the reader stays where it is shown, and a reader who went to the end
+    // before the layout was complete stays at the end.
+    void refiningTheLayoutKeepsTheReadersPlace_data()
+    {
+        QTest::addColumn<bool>("landscapeFirst");
+        QTest::addColumn<int>("target"); // negative: scrolled to by the bar; 0: to the end
+        QTest::newRow("a destination, estimates too tall") << false << 150;
+        QTest::newRow("a destination, estimates too short") << true << 150;
+        QTest::newRow("a scroll into unread pages, estimates too tall") << false << -300;
+        QTest::newRow("a scroll into unread pages, estimates too short") << true << -300;
+        QTest::newRow("the end, estimates too tall") << false << 0;
+        QTest::newRow("the end, estimates too short") << true << 0;
+    }
+    void refiningTheLayoutKeepsTheReadersPlace()
+    {
+        QFETCH(bool, landscapeFirst);
+        QFETCH(int, target);
+        // The first pages read set the estimates for all the others, which are then wrong.
+        PdfFixtures::Document fixture = PdfFixtures::textPages(600, 2, 0);
+        for (int i = 0; i < 600; ++i) {
+            if ((i < 40) == landscapeFirst)
+                fixture.pages[i].mediaBox = QRectF(0, 0, 792, 612);
+        }
+        const auto document
+            = open(fixture, QStringLiteral("refine-%1.pdf").arg(landscapeFirst ? 1 : 0));
+        QVERIFY(document);
+        const double landscape = landscapeFirst ? 40 : 560;
+        const double height = landscape * (612 + 8) + (600 - landscape) * (792 + 8);
+        PDFView view;
+        show(view, document, 1.0);
+        QVERIFY(view.documentView().bounds().height() != height);
+        QScrollBar *bar = view.verticalScrollBar();
+        if (target < 0) {
+            // Where the estimates put the top of the page, which the reader then sees.
+            const double estimate = landscapeFirst ? 612 + 8 : 792 + 8;
+            bar->setValue(int(-target * estimate) + 4);
+            const auto page = document->pageAtIndex(-target);
+            QCOMPARE(view.currentPage(), page);
+            const QPointF shown = view.convertPointFromPage(QPointF(0, 0), page);
+            QTRY_COMPARE(view.documentView().bounds().height(), height);
+            QCOMPARE(view.currentPage(), page);
+            QVERIFY(
+                (view.convertPointFromPage(QPointF(0, 0), page) - shown).manhattanLength() <= 1);
+        } else if (target > 0) {
+            const auto page = document->pageAtIndex(target);
+            const QPointF point(100, 300);
+            auto destination = std::make_shared<PDFDestination>(page, point);
+            view.goToDestination(destination);
+            const QPointF shown = view.convertPointFromPage(point, page);
+            QTRY_COMPARE(view.documentView().bounds().height(), height);
+            QCOMPARE(view.currentPage(), page);
+            QVERIFY((view.convertPointFromPage(point, page) - shown).manhattanLength() <= 1);
+        } else {
+            bar->setValue(bar->maximum());
+            QTRY_COMPARE(view.documentView().bounds().height(), height);
+            QCOMPARE(bar->value(), bar->maximum());
+            QCOMPARE(view.currentPage(), document->pageAtIndex(599));
+        }
+    }
+
     void printsEveryPageTurnedToFit()
     {
         const auto document = standard();

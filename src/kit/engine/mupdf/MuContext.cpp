@@ -2,6 +2,7 @@
 
 #include "WorkBudget.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -10,7 +11,37 @@
 namespace mu {
 namespace {
 
-std::mutex g_locks[FZ_LOCK_MAX];
+// MuPDF takes these around every store, glyph-cache and FreeType call, thousands of times a
+// page and almost never against another thread: one atomic exchange each way, and a futex wait
+// only when another thread holds the lock. 0 free, 1 held, 2 held with threads waiting.
+class TableLock
+{
+public:
+    void lock()
+    {
+        int state = 0;
+        if (m_state.compare_exchange_strong(state, 1, std::memory_order_acquire))
+            return;
+        if (state != 2)
+            state = m_state.exchange(2, std::memory_order_acquire);
+        while (state != 0) {
+            m_state.wait(2, std::memory_order_relaxed);
+            state = m_state.exchange(2, std::memory_order_acquire);
+        }
+    }
+    void unlock()
+    {
+        if (m_state.fetch_sub(1, std::memory_order_release) != 1) {
+            m_state.store(0, std::memory_order_release);
+            m_state.notify_one();
+        }
+    }
+
+private:
+    std::atomic<int> m_state { 0 };
+};
+
+TableLock g_locks[FZ_LOCK_MAX];
 
 void lockTable(void *, int lock)
 {

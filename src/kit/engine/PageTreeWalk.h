@@ -1,0 +1,44 @@
+#pragma once
+
+// A walk of the page tree that stops after any page and goes on from there later, so that
+// opening a long document reads only the pages it shows first. It follows no loop, trusts no
+// count, and says when the tree does not add up, for the caller to read it whole instead.
+
+#include "mupdf/MuOwned.h"
+#include "mupdf/MuTry.h"
+
+#include <unordered_set>
+#include <vector>
+
+class PageTreeWalk
+{
+public:
+    enum class Step { Page, End, Broken };
+
+    PageTreeWalk() = default;
+    PageTreeWalk(const PageTreeWalk &) = delete;
+    PageTreeWalk &operator=(const PageTreeWalk &) = delete;
+    ~PageTreeWalk();
+
+    // Starts at the tree's root; answers the number of pages the root claims, or 0 when the
+    // root cannot be walked this way. The caller holds the document's lock here and below.
+    int start(fz_context *ctx, pdf_document *doc);
+    // The next page in tree order as a new reference in page (Page), the end of a tree whose
+    // counts all added up (End), or a loop, a node that is not one, a wrong count (Broken).
+    Step next(fz_context *ctx, pdf_obj *&page);
+    void clear();
+    bool active() const { return !m_path.empty(); }
+
+private:
+    struct Node
+    {
+        pdf_obj *kids = nullptr; // kept
+        int next = 0;
+        int claimed = 0;
+        int leaves = 0;
+    };
+    Step broken();
+
+    std::vector<Node> m_path;
+    std::unordered_set<int> m_seen;
+};
