@@ -9,6 +9,7 @@
 #include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
 #include <document/Common.h>
+#include <kit/base/SettingsFileGuard.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
@@ -89,6 +90,8 @@ void readEveryWay(const QString &key)
 
 void readPreferences()
 {
+    // The store checks its file before QSettings reads it; the key list is read the same way.
+    SettingsFileGuard::check(UserDefaults::storePath());
     const QSettings settings(UserDefaults::storePath(), QSettings::IniFormat);
     QStringList keys = settings.allKeys();
     if (keys.size() > maxKeys)
