@@ -250,6 +250,7 @@ void PDFWindowMenus::fillViewMenu()
     }
     add(view, tr("Full Screen"), QStringLiteral("toggleFullScreen:"), 0, fullScreenKeys);
     QMenu *const theme = view->addMenu(tr("Theme"));
+    add(theme, tr("System"), QStringLiteral("onChangeTheme:"), 5);
     add(theme, tr("Red"), QStringLiteral("onChangeTheme:"), 0);
     add(theme, tr("Green"), QStringLiteral("onChangeTheme:"), 1);
     add(theme, tr("Blue"), QStringLiteral("onChangeTheme:"), 2);
