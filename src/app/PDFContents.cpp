@@ -2,6 +2,7 @@
 
 #include "Alert.h"
 #include "FDDefaults.h"
+#include "FDDocumentReloader.h"
 #include "FDFilePanel.h"
 #include "GlobalService.h"
 #include "PDFContentsConainer.h"
@@ -59,6 +60,8 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
         m_primaryPDFView.data(),
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     m_container->onViewInit();
+    m_primaryReloader = new FDDocumentReloader(m_primaryPDFView, this);
+    m_secondaryReloader = new FDDocumentReloader(m_secondaryPDFView, this);
     setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
@@ -381,6 +384,14 @@ QVariantMap PDFContents::lastOpenedWindowsRecord() const
         { GlobalService::kLOW_SplitMode, qint64(m_splitMode) },
         { GlobalService::kLOW_URLs, FDEncodeURLs(urls) },
     };
+}
+
+void PDFContents::reloadFromDisk()
+{
+    FDDocumentReloader *const reloader
+        = m_selectedPDFView == m_secondaryPDFView ? m_secondaryReloader : m_primaryReloader;
+    if (reloader)
+        reloader->reloadByHand();
 }
 
 void PDFContents::swapPDFViews()

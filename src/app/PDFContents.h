@@ -22,6 +22,7 @@
 #include <optional>
 
 class FDDocument;
+class FDDocumentReloader;
 struct Notification;
 
 enum class PDFSplitViewMode : int { none = 0, horizontal = 1, vertical = 2 };
@@ -94,6 +95,8 @@ public:
     void destroy(TabStripModel *model) override;
     void tabDidBecomeSelected() override;
     QVariantMap lastOpenedWindowsRecord() const override;
+    // Reads the selected view's file again (F5), asking first when it has unsaved changes.
+    void reloadFromDisk();
     // Each view moves into the other's place; they stay primary and secondary.
     void swapPDFViews();
 
@@ -148,4 +151,7 @@ private:
     std::optional<QString> m_queryString;
     QPointer<PDFContentsConainer> m_container;
     QPointer<UndoManager> m_undoManager;
+    // One per view; children of the tab.
+    QPointer<FDDocumentReloader> m_primaryReloader;
+    QPointer<FDDocumentReloader> m_secondaryReloader;
 };

@@ -104,8 +104,11 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
     QCOMPARE(submenus, 4);
     // Every command of the window and the application has an item; tool, display, split,
     // sidebar and theme items one per tag.
-    QCOMPARE(documentCommands, 43);
-    QCOMPARE(commands.size(), 46);
+    QCOMPARE(documentCommands, 44);
+    QVERIFY(action(QStringLiteral("PDF_reloadDocument:"), 0)
+                ->shortcuts()
+                .contains(QKeySequence(Qt::Key_F5)));
+    QCOMPARE(commands.size(), 47);
     for (const char *command : { "newDocument:", "openDocument:", "performFindPanelAction:",
              "performSelectNextTabAction:", "performSelectPreviousTabAction:",
              "performCloseTabAction:", "performCloseWindowAction:", "onChangeTheme:",
