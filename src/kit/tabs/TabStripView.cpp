@@ -1,6 +1,7 @@
 #include "TabStripView.h"
 
 #include "QKDrawing.h"
+#include "TabStripAccessible.h"
 #include "QKThemeProvider.h"
 #include "TabContents.h"
 #include "TabStripModel.h"
@@ -72,6 +73,7 @@ TabStripView::TabStripView(TabStripModel *model, QWidget *parent)
     , m_model(model)
 {
     setObjectName(QStringLiteral("TabStripView"));
+    TabStripAccessible::registerFactory();
     setFixedHeight(kStripHeight);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
