@@ -40,7 +40,7 @@ launcher=\$!
 sleep 1
 "$program" "$work/Reading Sample.pdf" >"$work/program.log" 2>&1 &
 app=\$!
-for _ in $(seq 20); do
+for _ in \$(seq 20); do
     sleep 1
     /usr/bin/python3 "$source/scripts/accessibility-tree.py" Folidoc >"$work/tree.txt" 2>&1 \
         && grep -q "text:" "$work/tree.txt" && break
