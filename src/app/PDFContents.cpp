@@ -8,6 +8,8 @@
 #include "PDFContentsConainer.h"
 #include "PDFWindowController.h"
 
+#include <appearance/PDFMainToolbar.h>
+#include <appearance/PDFSecondaryToolbar.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
 #include <kit/base/MainQueue.h>
@@ -17,6 +19,8 @@
 #include <kit/engine/PDFSelection.h>
 #include <view/FDPDFView.h>
 
+#include <QApplication>
+#include <QLayout>
 #include <QSplitter>
 
 const QString PDFContents::ToolModeDidChangeNotification
@@ -60,6 +64,12 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
         m_primaryPDFView.data(),
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     m_container->onViewInit();
+    // The two rows of controls: the first in the window's toolbar area while the tab is in
+    // front, the second above the views.
+    setToolbar(std::make_unique<PDFMainToolbar>(this));
+    auto *const secondary = new PDFSecondaryToolbar(this, m_container->toolbarContainer());
+    m_container->toolbarContainer()->layout()->addWidget(secondary);
+    secondary->onViewInit();
     m_primaryReloader = new FDDocumentReloader(m_primaryPDFView, this);
     m_secondaryReloader = new FDDocumentReloader(m_secondaryPDFView, this);
     setUrlFromURL(url);
@@ -206,6 +216,14 @@ void PDFContents::setToolMode(PDFToolMode mode)
     } else {
         post(ToolModeDidChangeNotification);
     }
+}
+
+void PDFContents::annBarDidPickTool()
+{
+    m_isAnnBarPinned = true;
+    m_isEditBarHidden = true;
+    m_isAnnBarHidden = false;
+    post(ToolModeDidChangeNotification);
 }
 
 void PDFContents::setIsPagesEditingMode(bool editing)
@@ -398,8 +416,16 @@ void PDFContents::swapPDFViews()
 {
     QWidget *const primaryPlace = m_primaryPDFView->parentWidget();
     QWidget *const secondaryPlace = m_secondaryPDFView->parentWidget();
+    // A moved widget drops the focus, which would fall to the next one in the chain (a toolbar
+    // button): the view that had it keeps it.
+    QPointer<QWidget> focused = QApplication::focusWidget();
+    const bool viewFocused = focused
+        && (m_primaryPDFView->isAncestorOf(focused) || m_secondaryPDFView->isAncestorOf(focused)
+            || focused == m_primaryPDFView || focused == m_secondaryPDFView);
     PDFContentsConainer::placeView(m_primaryPDFView, secondaryPlace);
     PDFContentsConainer::placeView(m_secondaryPDFView, primaryPlace);
+    if (viewFocused && focused)
+        focused->setFocus(Qt::OtherFocusReason);
     post(PDFViewsDidSwapNotification);
 }
 

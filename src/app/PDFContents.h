@@ -73,6 +73,9 @@ public:
     PDFSplitViewMode splitMode() const { return m_splitMode; }
     // Hides the sidebar for a split, then announces the mode.
     void setSplitMode(PDFSplitViewMode mode);
+    // The annotation bar picked a tool: the bar stays pinned and shown, the edit bar goes, and the
+    // tool change is announced.
+    void annBarDidPickTool();
     bool isAnnBarPinned() const { return m_isAnnBarPinned; }
     void setIsAnnBarPinned(bool pinned);
     bool isAnnBarHidden() const { return m_isAnnBarHidden; }

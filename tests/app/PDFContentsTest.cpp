@@ -276,6 +276,14 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
     QCOMPARE(tab->secondaryPDFView()->parentWidget(), primaryPlace);
 
     // The view that takes the focus becomes the one the commands act on.
+    QApplication::setActiveWindow(m_window);
+    tab->primaryPDFView()->setFocus();
+    QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
+    // Swapping places keeps the focus where it was.
+    tab->swapPDFViews();
+    tab->swapPDFViews();
+    QCoreApplication::processEvents();
+    QCOMPARE(tab->selectedPDFView(), tab->primaryPDFView());
     int selections = 0;
     NotificationCenter::defaultCenter().addObserver(this,
         PDFContents::SelectedPDFViewDidChangeNotification, tab,
