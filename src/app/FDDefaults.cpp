@@ -78,7 +78,7 @@ QList<std::pair<QString, QVariant>> FDDefaults::defaultTable()
         { DisableHistory, integer(0) },
         { DefaultScaleMode, integer(0) },
         { RememberCurrentTheme, integer(1) },
-        { CurrentTheme, integer(2) },
+        { CurrentTheme, integer(5) },
         { RememberLastPosition, integer(1) },
         { AlwaysShowSidebar, integer(0) },
         { Ann::HighlightColor, yellow },

@@ -98,6 +98,9 @@ std::unique_ptr<QWidget> NewTabContents::loadView()
     heading->setFont(headingFont);
     recentsLayout->addWidget(heading);
     m_recentsCollectionView = new QListWidget(m_recentsView);
+    // Screen readers announce the list by the heading's words; each item by its title.
+    m_recentsCollectionView->setAccessibleName(tr("Recent Documents"));
+    heading->setBuddy(m_recentsCollectionView);
     m_recentsCollectionView->setViewMode(QListView::IconMode);
     m_recentsCollectionView->setMovement(QListView::Static);
     m_recentsCollectionView->setResizeMode(QListView::Adjust);

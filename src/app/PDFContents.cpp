@@ -2,6 +2,7 @@
 
 #include "Alert.h"
 #include "FDDefaults.h"
+#include "FDDocumentReloader.h"
 #include "FDFilePanel.h"
 #include "GlobalService.h"
 #include "PDFContentsConainer.h"
@@ -74,6 +75,8 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
     // The sidebar follows the tab from its creation on, shown or not.
     m_sidebarContainer = new PDFSidebarContainer(this, m_container->sidebarContainer());
     m_container->sidebarContainer()->layout()->addWidget(m_sidebarContainer);
+    m_primaryReloader = new FDDocumentReloader(m_primaryPDFView, this);
+    m_secondaryReloader = new FDDocumentReloader(m_secondaryPDFView, this);
     setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
@@ -410,6 +413,14 @@ QVariantMap PDFContents::lastOpenedWindowsRecord() const
         { GlobalService::kLOW_SplitMode, qint64(m_splitMode) },
         { GlobalService::kLOW_URLs, FDEncodeURLs(urls) },
     };
+}
+
+void PDFContents::reloadFromDisk()
+{
+    FDDocumentReloader *const reloader
+        = m_selectedPDFView == m_secondaryPDFView ? m_secondaryReloader : m_primaryReloader;
+    if (reloader)
+        reloader->reloadByHand();
 }
 
 void PDFContents::swapPDFViews()

@@ -22,6 +22,7 @@
 #include <optional>
 
 class FDDocument;
+class FDDocumentReloader;
 class PDFSidebarContainer;
 struct Notification;
 
@@ -101,6 +102,8 @@ public:
     void destroy(TabStripModel *model) override;
     void tabDidBecomeSelected() override;
     QVariantMap lastOpenedWindowsRecord() const override;
+    // Reads the selected view's file again (F5), asking first when it has unsaved changes.
+    void reloadFromDisk();
     // Each view moves into the other's place; they stay primary and secondary.
     void swapPDFViews();
 
@@ -156,4 +159,7 @@ private:
     QPointer<PDFContentsConainer> m_container;
     QPointer<PDFSidebarContainer> m_sidebarContainer;
     QPointer<UndoManager> m_undoManager;
+    // One per view; children of the tab.
+    QPointer<FDDocumentReloader> m_primaryReloader;
+    QPointer<FDDocumentReloader> m_secondaryReloader;
 };

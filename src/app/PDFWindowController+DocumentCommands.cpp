@@ -47,7 +47,8 @@ bool PDFWindowController::validateDocumentCommand(QAction *item)
     const bool hasFile = document && !document->fileURL().isEmpty();
     if (is(command, "PDF_saveDocument:"))
         return document && document->numberOfChanges() > 0;
-    if (is(command, "PDF_saveDocumentAs:") || is(command, "PDF_showInFinder:"))
+    if (is(command, "PDF_saveDocumentAs:") || is(command, "PDF_showInFinder:")
+        || is(command, "PDF_reloadDocument:"))
         return hasFile;
     // Without a split the second view is hidden: swapping would show an empty one.
     if (is(command, "PDF_onSplitViewSwap:"))
@@ -103,6 +104,8 @@ void PDFWindowController::performDocumentCommand(QAction *item)
         const QUrl chosen = FDFilePanel::runModal(request);
         if (!chosen.isEmpty())
             document->saveAs(chosen);
+    } else if (is(command, "PDF_reloadDocument:")) {
+        contents->reloadFromDisk();
     } else if (is(command, "PDF_showInFinder:")) {
         const QUrl url
             = document && !document->fileURL().isEmpty() ? document->fileURL() : view->pendingURL();

@@ -340,6 +340,11 @@ void PDFWindowController::tabReplacedAt(
         document->setUndoManager(undoManager());
 }
 
+TabWindowController *PDFWindowController::createWindowForDetachedTab()
+{
+    return TabWindowController::create<PDFWindowController>();
+}
+
 std::unique_ptr<TabContents> PDFWindowController::createBlankTabContents()
 {
     return std::make_unique<NewTabContents>();

@@ -81,6 +81,7 @@ public:
     static const QStringList &editCommands();
 
     std::unique_ptr<TabContents> createBlankTabContents() override;
+    TabWindowController *createWindowForDetachedTab() override;
     std::unique_ptr<ContentsToolbarController> createToolbarController() override;
     bool windowShouldClose(QWidget *sender) override;
     bool shouldCloseContentsAt(int index) override;

@@ -242,6 +242,8 @@ void PDFWindowMenus::fillViewMenu()
     add(view, tr("Edit Pages"), QStringLiteral("PDF_onShowPagesEditor:"), 0,
         { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P) });
     view->addSeparator();
+    add(view, tr("Reload"), QStringLiteral("PDF_reloadDocument:"), 0,
+        standardKeys(QKeySequence::Refresh, QKeySequence(Qt::Key_F5)));
     // F11 on every desktop, and the desktop's own key where it has another.
     QList<QKeySequence> fullScreenKeys { QKeySequence(Qt::Key_F11) };
     for (const QKeySequence &key : QKeySequence::keyBindings(QKeySequence::FullScreen)) {
@@ -250,6 +252,7 @@ void PDFWindowMenus::fillViewMenu()
     }
     add(view, tr("Full Screen"), QStringLiteral("toggleFullScreen:"), 0, fullScreenKeys);
     QMenu *const theme = view->addMenu(tr("Theme"));
+    add(theme, tr("System"), QStringLiteral("onChangeTheme:"), 5);
     add(theme, tr("Red"), QStringLiteral("onChangeTheme:"), 0);
     add(theme, tr("Green"), QStringLiteral("onChangeTheme:"), 1);
     add(theme, tr("Blue"), QStringLiteral("onChangeTheme:"), 2);

@@ -19,7 +19,7 @@ QColor FDTheme::white(double w, double alpha)
     return QColor::fromRgbF(float(w), float(w), float(w), float(alpha));
 }
 
-FDTheme::FDTheme(int id, const QKTheme *windowTheme)
+FDTheme::FDTheme(int id, const QKTheme *windowTheme, bool darkVariant)
     : m_id(id)
     , m_windowTheme(windowTheme)
 {
@@ -50,7 +50,7 @@ FDTheme::FDTheme(int id, const QKTheme *windowTheme)
     c[quaternaryLabelColor] = systemQuaternaryLabelColor;
     c[paneDividerPrimaryColor] = c[tableViewBackgroundColor];
     c[paneDividerSecondaryColor] = windowTheme->windowBackgroundColor();
-    if (id == night)
+    if (id == night || darkVariant)
         applyNightColumn();
 }
 

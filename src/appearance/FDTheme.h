@@ -1,7 +1,8 @@
 #pragma once
 
 // One colour theme of the application's chrome: its id, the frame theme of the tab kit that the
-// window and tab strip follow, and the twenty-five colour roles. A theme never changes after the
+// window and tab strip follow, and the twenty-five colour roles. The system theme has a light and
+// a dark variant of one id. A theme never changes after the
 // provider has made it, so its roles can be read from any thread.
 
 #include <QColor>
@@ -47,9 +48,12 @@ public:
     static constexpr int blue = 2;
     static constexpr int sunset = 3;
     static constexpr int night = 4;
+    // Follows the desktop: blue's colours on a light desktop, night's on a dark one.
+    static constexpr int system = 5;
 
-    // Sets the base values from the frame theme; the night id takes the night column.
-    FDTheme(int id, const QKTheme *windowTheme);
+    // Sets the base values from the frame theme; the night id, and a dark variant, take the
+    // night column.
+    FDTheme(int id, const QKTheme *windowTheme, bool darkVariant = false);
 
     int id() const { return m_id; }
     const QKTheme *windowTheme() const { return m_windowTheme; }

@@ -22,6 +22,7 @@ FDThemePicker::FDThemePicker(QWidget *parent)
         layout->addWidget(button);
         return button;
     };
+    m_systemButton = add(FDThemeProvider::system(), tr("System"));
     m_redButton = add(FDThemeProvider::red(), tr("Red"));
     m_greenButton = add(FDThemeProvider::green(), tr("Green"));
     m_blueButton = add(FDThemeProvider::blue(), tr("Blue"));
@@ -56,7 +57,7 @@ void FDThemePicker::onThemeChanged()
 {
     update();
     for (FDThemeButton *button :
-        { m_redButton, m_greenButton, m_blueButton, m_sunsetButton, m_nightButton })
+        { m_systemButton, m_redButton, m_greenButton, m_blueButton, m_sunsetButton, m_nightButton })
         button->update();
 }
 

@@ -20,6 +20,7 @@ public:
     // Shows the popup below the anchor widget, centred on it.
     void showRelativeTo(QWidget *anchor);
 
+    FDThemeButton *systemButton() const { return m_systemButton; }
     FDThemeButton *redButton() const { return m_redButton; }
     FDThemeButton *greenButton() const { return m_greenButton; }
     FDThemeButton *blueButton() const { return m_blueButton; }
@@ -32,6 +33,7 @@ protected:
 private:
     void onThemeChanged();
 
+    FDThemeButton *m_systemButton;
     FDThemeButton *m_redButton;
     FDThemeButton *m_greenButton;
     FDThemeButton *m_blueButton;

@@ -1,12 +1,16 @@
 #include "FDThemeProvider.h"
 
 #include "FDTheme.h"
+#include "FDThemePalette.h"
 
 #include <app/FDDefaults.h>
+#include <kit/base/DesktopColorScheme.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/tabs/QKThemeProvider.h>
+
+#include <QApplication>
 
 #include <array>
 #include <atomic>
@@ -15,7 +19,10 @@
 
 namespace {
 
-using Themes = std::array<std::unique_ptr<FDTheme>, 5>;
+// The five page-tinting themes by id, then the system theme's light and dark variants.
+constexpr size_t systemLight = 5;
+constexpr size_t systemDark = 6;
+using Themes = std::array<std::unique_ptr<FDTheme>, 7>;
 
 const Themes &themes()
 {
@@ -48,6 +55,8 @@ const Themes &themes()
         sunset->setColor(FDTheme::tableViewGroupBackgroundColor, FDTheme::rgb(242, 236, 212));
         sunset->setColor(FDTheme::pageBackgroundColor, FDTheme::rgb(237, 232, 205));
         make(FDTheme::night, &frames.night());
+        all[systemLight] = std::make_unique<FDTheme>(FDTheme::system, &frames.day());
+        all[systemDark] = std::make_unique<FDTheme>(FDTheme::system, &frames.night(), true);
     });
     return all;
 }
@@ -55,6 +64,8 @@ const Themes &themes()
 std::atomic<const FDTheme *> currentTheme { nullptr };
 // The theme being applied while its "will change" observers run, so that they read a theme.
 const FDTheme *applyingTheme = nullptr;
+// Whether the system theme shows its dark variant; set on the main thread from the desktop.
+std::atomic<bool> desktopIsDark { false };
 
 void apply(const FDTheme *theme)
 {
@@ -64,8 +75,29 @@ void apply(const FDTheme *theme)
     currentTheme.store(theme);
     applyingTheme = nullptr;
     UserDefaults::standard().setInteger(theme->id(), FDDefaults::CurrentTheme);
+    // Menus, dialogs and popups take the application's palette: one palette for the window.
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        QApplication::setPalette(FDThemePalette::paletteFor(theme));
     QKThemeProvider::sharedInstance().setCurrent(*theme->windowTheme());
     center.post(FDThemeProvider::ThemeDidChangeNotification);
+}
+
+// Reads the desktop once, before the first palette of ours replaces the desktop's, and follows
+// it from then on.
+void followDesktop()
+{
+    static bool following = false;
+    if (following || !QCoreApplication::instance())
+        return;
+    following = true;
+    DesktopColorScheme &desktop = DesktopColorScheme::shared();
+    desktopIsDark.store(desktop.isDark());
+    QObject::connect(&desktop, &DesktopColorScheme::darkChanged, &desktop, [](bool dark) {
+        desktopIsDark.store(dark);
+        const FDTheme *const current = currentTheme.load();
+        if (current && current->id() == FDTheme::system)
+            apply(FDThemeProvider::system());
+    });
 }
 
 } // namespace
@@ -79,7 +111,8 @@ const FDTheme *FDThemeProvider::current()
             return;
         if (applyingTheme)
             return;
-        const FDTheme *chosen = blue();
+        followDesktop();
+        const FDTheme *chosen = system();
         if (FDDefaults::rememberCurrentTheme() == 1) {
             if (const FDTheme *stored
                 = themeFor(UserDefaults::standard().integerForKey(FDDefaults::CurrentTheme)))
@@ -89,19 +122,25 @@ const FDTheme *FDThemeProvider::current()
     });
     if (const FDTheme *theme = currentTheme.load())
         return theme;
-    return applyingTheme ? applyingTheme : blue();
+    return applyingTheme ? applyingTheme : system();
 }
 
 void FDThemeProvider::setCurrent(const FDTheme *theme)
 {
     if (!theme)
         return;
-    MainQueue::sync([theme] { apply(theme); });
+    MainQueue::sync([theme] {
+        followDesktop();
+        // The system theme is asked for by id; the desktop picks the variant.
+        apply(theme->id() == FDTheme::system ? system() : theme);
+    });
 }
 
 const FDTheme *FDThemeProvider::themeFor(qint64 id)
 {
-    if (id < 0 || id >= qint64(themes().size()))
+    if (id == FDTheme::system)
+        return system();
+    if (id < 0 || id > FDTheme::night)
         return nullptr;
     return themes()[size_t(id)].get();
 }
@@ -125,6 +164,10 @@ const FDTheme *FDThemeProvider::sunset()
 const FDTheme *FDThemeProvider::night()
 {
     return themeFor(FDTheme::night);
+}
+const FDTheme *FDThemeProvider::system()
+{
+    return themes()[desktopIsDark.load() ? systemDark : systemLight].get();
 }
 
 void FDThemeProvider::resetCurrentForTesting()

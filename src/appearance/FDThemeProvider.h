@@ -1,6 +1,7 @@
 #pragma once
 
-// The five colour themes and the current one. The current theme is chosen at its first reading
+// The five colour themes, the system theme that follows the desktop's light or dark scheme, and
+// the current one. The current theme is chosen at its first reading
 // from the preferences and changed only on the main thread, announced by "Global_ThemeWillChange"
 // and "Global_ThemeDidChange" on the tab kit's notification centre. Readable from any thread.
 
@@ -18,11 +19,11 @@ public:
     static inline const QString ThemeDidChangeNotification
         = QStringLiteral("Global_ThemeDidChange");
 
-    // Always a theme. The first reading of a run applies the remembered theme (or blue).
+    // Always a theme. The first reading of a run applies the remembered theme (or system).
     static const FDTheme *current();
     // A null theme does nothing.
     static void setCurrent(const FDTheme *theme);
-    // The theme of that id, or null. The first call builds all five.
+    // The theme of that id, or null. The first call builds them all.
     static const FDTheme *themeFor(qint64 id);
 
     static const FDTheme *red();
@@ -30,6 +31,9 @@ public:
     static const FDTheme *blue();
     static const FDTheme *sunset();
     static const FDTheme *night();
+    // The variant that matches the desktop now; a change of the desktop while it is current
+    // applies the other variant.
+    static const FDTheme *system();
 
     // Forgets the current theme, so that the next reading chooses again as at launch.
     static void resetCurrentForTesting();

@@ -41,7 +41,7 @@ void FDDefaultsTest::newUserGetsTheTable_data()
         { FDDefaults::DisableHistory, 0 },
         { FDDefaults::DefaultScaleMode, 0 },
         { FDDefaults::RememberCurrentTheme, 1 },
-        { FDDefaults::CurrentTheme, 2 },
+        { FDDefaults::CurrentTheme, 5 },
         { FDDefaults::RememberLastPosition, 1 },
         { FDDefaults::AlwaysShowSidebar, 0 },
         { Ann::HighlightColor, yellow },

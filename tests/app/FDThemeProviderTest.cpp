@@ -6,6 +6,11 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/tabs/QKThemeProvider.h>
+#include <support/DesktopPortal.h>
+
+#include <QApplication>
+#include <QDialog>
+#include <QMenu>
 
 #include <QThread>
 #include <QtConcurrent>
@@ -27,6 +32,12 @@ private slots:
     void sameAsRoleKeepsTheValueItTook();
     void lineWidthWithoutMainWindowIsOne();
     void firstReadFromAWorkerHopsToTheMainThread();
+    void systemFollowsTheDesktopWhileRunning();
+    void everyThemeGivesMenusTheWindowsPalette();
+
+public:
+    // The desktop's portal, light at launch; null without dbus-daemon.
+    DesktopPortal *portal = nullptr;
 
 private:
     QStringList m_posted;
@@ -59,11 +70,12 @@ void FDThemeProviderTest::firstReadChoosesTheTheme_data()
     QTest::addColumn<int>("remember");
     QTest::addColumn<int>("stored");
     QTest::addColumn<int>("expected");
-    QTest::newRow("new user starts blue") << 1 << -2 << FDTheme::blue;
+    QTest::newRow("new user starts with the system theme") << 1 << -2 << FDTheme::system;
     QTest::newRow("remembered night") << 1 << 4 << FDTheme::night;
     QTest::newRow("remembered red") << 1 << 0 << FDTheme::red;
-    QTest::newRow("stored 7 is no theme: blue") << 1 << 7 << FDTheme::blue;
-    QTest::newRow("not remembering: blue over 4") << 0 << 4 << FDTheme::blue;
+    QTest::newRow("remembered system") << 1 << 5 << FDTheme::system;
+    QTest::newRow("stored 7 is no theme: system") << 1 << 7 << FDTheme::system;
+    QTest::newRow("not remembering: system over 4") << 0 << 4 << FDTheme::system;
 }
 
 void FDThemeProviderTest::firstReadChoosesTheTheme()
@@ -110,7 +122,7 @@ void FDThemeProviderTest::nullThemeChangesNothing()
     FDThemeProvider::setCurrent(nullptr);
     QVERIFY(m_posted.isEmpty());
     QCOMPARE(FDThemeProvider::current(), FDThemeProvider::green());
-    QCOMPARE(FDThemeProvider::themeFor(5), nullptr);
+    QCOMPARE(FDThemeProvider::themeFor(6), nullptr);
     QCOMPARE(FDThemeProvider::themeFor(-1), nullptr);
 }
 
@@ -171,12 +183,78 @@ void FDThemeProviderTest::firstReadFromAWorkerHopsToTheMainThread()
     QCOMPARE(m_postedOnMain, (QList<bool> { true, true }));
 }
 
+void FDThemeProviderTest::systemFollowsTheDesktopWhileRunning()
+{
+    if (!portal)
+        QSKIP("dbus-daemon is not installed");
+    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(FDTheme::system));
+    QCOMPARE(FDThemeProvider::current()->id(), FDTheme::system);
+    QVERIFY(!FDThemeProvider::current()->isDark());
+    QCOMPARE(FDThemeProvider::current()->color(FDTheme::primaryColor),
+        FDThemeProvider::blue()->color(FDTheme::primaryColor));
+    m_posted.clear();
+
+    // The person switches the desktop to dark: window, tab strip and menus follow at once.
+    portal->setColorScheme(1);
+    QTRY_VERIFY(FDThemeProvider::current()->isDark());
+    QCOMPARE(FDThemeProvider::current()->id(), FDTheme::system);
+    QCOMPARE(FDThemeProvider::current()->color(FDTheme::pageBackgroundColor),
+        FDThemeProvider::night()->color(FDTheme::pageBackgroundColor));
+    QVERIFY(QKThemeProvider::sharedInstance().current().isDark());
+    QMenu menu;
+    QVERIFY(menu.palette().color(QPalette::Window).lightness() < 80);
+    QVERIFY(menu.palette().color(QPalette::WindowText).lightness() > 180);
+    QCOMPARE(m_posted.size(), 2);
+    QCOMPARE(UserDefaults::standard().integerForKey(FDDefaults::CurrentTheme), FDTheme::system);
+
+    // A chosen theme stays when the desktop changes; choosing system again takes the desktop's.
+    FDThemeProvider::setCurrent(FDThemeProvider::sunset());
+    portal->setColorScheme(2);
+    QTRY_VERIFY(!FDThemeProvider::system()->isDark());
+    QCOMPARE(FDThemeProvider::current(), FDThemeProvider::sunset());
+    portal->setColorScheme(1);
+    QTRY_VERIFY(FDThemeProvider::system()->isDark());
+    QCOMPARE(FDThemeProvider::current(), FDThemeProvider::sunset());
+    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(FDTheme::system));
+    QVERIFY(FDThemeProvider::current()->isDark());
+    portal->setColorScheme(2);
+    QTRY_VERIFY(!FDThemeProvider::current()->isDark());
+    QVERIFY(QMenu().palette().color(QPalette::Window).lightness() > 180);
+}
+
+void FDThemeProviderTest::everyThemeGivesMenusTheWindowsPalette()
+{
+    for (int id = 0; id <= FDTheme::system; ++id) {
+        FDThemeProvider::setCurrent(FDThemeProvider::themeFor(id));
+        const FDTheme *theme = FDThemeProvider::current();
+        QMenu menu;
+        QDialog dialog;
+        const QColor window = theme->windowTheme()->windowBackgroundColor();
+        QCOMPARE(menu.palette().color(QPalette::Window), window);
+        QCOMPARE(dialog.palette().color(QPalette::Window), window);
+        // Text is readable on it, and a highlighted item stands out.
+        const int contrast
+            = qAbs(menu.palette().color(QPalette::WindowText).lightness() - window.lightness());
+        QVERIFY2(contrast > 120, qPrintable(QString::number(id)));
+        QVERIFY(menu.palette().color(QPalette::Highlight) != window);
+    }
+}
+
 int main(int argc, char *argv[])
 {
     AppTestEnvironment::isolate();
+    // The desktop's portal answers on the session bus the application will use.
+    auto portal = std::make_unique<DesktopPortal>();
+    if (!portal->busAddress().isEmpty())
+        qputenv("DBUS_SESSION_BUS_ADDRESS", portal->busAddress().toUtf8());
     QApplication app(argc, argv);
+    const bool published = !portal->busAddress().isEmpty() && portal->publish(2);
     FDThemeProviderTest test;
-    return QTest::qExec(&test, argc, argv);
+    test.portal = published ? portal.get() : nullptr;
+    const int failures = QTest::qExec(&test, argc, argv);
+    // The portal's thread needs the application to leave the bus.
+    portal.reset();
+    return failures;
 }
 
 #include "FDThemeProviderTest.moc"

@@ -104,8 +104,11 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
     QCOMPARE(submenus, 4);
     // Every command of the window and the application has an item; tool, display, split,
     // sidebar and theme items one per tag.
-    QCOMPARE(documentCommands, 45);
-    QCOMPARE(commands.size(), 48);
+    QCOMPARE(documentCommands, 46);
+    QVERIFY(action(QStringLiteral("PDF_reloadDocument:"), 0)
+                ->shortcuts()
+                .contains(QKeySequence(Qt::Key_F5)));
+    QCOMPARE(commands.size(), 49);
     for (const char *command : { "newDocument:", "openDocument:", "performFindPanelAction:",
              "performSelectNextTabAction:", "performSelectPreviousTabAction:",
              "performCloseTabAction:", "performCloseWindowAction:", "onChangeTheme:",

@@ -18,6 +18,15 @@ for file in share/applications/org.folidoc.Folidoc.desktop \
     [ -s "$prefix/$file" ] || fail "missing $file"
 done
 
+# The icon also as PNG in the hicolor sizes, each of its size.
+for size in 16 24 32 48 64 128 256 512; do
+    png="$prefix/share/icons/hicolor/${size}x${size}/apps/org.folidoc.Folidoc.png"
+    [ -s "$png" ] || fail "missing the ${size}x${size} icon"
+    head -c 24 "$png" | od -An -tx1 | tr -d ' \n' | grep -q "^89504e47" || fail "$png is no PNG"
+    width=$(( $(od -An -tu1 -j16 -N4 "$png" | awk '{print ($1*16777216)+($2*65536)+($3*256)+$4}') ))
+    [ "$width" -eq "$size" ] || fail "$png is $width pixels wide"
+done
+
 # Every kit library comes from the prefix, not from the build tree.
 libraries=$(ldd "$program")
 if grep -q "not found" <<<"$libraries"; then fail "unresolved libraries: $libraries"; fi

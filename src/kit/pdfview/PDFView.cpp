@@ -1,4 +1,5 @@
 #include "PDFView.h"
+#include "PDFViewAccessible.h"
 #include "PDFPageView.h"
 #include "PDFRenderScheduler.h"
 #include "PDFViewDelegate.h"
@@ -32,6 +33,7 @@ PDFView::PDFView(QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_scheduler(new PDFRenderScheduler(this))
 {
+    PDFViewAccessible::registerFactory();
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);

@@ -252,6 +252,29 @@ void TabStripModel::closeAt(int index, bool selectNeighbour)
     removed->destroy(this);
 }
 
+std::unique_ptr<TabContents> TabStripModel::detachTabContentsAt(int index)
+{
+    checkNotNotifying("detachTabContentsAt");
+    if (!containsIndex(index))
+        return nullptr;
+    const bool wasSelected = index == m_selectedIndex;
+    const int nextSelected = indexToSelectAfterRemoving(index);
+    OwnedContents removed = std::move(m_contents[size_t(index)]);
+    m_contents.erase(m_contents.begin() + index);
+    TabContents *const contents = removed.get();
+    contents->m_model = nullptr;
+    if (wasSelected)
+        m_selectedIndex = -1;
+    else if (index < m_selectedIndex)
+        --m_selectedIndex;
+    notify([&](TabStripModelObserver *o) { o->tabDetachedAt(contents, index); });
+    if (isEmpty())
+        notify([](TabStripModelObserver *o) { o->tabStripEmpty(); });
+    else if (wasSelected)
+        changeSelectedContentsFrom(contents, nextSelected, false);
+    return std::unique_ptr<TabContents>(removed.release());
+}
+
 void TabStripModel::moveTabContentsAt(int fromIndex, int toIndex, bool selectAfterMove)
 {
     checkNotNotifying("moveTabContentsAt");

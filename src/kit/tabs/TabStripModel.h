@@ -76,6 +76,11 @@ public:
     // window that is going away.
     void closeAllTabs();
 
+    // Takes the tab out without closing it, to be inserted in another model: observers hear
+    // tabDetachedAt (and tabStripEmpty for the last tab), the neighbour of a selected tab becomes
+    // selected. Null for an index out of range.
+    std::unique_ptr<TabContents> detachTabContentsAt(int index);
+
     // Moves a tab; the selected contents stays selected wherever it goes.
     void moveTabContentsAt(int fromIndex, int toIndex, bool selectAfterMove);
 

@@ -1,6 +1,7 @@
 #include "TabStripView.h"
 
 #include "QKDrawing.h"
+#include "TabStripAccessible.h"
 #include "QKThemeProvider.h"
 #include "TabContents.h"
 #include "TabStripModel.h"
@@ -14,6 +15,7 @@
 #include <QPainterPath>
 #include <QToolTip>
 #include <QVariantAnimation>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +27,8 @@ constexpr int kStripHeight = 36;
 constexpr double kTabTop = 6;
 constexpr double kStripMargin = 8;
 constexpr double kTabMaxWidth = 232;
-// Tabs shrink to share the strip down to this width; more tabs than fit run off its end.
-constexpr double kTabMinWidth = 40;
+// Tabs shrink to share the strip down to this width; with more tabs than fit, the strip scrolls.
+constexpr double kTabMinWidth = 72;
 // Below this width only the selected tab keeps its close button.
 constexpr double kTabCloseButtonMinWidth = 96;
 constexpr double kCornerRadius = 8;
@@ -40,6 +42,8 @@ constexpr double kCloseButtonInset = 8;
 constexpr double kNewTabButtonSize = 28;
 constexpr double kNewTabButtonGap = 6;
 constexpr int kSlideDurationMs = 150;
+// A dragged tab let go this far above or below the strip leaves it.
+constexpr int kDetachDistance = 24;
 
 QPainterPath selectedTabShape(const QRectF &r)
 {
@@ -69,6 +73,7 @@ TabStripView::TabStripView(TabStripModel *model, QWidget *parent)
     , m_model(model)
 {
     setObjectName(QStringLiteral("TabStripView"));
+    TabStripAccessible::registerFactory();
     setFixedHeight(kStripHeight);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -100,12 +105,15 @@ TabStripView::Layout TabStripView::layout() const
 {
     Layout result;
     result.left = kStripMargin;
+    result.visibleWidth = std::max(
+        0.0, width() - 2 * kStripMargin - kNewTabButtonGap - kNewTabButtonSize - kFootRadius);
     const int count = m_model ? m_model->count() : 0;
     if (count == 0)
         return result;
-    const double available
-        = width() - 2 * kStripMargin - kNewTabButtonGap - kNewTabButtonSize - kFootRadius;
-    result.tabWidth = std::clamp(std::floor(available / count), kTabMinWidth, kTabMaxWidth);
+    result.tabWidth
+        = std::clamp(std::floor(result.visibleWidth / count), kTabMinWidth, kTabMaxWidth);
+    result.maxScroll = std::max(0.0, count * result.tabWidth - result.visibleWidth);
+    result.left -= std::clamp(m_scrollX, 0.0, result.maxScroll);
     return result;
 }
 
@@ -160,7 +168,8 @@ QRect TabStripView::closeButtonRectAt(int index) const
 QRect TabStripView::newTabButtonRect() const
 {
     const int count = m_model ? m_model->count() : 0;
-    double tabsRight = kStripMargin + count * layout().tabWidth;
+    const Layout l = layout();
+    double tabsRight = std::min(l.left + count * l.tabWidth, kStripMargin + l.visibleWidth);
     // While tabs glide back after a close, the button keeps clear of them.
     for (int i = 0; !m_slideFrom.isEmpty() && i < count; ++i) {
         if (!(m_dragging && m_model->getTabContentsAtIndex(i) == m_pressContents))
@@ -174,6 +183,11 @@ QRect TabStripView::newTabButtonRect() const
 int TabStripView::tabIndexAt(QPoint point) const
 {
     if (!m_model)
+        return -1;
+    // Tabs scrolled out of sight are not under the pointer.
+    const Layout l = layout();
+    if (l.maxScroll > 0
+        && (point.x() < kStripMargin || point.x() > kStripMargin + l.visibleWidth + kFootRadius))
         return -1;
     for (int i = 0; i < m_model->count(); ++i) {
         if (drawnTabRect(i).contains(point))
@@ -194,6 +208,11 @@ void TabStripView::paintEvent(QPaintEvent *)
     qk_strokeHoriLine(painter, 0, width(), height() - lineWidth / 2, lineWidth);
 
     if (m_model) {
+        painter.save();
+        const Layout l = layout();
+        if (l.maxScroll > 0)
+            painter.setClipRect(
+                QRectF(0, 0, kStripMargin + l.visibleWidth + kFootRadius, height()));
         const int selected = m_model->selectedIndex();
         // Unselected tabs first, then the selected one over its neighbours' separators, and a
         // dragged tab above all.
@@ -208,6 +227,7 @@ void TabStripView::paintEvent(QPaintEvent *)
             paintTab(painter, selected, drawnTabRect(selected));
         if (dragged >= 0)
             paintTab(painter, dragged, drawnTabRect(dragged));
+        painter.restore();
         m_shownLefts.clear();
         for (int i = 0; i < m_model->count(); ++i)
             m_shownLefts.insert(m_model->getTabContentsAtIndex(i), drawnTabRect(i).left());
@@ -458,9 +478,75 @@ void TabStripView::mouseReleaseEvent(QMouseEvent *event)
         }
         return;
     }
-    if (m_pressContents)
+    if (m_pressContents) {
+        const QPointer<TabContents> dragged = m_dragging ? m_pressContents : nullptr;
         endDrag();
+        // Let go away from the strip: the window moves the tab to another window or a new one.
+        if (dragged && !rect().adjusted(0, -kDetachDistance, 0, kDetachDistance).contains(point)) {
+            emit tabDraggedOut(dragged, event->globalPosition().toPoint());
+            return;
+        }
+    }
     updateHover(point);
+}
+
+int TabStripView::insertionIndexAt(QPoint point) const
+{
+    if (!m_model || m_model->count() == 0)
+        return 0;
+    const Layout l = layout();
+    const int index = int(std::floor((point.x() - l.left + l.tabWidth / 2) / l.tabWidth));
+    return std::clamp(index, 0, m_model->count());
+}
+
+void TabStripView::wheelEvent(QWheelEvent *event)
+{
+    const Layout l = layout();
+    if (l.maxScroll <= 0) {
+        QWidget::wheelEvent(event);
+        return;
+    }
+    const QPoint delta = event->angleDelta();
+    const int steps = std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
+    // One notch moves by about half a tab.
+    setScrollOffset(m_scrollX - steps / 120.0 * l.tabWidth / 2);
+    event->accept();
+}
+
+double TabStripView::scrollOffset() const
+{
+    return std::clamp(m_scrollX, 0.0, layout().maxScroll);
+}
+
+void TabStripView::setScrollOffset(double offset)
+{
+    const double clamped = std::clamp(offset, 0.0, layout().maxScroll);
+    if (clamped == m_scrollX)
+        return;
+    m_scrollX = clamped;
+    m_shownLefts.clear();
+    updateHover(mapFromGlobal(QCursor::pos()));
+    update();
+}
+
+void TabStripView::scrollToShow(int index)
+{
+    if (!m_model || !m_model->containsIndex(index))
+        return;
+    const Layout l = layout();
+    const double scroll = std::clamp(m_scrollX, 0.0, l.maxScroll);
+    const double tabLeft = index * l.tabWidth;
+    if (tabLeft < scroll)
+        setScrollOffset(tabLeft);
+    else if (tabLeft + l.tabWidth > scroll + l.visibleWidth)
+        setScrollOffset(tabLeft + l.tabWidth - l.visibleWidth);
+}
+
+void TabStripView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_model)
+        scrollToShow(m_model->selectedIndex());
 }
 
 void TabStripView::closeTab(TabContents *contents)
@@ -518,8 +604,10 @@ void TabStripView::slideFromShownPlaces()
         m_slideFrom.clear();
 }
 
-void TabStripView::tabInsertedAt(TabContents *, int, bool)
+void TabStripView::tabInsertedAt(TabContents *, int index, bool foreground)
 {
+    if (foreground)
+        scrollToShow(index);
     update();
 }
 
@@ -533,8 +621,9 @@ void TabStripView::tabDetachedAt(TabContents *contents, int)
     update();
 }
 
-void TabStripView::tabSelectedAt(TabContents *, TabContents *, int, bool)
+void TabStripView::tabSelectedAt(TabContents *, TabContents *, int index, bool)
 {
+    scrollToShow(index);
     update();
 }
 

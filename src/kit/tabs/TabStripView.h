@@ -1,8 +1,9 @@
 #pragma once
 
 // The row of tabs above a window's contents, drawn from a TabStripModel in the current frame
-// theme: elided titles, a close button per tab, a new-tab button, drag to reorder, middle-click
-// to close. It changes the model only through its public operations. Main thread only.
+// theme: elided titles, a close button per tab, a new-tab button, drag to reorder or out of the
+// strip, middle-click to close. Tabs shrink to a minimum width; beyond that the strip scrolls. It
+// changes the model only through its public operations. Main thread only.
 
 #include "TabStripModelObserver.h"
 
@@ -32,10 +33,19 @@ public:
     // The tab under point, or -1.
     int tabIndexAt(QPoint point) const;
 
+    // Where a tab dropped at point would go, from 0 to the count of tabs.
+    int insertionIndexAt(QPoint point) const;
+    // How far the tabs are scrolled to the left, in pixels; 0 while they all fit.
+    double scrollOffset() const;
+    void setScrollOffset(double offset);
+    void scrollToShow(int index);
+
     QSize sizeHint() const override;
 
 signals:
     void newTabButtonClicked();
+    // A dragged tab was let go away from the strip, at globalPos.
+    void tabDraggedOut(TabContents *contents, QPoint globalPos);
 
 protected:
     bool event(QEvent *event) override;
@@ -45,12 +55,18 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     struct Layout
     {
         double tabWidth = 0;
+        // The first tab's left edge, scrolled.
         double left = 0;
+        // The room for tabs, and how far they can scroll when they need more.
+        double visibleWidth = 0;
+        double maxScroll = 0;
     };
 
     // TabStripModelObserver
@@ -96,6 +112,7 @@ private:
     double m_grabOffset = 0;
     bool m_dragging = false;
     double m_dragX = 0;
+    double m_scrollX = 0;
 
     // Left edges of the tabs as last painted, and the distances tabs glide back over after a
     // move or a close.

@@ -86,6 +86,7 @@ TabWindowController::TabWindowController(QWidget *parent)
 
     connect(
         m_stripView, &TabStripView::newTabButtonClicked, this, &TabWindowController::openBlankTab);
+    connect(m_stripView, &TabStripView::tabDraggedOut, this, &TabWindowController::moveTabOut);
 
     m_frameSaveTimer = new QTimer(this);
     m_frameSaveTimer->setSingleShot(true);
@@ -439,4 +440,53 @@ void TabWindowController::saveFrame()
     const QRect frame = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
     UserDefaults::standard().setObject(
         Geometry::stringFromRect(QRectF(frame)), frameKey(m_frameAutosaveName));
+}
+
+TabWindowController *TabWindowController::createWindowForDetachedTab()
+{
+    return nullptr;
+}
+
+void TabWindowController::adoptTabContents(std::unique_ptr<TabContents> contents, int index)
+{
+    ensureCommonInit();
+    const int at = std::clamp(index, 0, m_model->count());
+    m_model->insertTabContentsAt(at, std::move(contents), true);
+    raise();
+    activateWindow();
+}
+
+void TabWindowController::moveTabOut(TabContents *contents, QPoint globalPos)
+{
+    const int index = m_model->getIndexOfTabContents(contents);
+    if (index < 0)
+        return;
+    // Over another window: the tab joins its strip where it was let go.
+    const QList<TabWindowController *> windows = allControllers();
+    for (auto it = windows.crbegin(); it != windows.crend(); ++it) {
+        TabWindowController *const other = *it;
+        if (other == this || !other->isVisible() || !other->frameGeometry().contains(globalPos))
+            continue;
+        other->ensureCommonInit();
+        const int at
+            = other->m_stripView->insertionIndexAt(other->m_stripView->mapFromGlobal(globalPos));
+        // The same object moves: its document is never opened twice.
+        other->adoptTabContents(m_model->detachTabContentsAt(index), at);
+        return;
+    }
+    if (frameGeometry().contains(globalPos))
+        return;
+    // A window's only tab takes its window along.
+    if (m_model->count() == 1) {
+        move(globalPos - m_stripView->mapTo(this, QPoint(40, m_stripView->height() / 2)));
+        return;
+    }
+    TabWindowController *const window = createWindowForDetachedTab();
+    if (!window)
+        return;
+    window->ensureCommonInit();
+    window->resize(size());
+    window->move(globalPos - QPoint(40, m_stripView->height() / 2));
+    window->adoptTabContents(m_model->detachTabContentsAt(index), 0);
+    window->show();
 }

@@ -89,6 +89,14 @@ public:
     virtual std::unique_ptr<TabContents> createBlankTabContents();
     // Makes the toolbar controller, once, during commonInit.
     virtual std::unique_ptr<ContentsToolbarController> createToolbarController();
+    // A new empty window for a tab dragged out of this one; null (the default) keeps the tab.
+    virtual TabWindowController *createWindowForDetachedTab();
+
+    // Takes a tab from another window at index (clamped), selected, and brings the window up.
+    void adoptTabContents(std::unique_ptr<TabContents> contents, int index);
+    // A tab let go at globalPos away from the strip: into the window under it, else into a new
+    // window there. A window's only tab moves its window instead.
+    void moveTabOut(TabContents *contents, QPoint globalPos);
 
 protected:
     // Builds the toolbar area and the key bindings. An override calls the base first.
