@@ -1,6 +1,9 @@
 #include "PDFContentsConainer.h"
 
 #include "PDFContents.h"
+#include "containers/PDFViewBottomContainer.h"
+#include "containers/PDFViewRightContainer.h"
+#include "containers/PDFViewTopLeftContainer.h"
 
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
@@ -36,14 +39,6 @@ QFrame *makeFrame(const QString &name)
     frame->setObjectName(name);
     frame->setAutoFillBackground(true);
     return frame;
-}
-
-QWidget *makePlace(const QString &name)
-{
-    auto *const place = new QWidget;
-    place->setObjectName(name);
-    fillingLayout(place);
-    return place;
 }
 
 void setBackground(QWidget *widget, const QColor &colour)
@@ -102,9 +97,12 @@ PDFContentsConainer::PDFContentsConainer(
     m_vertPDFSplitView = makeSplitter(Qt::Horizontal, QStringLiteral("vertPDFSplitView"));
     m_horiPDFSplitView = makeSplitter(Qt::Vertical, QStringLiteral("horiPDFSplitView"));
     fillingLayout(m_pdfAreaView)->addWidget(m_vertPDFSplitView);
-    m_topLeftContainer = makePlace(QStringLiteral("topLeftContainer"));
-    m_rightContainer = makePlace(QStringLiteral("rightContainer"));
-    m_bottomContainer = makePlace(QStringLiteral("bottomContainer"));
+    m_topLeftContainer = new PDFViewTopLeftContainer(contents);
+    m_topLeftContainer->setObjectName(QStringLiteral("topLeftContainer"));
+    m_rightContainer = new PDFViewRightContainer(contents);
+    m_rightContainer->setObjectName(QStringLiteral("rightContainer"));
+    m_bottomContainer = new PDFViewBottomContainer(contents);
+    m_bottomContainer->setObjectName(QStringLiteral("bottomContainer"));
     m_horiPDFSplitView->addWidget(m_topLeftContainer);
     m_horiPDFSplitView->addWidget(m_bottomContainer);
     m_vertPDFSplitView->addWidget(m_horiPDFSplitView);
@@ -141,6 +139,8 @@ void PDFContentsConainer::onViewInit()
 
 void PDFContentsConainer::placeView(FDPDFView *view, QWidget *place)
 {
+    if (auto *const container = qobject_cast<PDFViewContainer *>(place))
+        place = container->innerContentView();
     if (QWidget *const old = view->parentWidget(); old && old->layout())
         old->layout()->removeWidget(view);
     view->setParent(place);
@@ -172,13 +172,14 @@ void PDFContentsConainer::onSplitModeChanged()
         return;
     const PDFSplitViewMode mode = m_contents->splitMode();
     // The view in the second place follows the mode into the right or the bottom place.
-    FDPDFView *const second = m_contents->primaryPDFView()->parentWidget() == m_topLeftContainer
+    FDPDFView *const second
+        = m_contents->primaryPDFView()->parentWidget() == m_topLeftContainer->innerContentView()
         ? m_contents->secondaryPDFView()
         : m_contents->primaryPDFView();
-    QWidget *const shown = mode == PDFSplitViewMode::horizontal ? m_rightContainer
-        : mode == PDFSplitViewMode::vertical                    ? m_bottomContainer
-                                                                : nullptr;
-    if (shown && second->parentWidget() != shown)
+    PDFViewContainer *const shown = mode == PDFSplitViewMode::horizontal ? m_rightContainer
+        : mode == PDFSplitViewMode::vertical                             ? m_bottomContainer
+                                                                         : nullptr;
+    if (shown && second->parentWidget() != shown->innerContentView())
         placeView(second, shown);
     m_rightContainer->setVisible(shown == m_rightContainer);
     m_bottomContainer->setVisible(shown == m_bottomContainer);
