@@ -135,6 +135,9 @@ void PDFContentsConainer::onViewInit()
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
         nullptr, [this](const Notification &) { onThemeChanged(); });
     updateDividers();
+    for (PDFViewContainer *const place :
+        { m_topLeftContainer, m_rightContainer, m_bottomContainer })
+        place->onViewInit();
 }
 
 void PDFContentsConainer::placeView(FDPDFView *view, QWidget *place)

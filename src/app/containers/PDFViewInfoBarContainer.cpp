@@ -135,13 +135,17 @@ void PDFViewInfoBarContainer::dragEnterEvent(QDragEnterEvent *event)
 {
     if (!droppedPDF(event->mimeData()).isEmpty())
         event->acceptProposedAction();
+    else
+        event->ignore();
 }
 
 void PDFViewInfoBarContainer::dropEvent(QDropEvent *event)
 {
     const QUrl url = droppedPDF(event->mimeData());
-    if (url.isEmpty())
+    if (url.isEmpty()) {
+        event->ignore();
         return;
+    }
     event->acceptProposedAction();
     openInView(url);
 }
