@@ -77,6 +77,13 @@ void FDAnnFreeTextEditor::beginEditing()
     if (!annotation || !view || !m_textField)
         return;
     setEditing(*annotation, true);
+    // The field shows the text while it is typed; the page's own picture of it would lag
+    // behind, one keystroke at a time.
+    if (annotation->shouldDisplay() && !m_hidFromPage) {
+        m_hidFromPage = true;
+        annotation->setShouldDisplay(false);
+        view->XPDFView::annotationsChangedOnPage(annotation->page());
+    }
     if (!m_isObserving) {
         m_isObserving = true;
         annotation->addObserver(this,
@@ -129,7 +136,22 @@ void FDAnnFreeTextEditor::style()
     QTextOption option = m_textField->document()->defaultTextOption();
     option.setAlignment(qtAlignment(freeText ? freeText->alignment() : 0));
     m_textField->document()->setDefaultTextOption(option);
+    fitHeight();
     m_isStyling = false;
+}
+
+void FDAnnFreeTextEditor::fitHeight()
+{
+    // The field grows downwards with its lines, so that none scrolls out of sight while typing;
+    // it never gets smaller than the box.
+    const auto annotation = ann();
+    FDPDFView *const view = pdfView();
+    if (!annotation || !view || !m_textField)
+        return;
+    const QRect box
+        = view->convertRectFromPage(annotation->bounds(), annotation->page()).toAlignedRect();
+    const int needed = int(std::ceil(m_textField->document()->size().height()));
+    m_textField->setGeometry(box.adjusted(0, 0, 0, std::max(0, needed - box.height())));
 }
 
 void FDAnnFreeTextEditor::textDidChange()
@@ -140,6 +162,7 @@ void FDAnnFreeTextEditor::textDidChange()
     const QString text = m_textField->toPlainText();
     if (annotation->contents() != text)
         annotation->setContents(text);
+    fitHeight();
 }
 
 bool FDAnnFreeTextEditor::eventFilter(QObject *watched, QEvent *event)
@@ -190,6 +213,12 @@ void FDAnnFreeTextEditor::finish()
     }
     FDPDFView *const view = pdfView();
     clearTargets();
+    if (m_hidFromPage) {
+        m_hidFromPage = false;
+        annotation->setShouldDisplay(true);
+        if (view && annotation->page())
+            view->XPDFView::annotationsChangedOnPage(annotation->page());
+    }
     if (view && annotation->contents().trimmed().isEmpty())
         view->removeAnnotation(annotation);
     if (m_textField) {

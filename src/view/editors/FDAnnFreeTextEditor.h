@@ -38,9 +38,11 @@ private:
     void finish();
     void style();
     void textDidChange();
+    void fitHeight();
 
     QPointer<QTextEdit> m_textField;
     bool m_isMonitoring = false;
     bool m_isObserving = false;
     bool m_isStyling = false;
+    bool m_hidFromPage = false;
 };
