@@ -97,7 +97,8 @@ QMenu *FDPDFView::menuForEvent(const QPointF &viewPoint)
 
 void FDPDFView::contextMenuEvent(QContextMenuEvent *event)
 {
-    QMenu *const menu = menuForEvent(viewport()->mapFrom(this, event->pos()));
+    // From the global point: the event comes from the viewport or, by key, from the view.
+    QMenu *const menu = menuForEvent(QPointF(viewport()->mapFromGlobal(event->globalPos())));
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(event->globalPos());
     event->accept();

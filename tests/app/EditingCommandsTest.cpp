@@ -23,6 +23,7 @@
 #include <view/FDPDFView.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMenu>
@@ -78,6 +79,7 @@ private slots:
     void cleanup();
     void pastesMakeAStaircaseThatThePointerResets();
     void pasteIntoAnotherDocumentReachesItsFile();
+    void pasteOffTheViewGoesToTheMiddleOfThePage();
     void cutIsOneUndoStep();
     void textTravelsAsText_data();
     void textTravelsAsText();
@@ -245,6 +247,25 @@ void EditingCommandsTest::pasteIntoAnotherDocumentReachesItsFile()
     QCOMPARE(int(squares(source).size()), 1);
 }
 
+void EditingCommandsTest::pasteOffTheViewGoesToTheMiddleOfThePage()
+{
+    PDFContents *const tab = openTab(PdfFixtures::textPages(3, 5, 0));
+    QVERIFY(tab);
+    FDPDFView *const view = tab->primaryPDFView();
+    view->goToPage(view->document()->pageAtIndex(1));
+    view->addAnnotationWithType(
+        QStringLiteral("Square"), view->document()->pageAtIndex(0), QRectF(100, 200, 60, 30));
+    QVERIFY(perform(view, QStringLiteral("copy:")));
+    // Above the window, on the menu bar's side of it.
+    QCursor::setPos(view->viewport()->mapToGlobal(QPoint(10, -40)));
+    QVERIFY(perform(view, QStringLiteral("paste:")));
+    const auto pasted = view->selectedAnn();
+    QVERIFY(pasted);
+    QCOMPARE(pasted->page(), view->currentPage());
+    // Its top-left corner at the page's middle.
+    QCOMPARE(pasted->bounds(), QRectF(306, 396 - 30, 60, 30));
+}
+
 void EditingCommandsTest::cutIsOneUndoStep()
 {
     PDFContents *const tab = openTab(PdfFixtures::textPages(1, 5, 0));
@@ -255,13 +276,24 @@ void EditingCommandsTest::cutIsOneUndoStep()
         QStringLiteral("Square"), view->document()->pageAtIndex(0), QRectF(100, 200, 60, 30));
     turn();
     undo->removeAllActions();
-    QVERIFY(perform(view, QStringLiteral("cut:")));
+    // The window's keys reach the view with the focus.
+    QApplication::setActiveWindow(m_window);
+    view->setFocus();
+    QTRY_VERIFY(view->hasFocus());
+    QTest::keyClick(view, Qt::Key_X, Qt::ControlModifier);
+    turn();
     QVERIFY(squares(view).empty());
     QVERIFY(QGuiApplication::clipboard()->mimeData()->hasFormat(SquareType));
     QCOMPARE(undo->undoActionName(), QStringLiteral("Delete Annotation"));
-    undo->undo();
+    QTest::keyClick(view, Qt::Key_Z, Qt::ControlModifier);
+    turn();
     QCOMPARE(squares(view).size(), size_t(1));
     QVERIFY(!undo->canUndo());
+    // And Ctrl+V pastes it again at the pointer.
+    pointAt(view, QPointF(300, 300));
+    QTest::keyClick(view, Qt::Key_V, Qt::ControlModifier);
+    turn();
+    QCOMPARE(squares(view).size(), size_t(2));
     // Nothing selected: nothing to cut.
     view->setSelectedAnn(nullptr);
     QVERIFY(!view->validateEditCommand(QStringLiteral("cut:")));
