@@ -142,8 +142,6 @@ void PDFContentsConainer::onViewInit()
 
 void PDFContentsConainer::placeView(FDPDFView *view, QWidget *place)
 {
-    if (auto *const container = qobject_cast<PDFViewContainer *>(place))
-        place = container->innerContentView();
     if (QWidget *const old = view->parentWidget(); old && old->layout())
         old->layout()->removeWidget(view);
     view->setParent(place);
@@ -175,14 +173,13 @@ void PDFContentsConainer::onSplitModeChanged()
         return;
     const PDFSplitViewMode mode = m_contents->splitMode();
     // The view in the second place follows the mode into the right or the bottom place.
-    FDPDFView *const second
-        = m_contents->primaryPDFView()->parentWidget() == m_topLeftContainer->innerContentView()
+    FDPDFView *const second = m_contents->primaryPDFView()->parentWidget() == m_topLeftContainer
         ? m_contents->secondaryPDFView()
         : m_contents->primaryPDFView();
-    PDFViewContainer *const shown = mode == PDFSplitViewMode::horizontal ? m_rightContainer
-        : mode == PDFSplitViewMode::vertical                             ? m_bottomContainer
-                                                                         : nullptr;
-    if (shown && second->parentWidget() != shown->innerContentView())
+    QWidget *const shown = mode == PDFSplitViewMode::horizontal ? m_rightContainer
+        : mode == PDFSplitViewMode::vertical                    ? m_bottomContainer
+                                                                : nullptr;
+    if (shown && second->parentWidget() != shown)
         placeView(second, shown);
     m_rightContainer->setVisible(shown == m_rightContainer);
     m_bottomContainer->setVisible(shown == m_bottomContainer);

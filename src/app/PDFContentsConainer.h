@@ -5,6 +5,8 @@
 // the pages editor. It follows the tab's notifications to show and hide its areas and holds no
 // document logic. Main thread only.
 
+#include "containers/PDFViewContainer.h"
+
 #include <QFrame>
 #include <QPointer>
 #include <QSplitter>
@@ -12,7 +14,6 @@
 
 class FDPDFView;
 class PDFContents;
-class PDFViewContainer;
 
 class PDFContentsConainer : public QWidget
 {
@@ -43,7 +44,7 @@ public:
     PDFViewContainer *rightContainer() const { return m_rightContainer; }
     PDFViewContainer *bottomContainer() const { return m_bottomContainer; }
 
-    // Puts a view into a place (a container, or the widget that holds a view), filling it.
+    // Puts a view into a place, filling it.
     static void placeView(FDPDFView *view, QWidget *place);
 
 private:

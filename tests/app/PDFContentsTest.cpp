@@ -7,7 +7,6 @@
 #include <app/PDFContents.h>
 #include <app/PDFContentsConainer.h>
 #include <app/PDFWindowController.h>
-#include <app/containers/PDFViewContainer.h>
 #include <appearance/FDThemeProvider.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
@@ -260,11 +259,11 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
     QVERIFY(tab->isSidebarHidden());
     QVERIFY(!root->sidebarContainer()->isVisible());
     QVERIFY(tab->secondaryPDFView()->isVisible());
-    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->bottomContainer()->innerContentView());
+    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->bottomContainer());
     QVERIFY(tab->secondaryPDFView()->y() > 0 || root->bottomContainer()->y() > 0);
 
     tab->setSplitMode(PDFSplitViewMode::horizontal);
-    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->rightContainer()->innerContentView());
+    QCOMPARE(tab->secondaryPDFView()->parentWidget(), root->rightContainer());
     QVERIFY(root->rightContainer()->isVisible());
     QVERIFY(!root->bottomContainer()->isVisible());
     if (!qEnvironmentVariableIsEmpty("FOLIDOC_GRAB_DIR"))
@@ -273,7 +272,7 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
 
     QWidget *const primaryPlace = tab->primaryPDFView()->parentWidget();
     tab->swapPDFViews();
-    QCOMPARE(tab->primaryPDFView()->parentWidget(), root->rightContainer()->innerContentView());
+    QCOMPARE(tab->primaryPDFView()->parentWidget(), root->rightContainer());
     QCOMPARE(tab->secondaryPDFView()->parentWidget(), primaryPlace);
 
     // The view that takes the focus becomes the one the commands act on.

@@ -8,7 +8,8 @@
 #include <kit/base/NotificationCenter.h>
 #include <view/FDPDFView.h>
 
-#include <QEvent>
+#include <QChildEvent>
+#include <QResizeEvent>
 #include <QVBoxLayout>
 
 namespace {
@@ -27,23 +28,13 @@ QVBoxLayout *fillingLayout(QWidget *widget)
 
 PDFViewContainer::PDFViewContainer(PDFContents *contents, QWidget *parent)
     : QWidget(parent)
-    , m_contents(contents)
 {
-    m_innerContainer = new QWidget;
-    m_innerContainer->setObjectName(QStringLiteral("innerContainer"));
-    fillingLayout(this)->addWidget(m_innerContainer);
-    QVBoxLayout *const column = fillingLayout(m_innerContainer);
+    m_contents = contents;
     m_infoBarContainer = new PDFViewInfoBarContainer(contents);
     m_infoBarContainer->setFixedHeight(0);
-    column->addWidget(m_infoBarContainer);
-    m_innerContentView = new QWidget;
-    m_innerContentView->setObjectName(QStringLiteral("innerContentView"));
-    fillingLayout(m_innerContentView);
-    column->addWidget(m_innerContentView, 1);
-    m_pageIndicator = new PDFPageIndicator(m_innerContainer);
-    m_innerContainer->installEventFilter(this);
-    // The view arrives and leaves as the tab places and swaps views.
-    m_innerContentView->installEventFilter(this);
+    // The tab adds its view below the bar, filling the rest.
+    fillingLayout(this)->addWidget(m_infoBarContainer);
+    m_pageIndicator = new PDFPageIndicator(this);
 }
 
 PDFViewContainer::~PDFViewContainer()
@@ -53,7 +44,7 @@ PDFViewContainer::~PDFViewContainer()
 
 FDPDFView *PDFViewContainer::pdfView() const
 {
-    return m_innerContentView->findChild<FDPDFView *>(QString(), Qt::FindDirectChildrenOnly);
+    return findChild<FDPDFView *>(QString(), Qt::FindDirectChildrenOnly);
 }
 
 void PDFViewContainer::onViewInit()
@@ -108,7 +99,7 @@ void PDFViewContainer::onPageNavigatorVisibilityDidChange()
     if (!view)
         return;
     if (!view->isPageNavigatorHidden() && !m_pageNavController) {
-        m_pageNavController = new PageNavigatorController(view, m_innerContainer);
+        m_pageNavController = new PageNavigatorController(view, this);
         m_pageIndicator->hide();
         m_pageNavController->show();
         m_pageNavController->raise();
@@ -122,20 +113,25 @@ void PDFViewContainer::onPageNavigatorVisibilityDidChange()
     }
 }
 
-bool PDFViewContainer::eventFilter(QObject *watched, QEvent *event)
+void PDFViewContainer::childEvent(QChildEvent *event)
 {
-    if (watched == m_innerContainer && event->type() == QEvent::Resize)
-        placeOverlays();
-    if (watched == m_innerContentView
+    QWidget::childEvent(event);
+    // A view arrives or leaves as the tab places and swaps its views.
+    if (m_hasInited
         && (event->type() == QEvent::ChildAdded || event->type() == QEvent::ChildRemoved)
-        && m_hasInited)
+        && event->child()->isWidgetType())
         onViewsMoved();
-    return QWidget::eventFilter(watched, event);
+}
+
+void PDFViewContainer::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    placeOverlays();
 }
 
 void PDFViewContainer::placeOverlays()
 {
-    const QRect area = m_innerContainer->rect();
+    const QRect area = rect();
     for (QWidget *const overlay :
         { static_cast<QWidget *>(m_pageIndicator), static_cast<QWidget *>(m_pageNavController) }) {
         if (!overlay)

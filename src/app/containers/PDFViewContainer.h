@@ -25,9 +25,7 @@ public:
     ~PDFViewContainer() override;
 
     PDFContents *contents() const { return m_contents; }
-    QWidget *innerContainer() const { return m_innerContainer; }
-    // Holds the view, filling it; the tab moves views between these.
-    QWidget *innerContentView() const { return m_innerContentView; }
+    // The view is a direct child, below the bar; the tab moves views between containers.
     PDFViewInfoBarContainer *infoBarContainer() const { return m_infoBarContainer; }
     PDFPageIndicator *pageIndicator() const { return m_pageIndicator; }
     PageNavigatorController *pageNavController() const { return m_pageNavController; }
@@ -46,15 +44,14 @@ public:
     void onPageNavigatorVisibilityDidChange();
 
 protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    void childEvent(QChildEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void onViewsMoved();
     void placeOverlays();
 
     QPointer<PDFContents> m_contents;
-    QWidget *m_innerContainer = nullptr;
-    QWidget *m_innerContentView = nullptr;
     PDFViewInfoBarContainer *m_infoBarContainer = nullptr;
     PDFPageIndicator *m_pageIndicator = nullptr;
     QPointer<PageNavigatorController> m_pageNavController;
