@@ -134,10 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         restorePosition(bytes);
         break;
     case 1:
-        // QSettings itself decodes "@Variant(" values with QDataStream, which reserves whatever
-        // count a list claims; that fault of the store is open (docs/architecture.md, fuzzing)
-        // and would stop every run, so the raw file keeps that form out.
-        writeStore(QByteArray(bytes).replace("@Variant(", "@Variant_("));
+        writeStore(bytes);
         readPreferences();
         break;
     default: {

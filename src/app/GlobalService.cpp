@@ -10,12 +10,14 @@
 #include "PDFWindowController.h"
 #include "PrefWindowController.h"
 
+#include <appearance/NSImage+XExtensions.h>
 #include <document/Common.h>
 #include <document/PDFSavingService.h>
 #include <kit/base/Geometry.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UserDefaults.h>
+#include <kit/engine/PDFEngineInfo.h>
 #include <kit/tabs/TabStripModel.h>
 #include <view/FDPDFView.h>
 
@@ -152,6 +154,8 @@ void GlobalService::applicationDidFinishLaunching()
     if (m_didFinishLaunching)
         return;
     m_didFinishLaunching = true;
+    // Cursors and note pictures are asked for from the first window on.
+    makeImages();
     NotificationCenter::defaultCenter().addObserver(this,
         PDFWindowController::ShouldCloseNotification, nullptr,
         [this](const Notification &notification) { onWindowShouldClose(notification); });
@@ -402,7 +406,11 @@ void GlobalService::showAboutDialog()
     AlertRequest about;
     about.style = AlertRequest::Informational;
     about.messageText = QStringLiteral("Folidoc %1").arg(QStringLiteral(FOLIDOC_VERSION));
-    about.informativeText = tr("Reads and annotates PDF documents.");
+    about.informativeText
+        = tr("Reads and annotates PDF documents.\n\n"
+             "Licence: GNU Affero General Public License, version 3 or later.\n"
+             "Qt %1, MuPDF %2")
+              .arg(QString::fromLatin1(qVersion()), PDFEngineInfo::libraryVersion());
     Alert::runModal(about);
 }
 

@@ -7,6 +7,8 @@
 #include "PDFContentsConainer.h"
 #include "PDFWindowController.h"
 
+#include <appearance/PDFMainToolbar.h>
+#include <appearance/PDFSecondaryToolbar.h>
 #include <document/Common.h>
 #include <document/FDDocument.h>
 #include <kit/base/MainQueue.h>
@@ -14,8 +16,12 @@
 #include <kit/base/UndoManager.h>
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFSelection.h>
+#include <navigation/PDFSidebarContainer.h>
+#include <navigation/PDFSidebarOutlineContents.h>
 #include <view/FDPDFView.h>
 
+#include <QApplication>
+#include <QLayout>
 #include <QSplitter>
 
 const QString PDFContents::ToolModeDidChangeNotification
@@ -59,6 +65,15 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
         m_primaryPDFView.data(),
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     m_container->onViewInit();
+    // The two rows of controls: the first in the window's toolbar area while the tab is in
+    // front, the second above the views.
+    setToolbar(std::make_unique<PDFMainToolbar>(this));
+    auto *const secondary = new PDFSecondaryToolbar(this, m_container->toolbarContainer());
+    m_container->toolbarContainer()->layout()->addWidget(secondary);
+    secondary->onViewInit();
+    // The sidebar follows the tab from its creation on, shown or not.
+    m_sidebarContainer = new PDFSidebarContainer(this, m_container->sidebarContainer());
+    m_container->sidebarContainer()->layout()->addWidget(m_sidebarContainer);
     setUrlFromURL(url);
     m_primaryPDFView->loadDocument(url);
     refreshTitle();
@@ -74,6 +89,11 @@ PDFContents::~PDFContents()
             pdfView->setDelegate(nullptr);
         }
     }
+}
+
+PDFSidebarContainer *PDFContents::sidebarContainer() const
+{
+    return m_sidebarContainer;
 }
 
 void PDFContents::registerAsDocumentContents()
@@ -117,7 +137,8 @@ void PDFContents::observeView(FDPDFView *pdfView)
         [this, pdfView = QPointer<FDPDFView>(pdfView)](
             const Notification &) { forgetUndoStepsOf(pdfView); });
     for (const QString &name : { FDDocument::DocumentAnnDidChangeNotification,
-             FDDocument::DocumentPageDidChangeNotification }) {
+             FDDocument::DocumentPageDidChangeNotification,
+             PDFSidebarOutlineContents::OutlineDidChangeNotification }) {
         center.addObserver(
             this, name, pdfView, [this](const Notification &) { onPDFDocumentContentChanged(); });
     }
@@ -203,6 +224,14 @@ void PDFContents::setToolMode(PDFToolMode mode)
     } else {
         post(ToolModeDidChangeNotification);
     }
+}
+
+void PDFContents::annBarDidPickTool()
+{
+    m_isAnnBarPinned = true;
+    m_isEditBarHidden = true;
+    m_isAnnBarHidden = false;
+    post(ToolModeDidChangeNotification);
 }
 
 void PDFContents::setIsPagesEditingMode(bool editing)
@@ -387,8 +416,16 @@ void PDFContents::swapPDFViews()
 {
     QWidget *const primaryPlace = m_primaryPDFView->parentWidget();
     QWidget *const secondaryPlace = m_secondaryPDFView->parentWidget();
+    // A moved widget drops the focus, which would fall to the next one in the chain (a toolbar
+    // button): the view that had it keeps it.
+    QPointer<QWidget> focused = QApplication::focusWidget();
+    const bool viewFocused = focused
+        && (m_primaryPDFView->isAncestorOf(focused) || m_secondaryPDFView->isAncestorOf(focused)
+            || focused == m_primaryPDFView || focused == m_secondaryPDFView);
     PDFContentsConainer::placeView(m_primaryPDFView, secondaryPlace);
     PDFContentsConainer::placeView(m_secondaryPDFView, primaryPlace);
+    if (viewFocused && focused)
+        focused->setFocus(Qt::OtherFocusReason);
     post(PDFViewsDidSwapNotification);
 }
 

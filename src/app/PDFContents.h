@@ -22,6 +22,7 @@
 #include <optional>
 
 class FDDocument;
+class PDFSidebarContainer;
 struct Notification;
 
 enum class PDFSplitViewMode : int { none = 0, horizontal = 1, vertical = 2 };
@@ -60,6 +61,7 @@ public:
     QSplitter *horiPDFSplitView() const { return m_horiPDFSplitView; }
     QWidget *pdfAreaView() const { return m_pdfAreaView; }
     PDFContentsConainer *container() const { return m_container; }
+    PDFSidebarContainer *sidebarContainer() const;
     FDPDFView *selectedPDFView() const { return m_selectedPDFView; }
     FDPDFView *primaryPDFView() const { return m_primaryPDFView; }
     FDPDFView *secondaryPDFView() const { return m_secondaryPDFView; }
@@ -72,6 +74,9 @@ public:
     PDFSplitViewMode splitMode() const { return m_splitMode; }
     // Hides the sidebar for a split, then announces the mode.
     void setSplitMode(PDFSplitViewMode mode);
+    // The annotation bar picked a tool: the bar stays pinned and shown, the edit bar goes, and the
+    // tool change is announced.
+    void annBarDidPickTool();
     bool isAnnBarPinned() const { return m_isAnnBarPinned; }
     void setIsAnnBarPinned(bool pinned);
     bool isAnnBarHidden() const { return m_isAnnBarHidden; }
@@ -80,6 +85,8 @@ public:
     void setIsEditBarHidden(bool hidden);
     bool isSidebarHidden() const { return m_isSidebarHidden; }
     void setIsSidebarHidden(bool hidden);
+    // Shows a hidden sidebar and hides a shown one, as F9 does.
+    void toggleSidebar() { setIsSidebarHidden(!m_isSidebarHidden); }
     PDFSidebarMode sidebarMode() const { return m_sidebarMode; }
     // Stores the mode and shows the sidebar in it.
     void setSidebarMode(PDFSidebarMode mode);
@@ -147,5 +154,6 @@ private:
     PDFSidebarMode m_sidebarMode = PDFSidebarMode::thumbnails;
     std::optional<QString> m_queryString;
     QPointer<PDFContentsConainer> m_container;
+    QPointer<PDFSidebarContainer> m_sidebarContainer;
     QPointer<UndoManager> m_undoManager;
 };

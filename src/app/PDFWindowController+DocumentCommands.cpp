@@ -9,6 +9,7 @@
 #include <document/FDDocument.h>
 #include <kit/base/Workspace.h>
 #include <kit/tabs/TabStripModel.h>
+#include <navigation/FDBookmarkCommands.h>
 #include <view/FDPDFView.h>
 
 #include <QAction>
@@ -62,6 +63,13 @@ bool PDFWindowController::validateDocumentCommand(QAction *item)
         item->setText(contents->isSidebarHidden() ? tr("Show Sidebar") : tr("Hide Sidebar"));
     else if (is(command, "PDF_onChangeSidebarMode:"))
         item->setChecked(int(contents->sidebarMode()) == tag);
+    else if (is(command, "PDF_onToggleBookmark:")) {
+        const auto page = view->currentPage();
+        const bool marked = document && page && document->bookmarkFor(page);
+        item->setText(marked ? tr("Remove Bookmark") : tr("Bookmark Page"));
+        return document && page;
+    } else if (is(command, "PDF_onAddOutline:"))
+        return document && view->currentPage();
     else if (command.startsWith(QLatin1String("PDF_onZoom"))) {
         if (is(command, "PDF_onZoom100:"))
             item->setChecked(
@@ -118,6 +126,11 @@ void PDFWindowController::performDocumentCommand(QAction *item)
         if (tag < 0 || tag > 3)
             qFatal("PDF_onChangeSidebarMode: with tag %d, which is no PDFSidebarMode", tag);
         contents->setSidebarMode(PDFSidebarMode(tag));
+    } else if (is(command, "PDF_onToggleBookmark:")) {
+        FDBookmarkCommands::toggleBookmarkOfCurrentPage(*view);
+    } else if (is(command, "PDF_onAddOutline:")) {
+        // The sidebar owns the outline: the tab shows it and passes the request on.
+        contents->PDFViewPerformAddOutline(view);
     } else if (is(command, "PDF_onGoToPreviousPage:")) {
         view->goToPreviousPage();
     } else if (is(command, "PDF_onGoToNextPage:")) {

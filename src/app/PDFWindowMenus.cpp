@@ -301,6 +301,11 @@ void PDFWindowMenus::fillGoMenu()
         standardKeys(QKeySequence::Forward, QKeySequence(Qt::ALT | Qt::Key_Right)));
     add(go, tr("Go to Page…"), QStringLiteral("PDF_onGoToPage:"), 0,
         { QKeySequence(Qt::CTRL | Qt::Key_G) });
+    go->addSeparator();
+    add(go, tr("Bookmark Page"), QStringLiteral("PDF_onToggleBookmark:"), 0,
+        { QKeySequence(Qt::CTRL | Qt::Key_B) });
+    add(go, tr("Add Outline Item"), QStringLiteral("PDF_onAddOutline:"), 0,
+        { QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_O) });
 }
 
 void PDFWindowMenus::fillWindowMenu()

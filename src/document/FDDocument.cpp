@@ -13,6 +13,8 @@
 #include <QFileInfo>
 #include <QMutexLocker>
 
+#include <cerrno>
+
 #include <unistd.h>
 
 const QString FDDocument::DocumentAnnDidChangeNotification
@@ -245,6 +247,10 @@ void FDDocument::checkWritePermission()
     m_hasCheckedWritePermission = true;
     const QString path = url.toLocalFile();
     if (::access(QFile::encodeName(path).constData(), W_OK) == 0)
+        return;
+    // A file chosen to save into is written in the background: until then only its folder tells.
+    if (errno == ENOENT
+        && ::access(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), W_OK) == 0)
         return;
     MainQueue::asyncAfter(WritePermissionAlertDelay, [path] {
         AlertRequest request;

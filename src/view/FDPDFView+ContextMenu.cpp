@@ -176,23 +176,3 @@ void FDPDFView::onAddBookmark(const std::optional<QPointF> &clickPoint)
 {
     bookmarkPage(placeOfCommand(clickPoint).page);
 }
-
-void FDPDFView::bookmarkPage(const std::shared_ptr<PDFPage> &page)
-{
-    const auto document = fdDocument();
-    const auto fdPage = std::dynamic_pointer_cast<FDPage>(page);
-    if (!document || !fdPage)
-        return;
-    const QString text = fdPage->string();
-    if (text.isNull())
-        return;
-    QString title;
-    const auto selection = currentSelection();
-    if (selection && hasCharacters(*selection) && !selection->string().isNull())
-        title = selection->string();
-    else
-        title = (text.size() < 31 ? text : text.left(30)).simplified();
-    if (title.isEmpty())
-        title = QStringLiteral("Untitled");
-    document->addBookmarkWith(fdPage, title);
-}

@@ -1,5 +1,7 @@
 #include "FDPDFView.h"
 
+#include "QKOverlayView.h"
+
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
@@ -27,6 +29,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 const QString FDPDFView::URLDidChangeNotification = QStringLiteral("PDFView_URLDidChange");
 const QString FDPDFView::PageNavigatorVisibilityDidChangeNotification
@@ -150,7 +153,7 @@ void FDPDFView::runLoadStep()
     if (!isVisible())
         return;
     std::shared_ptr<FDDocument> loaded;
-    bool pageAsked = false;
+    int askedPage = -1;
     if (m_pendingNewDocument) {
         m_isLoading = true;
         loaded = std::make_shared<FDDocument>();
@@ -184,23 +187,38 @@ void FDPDFView::runLoadStep()
         if (decimal.match(fragment).hasMatch()) {
             bool ok = false;
             const int index = fragment.toInt(&ok);
-            if (const auto page = ok ? loaded->pageAtIndex(index) : nullptr) {
-                pageAsked = true;
-                MainQueue::async(this, [this, page] { goToPage(page); });
-            }
+            if (ok)
+                askedPage = index;
         }
     }
     m_pendingURL = QUrl();
     m_pendingNewDocument = false;
     setAutoScales(false);
     setDocument(loaded);
+    if (loaded->isLocked()) {
+        // The rest waits for the password field; the page asked for is kept until then.
+        m_pageAskedWhileLocked = askedPage;
+        m_isLoading = false;
+        return;
+    }
+    finishLoading(askedPage);
+}
 
+void FDPDFView::finishLoading(int askedPage)
+{
+    const auto loaded = fdDocument();
+    bool pageAsked = false;
+    if (const auto page = loaded && askedPage >= 0 ? loaded->pageAtIndex(askedPage) : nullptr) {
+        pageAsked = true;
+        MainQueue::async(this, [this, page] { goToPage(page); });
+    }
     const bool remember = FDDefaults::rememberLastPosition() == 1;
     if (!(remember && hasSavedStatus())) {
         m_scaleMode = FDDefaults::defaultScaleMode();
         applyScaleMode();
     }
     if (!pageAsked && remember) {
+        m_isLoading = true;
         MainQueue::async(this, [this] {
             restoreStatus();
             m_isLoading = false;
@@ -208,6 +226,15 @@ void FDPDFView::runLoadStep()
     } else {
         m_isLoading = false;
     }
+}
+
+void FDPDFView::documentDidUnlock()
+{
+    // Bookmarks and the outline could not be read while the document was locked.
+    if (const auto unlocked = fdDocument())
+        unlocked->loadBookmarks();
+    m_mapPagesToOutlines.reset();
+    finishLoading(std::exchange(m_pageAskedWhileLocked, -1));
 }
 
 QString FDPDFView::title() const
@@ -440,6 +467,13 @@ void FDPDFView::drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter
     painter.fillRect(area, tint);
     painter.fillRect(area, Qt::white);
     painter.restore();
+}
+
+void FDPDFView::didAddPageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index)
+{
+    if (page)
+        new QKOverlayView(page, this, pageView);
+    XPDFView::didAddPageView(pageView, page, index);
 }
 
 void FDPDFView::onThemeChanged()

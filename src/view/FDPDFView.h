@@ -21,6 +21,7 @@
 #include <memory>
 #include <optional>
 
+class BezierPath;
 class FDDocument;
 class FDDocumentDelegate;
 class PDFOutline;
@@ -35,6 +36,9 @@ public:
     // Posted with the view as sender after a load was asked for.
     static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
     static const QString PageNavigatorVisibilityDidChangeNotification;
+    // The pointer entered or left the corner of a page where a click toggles its bookmark; user
+    // info "Page" (the page now under the pointer there, or a null page) and "OldPage".
+    static const QString BookmarkHotAreaDidChangeNotification;
     // The name of the file attribute that holds the reading position.
     static const QString LastPositionAttributeName; // "com.Scrollwick.PDFView.LastPosition"
     // How long screen updates pause around a jump under the tinted themes, in seconds.
@@ -144,8 +148,6 @@ public:
     void onAddFreeText(const std::optional<QPointF> &clickPoint = std::nullopt);
     void onAddText(const std::optional<QPointF> &clickPoint = std::nullopt);
     void onAddBookmark(const std::optional<QPointF> &clickPoint = std::nullopt);
-    // Bookmarks the page under the selected text's title, else its first words.
-    void bookmarkPage(const std::shared_ptr<PDFPage> &page);
     // The context menu for a click at a view point; the caller owns it. Right-clicking an
     // annotation selects it. Each item is named by its command ("paste:") and carries its point
     // or URL as data.
@@ -163,6 +165,22 @@ public:
     void commitEditing() override;
     void discardEditing() override;
     void annEditorWillCloseWithEditor(FDAnnotationEditor *editor) override;
+    // Tool cursors: an arrow outside the annotation tools; a crosshair for the shapes and ink, an
+    // I-beam for the markup tools, an arrow for the others. Made once per tool.
+    QCursor cursorForToolMode(int mode) const override;
+
+    // Bookmarks by the ribbon (FDPDFView+Bookmarks.cpp). The ribbon and the corner that reacts
+    // to the pointer, in page space, at the top right of the page's display box.
+    BezierPath bookmarkIndicatorPathWithPage(const std::shared_ptr<PDFPage> &page) const;
+    QRectF bookmarkIndicatorHotAreaWithPage(const std::shared_ptr<PDFPage> &page) const;
+    // Whether the pointer is in that corner of the page now (the ribbon's preview shows).
+    bool isMouseInBookmarkHotArea(const std::shared_ptr<PDFPage> &page) const;
+    // Adds a bookmark for a page that has text, titled by the selected text, else by the start
+    // of the page's text, else "Untitled". False when nothing was added.
+    bool bookmarkPage(const std::shared_ptr<PDFPage> &page);
+    // A press on the ribbon toggles the page's bookmark; true when it was on the ribbon.
+    bool hitBookmarkIndicatorWithPoint(
+        QPointF point, const std::shared_ptr<PDFPage> &page) override;
 
     // The colour a page takes under the current theme; invalid when pages keep their own.
     static QColor pageTintColor();
@@ -177,15 +195,24 @@ public:
     static PDFAnnotationFactory classForPasteboardType(const QString &pasteboardType);
 
 protected:
+    // Every page view gets its overlay, in front (QKOverlayView), before the delegate hears.
+    void didAddPageView(
+        QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index) override;
     void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void documentDidUnlock() override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
 
 private:
     class DocumentDelegate;
 
     void runLoadStep();
+    // The load's steps after the document is readable: the page asked for by the URL's
+    // fragment (-1 for none), the scale rule and the saved reading position.
+    void finishLoading(int askedPage);
     void applyScaleMode();
     void fitWidth();
     void fitPage();
@@ -194,17 +221,21 @@ private:
     void onScaleChanged();
     void onThemeChanged();
     void navigate(const std::function<void()> &jump);
+    void updateBookmarkHotArea(const std::shared_ptr<PDFPage> &page);
 
     std::shared_ptr<DocumentDelegate> m_documentDelegate;
     bool m_isLoading = false;
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
+    int m_pageAskedWhileLocked = -1;
     bool m_isPageNavigatorHidden = true;
     PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
     double m_scaleFactorByMode = 0;
     int m_updatePauses = 0;
     mutable QPointF m_lastPasteMouseLocation;
     QPointer<FDAnnotationEditor> m_annEditor;
+    // The page whose ribbon corner the pointer is in.
+    std::weak_ptr<PDFPage> m_bookmarkHotAreaPage;
     // Page index to its first outline item in reading order; the keys are kept ascending.
     std::optional<std::map<int, std::shared_ptr<PDFOutline>>> m_mapPagesToOutlines;
 };

@@ -2,6 +2,7 @@
 // annotation, as one path: undo registration, repaint, change count and notification.
 
 #include "FDPDFView.h"
+#include "QKOverlayView.h"
 #include "XPDFView.h"
 
 #include <annotation/PDFAnnotation+XExtensions.h>
@@ -86,6 +87,8 @@ void XPDFView::addAnnotationNow(
     }
     // Author and time are stamped before anyone sees the annotation.
     registerUserName(*annotation);
+    // Hidden from engine drawing before it joins the page: one the overlay draws costs no render.
+    QKOverlayView::setDisplayFlag(*annotation);
     page->addAnnotation(annotation);
     setNeedsDisplayForAnnotation(annotation, page);
     annotationsChangedOnPage(page);
@@ -134,6 +137,7 @@ void XPDFView::moveAnnotationNow(
         m_undoManager->setActionName(EditNoteActionName);
     }
     setNeedsDisplayForAnnotation(annotation, oldPage);
+    QKOverlayView::setDisplayFlag(*annotation);
     oldPage->removeAnnotation(annotation);
     page->addAnnotation(annotation);
     setNeedsDisplayForAnnotation(annotation, page);

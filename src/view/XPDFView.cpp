@@ -1,4 +1,5 @@
 #include "XPDFView.h"
+#include "XPDFViewGesture.h"
 
 #include "PDFViewDelegate2.h"
 
@@ -55,6 +56,9 @@ XPDFView::XPDFView(QWidget *parent)
     m_instanceId = ++instancesEver;
     NotificationCenter::defaultCenter().post(ToolModeDidChangeNotification, this);
     setFocusPolicy(Qt::StrongFocus);
+    // Hover states (cursors, the bookmark ribbon) follow the pointer without a button held.
+    viewport()->setMouseTracking(true);
+    m_gestureTicks.setInterval(100);
 }
 
 XPDFView::~XPDFView()
@@ -190,6 +194,8 @@ void XPDFView::setCurrentSelectionPage(const std::shared_ptr<PDFPage> &page)
 
 void XPDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 {
+    // A gesture never reaches into the next document.
+    endGesture();
     if (document != this->document()) {
         setSelectedAnn(nullptr);
         forgetUndoEntries();
@@ -280,23 +286,6 @@ void XPDFView::performEditCommand(const QString &command)
         selectAll();
     else if (command == QLatin1String("delete:"))
         removeAnnotation(selectedAnn());
-}
-
-void XPDFView::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && m_delegate2) {
-        m_delegate2->PDFViewESCKeyDown(this);
-        event->accept();
-        return;
-    }
-    // Delete and backspace take the selected annotation away, as the Edit menu's Delete does.
-    if ((event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
-        && event->modifiers() == Qt::NoModifier && selectedAnn()) {
-        removeAnnotation(selectedAnn());
-        event->accept();
-        return;
-    }
-    PDFView::keyPressEvent(event);
 }
 
 void XPDFView::focusInEvent(QFocusEvent *event)

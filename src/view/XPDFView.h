@@ -1,9 +1,8 @@
 #pragma once
 
-// The annotation-editing layer over the kit's reading view: the tool mode (read from the owner),
-// the selected annotation, the area selection, the missing colours of a document's annotations
-// filled in before it is shown, and every change of the annotations of a page, each undoable,
-// repainted, counted and announced by the same steps (XPDFView+Annotation.cpp). Main thread only.
+// The annotation-editing layer over the kit's reading view: tool, selected annotation, area
+// selection and ink stroke; every change of a page's annotations, undoable, repainted, counted
+// and announced alike (+Annotation); the pointer and key gestures (+Event and neighbours).
 
 #include "PDFToolMode.h"
 
@@ -12,6 +11,7 @@
 #include <kit/pdfview/PDFView.h>
 #include <kit/tabs/EditCommandResponder.h>
 
+#include <QCursor>
 #include <QPointer>
 #include <QRectF>
 #include <QString>
@@ -20,12 +20,14 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class BezierPath;
 class PDFAnnotation;
 class PDFDocument;
 class PDFViewDelegate2;
+struct XPDFViewGesture;
 
 class XPDFView : public PDFView, public EditCommandResponder
 {
@@ -160,6 +162,11 @@ public:
     bool validateEditCommand(const QString &command) const override;
     void performEditCommand(const QString &command) override;
 
+    // The ink stroke being drawn, in page space, and the page it began on; null while none is.
+    // Whoever grows the stroke posts PendingAnnInkDidChangeNotification with "Page".
+    std::shared_ptr<BezierPath> pendingInkPath() const { return m_pendingInkPath; }
+    std::shared_ptr<PDFPage> pendingInkPage() const { return m_pendingInkPage.lock(); }
+
     // The area selection, answered only in the area-selection tool: in any other tool the rect
     // reads empty and the setters do nothing, while what is stored stays until the next document.
     QRectF currentSelectionRect() const;
@@ -201,7 +208,76 @@ public:
     // suggested file name is the document's.
     void printWithAnnotations(bool withAnnotations);
 
+    // The cursors of the design, by name. One place maps them to what the desktop shows.
+    enum class DesignCursor {
+        Arrow,
+        IBeam,
+        PointingHand,
+        OpenHand,
+        ClosedHand,
+        Crosshair,
+        ResizeLeftRight,
+        ResizeUpDown,
+        ResizeDiagonal45, // bottom-left to top-right
+        ResizeDiagonal135, // top-left to bottom-right
+        ZoomIn,
+        ZoomOut,
+    };
+    static QCursor cursorNamed(DesignCursor name);
+    // The cursor of a resize handle (1 to 12) on a page turned by rotation degrees; none for
+    // other handles.
+    static std::optional<QCursor> cursorForResizeHandle(int handle, int rotation);
+    // The handle of a rect (the area selection) under a page point, within margin of it, corners
+    // before sides; 0 for none.
+    static int handleForRectAtPoint(const QRectF &rect, QPointF point, double margin);
+    // The cursor of an annotation tool; the subclass supplies it.
+    virtual QCursor cursorForToolMode(int mode) const;
+    // The cursor for the pointer at a view point with the modifiers held; none where the kit's
+    // own cursor (I-beam over text, arrow, hand over links) is the right one.
+    std::optional<QCursor> getCursorForEvent(QPointF viewPoint, Qt::KeyboardModifiers modifiers);
+    // Shows the cursor for where the pointer is now.
+    void doUpdateCursor();
+    // A gesture's cursor, over whatever the pointer would show; pops return to the one beneath.
+    // The stack is the view's own: nothing process-wide is overridden.
+    void pushCursor(const QCursor &cursor);
+    void popCursor();
+    int cursorStackDepth() const { return int(m_cursorStack.size()); }
+
+    // The stroke being drawn and the page it began on; null while no stroke is drawn. The path
+    // is in page space, and continues in the numbers of the page under the pointer once it
+    // leaves its own page.
+    std::shared_ptr<BezierPath> pendingInkPath() const { return m_pendingInkPath; }
+    std::shared_ptr<PDFPage> pendingInkPage() const { return m_pendingInkPage.lock(); }
+
+    // A press, drag or stroke is in progress (between a press and its release).
+    bool isTrackingGesture() const;
+    // Ends the gesture in progress as a release where the pointer was last seen would: used when
+    // no release will come (focus or window lost, a popup or dialog opened, the grab lost).
+    void endGesture();
+
+    // Moves the selected annotation by amount for an arrow key (Qt::Key_Up...), up meaning up on
+    // the screen whatever the page's rotation, within the page's display box.
+    void moveSelectedAnnotationForKey(int key, double amount);
+    // setBounds on the selected annotation.
+    void setSelectedAnnBounds(const QRectF &bounds);
+    // Toggles the bookmark of the page when the page point is on its ribbon; true when it was.
+    // This layer knows no bookmarks.
+    virtual bool hitBookmarkIndicatorWithPoint(QPointF point, const std::shared_ptr<PDFPage> &page)
+    {
+        Q_UNUSED(point);
+        Q_UNUSED(page);
+        return false;
+    }
+
 protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     bool vetoesHorizontalScroll() const override { return m_isClipViewFrozen; }
@@ -213,6 +289,35 @@ protected:
     std::weak_ptr<PDFPage> m_pendingInkPage;
 
 private:
+    // Gestures (XPDFView+Event.cpp and neighbours).
+    void beginPress(QMouseEvent *event, int clickCount);
+    void resolvePendingPress(bool nextIsDrag);
+    void continueAfterHit(bool hit);
+    bool hitAnnotationBegin();
+    bool hitAnnotationEnd(bool nextIsDrag);
+    void handToPlatform();
+    void startSwallowing(bool editAtEnd);
+    void gestureMove(QMouseEvent *event);
+    void gestureRelease(QMouseEvent *event);
+    void finishGesture(bool released);
+    void startDragToScroll();
+    void dragToScrollTo(QPointF globalPoint);
+    void startSelectArea();
+    void selectAreaTo(QPointF viewPoint, Qt::KeyboardModifiers modifiers);
+    void endSelectArea();
+    void eraseAt(QPointF viewPoint);
+    void newPendingInkPath();
+    void extendPendingInkPath(QPointF viewPoint);
+    void endPendingInkPath(QPointF viewPoint);
+    void startDragAnnotation();
+    void dragAnnotationStep(bool fromPointer);
+    bool dragAnnotationStillValid() const;
+    void doMoveAnnotation(QPointF viewPoint, QPointF offset);
+    void doResizeAnnotation(QPointF viewPoint, QPointF pressPoint, QRectF oldBounds, int handle);
+    void doResizeLineAnnotation(
+        QPointF viewPoint, QPointF pressPoint, QPointF oldStart, QPointF oldEnd, int handle);
+    void invalidateSelectionRect(const QRectF &rect, const std::shared_ptr<PDFPage> &page);
+    void showCursor(const std::optional<QCursor> &cursor, QMouseEvent *event);
     void addAnnotationNow(
         const std::shared_ptr<PDFAnnotation> &annotation, const std::shared_ptr<PDFPage> &page);
     void removeAnnotationNow(const std::shared_ptr<PDFAnnotation> &annotation);
@@ -238,4 +343,8 @@ private:
     std::shared_ptr<AnnotationPropertyMap> m_undoGroupOldPropertiesPerAnn;
     // Never shown: the view the print copy is printed from.
     PDFView *m_printView = nullptr;
+    std::unique_ptr<XPDFViewGesture> m_gesture;
+    std::vector<QCursor> m_cursorStack;
+    // Periodic steps of an annotation drag while the pointer rests, so that autoscrolling goes on.
+    QTimer m_gestureTicks;
 };

@@ -89,7 +89,9 @@ void GlobalServiceTest::storedWindowsComeBackInTheirFrames()
         { GlobalService::kLOW_URLs, FDEncodeURLs(QList<QUrl> { QUrl::fromLocalFile(missing) }) } };
     const QRect firstFrame(100, 120, 700, 500), secondFrame(50, 60, 640, 480);
     UserDefaults::standard().setObject(
-        QVariantList { windowRecord({ startTabRecord(), startTabRecord() }, 1, firstFrame),
+        // The middle tab is selected: neither the first nor the last one opened.
+        QVariantList {
+            windowRecord({ startTabRecord(), startTabRecord(), startTabRecord() }, 1, firstFrame),
             windowRecord({ skippedTab }, 0, secondFrame) },
         FDDefaults::LastOpenedWindows);
 
@@ -97,7 +99,7 @@ void GlobalServiceTest::storedWindowsComeBackInTheirFrames()
     QVERIFY(!m_service->restoringLastOpenedWindows());
     QCOMPARE(windows().size(), 2);
     TabStripModel *first = windows().at(0)->tabStripModel();
-    QCOMPARE(first->count(), 2);
+    QCOMPARE(first->count(), 3);
     QCOMPARE(first->selectedIndex(), 1);
     // Every tab of the second window was skipped: it comes back with a start tab.
     TabStripModel *second = windows().at(1)->tabStripModel();

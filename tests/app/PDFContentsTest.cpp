@@ -86,7 +86,11 @@ void PDFContentsTest::init()
 
 void PDFContentsTest::cleanup()
 {
-    Alert::setHandlerForTesting({});
+    // An alert that a test left on a timer must never open a real, blocking dialog.
+    Alert::setHandlerForTesting([](const AlertRequest &request) {
+        qWarning("alert after its test: %s", qPrintable(request.messageText));
+        return int(Alert::SecondButtonReturn);
+    });
     FDFilePanel::setHandlerForTesting({});
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
     // Closing its last tab closes the window.
@@ -245,6 +249,10 @@ void PDFContentsTest::untitledChangedDocumentPrompts()
     }
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
     QCOMPARE(QFileInfo::exists(target.toLocalFile()), chooseFile);
+    // A new file in a writable folder is no file without permission, even before it is written
+    // (the check answers after a delay).
+    QTest::qWait(900);
+    QCOMPARE(m_alerts.size(), 1);
 }
 
 void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
@@ -276,6 +284,14 @@ void PDFContentsTest::splitShowsTheSecondViewAndSwapExchangesPlaces()
     QCOMPARE(tab->secondaryPDFView()->parentWidget(), primaryPlace);
 
     // The view that takes the focus becomes the one the commands act on.
+    QApplication::setActiveWindow(m_window);
+    tab->primaryPDFView()->setFocus();
+    QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
+    // Swapping places keeps the focus where it was.
+    tab->swapPDFViews();
+    tab->swapPDFViews();
+    QCoreApplication::processEvents();
+    QCOMPARE(tab->selectedPDFView(), tab->primaryPDFView());
     int selections = 0;
     NotificationCenter::defaultCenter().addObserver(this,
         PDFContents::SelectedPDFViewDidChangeNotification, tab,

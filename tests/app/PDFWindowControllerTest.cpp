@@ -104,8 +104,8 @@ void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
     QCOMPARE(submenus, 4);
     // Every command of the window and the application has an item; tool, display, split,
     // sidebar and theme items one per tag.
-    QCOMPARE(documentCommands, 43);
-    QCOMPARE(commands.size(), 46);
+    QCOMPARE(documentCommands, 45);
+    QCOMPARE(commands.size(), 48);
     for (const char *command : { "newDocument:", "openDocument:", "performFindPanelAction:",
              "performSelectNextTabAction:", "performSelectPreviousTabAction:",
              "performCloseTabAction:", "performCloseWindowAction:", "onChangeTheme:",

@@ -4,7 +4,6 @@
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <navigation/FDCommonImageProvider.h>
-#include <navigation/PDFContentsBar.h>
 
 #include <QApplication>
 #include <QtTest>
@@ -20,7 +19,6 @@ private slots:
     void markersAreDistinctImages();
     void themeChangeRedrawsTheMarkers_data();
     void themeChangeRedrawsTheMarkers();
-    void barRepaintsItsBackgroundWithTheTheme();
 };
 
 namespace {
@@ -83,16 +81,6 @@ void FDCommonImageProviderTest::themeChangeRedrawsTheMarkers()
     QCOMPARE(centreFill(provider.secondaryIndicatorOnStateIcon()), wanted);
     QCOMPARE(centreFill(provider.primaryIndicatorOnStateIcon()), wanted);
     QVERIFY(pixels(provider.secondaryIndicatorOnStateIcon()) != before);
-}
-
-void FDCommonImageProviderTest::barRepaintsItsBackgroundWithTheTheme()
-{
-    PDFContentsBar bar;
-    bar.setAutoFillBackground(true);
-    FDThemeProvider::setCurrent(FDThemeProvider::night());
-    QCOMPARE(bar.palette().color(QPalette::Window),
-        FDThemeProvider::night()->color(FDTheme::toolbarBackgroundColor));
-    QVERIFY(!bar.contents());
 }
 
 int main(int argc, char *argv[])

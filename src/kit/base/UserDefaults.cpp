@@ -1,6 +1,7 @@
 #include "UserDefaults.h"
 
 #include "Archiver.h"
+#include "SettingsFileGuard.h"
 
 #include <QSettings>
 #include <QStandardPaths>
@@ -18,6 +19,14 @@ namespace {
 // value someone else stored as it stands. The archive, unlike a QVariant's QDataStream form,
 // checks every count against the bytes there are: the file is one a person may edit.
 const QString typedValueKey = QStringLiteral("Folidoc.TypedValue");
+
+// The store's path, after its file was checked for values that QSettings cannot read safely.
+QString guardedStorePath()
+{
+    const QString path = UserDefaults::storePath();
+    SettingsFileGuard::check(path);
+    return path;
+}
 
 QVariant encoded(const QVariant &value)
 {
@@ -153,7 +162,7 @@ void UserDefaults::registerDefaults(const QVariantMap &defaults)
 
 QVariant UserDefaults::userValue(const QString &key) const
 {
-    const QSettings settings(storePath(), QSettings::IniFormat);
+    const QSettings settings(guardedStorePath(), QSettings::IniFormat);
     return decoded(settings.value(key));
 }
 
@@ -254,7 +263,7 @@ void UserDefaults::setObject(const QVariant &value, const QString &key)
         removeObjectForKey(key);
         return;
     }
-    QSettings settings(storePath(), QSettings::IniFormat);
+    QSettings settings(guardedStorePath(), QSettings::IniFormat);
     settings.setValue(key, encoded(value));
     settings.sync();
     if (settings.status() != QSettings::NoError)
@@ -286,14 +295,14 @@ void UserDefaults::removeObjectForKey(const QString &key)
     // QSettings reads an empty key as "everything".
     if (key.isEmpty())
         return;
-    QSettings settings(storePath(), QSettings::IniFormat);
+    QSettings settings(guardedStorePath(), QSettings::IniFormat);
     settings.remove(key);
     settings.sync();
 }
 
 bool UserDefaults::synchronize()
 {
-    QSettings settings(storePath(), QSettings::IniFormat);
+    QSettings settings(guardedStorePath(), QSettings::IniFormat);
     settings.sync();
     return settings.status() == QSettings::NoError;
 }

@@ -54,6 +54,8 @@ struct PDFAnnotationPrivate
     pdf_obj *object = nullptr;
     // The dictionary is in its page's /Annots: the annotation is on that page.
     bool inFile = false;
+    // A property changed since the dictionary was last written (PDFPagePrivate::writesPending).
+    bool writePending = false;
     // After its page moved into another file: the position of its copy in the page's /Annots.
     int pendingIndex = -1;
 };

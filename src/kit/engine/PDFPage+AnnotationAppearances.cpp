@@ -79,6 +79,7 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
 {
     PDFPagePrivate &pd = PDFPagePrivate::of(page);
     resolveMovedLocked(pd, ctx);
+    writePendingLocked(pd, ctx);
     if (!pd.appearancesStale || !loaded)
         return;
     pdf_document *const doc = pd.handle->doc();
@@ -138,7 +139,8 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
 void prepareForOutputLocked(const PDFPage &page, fz_context *ctx, int index)
 {
     PDFPagePrivate &pd = PDFPagePrivate::of(page);
-    if (!pd.annotationsLoaded || (!pd.appearancesStale && !pd.annotationsMoved))
+    if (!pd.annotationsLoaded
+        || (!pd.appearancesStale && !pd.annotationsMoved && !pd.writesPending))
         return;
     mu::Error error;
     pdf_page *const loaded = pd.pageLocked(ctx, index, error);

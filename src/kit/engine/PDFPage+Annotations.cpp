@@ -12,6 +12,7 @@
 #include "PDFRenderPrivate.h"
 
 #include <kit/base/Geometry.h>
+#include <kit/base/MainQueue.h>
 
 #include <QHash>
 #include <QPainter>
@@ -355,6 +356,47 @@ void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)
     pd.annotationsMoved = any;
 }
 
+void writePendingLocked(PDFPagePrivate &pd, fz_context *ctx)
+{
+    if (!pd.writesPending || !pd.handle)
+        return;
+    pd.writesPending = false;
+    resolveMovedLocked(pd, ctx);
+    for (const auto &annotation : pd.annotations) {
+        PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(*annotation);
+        if (!std::exchange(ad.writePending, false) || !onPageInFile(pd, ad))
+            continue;
+        mu::Error error;
+        AnnotationIO::write(ctx, pd.handle->doc(), ad.object, *annotation, objectsIn(pd), error);
+    }
+}
+
+// Writes the dictionary at the next turn of the main event loop when the lock is free then;
+// otherwise a later turn tries again.
+void scheduleWrite(const PDFPage &page)
+{
+    PDFPagePrivate &pd = PDFPagePrivate::of(page);
+    if (pd.writeScheduled)
+        return;
+    pd.writeScheduled = true;
+    std::weak_ptr<const PDFPage> weak = page.shared_from_this();
+    MainQueue::async([weak] {
+        const auto alive = weak.lock();
+        if (!alive)
+            return;
+        PDFPagePrivate &later = PDFPagePrivate::of(*alive);
+        later.writeScheduled = false;
+        if (!later.writesPending || !later.handle)
+            return;
+        std::unique_lock<std::mutex> lock(later.handle->mutex(), std::try_to_lock);
+        if (!lock.owns_lock()) {
+            scheduleWrite(*alive);
+            return;
+        }
+        writePendingLocked(later, mu::context());
+    });
+}
+
 void annotationDidChange(PDFAnnotation &annotation, bool drawn)
 {
     const auto page = annotation.page();
@@ -365,13 +407,9 @@ void annotationDidChange(PDFAnnotation &annotation, bool drawn)
         return;
     PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(annotation);
     if (pd.handle) {
-        const mu::Lock lock(pd.handle->mutex());
-        fz_context *ctx = mu::context();
-        resolveMovedLocked(pd, ctx);
-        if (onPageInFile(pd, ad)) {
-            mu::Error error;
-            AnnotationIO::write(ctx, pd.handle->doc(), ad.object, annotation, objectsIn(pd), error);
-        }
+        ad.writePending = true;
+        pd.writesPending = true;
+        scheduleWrite(*page);
     }
     if (!drawn)
         return;
@@ -435,7 +473,9 @@ void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         d->appearancesStale = true;
     }
     ad.page = std::const_pointer_cast<PDFPage>(shared_from_this());
-    ++d->revision;
+    // One that engine drawing hides changes no rendered page.
+    if (ad.shouldDisplay)
+        ++d->revision;
 }
 
 void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
@@ -455,6 +495,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
         const int index = PDFPageInternals::treeIndex(*this);
         const mu::Lock lock(d->handle->mutex());
         fz_context *ctx = mu::context();
+        // The dictionary leaves with its last values, for an undo that adds it again.
+        writePendingLocked(*d, ctx);
         // Under the lock: a worker writing the document reads the list.
         std::erase(d->annotations, held);
         resolveMovedLocked(*d, ctx);
@@ -500,7 +542,8 @@ void PDFPage::removeAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
     }
     ad.page.reset();
     d->appearancesStale = true;
-    ++d->revision;
+    if (ad.shouldDisplay)
+        ++d->revision;
 }
 
 std::shared_ptr<PDFAnnotation> PDFPage::annotationAtPoint(const QPointF &point) const

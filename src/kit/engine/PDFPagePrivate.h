@@ -64,6 +64,11 @@ struct PDFPagePrivate
     bool appearancesStale = true;
     // The page moved into another file: its annotations wait to be bound to their copies.
     bool annotationsMoved = false;
+    // Property edits are written into the file once per turn of the main event loop, when the
+    // lock is free, and always before the file is read under the lock: so an edit never waits
+    // behind a worker recording the document.
+    bool writesPending = false;
+    bool writeScheduled = false;
     // Asked for annotation classes when the page is in no document (a copy).
     std::weak_ptr<PDFDocumentDelegate> delegate;
 };
@@ -96,6 +101,8 @@ bool onPageInFile(const PDFPagePrivate &page, const PDFAnnotationPrivate &annota
 // Binds the annotations of a page that moved into another file to their copies there; the lock
 // is held.
 void resolveMovedLocked(PDFPagePrivate &page, fz_context *ctx);
+// Writes the property edits not yet in the file (see PDFPagePrivate::writesPending).
+void writePendingLocked(PDFPagePrivate &page, fz_context *ctx);
 void loadAnnotations(const PDFPage &page);
 // Before a page leaves its file: each loaded annotation remembers its place in /Annots. The
 // caller holds the old file's lock.

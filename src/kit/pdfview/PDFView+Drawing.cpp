@@ -441,7 +441,10 @@ QWidget *PDFView::pageViewForPage(const std::shared_ptr<PDFPage> &page) const
 void PDFView::updatePageViews()
 {
     const QRectF visible = m_documentView.visibleRect();
-    const QRectF keep = visible.adjusted(0, -visible.height(), 0, visible.height());
+    // At least the area tiles are rendered ahead for (updateRenderRequests), so that a page
+    // has its view, and what the owner sets up in it, before its first render.
+    const QRectF keep = visible.adjusted(
+        -visible.width() / 2, -visible.height(), visible.width() / 2, visible.height());
     const QRectF drop = visible.adjusted(0, -3 * visible.height(), 0, 3 * visible.height());
     // Far out of view, or no longer laid out: the view goes.
     for (auto it = m_pageViews.begin(); it != m_pageViews.end();) {
@@ -449,9 +452,7 @@ void PDFView::updatePageViews()
         if (!it->second || rect.isEmpty() || !rect.intersects(drop)
             || it->second->page() != pageAt(it->first)) {
             if (it->second) {
-                if (m_delegate)
-                    m_delegate->pdfViewWillRemoveView(
-                        this, it->second, it->second->page(), it->first);
+                willRemovePageView(it->second, it->second->page(), it->first);
                 it->second->hide();
                 it->second->deleteLater();
             }
@@ -469,8 +470,7 @@ void PDFView::updatePageViews()
             m_pageViews[index] = view;
             view->setGeometry(pageRectInView(index));
             view->show();
-            if (m_delegate)
-                m_delegate->pdfViewDidAddView(this, view, m_pages[size_t(index)], index);
+            didAddPageView(view, m_pages[size_t(index)], index);
         }
     }
     for (const auto &[index, view] : m_pageViews) {
@@ -479,13 +479,24 @@ void PDFView::updatePageViews()
     }
 }
 
+void PDFView::didAddPageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index)
+{
+    if (m_delegate)
+        m_delegate->pdfViewDidAddView(this, pageView, page, index);
+}
+
+void PDFView::willRemovePageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index)
+{
+    if (m_delegate)
+        m_delegate->pdfViewWillRemoveView(this, pageView, page, index);
+}
+
 void PDFView::removeAllPageViews()
 {
     for (const auto &[index, view] : m_pageViews) {
         if (!view)
             continue;
-        if (m_delegate)
-            m_delegate->pdfViewWillRemoveView(this, view, view->page(), index);
+        willRemovePageView(view, view->page(), index);
         view->hide();
         view->deleteLater();
     }

@@ -80,6 +80,7 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     horizontalScrollBar()->setValue(0);
     verticalScrollBar()->setValue(0);
     m_postedPage = -1;
+    updatePasswordPanel();
     NotificationCenter::defaultCenter().post(DocumentChangedNotification, this);
     noteViewChanged();
 }

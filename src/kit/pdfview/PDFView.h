@@ -30,6 +30,7 @@ class PDFDocument;
 class PDFPage;
 class PDFPageRenderSource;
 class PDFPageView;
+class PDFPasswordPanel;
 class PDFRenderScheduler;
 class PDFSelection;
 class PDFViewDelegate;
@@ -89,6 +90,11 @@ public:
     void setBackgroundColor(const QColor &color);
     // Lays the pages out again after pages were added, removed or rotated.
     void layoutDocumentView();
+    // A locked document shows a password field in place of its pages. Unlocking lays the pages
+    // out, posts the document-changed notification again and calls documentDidUnlock, where
+    // subclasses finish loading (PDFView+Password.cpp).
+    bool unlockDocumentWithPassword(const QString &password);
+    PDFPasswordPanel *passwordPanel() const;
     PDFDocumentView &documentView() { return m_documentView; }
     const PDFDocumentView &documentView() const { return m_documentView; }
 
@@ -194,6 +200,11 @@ protected:
     // The action of the topmost link annotation under a page point, null without one.
     virtual std::shared_ptr<PDFAction> linkActionAtPoint(
         const std::shared_ptr<PDFPage> &page, const QPointF &pagePoint) const;
+    // A page view was made over a laid-out page, or is about to go (far out of view, or a new
+    // layout). Subclasses put their own widgets into it; the defaults tell the delegate.
+    virtual void didAddPageView(QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index);
+    virtual void willRemovePageView(
+        QWidget *pageView, const std::shared_ptr<PDFPage> &page, int index);
     // While true, changes of the horizontal scroll position are refused.
     virtual bool vetoesHorizontalScroll() const { return false; }
 
@@ -210,6 +221,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
 
+    virtual void documentDidUnlock() { }
+
 private:
     friend class PDFDocumentView;
     struct RenderState
@@ -224,6 +237,7 @@ private:
     int indexOfPage(const PDFPage *page) const;
     std::shared_ptr<PDFPage> pageAt(int index) const;
     void reloadPageSizes();
+    void updatePasswordPanel();
     // Page sizes are read lazily: the first pages at once, the rest a chunk per turn of the
     // event loop, and any page at once when it is needed.
     void loadPageSizes(int count);
@@ -323,6 +337,7 @@ private:
     QPointF m_dragPoint;
     QTimer m_autoscrollTimer;
     QPointer<QVariantAnimation> m_selectionAnimation;
+    QPointer<PDFPasswordPanel> m_passwordPanel;
     double m_selectionEmphasis = 0;
     bool m_revertingScroll = false;
 };

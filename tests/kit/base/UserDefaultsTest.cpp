@@ -143,6 +143,54 @@ private Q_SLOTS:
         QCOMPARE(defaults.stringForKey("Neighbour"), QString("other"));
     }
 
+    // A hand-edited or damaged file: QSettings would decode "@Variant" values with a reader that
+    // believes the counts they claim, so those that claim more than they hold leave the file.
+    void damagedVariantLinesAreTakenOutAndTheRestKept_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<bool>("kept");
+        QTest::newRow("list of two billion")
+            << QByteArray(R"x(Bad=@Variant(\0\0\0\t\x7f\xff\xff\xff))x") << false;
+        QTest::newRow("string list of a billion, quoted")
+            << QByteArray(R"x(Bad="@Variant(\0\0\0\v@\0\0\0)")x") << false;
+            QTest::newRow("map nested past any sense")
+            << QByteArray(
+                   R"x(Bad=@Variant(\0\0\0\b\0\0\0\x1\0\0\0\0\0\0\0\b\0\0\0\x1\0\0\0\0\0\0\0\b\xff\xff\xff\xff))x")
+            << false;
+        QTest::newRow("a type no store writes")
+            << QByteArray(R"x(Bad=@Variant(\0\0\0\x7f\0\0\0\x4Qt::X))x") << false;
+        QTest::newRow("cut short") << QByteArray(R"x(Bad=@Variant(\0\0\0\n\0\0\0\x10\0)x") << false;
+        QTest::newRow("a small real list")
+            << QByteArray(R"x(Bad=@Variant(\0\0\0\t\0\0\0\x1\0\0\0\x2\0\0\0\x5))x") << true;
+        QTest::newRow("a comma list, not a variant") << QByteArray("Bad=@Variant(x, y)") << true;
+    }
+
+    void damagedVariantLinesAreTakenOutAndTheRestKept()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, kept);
+        UserDefaults &defaults = UserDefaults::standard();
+        defaults.setObject(QVariantList { 1, "two", 3.5 }, "Mixed");
+        defaults.setObject(QVariantMap { { "a", QStringList { "x", "y" } } }, "Nested");
+        defaults.setObject(
+            QStringLiteral("semi;colon, comma = equals \"quoted\" \u00e9\u4e2d"), "Text");
+        QFile file(UserDefaults::storePath());
+        QVERIFY(file.open(QIODevice::Append));
+        file.write(line + "\nAfter=still here\n");
+        file.close();
+
+        QCOMPARE(defaults.objectForKey("Bad").isValid(), kept);
+        QCOMPARE(defaults.stringForKey("After"), QString("still here"));
+        QCOMPARE(defaults.arrayForKey("Mixed"), QVariantList({ 1, "two", 3.5 }));
+        QCOMPARE(defaults.dictionaryForKey("Nested").value("a").toStringList(),
+            QStringList({ "x", "y" }));
+        QCOMPARE(defaults.stringForKey("Text"),
+            QStringLiteral("semi;colon, comma = equals \"quoted\" \u00e9\u4e2d"));
+        // Writing afterwards goes through QSettings, which reads the file again first.
+        defaults.setInteger(7, "Later");
+        QCOMPARE(defaults.integerForKey("Later"), qint64(7));
+    }
+
     void registeredDefaultsLieUnderUserValues()
     {
         UserDefaults defaults;

@@ -22,10 +22,13 @@
 #include <kit/engine/PDFDocumentDelegate.h>
 #include <kit/engine/PDFPage.h>
 
+#include <QElapsedTimer>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
+#include <chrono>
 #include <limits>
 #include <thread>
 
@@ -238,6 +241,40 @@ private slots:
         QVERIFY(read);
         QCOMPARE(read->contents(), QStringLiteral("from a worker"));
         QVERIFY(read->hasAppearanceStream());
+    }
+
+    void editsDoNotWaitForAWorkerInTheDocument()
+    {
+        auto doc = open(PdfFixtures::build(PdfFixtures::textPages(2000, 40, 0)));
+        const auto square = makeAnnotation(QStringLiteral("Square"), QRectF(50, 50, 100, 100));
+        doc->pageAtIndex(0)->addAnnotation(square);
+        QElapsedTimer timer;
+        timer.start();
+        doc->dataRepresentation();
+        const double saveMs = double(timer.nsecsElapsed()) / 1e6;
+        if (saveMs < 20)
+            QSKIP("serialising is too quick here to hold the document for long");
+        // A worker holds the document while it serialises; the edits on this thread go on.
+        std::atomic<bool> started { false };
+        std::thread worker([&] {
+            started = true;
+            doc->dataRepresentation();
+        });
+        while (!started)
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        timer.restart();
+        for (int step = 1; step <= 20; ++step)
+            square->setBounds(QRectF(50 + step, 50, 100, 100));
+        const double editMs = double(timer.nsecsElapsed()) / 1e6;
+        worker.join();
+        QVERIFY2(editMs < saveMs / 4,
+            qPrintable(QStringLiteral("edits %1 ms, a save %2 ms").arg(editMs).arg(saveMs)));
+        // Written by the next turn of the event loop, and before any bytes are taken.
+        QCoreApplication::processEvents();
+        const auto read = only(reopen(*doc)->pageAtIndex(0), QStringLiteral("Square"));
+        QVERIFY(read);
+        QCOMPARE(read->bounds(), QRectF(70, 50, 100, 100));
     }
 
     void nonsenseValuesLeaveASoundFile()

@@ -219,6 +219,32 @@ private slots:
         QCOMPARE(recorder.summary(), hits);
     }
 
+    void findMatchesAPhraseAcrossALineBreak_data()
+    {
+        QTest::addColumn<QString>("phrase");
+        QTest::addColumn<int>("options");
+        // Line 1 of a page ends "adipiscing elit"; line 2 starts "Page 1 line 2".
+        QTest::newRow("exact case") << "elit Page 1 line 2" << 0;
+        QTest::newRow("any case") << "ELIT page 1" << int(PDFDocument::CaseInsensitiveSearch);
+    }
+    void findMatchesAPhraseAcrossALineBreak()
+    {
+        QFETCH(QString, phrase);
+        QFETCH(int, options);
+        auto lines = std::make_shared<PDFDocument>();
+        QVERIFY(lines->initWithData(PdfFixtures::build(PdfFixtures::textPages(2, 3, 0))));
+        FindRecorder recorder(lines);
+        lines->beginFindString(phrase, options);
+        QTRY_COMPARE(recorder.ends, 1);
+        QCOMPARE(recorder.hits.size(), 1);
+        const auto hit = recorder.hits.front();
+        QCOMPARE(lines->indexForPage(hit->pages().front()), 0);
+        // The hit covers both lines, so the view can show and select all of it.
+        QCOMPARE(hit->selectionsByLine().size(), size_t(2));
+        QVERIFY2(hit->string().simplified().compare(phrase, Qt::CaseInsensitive) == 0,
+            qPrintable(hit->string()));
+    }
+
     void cancelStopsAtOnce()
     {
         auto big = std::make_shared<PDFDocument>();

@@ -174,19 +174,28 @@ private slots:
         QFETCH(bool, shown);
         QFETCH(int, edits);
         QFETCH(bool, renders);
+        // A document of its own: no square of another row shows.
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(m_document->documentURL()));
         PDFView view;
-        show(view, m_document, 0.4);
+        show(view, document, 0.4);
         const auto visible = view.visiblePages();
         QVERIFY(visible.size() >= 2);
         const auto edited = visible[1];
         auto square = std::make_shared<PDFAnnotationSquare>();
-        QVERIFY(square->initWithBounds(QRectF(100, 100, 200, 100)));
+        QVERIFY(square->initWithBounds(QRectF(100, 600, 200, 100)));
         square->setShouldDisplay(shown);
+        square->setInteriorColor(Qt::white);
         edited->addAnnotation(square);
         QTRY_VERIFY(view.isVisibleAreaRendered());
+        // Tiles rendered ahead of the visible area may still be on their way.
+        QTRY_VERIFY(view.renderScheduler()->isIdle());
         QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
         for (int step = 0; step < edits; ++step) {
-            square->setBounds(QRectF(100 + step, 100, 200, 100));
+            square->setBounds(QRectF(100 + step, 600, 200, 100));
+            // The last edit fills it: the page shown must be the page as it is now.
+            if (step == edits - 1)
+                square->setInteriorColor(Qt::black);
             view.annotationsChangedOnPage(edited);
         }
         if (edits == 0)
@@ -195,6 +204,16 @@ private slots:
         QTest::qWait(200);
         QTRY_VERIFY(view.isVisibleAreaRendered());
         QCOMPARE(!tiles.isEmpty(), renders);
+        const double ratio = view.viewport()->devicePixelRatioF();
+        const QRectF inside = view.convertRectFromPage(QRectF(150 + edits, 620, 100, 60), edited);
+        const QRect pixels((inside.topLeft() * ratio).toPoint(), (inside.size() * ratio).toSize());
+        const QImage image = viewImage(view);
+        int dark = 0;
+        for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+            for (int x = pixels.left(); x <= pixels.right(); ++x)
+                dark += qGray(image.pixel(x, y)) < 100 ? 1 : 0;
+        // Filled black where the engine draws it; the page's own text covers far less.
+        QCOMPARE(dark > pixels.width() * pixels.height() * 9 / 10, shown && edits > 0);
         // The edited page only, each of its tiles once, however many edits the turn held.
         QSet<int> seen;
         for (const auto &arguments : std::as_const(tiles)) {

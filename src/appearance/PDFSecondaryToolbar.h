@@ -1,0 +1,36 @@
+#pragma once
+
+// The second row of a document tab: it shows the annotation bar while the tab asks for it, and
+// is of no height otherwise. Showing or hiding it leaves the page under the reader where it was.
+// Main thread only.
+
+#include <QPointer>
+#include <QWidget>
+
+class PDFAnnBar;
+class PDFContents;
+
+class PDFSecondaryToolbar : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int shownHeight = 38;
+
+    explicit PDFSecondaryToolbar(PDFContents *contents, QWidget *parent = nullptr);
+    ~PDFSecondaryToolbar() override;
+
+    PDFContents *contents() const { return m_contents; }
+    // Made at first use.
+    PDFAnnBar *annController();
+    // Starts following the tab and takes the height it asks for.
+    void onViewInit();
+    void onSecondaryToolbarVisibilityChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QPointer<PDFContents> m_contents;
+    QPointer<PDFAnnBar> m_annController;
+};

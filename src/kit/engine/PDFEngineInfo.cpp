@@ -1,0 +1,8 @@
+#include "PDFEngineInfo.h"
+
+#include <mupdf/fitz/version.h>
+
+QString PDFEngineInfo::libraryVersion()
+{
+    return QStringLiteral(FZ_VERSION);
+}

@@ -1,0 +1,204 @@
+#include "SidebarFixture.h"
+
+#include <app/PDFContents.h>
+#include <app/PDFWindowController.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
+#include <kit/engine/PDFOutline.h>
+#include <kit/tabs/TabStripModel.h>
+#include <navigation/PDFOutline+XExtensions.h>
+#include <support/TestTools.h>
+#include <view/FDPDFView.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTest>
+#include <QXmlStreamReader>
+
+namespace SidebarFixture {
+
+namespace {
+
+struct Node
+{
+    QString title;
+    int page = 0; // from 1; 0 for none
+    QList<Node> children;
+};
+
+QString format(const QList<Node> &nodes)
+{
+    QStringList parts;
+    for (const Node &node : nodes) {
+        QString part = node.title;
+        if (node.page > 0)
+            part += QLatin1Char('@') + QString::number(node.page);
+        if (!node.children.isEmpty())
+            part += QLatin1Char('(') + format(node.children) + QLatin1Char(')');
+        parts << part;
+    }
+    return parts.join(QLatin1Char(','));
+}
+
+QList<Node> fromJson(const QJsonArray &array)
+{
+    QList<Node> nodes;
+    for (const QJsonValue &value : array) {
+        const QJsonObject object = value.toObject();
+        nodes.append({ object.value(QStringLiteral("title")).toString(),
+            object.value(QStringLiteral("destpageposfrom1")).toInt(0),
+            fromJson(object.value(QStringLiteral("kids")).toArray()) });
+    }
+    return nodes;
+}
+
+// Poppler's XML: an <outline> right after an <item> holds that item's children.
+QList<Node> fromPopplerOutline(QXmlStreamReader &xml)
+{
+    QList<Node> nodes;
+    while (xml.readNextStartElement()) {
+        if (xml.name() == QLatin1String("item")) {
+            Node node;
+            node.page = xml.attributes().value(QStringLiteral("page")).toInt();
+            node.title = xml.readElementText();
+            nodes.append(node);
+        } else if (xml.name() == QLatin1String("outline")) {
+            const QList<Node> children = fromPopplerOutline(xml);
+            if (!nodes.isEmpty())
+                nodes.last().children = children;
+        } else {
+            xml.skipCurrentElement();
+        }
+    }
+    return nodes;
+}
+
+} // namespace
+
+PDFWindowController *makeWindow()
+{
+    auto *const window = TabWindowController::create<PDFWindowController>();
+    window->resize(900, 700);
+    window->openNewTab();
+    window->show();
+    return window;
+}
+
+PDFContents *openTab(PDFWindowController *window, const QUrl &url)
+{
+    auto *const tab = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, true, true));
+    const bool loaded = tab && QTest::qWaitFor([tab] {
+        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
+    });
+    return loaded ? tab : nullptr;
+}
+
+void closeWindow(QPointer<PDFWindowController> &window)
+{
+    TabStripModel *const model = window ? window->tabStripModel() : nullptr;
+    for (int index = 0; model && index < model->count(); ++index) {
+        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
+            for (FDPDFView *const view : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
+                if (const auto document = view->fdDocument())
+                    document->setNumberOfChanges(0);
+            }
+        }
+    }
+    delete window.data();
+    waitForSaves();
+}
+
+bool waitForSaves()
+{
+    return QTest::qWaitFor([] { return PDFSavingService::shared().numberOfTasks() == 0; }, 20000);
+}
+
+QString treeOf(const std::shared_ptr<PDFOutline> &root)
+{
+    const std::function<QList<Node>(const std::shared_ptr<PDFOutline> &)> walk
+        = [&](const std::shared_ptr<PDFOutline> &item) {
+              QList<Node> nodes;
+              for (int child = 0; item && child < item->numberOfChildren(); ++child) {
+                  const auto at = item->childAtIndex(child);
+                  nodes.append({ at->label(), pageIndex(*at) + 1, walk(at) });
+              }
+              return nodes;
+          };
+    return format(walk(root));
+}
+
+std::shared_ptr<PDFOutline> itemAt(const std::shared_ptr<PDFOutline> &root, const QString &path)
+{
+    auto item = root;
+    for (const QString &step : path.split(QLatin1Char('.'), Qt::SkipEmptyParts)) {
+        if (!item)
+            return nullptr;
+        item = item->childAtIndex(step.toInt());
+    }
+    return item;
+}
+
+QString outlineByQpdf(const QString &qpdf, const QString &path)
+{
+    const TestTools::RunResult result = TestTools::run(
+        qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=outlines"), path });
+    if (result.exitCode != 0)
+        return QStringLiteral("error: ") + QString::fromUtf8(result.err);
+    const QJsonDocument json = QJsonDocument::fromJson(result.out);
+    return format(fromJson(json.object().value(QStringLiteral("outlines")).toArray()));
+}
+
+QString outlineByPoppler(const QString &pdftohtml, const QString &path)
+{
+    const TestTools::RunResult result = TestTools::run(pdftohtml,
+        { QStringLiteral("-xml"), QStringLiteral("-i"), QStringLiteral("-q"),
+            QStringLiteral("-stdout"), QStringLiteral("-f"), QStringLiteral("1"),
+            QStringLiteral("-l"), QStringLiteral("1"), path });
+    if (result.exitCode != 0)
+        return QStringLiteral("error: ") + QString::fromUtf8(result.err);
+    QXmlStreamReader xml(result.out);
+    QList<Node> nodes;
+    // The outline is one element of the document element, after the pages.
+    if (xml.readNextStartElement()) {
+        while (xml.readNextStartElement()) {
+            if (xml.name() == QLatin1String("outline"))
+                nodes = fromPopplerOutline(xml);
+            else
+                xml.skipCurrentElement();
+        }
+    }
+    return format(nodes);
+}
+
+QString outlineByMuPDF(const QString &mutool, const QString &path)
+{
+    const TestTools::RunResult result
+        = TestTools::run(mutool, { QStringLiteral("show"), path, QStringLiteral("outline") });
+    if (result.exitCode != 0)
+        return QStringLiteral("error: ") + QString::fromUtf8(result.err);
+    // A line: a mark, one tab per level, the quoted title, a tab, "#page=N..." or nothing.
+    static const QRegularExpression line(QStringLiteral("^.(\\t+)\"(.*)\"(?:\\t#page=(\\d+))?"));
+    QList<Node> top;
+    QList<QList<Node> *> levels { &top };
+    for (const QString &text : QString::fromUtf8(result.out).split(QLatin1Char('\n'))) {
+        const QRegularExpressionMatch match = line.match(text);
+        if (!match.hasMatch())
+            continue;
+        const int depth = int(match.captured(1).size()) - 1;
+        while (levels.size() > depth + 1)
+            levels.removeLast();
+        if (levels.size() < depth + 1)
+            return QStringLiteral("error: a level skipped in ") + text;
+        // The tool writes a title as a C string: line breaks and quotes escaped.
+        QString title = match.captured(2);
+        title.replace(QStringLiteral("\\n"), QStringLiteral("\n"))
+            .replace(QStringLiteral("\\\""), QStringLiteral("\""));
+        levels.last()->append({ title, match.captured(3).toInt(), {} });
+        levels.append(&levels.last()->last().children);
+    }
+    return format(top);
+}
+
+} // namespace SidebarFixture

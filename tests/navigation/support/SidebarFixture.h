@@ -1,0 +1,39 @@
+#pragma once
+
+// A real window with a document tab for the sidebar's tests, and the outline of a saved file
+// as three other readers see it (qpdf's JSON, poppler's XML and MuPDF's tool), all written in
+// one form: "Title@page" with children in parentheses, siblings separated by commas; an item
+// without a page has no "@".
+
+#include <QPointer>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+class PDFContents;
+class PDFOutline;
+class PDFWindowController;
+
+namespace SidebarFixture {
+
+// A window of 900 by 700 with a start tab, shown.
+PDFWindowController *makeWindow();
+// Opens url in the window and waits until its primary view shows the document; null if not.
+PDFContents *openTab(PDFWindowController *window, const QUrl &url);
+// Drops what the tabs changed, closes the window and waits for the saving service.
+void closeWindow(QPointer<PDFWindowController> &window);
+// Waits until the saving service has no task left; false after 20 seconds.
+bool waitForSaves();
+
+// The tree under root (not the root itself), in the form above, pages counted from 1.
+QString treeOf(const std::shared_ptr<PDFOutline> &root);
+// The item at a path of child indexes such as "0.2" below root; null if there is none.
+std::shared_ptr<PDFOutline> itemAt(const std::shared_ptr<PDFOutline> &root, const QString &path);
+
+// The outline of a file as each reader prints it; a string starting with "error:" on failure.
+QString outlineByQpdf(const QString &qpdf, const QString &path);
+QString outlineByPoppler(const QString &pdftohtml, const QString &path);
+QString outlineByMuPDF(const QString &mutool, const QString &path);
+
+} // namespace SidebarFixture
