@@ -163,7 +163,8 @@ public:
     void performEditCommand(const QString &command) override;
 
     // The ink stroke being drawn, in page space, and the page it began on; null while none is.
-    // Whoever grows the stroke posts PendingAnnInkDidChangeNotification with "Page".
+    // The path continues in the numbers of the page under the pointer once it leaves its own
+    // page. Whoever grows the stroke posts PendingAnnInkDidChangeNotification with "Page".
     std::shared_ptr<BezierPath> pendingInkPath() const { return m_pendingInkPath; }
     std::shared_ptr<PDFPage> pendingInkPage() const { return m_pendingInkPage.lock(); }
 
@@ -242,12 +243,6 @@ public:
     void pushCursor(const QCursor &cursor);
     void popCursor();
     int cursorStackDepth() const { return int(m_cursorStack.size()); }
-
-    // The stroke being drawn and the page it began on; null while no stroke is drawn. The path
-    // is in page space, and continues in the numbers of the page under the pointer once it
-    // leaves its own page.
-    std::shared_ptr<BezierPath> pendingInkPath() const { return m_pendingInkPath; }
-    std::shared_ptr<PDFPage> pendingInkPage() const { return m_pendingInkPage.lock(); }
 
     // A press, drag or stroke is in progress (between a press and its release).
     bool isTrackingGesture() const;
