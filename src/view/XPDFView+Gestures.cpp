@@ -282,7 +282,12 @@ void XPDFView::endPendingInkPath(QPointF viewPoint)
         if (page)
             addAnnotationWithType(QStringLiteral("Ink"), page, QRectF());
     }
+    const auto strokePage = m_pendingInkPage.lock();
     m_pendingInkPath.reset();
     m_pendingInkPage.reset();
     viewport()->update();
+    // The overlay of the stroke's page lets go of the stroke it drew.
+    if (strokePage)
+        NotificationCenter::defaultCenter().post(PendingAnnInkDidChangeNotification, this,
+            { { QStringLiteral("Page"), QVariant::fromValue(strokePage) } });
 }
