@@ -98,6 +98,10 @@ void FDAnnFreeTextEditor::beginEditing()
         m_textField->setParent(view->viewport());
     m_textField->show();
     m_textField->raise();
+    // Page views made later (as pages scroll in) must not cover the field.
+    view->viewport()->installEventFilter(this);
+    if (QWidget *const pageView = view->pageViewForPage(annotation->page()))
+        pageView->update();
     m_textField->setFocus(Qt::OtherFocusReason);
     m_textField->moveCursor(QTextCursor::End);
     if (!m_isMonitoring) {
@@ -167,6 +171,10 @@ void FDAnnFreeTextEditor::textDidChange()
 
 bool FDAnnFreeTextEditor::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::ChildAdded && m_textField && watched == m_textField->parent()) {
+        m_textField->raise();
+        return false;
+    }
     if (watched == m_textField && event->type() == QEvent::KeyPress) {
         auto *const key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Escape) {
@@ -227,7 +235,10 @@ void FDAnnFreeTextEditor::finish()
         m_textField->setParent(nullptr);
     }
     if (view) {
+        view->viewport()->removeEventFilter(this);
         view->viewport()->update();
         view->setNeedsDisplayForAnnotation(annotation);
+        if (QWidget *const pageView = view->pageViewForPage(annotation->page()))
+            pageView->update();
     }
 }
