@@ -1,6 +1,9 @@
 #include "PDFContentsConainer.h"
 
 #include "PDFContents.h"
+#include "containers/PDFViewBottomContainer.h"
+#include "containers/PDFViewRightContainer.h"
+#include "containers/PDFViewTopLeftContainer.h"
 
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
@@ -36,14 +39,6 @@ QFrame *makeFrame(const QString &name)
     frame->setObjectName(name);
     frame->setAutoFillBackground(true);
     return frame;
-}
-
-QWidget *makePlace(const QString &name)
-{
-    auto *const place = new QWidget;
-    place->setObjectName(name);
-    fillingLayout(place);
-    return place;
 }
 
 void setBackground(QWidget *widget, const QColor &colour)
@@ -102,9 +97,12 @@ PDFContentsConainer::PDFContentsConainer(
     m_vertPDFSplitView = makeSplitter(Qt::Horizontal, QStringLiteral("vertPDFSplitView"));
     m_horiPDFSplitView = makeSplitter(Qt::Vertical, QStringLiteral("horiPDFSplitView"));
     fillingLayout(m_pdfAreaView)->addWidget(m_vertPDFSplitView);
-    m_topLeftContainer = makePlace(QStringLiteral("topLeftContainer"));
-    m_rightContainer = makePlace(QStringLiteral("rightContainer"));
-    m_bottomContainer = makePlace(QStringLiteral("bottomContainer"));
+    m_topLeftContainer = new PDFViewTopLeftContainer(contents);
+    m_topLeftContainer->setObjectName(QStringLiteral("topLeftContainer"));
+    m_rightContainer = new PDFViewRightContainer(contents);
+    m_rightContainer->setObjectName(QStringLiteral("rightContainer"));
+    m_bottomContainer = new PDFViewBottomContainer(contents);
+    m_bottomContainer->setObjectName(QStringLiteral("bottomContainer"));
     m_horiPDFSplitView->addWidget(m_topLeftContainer);
     m_horiPDFSplitView->addWidget(m_bottomContainer);
     m_vertPDFSplitView->addWidget(m_horiPDFSplitView);
@@ -137,6 +135,9 @@ void PDFContentsConainer::onViewInit()
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
         nullptr, [this](const Notification &) { onThemeChanged(); });
     updateDividers();
+    for (PDFViewContainer *const place :
+        { m_topLeftContainer, m_rightContainer, m_bottomContainer })
+        place->onViewInit();
 }
 
 void PDFContentsConainer::placeView(FDPDFView *view, QWidget *place)

@@ -5,6 +5,8 @@
 // the pages editor. It follows the tab's notifications to show and hide its areas and holds no
 // document logic. Main thread only.
 
+#include "containers/PDFViewContainer.h"
+
 #include <QFrame>
 #include <QPointer>
 #include <QSplitter>
@@ -38,9 +40,9 @@ public:
     QWidget *pdfAreaView() const { return m_pdfAreaView; }
     // The places of the views: the first always shows, the right one beside it in a side-by-side
     // split, the bottom one below it in a split one above the other.
-    QWidget *topLeftContainer() const { return m_topLeftContainer; }
-    QWidget *rightContainer() const { return m_rightContainer; }
-    QWidget *bottomContainer() const { return m_bottomContainer; }
+    PDFViewContainer *topLeftContainer() const { return m_topLeftContainer; }
+    PDFViewContainer *rightContainer() const { return m_rightContainer; }
+    PDFViewContainer *bottomContainer() const { return m_bottomContainer; }
 
     // Puts a view into a place, filling it.
     static void placeView(FDPDFView *view, QWidget *place);
@@ -64,7 +66,7 @@ private:
     QFrame *m_sidebarContainer = nullptr;
     QFrame *m_searchResultsContainer = nullptr;
     QWidget *m_pdfAreaView = nullptr;
-    QWidget *m_topLeftContainer = nullptr;
-    QWidget *m_rightContainer = nullptr;
-    QWidget *m_bottomContainer = nullptr;
+    PDFViewContainer *m_topLeftContainer = nullptr;
+    PDFViewContainer *m_rightContainer = nullptr;
+    PDFViewContainer *m_bottomContainer = nullptr;
 };

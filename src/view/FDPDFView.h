@@ -8,10 +8,12 @@
 
 #include "PDFViewScaleMode.h"
 #include "XPDFView.h"
+#include "editors/FDAnnotationEditor.h"
 
 #include <kit/engine/PDFDocumentDelegate.h>
 
 #include <QColor>
+#include <QPointer>
 #include <QUrl>
 
 #include <functional>
@@ -23,8 +25,10 @@ class BezierPath;
 class FDDocument;
 class FDDocumentDelegate;
 class PDFOutline;
+class QAction;
+class QMenu;
 
-class FDPDFView : public XPDFView
+class FDPDFView : public XPDFView, public FDAnnotationEditorDelegate
 {
     Q_OBJECT
 
@@ -113,6 +117,54 @@ public:
     // The "selectAll:" command: all text, in the text tool only.
     void selectAllCommand();
 
+    // Commands at a place (FDPDFView+Pasteboard.cpp, FDPDFView+ContextMenu.cpp). The place is the
+    // page under the pointer, or under the point of the click that opened the context menu, and
+    // the point on it; off the pages, the middle of the current page. Asking for it, as every
+    // validation of such a command does, starts a new paste staircase if the pointer moved.
+    struct CommandPlace
+    {
+        std::shared_ptr<PDFPage> page;
+        QPointF point; // page space
+    };
+    CommandPlace placeOfCommand(const std::optional<QPointF> &clickPoint = std::nullopt) const;
+    // The pointer in view space, wherever it is.
+    QPointF mouseLocation() const;
+    // The annotation pasteboard types a paste reads, in the order it tries them.
+    static QStringList pasteboardAnnTypes();
+    // A markup goes as its text only; another kind as its pasteboard form (a note or a free
+    // text with its text beside it, for other programs).
+    void copyToPasteboard(const std::shared_ptr<PDFAnnotation> &annotation);
+    // The selected annotation, else the selected text, else the area selection.
+    void copyCommand();
+    void cutCommand();
+    // The first annotation the pasteboard holds, with its top-left corner at the place, 10 points
+    // further right and down for each paste since the pointer last moved; else its text as a
+    // free text box.
+    void pasteCommand(const std::optional<QPointF> &clickPoint = std::nullopt);
+    bool canPaste() const;
+    // The area selection as PDF (only when the document allows printing) and as TIFF and PNG
+    // images, in the area tool; false when nothing was written.
+    bool writeSelectionToPasteboard(const QStringList &types);
+    void onAddFreeText(const std::optional<QPointF> &clickPoint = std::nullopt);
+    void onAddText(const std::optional<QPointF> &clickPoint = std::nullopt);
+    void onAddBookmark(const std::optional<QPointF> &clickPoint = std::nullopt);
+    // The context menu for a click at a view point; the caller owns it. Right-clicking an
+    // annotation selects it. Each item is named by its command ("paste:") and carries its point
+    // or URL as data.
+    QMenu *menuForEvent(const QPointF &viewPoint);
+    bool validateMenuAction(const QAction &action) const;
+    void performMenuAction(const QAction &action);
+    // The Edit menu's Cut, Copy, Paste and Delete, and Select All.
+    bool respondsToEditCommand(const QString &command) const override;
+    bool validateEditCommand(const QString &command) const override;
+    void performEditCommand(const QString &command) override;
+
+    // Text editors (FDPDFView+Editors.cpp): the one open editor of a free text or a note.
+    FDAnnotationEditor *annEditor() const { return m_annEditor; }
+    void editSelectedAnnotation() override;
+    void commitEditing() override;
+    void discardEditing() override;
+    void annEditorWillCloseWithEditor(FDAnnotationEditor *editor) override;
     // Tool cursors: an arrow outside the annotation tools; a crosshair for the shapes and ink, an
     // I-beam for the markup tools, an arrow for the others. Made once per tool.
     QCursor cursorForToolMode(int mode) const override;
@@ -149,6 +201,7 @@ protected:
     void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void documentDidUnlock() override;
     void mouseMoveEvent(QMouseEvent *event) override;
     bool viewportEvent(QEvent *event) override;
@@ -179,6 +232,8 @@ private:
     PDFViewScaleMode m_scaleMode = PDFViewScaleMode::none;
     double m_scaleFactorByMode = 0;
     int m_updatePauses = 0;
+    mutable QPointF m_lastPasteMouseLocation;
+    QPointer<FDAnnotationEditor> m_annEditor;
     // The page whose ribbon corner the pointer is in.
     std::weak_ptr<PDFPage> m_bookmarkHotAreaPage;
     // Page index to its first outline item in reading order; the keys are kept ascending.

@@ -48,6 +48,9 @@ void QKOverlayView::drawAnnotation(QPainter &painter, const PDFAnnotation &annot
         drawNote(painter, annotation);
         return;
     }
+    // A box being typed into shows in its field; its own picture would double the text.
+    if (isFreeText(annotation) && isEditing(annotation))
+        return;
     // drawWithBox draws in the coordinates of the rotated box at scale 1.
     const PageGeometry geometry(page()->boundsForBox(m_pdfView->displayBox()), page()->rotation());
     const QSizeF size = geometry.viewSize();

@@ -107,6 +107,8 @@ void XPDFView::addAnnotationNow(
 
 void XPDFView::removeAnnotationNow(const std::shared_ptr<PDFAnnotation> &annotation)
 {
+    // First, since an editor that closes on an empty text removes its annotation itself.
+    commitEditing();
     const std::shared_ptr<PDFPage> page = annotation->page();
     if (!page)
         return;
@@ -115,7 +117,6 @@ void XPDFView::removeAnnotationNow(const std::shared_ptr<PDFAnnotation> &annotat
             this, [this, annotation, page] { addAnnotationNow(annotation, page); });
         m_undoManager->setActionName(DeleteAnnotationActionName);
     }
-    commitEditing();
     if (selectedAnn() == annotation)
         setSelectedAnn(nullptr);
     page->removeAnnotation(annotation);

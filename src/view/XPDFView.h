@@ -113,6 +113,15 @@ public:
     // editor is open. Null, with nothing posted, for anything else.
     std::shared_ptr<PDFAnnotation> addAnnotationWithType(
         const QString &type, std::shared_ptr<PDFPage> page, QRectF bounds);
+    // A free text of the text at origin (its top-left corner), a third of the page's width wide
+    // and as high as the text wraps there, moved one step further down the paste staircase.
+    // Null without text or page, or while a text is being edited.
+    std::shared_ptr<PDFAnnotation> addFreeTextWithContents(
+        const QString &text, const std::shared_ptr<PDFPage> &page, const QPointF &origin);
+    // Pastes in a row at one place; the owner resets it when the pointer moves.
+    qint64 pasteCounter() const { return m_pasteCounter; }
+    void setPasteCounter(qint64 counter) const { m_pasteCounter = counter; }
+
     // The undo of property edits: every annotation of the map goes back to its recorded values.
     void setAnnotationProperties(const std::shared_ptr<AnnotationPropertyMap> &map);
     // Rotates a page by a multiple of 90 degrees, undoably.
@@ -316,6 +325,8 @@ private:
     quint64 m_instanceId = 0;
     qint64 m_viewMode = 0;
     bool m_isClipViewFrozen = false;
+    // Moved by every request for a command's place, validation included.
+    mutable qint64 m_pasteCounter = 0;
     std::weak_ptr<PDFAnnotation> m_selectedAnn;
     QPointer<UndoManager> m_undoManager;
     std::vector<std::shared_ptr<PDFAnnotation>> m_observedAnns;

@@ -476,6 +476,12 @@ QByteArray PDFPage::PDFDataForRect(const QRectF &rect) const
 
 QByteArray PDFPage::TIFFDataForRect(const QRectF &rect) const
 {
+    const QImage image = imageForRect(rect);
+    return image.isNull() ? QByteArray() : TiffWriter::encode(image);
+}
+
+QImage PDFPage::imageForRect(const QRectF &rect) const
+{
     const auto source = renderSource(PDFDisplayBox::MediaBox);
     const auto list = source ? source->buildDisplayList() : nullptr;
     const QRectF area = PageGeometry(rect, rotation()).viewRect(rect);
@@ -487,7 +493,7 @@ QByteArray PDFPage::TIFFDataForRect(const QRectF &rect) const
         QImage::Format_ARGB32_Premultiplied);
     if (!list->render(image, toArea))
         return {};
-    return TiffWriter::encode(image);
+    return image;
 }
 
 std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(

@@ -91,6 +91,8 @@ public:
     // A one-page document cropped to the area, and the area rendered at 72 dpi as TIFF.
     QByteArray PDFDataForRect(const QRectF &rect) const;
     QByteArray TIFFDataForRect(const QRectF &rect) const;
+    // The area as the TIFF shows it, at 72 dpi; null when it can't be drawn.
+    QImage imageForRect(const QRectF &rect) const;
 
     // An immutable snapshot for rendering on workers, with fresh annotation appearances; it
     // shows the annotations whose shouldDisplay is true (and, for printing, shouldPrint). Null
