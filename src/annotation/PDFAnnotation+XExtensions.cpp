@@ -293,13 +293,16 @@ AnnotationResizeHandle resizeHandleForPoint(
             static_cast<const PDFAnnotationLine &>(annotation), point, scaleFactor);
     if (!isResizable(annotation))
         return AnnotationResizeHandleNone;
-    const double s = HandleHalfSide / scaleFactor;
-    const QRectF bounds = annotation.bounds();
-    if (!Geometry::pointInRect(point, Geometry::insetRect(bounds, -s, -s)))
+    return resizeHandleForRect(annotation.bounds(), point, HandleHalfSide / scaleFactor);
+}
+
+AnnotationResizeHandle resizeHandleForRect(const QRectF &rect, QPointF point, double margin)
+{
+    if (!Geometry::pointInRect(point, Geometry::insetRect(rect, -margin, -margin)))
         return AnnotationResizeHandleNone;
-    const double minX = bounds.left(), maxX = bounds.right(), midX = minX + bounds.width() / 2;
-    const double minY = bounds.top(), maxY = bounds.bottom(), midY = minY + bounds.height() / 2;
-    // Corners first, so that on a small annotation a corner wins over the sides it overlaps.
+    const double minX = rect.left(), maxX = rect.right(), midX = minX + rect.width() / 2;
+    const double minY = rect.top(), maxY = rect.bottom(), midY = minY + rect.height() / 2;
+    // Corners first, so that on a small rect a corner wins over the sides it overlaps.
     const std::array<std::pair<QPointF, AnnotationResizeHandle>, 8> handles { {
         { { maxX, minY }, AnnotationResizeHandleBottomRight },
         { { maxX, maxY }, AnnotationResizeHandleTopRight },
@@ -310,8 +313,10 @@ AnnotationResizeHandle resizeHandleForPoint(
         { { midX, maxY }, AnnotationResizeHandleTop },
         { { minX, midY }, AnnotationResizeHandleLeft },
     } };
+    const double side = 2 * margin;
     for (const auto &[centre, handle] : handles) {
-        if (Geometry::pointInRect(point, QRectF(centre.x() - s, centre.y() - s, 2 * s, 2 * s)))
+        if (Geometry::pointInRect(
+                point, QRectF(centre.x() - margin, centre.y() - margin, side, side)))
             return handle;
     }
     return AnnotationResizeHandleNone;

@@ -76,6 +76,8 @@ QRectF displayRectForBounds(const PDFAnnotation &annotation, QRectF bounds, doub
 // The handle under a page point at the view's scale; handles keep their size on screen.
 AnnotationResizeHandle resizeHandleForPoint(
     const PDFAnnotation &annotation, QPointF point, double scaleFactor);
+// The handle of a rect under a page point, within margin of it: corners before sides.
+AnnotationResizeHandle resizeHandleForRect(const QRectF &rect, QPointF point, double margin);
 // A line whose start and end points coincide.
 bool isEmptyLine(const PDFAnnotation &annotation);
 

@@ -25,18 +25,7 @@ constexpr int Side = 18;
 
 QIcon drawn(const std::function<void(QPainter &)> &draw)
 {
-    QIcon icon;
-    for (const int ratio : { 1, 2 }) {
-        QPixmap pixmap(Side * ratio, Side * ratio);
-        pixmap.setDevicePixelRatio(ratio);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        draw(painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    return FDToolbarIcons::drawnIcon(QSizeF(Side, Side), draw);
 }
 
 QPen pen(const QColor &color, double width = 1.4)
@@ -153,4 +142,20 @@ QIcon FDToolbarIcons::colorIcon(const QColor &fill, const QColor &color)
         painter.setBrush(fill);
         painter.drawEllipse(oval);
     });
+}
+
+QIcon FDToolbarIcons::drawnIcon(const QSizeF &size, const std::function<void(QPainter &)> &draw)
+{
+    QIcon icon;
+    for (const double ratio : { 1.0, 2.0 }) {
+        QPixmap pixmap(qRound(size.width() * ratio), qRound(size.height() * ratio));
+        pixmap.setDevicePixelRatio(ratio);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        draw(painter);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
 }

@@ -7,6 +7,10 @@
 #include <QIcon>
 #include <QString>
 
+#include <functional>
+
+class QPainter;
+
 class FDToolbarIcons
 {
 public:
@@ -29,4 +33,6 @@ public:
     static QIcon annotationIcon(const QString &type, const QColor &color);
     // A ring of the given colour (clear: a crossed ring), as the colour button shows.
     static QIcon colorIcon(const QColor &fill, const QColor &color);
+    // A picture of the given size in points drawn by draw, at the densities of 1 and 2.
+    static QIcon drawnIcon(const QSizeF &size, const std::function<void(QPainter &)> &draw);
 };

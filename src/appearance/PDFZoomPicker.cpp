@@ -2,6 +2,7 @@
 
 #include "FDTheme.h"
 #include "FDThemeProvider.h"
+#include "FDToolbarIcons.h"
 
 #include <app/PDFContents.h>
 #include <kit/base/NotificationCenter.h>
@@ -28,18 +29,7 @@ QColor ink()
 
 QIcon picture(const QSizeF &size, const std::function<void(QPainter &)> &draw)
 {
-    QIcon icon;
-    for (const double ratio : { 1.0, 2.0 }) {
-        QPixmap pixmap(qRound(size.width() * ratio), qRound(size.height() * ratio));
-        pixmap.setDevicePixelRatio(ratio);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        draw(painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    return FDToolbarIcons::drawnIcon(size, draw);
 }
 
 QFont systemFont(double size)

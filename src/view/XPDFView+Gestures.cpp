@@ -28,27 +28,7 @@ constexpr int MinimumInkElements = 4;
 
 int XPDFView::handleForRectAtPoint(const QRectF &rect, QPointF point, double margin)
 {
-    if (!Geometry::pointInRect(point, Geometry::insetRect(rect, -margin, -margin)))
-        return 0;
-    const double minX = rect.x(), maxX = rect.x() + rect.width(), midX = minX + rect.width() / 2;
-    const double minY = rect.y(), maxY = rect.y() + rect.height(), midY = minY + rect.height() / 2;
-    // Corners first, as for annotations.
-    const std::pair<QPointF, int> handles[] = {
-        { { maxX, minY }, AnnotationResizeHandleBottomRight },
-        { { maxX, maxY }, AnnotationResizeHandleTopRight },
-        { { minX, minY }, AnnotationResizeHandleBottomLeft },
-        { { minX, maxY }, AnnotationResizeHandleTopLeft },
-        { { maxX, midY }, AnnotationResizeHandleRight },
-        { { midX, minY }, AnnotationResizeHandleBottom },
-        { { midX, maxY }, AnnotationResizeHandleTop },
-        { { minX, midY }, AnnotationResizeHandleLeft },
-    };
-    for (const auto &[centre, handle] : handles) {
-        const QRectF square(centre.x() - margin, centre.y() - margin, 2 * margin, 2 * margin);
-        if (Geometry::pointInRect(point, square))
-            return handle;
-    }
-    return 0;
+    return resizeHandleForRect(rect, point, margin);
 }
 
 void XPDFView::startDragToScroll()
