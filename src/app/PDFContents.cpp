@@ -17,8 +17,10 @@
 #include <kit/base/UndoManager.h>
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFSelection.h>
+#include <navigation/PDFSearchSidebarContainer.h>
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarOutlineContents.h>
+#include <navigation/PDFViewSearcher.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -75,6 +77,11 @@ PDFContents::PDFContents(const QUrl &url, QObject *parent)
     // The sidebar follows the tab from its creation on, shown or not.
     m_sidebarContainer = new PDFSidebarContainer(this, m_container->sidebarContainer());
     m_container->sidebarContainer()->layout()->addWidget(m_sidebarContainer);
+    m_primarySearcher = new PDFViewSearcher(this, m_primaryPDFView, this);
+    m_secondarySearcher = new PDFViewSearcher(this, m_secondaryPDFView, this);
+    m_searchSidebarContainer
+        = new PDFSearchSidebarContainer(this, m_container->searchResultsContainer());
+    m_container->searchResultsContainer()->layout()->addWidget(m_searchSidebarContainer);
     m_primaryReloader = new FDDocumentReloader(m_primaryPDFView, this);
     m_secondaryReloader = new FDDocumentReloader(m_secondaryPDFView, this);
     setUrlFromURL(url);
@@ -97,6 +104,21 @@ PDFContents::~PDFContents()
 PDFSidebarContainer *PDFContents::sidebarContainer() const
 {
     return m_sidebarContainer;
+}
+
+PDFSearchSidebarContainer *PDFContents::searchSidebarContainer() const
+{
+    return m_searchSidebarContainer;
+}
+
+PDFViewSearcher *PDFContents::primarySearcher() const
+{
+    return m_primarySearcher;
+}
+
+PDFViewSearcher *PDFContents::secondarySearcher() const
+{
+    return m_secondarySearcher;
 }
 
 void PDFContents::registerAsDocumentContents()

@@ -23,7 +23,9 @@
 
 class FDDocument;
 class FDDocumentReloader;
+class PDFSearchSidebarContainer;
 class PDFSidebarContainer;
+class PDFViewSearcher;
 struct Notification;
 
 enum class PDFSplitViewMode : int { none = 0, horizontal = 1, vertical = 2 };
@@ -63,6 +65,10 @@ public:
     QWidget *pdfAreaView() const { return m_pdfAreaView; }
     PDFContentsConainer *container() const { return m_container; }
     PDFSidebarContainer *sidebarContainer() const;
+    PDFSearchSidebarContainer *searchSidebarContainer() const;
+    // One searcher for each view; each keeps its own list of hits.
+    PDFViewSearcher *primarySearcher() const;
+    PDFViewSearcher *secondarySearcher() const;
     FDPDFView *selectedPDFView() const { return m_selectedPDFView; }
     FDPDFView *primaryPDFView() const { return m_primaryPDFView; }
     FDPDFView *secondaryPDFView() const { return m_secondaryPDFView; }
@@ -158,6 +164,9 @@ private:
     std::optional<QString> m_queryString;
     QPointer<PDFContentsConainer> m_container;
     QPointer<PDFSidebarContainer> m_sidebarContainer;
+    QPointer<PDFSearchSidebarContainer> m_searchSidebarContainer;
+    QPointer<PDFViewSearcher> m_primarySearcher;
+    QPointer<PDFViewSearcher> m_secondarySearcher;
     QPointer<UndoManager> m_undoManager;
     // One per view; children of the tab.
     QPointer<FDDocumentReloader> m_primaryReloader;

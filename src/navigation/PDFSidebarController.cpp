@@ -2,6 +2,7 @@
 
 #include "FDCommonImageProvider.h"
 #include "FDVerticalTabBar.h"
+#include "PDFSidebarAnnContents.h"
 #include "PDFSidebarBookmarkContents.h"
 #include "PDFSidebarOutlineContents.h"
 #include "PDFSidebarTabContents.h"
@@ -59,7 +60,7 @@ PDFSidebarTabContents *makeTab(PDFSidebarMode mode)
     case PDFSidebarMode::bookmarks:
         return new PDFSidebarBookmarkContents;
     case PDFSidebarMode::annotations:
-        break;
+        return new PDFSidebarAnnContents;
     }
     return new PlainTabContents(PDFSidebarController::tr("Annotations"));
 }

@@ -1,0 +1,112 @@
+// folidoc-bench search FILE.pdf WORD: a search in a real window, as a user starts it with
+// Return. The time to the first batch of rows, to the end, the hits, the longest main-thread
+// step while the search runs and while the finished list is scrolled from top to bottom, and
+// the time pdftotext and mutool take to extract the same file's text, for comparison.
+
+#include "BenchCommand.h"
+
+#include <app/FDDefaults.h>
+#include <app/PDFContents.h>
+#include <app/PDFWindowController.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
+#include <kit/base/NotificationCenter.h>
+#include <navigation/PDFSearchSidebarContainer.h>
+#include <navigation/PDFSearchSidebarContents.h>
+#include <navigation/PDFViewSearcher.h>
+#include <view/FDPDFView.h>
+
+#include <QElapsedTimer>
+#include <QListView>
+#include <QProcess>
+#include <QScrollBar>
+#include <QtCore/qtestsupport_core.h>
+
+namespace {
+
+// Wall time of a tool over the file, in milliseconds; -1 when it cannot run.
+double toolTime(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    QElapsedTimer timer;
+    timer.start();
+    process.start(program, arguments);
+    if (!process.waitForStarted(5000) || !process.waitForFinished(600000))
+        return -1;
+    return timer.nsecsElapsed() / 1e6;
+}
+
+int runSearch(const QStringList &arguments)
+{
+    if (arguments.size() < 2)
+        return 2;
+    const QString path = arguments.at(0);
+    const QString word = arguments.at(1);
+    FDDefaults::registerDefaults();
+    PDFContents::registerAsDocumentContents();
+    QPointer<PDFWindowController> window = TabWindowController::create<PDFWindowController>();
+    window->resize(1200, 900);
+    window->show();
+    auto *const tab = qobject_cast<PDFContents *>(
+        window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
+    if (!tab
+        || !QTest::qWaitFor(
+            [tab] {
+                return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
+            },
+            60000))
+        return 1;
+    FDPDFView *const view = tab->primaryPDFView();
+    double firstBatch = -1;
+    bool ended = false;
+    QElapsedTimer timer;
+    NotificationCenter &qk = NotificationCenter::qkCenter();
+    int observer = 0;
+    qk.addObserver(&observer, PDFViewSearcher::SearchDidFindMatchesNotification, view,
+        [&](const Notification &) {
+            if (firstBatch < 0)
+                firstBatch = timer.nsecsElapsed() / 1e6;
+        });
+    qk.addObserver(&observer, PDFViewSearcher::SearchDidEndNotification, view,
+        [&](const Notification &) { ended = true; });
+    timer.start();
+    tab->setQueryString(word);
+    double maxStall = 0;
+    while (!ended) {
+        QElapsedTimer turn;
+        turn.start();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        maxStall = std::max(maxStall, turn.nsecsElapsed() / 1e6);
+    }
+    const double total = timer.nsecsElapsed() / 1e6;
+    qk.removeObserver(&observer);
+    // The finished list scrolled from top to bottom, half a screen a step.
+    QListView *const list = tab->searchSidebarContainer()->controller()->listView();
+    QScrollBar *const bar = list->verticalScrollBar();
+    for (int value = 0; value <= bar->maximum(); value += std::max(1, bar->pageStep() / 2)) {
+        QElapsedTimer turn;
+        turn.start();
+        bar->setValue(value);
+        list->viewport()->repaint();
+        QCoreApplication::processEvents();
+        maxStall = std::max(maxStall, turn.nsecsElapsed() / 1e6);
+    }
+    benchPrint(QStringLiteral("first_batch_ms"), firstBatch);
+    benchPrint(QStringLiteral("total_ms"), total);
+    benchPrint(QStringLiteral("hits"), tab->primarySearcher()->realMatchedCount());
+    benchPrint(QStringLiteral("max_stall_ms"), maxStall);
+    benchPrint(QStringLiteral("pdftotext_ms"),
+        toolTime(QStringLiteral("pdftotext"), { path, QStringLiteral("/dev/null") }));
+    benchPrint(QStringLiteral("mutool_text_ms"),
+        toolTime(QStringLiteral("mutool"),
+            { QStringLiteral("draw"), QStringLiteral("-F"), QStringLiteral("text"),
+                QStringLiteral("-o"), QStringLiteral("/dev/null"), path }));
+    delete window.data();
+    (void)QTest::qWaitFor([] { return PDFSavingService::shared().numberOfTasks() == 0; }, 30000);
+    return 0;
+}
+
+const BenchRegistration registration(
+    QStringLiteral("search"), QStringLiteral("FILE.pdf WORD"), runSearch);
+
+} // namespace

@@ -1,0 +1,184 @@
+#include "PDFSidebarAnnContents.h"
+
+#include "PDFAnnotationListDelegate.h"
+#include "PDFAnnotationListModel.h"
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFAnnotation.h>
+#include <view/FDPDFView.h>
+
+#include <QAction>
+#include <QListView>
+#include <QMenu>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace {
+
+std::shared_ptr<PDFAnnotation> annotationOf(const Notification &notification)
+{
+    return notification.userInfo.value(QStringLiteral("Annotation"))
+        .value<std::shared_ptr<PDFAnnotation>>();
+}
+
+} // namespace
+
+PDFSidebarAnnContents::PDFSidebarAnnContents(QWidget *parent)
+    : PDFSidebarTabContents(parent)
+{
+    setObjectName(QStringLiteral("PDFSidebarAnn"));
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    m_listView = new QListView(this);
+    m_listView->setObjectName(QStringLiteral("annotationList"));
+    m_listView->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_listView->setResizeMode(QListView::Adjust);
+    m_listView->setFrameShape(QFrame::NoFrame);
+    m_listView->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_listView->setAccessibleName(tr("Annotations"));
+    m_model = new PDFAnnotationListModel(this);
+    m_delegate = new PDFAnnotationListDelegate(this);
+    m_listView->setModel(m_model);
+    m_listView->setItemDelegate(m_delegate);
+    layout->addWidget(m_listView);
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] { m_delegate->clearHeights(); });
+    // Rows shift on inserts and removals, so the kept heights are for other rows then.
+    connect(
+        m_model, &QAbstractItemModel::rowsInserted, this, [this] { m_delegate->clearHeights(); });
+    connect(
+        m_model, &QAbstractItemModel::rowsRemoved, this, [this] { m_delegate->clearHeights(); });
+    connect(
+        m_model, &QAbstractItemModel::dataChanged, this, [this] { m_delegate->clearHeights(); });
+    connect(m_listView, &QListView::clicked, this,
+        [this](const QModelIndex &index) { onRowClicked(index.row()); });
+    connect(m_listView, &QListView::customContextMenuRequested, this,
+        [this](const QPoint &position) { showMenu(position); });
+    auto *const deleteKey = new QShortcut(QKeySequence::Delete, m_listView);
+    deleteKey->setContext(Qt::WidgetShortcut);
+    connect(deleteKey, &QShortcut::activated, this, [this] { deleteSelected(); });
+    updateTitle();
+}
+
+void PDFSidebarAnnContents::onResetObservers()
+{
+    FDPDFView *const view = selectedPDFView();
+    if (!view)
+        return;
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    center.addObserver(this, XPDFView::AnnotationDidAddNotification, view,
+        [this](const Notification &notification) { onAnnotationAdded(notification); });
+    center.addObserver(this, XPDFView::AnnotationDidRemoveNotification, view,
+        [this](const Notification &notification) { onAnnotationRemoved(notification); });
+    center.addObserver(this, XPDFView::AnnotationDidChangeNotification, view,
+        [this](const Notification &notification) { onAnnotationChanged(notification); });
+    center.addObserver(this, XPDFView::SelectedAnnotationDidChangeNotification, view,
+        [this](const Notification &) { onSelectedAnnotationChanged(); });
+}
+
+void PDFSidebarAnnContents::onPDFViewChanged()
+{
+    rebuild();
+}
+
+void PDFSidebarAnnContents::onThemeChanged()
+{
+    m_listView->viewport()->update();
+}
+
+void PDFSidebarAnnContents::rebuild()
+{
+    FDPDFView *const view = selectedPDFView();
+    m_model->rebuild(view ? view->document() : nullptr);
+    onSelectedAnnotationChanged();
+    updateTitle();
+}
+
+void PDFSidebarAnnContents::updateTitle()
+{
+    setTitle(tr("Annotations ( %1 )").arg(m_model->annCount()));
+}
+
+void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
+{
+    const int row = m_model->add(annotationOf(notification));
+    updateTitle();
+    if (row >= 0)
+        selectRow(row);
+}
+
+void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification)
+{
+    const auto annotation = annotationOf(notification);
+    const int row = m_model->rowOf(annotation);
+    if (row >= 0)
+        m_listView->scrollTo(m_model->index(row));
+    m_model->remove(annotation);
+    updateTitle();
+}
+
+void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification)
+{
+    m_model->change(annotationOf(notification));
+}
+
+void PDFSidebarAnnContents::onSelectedAnnotationChanged()
+{
+    FDPDFView *const view = selectedPDFView();
+    const auto selected = view ? view->selectedAnn() : nullptr;
+    const int row = m_model->rowOf(selected);
+    if (row >= 0)
+        selectRow(row);
+}
+
+void PDFSidebarAnnContents::selectRow(int row)
+{
+    const QModelIndex index = m_model->index(row);
+    m_listView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    m_listView->scrollTo(index);
+}
+
+void PDFSidebarAnnContents::onRowClicked(int row)
+{
+    FDPDFView *const view = selectedPDFView();
+    const auto annotation = m_model->annotationAt(row);
+    if (!view || !annotation)
+        return;
+    view->setSelectedAnn(annotation);
+    view->goToRect(annotation->bounds(), annotation->page());
+}
+
+void PDFSidebarAnnContents::copyAnn(int row)
+{
+    FDPDFView *const view = selectedPDFView();
+    if (const auto annotation = m_model->annotationAt(row); view && annotation)
+        view->copyToPasteboard(annotation);
+}
+
+void PDFSidebarAnnContents::deleteAnn(int row)
+{
+    // The row goes when the view says the annotation went, never before.
+    FDPDFView *const view = selectedPDFView();
+    if (const auto annotation = m_model->annotationAt(row); view && annotation)
+        view->removeAnnotation(annotation);
+}
+
+void PDFSidebarAnnContents::deleteSelected()
+{
+    const QModelIndexList rows = m_listView->selectionModel()->selectedRows();
+    if (!rows.isEmpty())
+        deleteAnn(rows.front().row());
+}
+
+void PDFSidebarAnnContents::showMenu(const QPoint &position)
+{
+    const int row = m_listView->indexAt(position).row();
+    if (!m_model->annotationAt(row))
+        return;
+    QMenu menu(this);
+    menu.addAction(tr("Copy"), this, [this, row] { copyAnn(row); });
+    menu.addSeparator();
+    menu.addAction(tr("Delete"), this, [this, row] { deleteAnn(row); });
+    menu.exec(m_listView->viewport()->mapToGlobal(position));
+}

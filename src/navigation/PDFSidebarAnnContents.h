@@ -1,0 +1,51 @@
+#pragma once
+
+// The annotations tab: every annotation of the selected view's document by page, following
+// additions, changes and removals row by row; the list's selection and the view's go together.
+// Main thread only.
+
+#include "PDFSidebarTabContents.h"
+
+#include <memory>
+
+class PDFAnnotation;
+class PDFAnnotationListDelegate;
+class PDFAnnotationListModel;
+class QListView;
+class QMenu;
+struct Notification;
+
+class PDFSidebarAnnContents : public PDFSidebarTabContents
+{
+    Q_OBJECT
+
+public:
+    explicit PDFSidebarAnnContents(QWidget *parent = nullptr);
+
+    QListView *listView() const { return m_listView; }
+    PDFAnnotationListModel *model() const { return m_model; }
+    // The row menu's actions on a row, and Delete on the selected row.
+    void copyAnn(int row);
+    void deleteAnn(int row);
+    void deleteSelected();
+
+protected:
+    void onPDFViewChanged() override;
+    void onResetObservers() override;
+    void onThemeChanged() override;
+
+private:
+    void rebuild();
+    void updateTitle();
+    void onAnnotationAdded(const Notification &notification);
+    void onAnnotationRemoved(const Notification &notification);
+    void onAnnotationChanged(const Notification &notification);
+    void onSelectedAnnotationChanged();
+    void onRowClicked(int row);
+    void selectRow(int row);
+    void showMenu(const QPoint &position);
+
+    QListView *m_listView = nullptr;
+    PDFAnnotationListModel *m_model = nullptr;
+    PDFAnnotationListDelegate *m_delegate = nullptr;
+};
