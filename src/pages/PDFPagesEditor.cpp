@@ -266,12 +266,14 @@ bool PDFPagesEditor::writePages(const QList<int> &rows, const QUrl &url) const
     const auto current = document();
     if (!current || rows.isEmpty())
         return false;
-    PDFDocument extract;
+    const auto extract = std::make_shared<PDFDocument>();
+    if (!extract->init())
+        return false;
     for (const int row : rows) {
         if (const auto page = current->pageAtIndex(row))
-            extract.insertPage(page->copy(), extract.pageCount());
+            extract->insertPage(page->copy(), extract->pageCount());
     }
-    return extract.writeToURL(url);
+    return extract->writeToURL(url);
 }
 
 void PDFPagesEditor::leave()
