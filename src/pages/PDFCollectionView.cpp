@@ -75,6 +75,14 @@ void PDFCollectionView::keyPressEvent(QKeyEvent *event)
         emit leaveRequested();
         return;
     }
+    if (event->modifiers() == Qt::ControlModifier && event->key() == Qt::Key_R) {
+        emit rotateRequested();
+        return;
+    }
+    if (event->modifiers() == Qt::ControlModifier && event->key() == Qt::Key_E) {
+        emit extractRequested();
+        return;
+    }
     QListView::keyPressEvent(event);
 }
 

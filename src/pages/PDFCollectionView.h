@@ -28,6 +28,8 @@ signals:
     // The Delete key, with or without a selection: the editor asks before anything goes.
     void deleteRequested();
     void leaveRequested();
+    void rotateRequested();
+    void extractRequested();
     void contextMenuRequestedAt(const QPoint &globalPos);
 
 protected:

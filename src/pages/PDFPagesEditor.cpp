@@ -119,6 +119,10 @@ PDFPagesEditor::PDFPagesEditor(PDFContents *contents, QWidget *parent)
     connect(m_collectionView, &PDFCollectionView::deleteRequested, this,
         &PDFPagesEditor::deleteSelection);
     connect(m_collectionView, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
+    connect(m_collectionView, &PDFCollectionView::rotateRequested, this,
+        [this] { rotateSelection(90); });
+    connect(m_collectionView, &PDFCollectionView::extractRequested, this,
+        &PDFPagesEditor::extractSelection);
     connect(m_collectionView, &PDFCollectionView::contextMenuRequestedAt, this,
         &PDFPagesEditor::showContextMenu);
     connect(

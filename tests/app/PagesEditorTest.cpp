@@ -77,7 +77,9 @@ private slots:
     void insertionIndexFollowsTheHighestSelected();
     void extractNamesUseZeroBasedIndexes_data();
     void extractNamesUseZeroBasedIndexes();
+    void theEditorOpensWithTheKeyAndLeavesWithEscape_data();
     void theEditorOpensWithTheKeyAndLeavesWithEscape();
+    void ctrlRRotatesTheSelection();
     void keysAndClicksSelectPages_data();
     void keysAndClicksSelectPages();
     void aRightClickActsOnOneItemOrNone();
@@ -204,8 +206,16 @@ void PagesEditorTest::extractNamesUseZeroBasedIndexes()
         QCOMPARE(name, expected);
 }
 
+void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape_data()
+{
+    QTest::addColumn<QKeySequence>("leaveKey");
+    QTest::newRow("Escape") << QKeySequence(Qt::Key_Escape);
+    QTest::newRow("Ctrl+Alt+P again") << QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P);
+}
+
 void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape()
 {
+    QFETCH(QKeySequence, leaveKey);
     PDFContents *const tab = openTab(QStringLiteral("Keys.pdf"));
     QVERIFY(tab);
     QVERIFY(!tab->isPagesEditingMode());
@@ -215,7 +225,7 @@ void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape()
     QTRY_VERIFY(grid->isVisible());
     QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
     QCOMPARE(grid->model()->rowCount(), 5);
-    QTest::keyClick(grid, Qt::Key_Escape);
+    QTest::keySequence(grid, leaveKey);
     QVERIFY(!tab->isPagesEditingMode());
     QVERIFY(!grid->isVisible());
     QVERIFY(tab->primaryPDFView()->isVisible());
@@ -263,6 +273,22 @@ void PagesEditorTest::keysAndClicksSelectPages()
             QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
     }
     QCOMPARE(grid->selectedRows(), expected);
+}
+
+void PagesEditorTest::ctrlRRotatesTheSelection()
+{
+    PDFContents *const tab = openTab(QStringLiteral("CtrlR.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+    grid->selectRows({ 2 });
+    QTest::keySequence(grid, QKeySequence(Qt::CTRL | Qt::Key_R));
+    const auto document = tab->primaryPDFView()->fdDocument();
+    QCOMPARE(document->pageAtIndex(2)->rotation(), 90);
+    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
+    // The selection stays for the next turn.
+    QCOMPARE(grid->selectedRows(), rows({ 2 }));
 }
 
 void PagesEditorTest::aRightClickActsOnOneItemOrNone()
