@@ -12,6 +12,7 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
 #include <pages/PDFCollectionView.h>
+#include <pages/PDFEditBar.h>
 #include <pages/PDFPagesEditor.h>
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
@@ -21,6 +22,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QToolButton>
 #include <QtTest>
 
 namespace {
@@ -83,6 +85,7 @@ private slots:
     void keysAndClicksSelectPages_data();
     void keysAndClicksSelectPages();
     void aRightClickActsOnOneItemOrNone();
+    void theEditBarFollowsTheSelection();
     void operationsAreSavedIntoTheFile_data();
     void operationsAreSavedIntoTheFile();
     void extractWritesTheSelectedPages();
@@ -289,6 +292,33 @@ void PagesEditorTest::ctrlRRotatesTheSelection()
     QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
     // The selection stays for the next turn.
     QCOMPARE(grid->selectedRows(), rows({ 2 }));
+}
+
+void PagesEditorTest::theEditBarFollowsTheSelection()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+    QVERIFY(bar);
+    QTRY_VERIFY(bar->isVisible());
+    // Delete asks even with nothing selected; the others need pages.
+    QVERIFY(!bar->rotateLeftButton()->isEnabled());
+    QVERIFY(!bar->extractButton()->isEnabled());
+    QVERIFY(bar->removeButton()->isEnabled());
+    grid->selectRows({ 0, 3 });
+    QVERIFY(bar->rotateLeftButton()->isEnabled());
+    QVERIFY(bar->extractButton()->isEnabled());
+    QTest::mouseClick(bar->rotateLeftButton(), Qt::LeftButton);
+    const auto document = tab->primaryPDFView()->fdDocument();
+    QCOMPARE(document->pageAtIndex(0)->rotation(), 270);
+    QCOMPARE(document->pageAtIndex(3)->rotation(), 270);
+    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
+    QTest::mouseClick(bar->doneButton(), Qt::LeftButton);
+    QVERIFY(!tab->isPagesEditingMode());
+    QTRY_VERIFY(!bar->isVisible());
 }
 
 void PagesEditorTest::aRightClickActsOnOneItemOrNone()
