@@ -14,8 +14,11 @@
 #include <navigation/PDFThumbnailModel.h>
 #include <view/FDPDFView.h>
 
+#include <QApplication>
+#include <QClipboard>
 #include <QFileInfo>
 #include <QMenu>
+#include <QMimeData>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTimer>
@@ -26,6 +29,8 @@
 
 const QString PDFPagesEditor::PageSelectionDidChangeNotification
     = QStringLiteral("PDFPagesEditor_PageSelectionDidChange");
+
+const QString PDFPagesEditor::PageMarkerType = QStringLiteral("Folidoc.Pasteboard.PDFPage");
 
 namespace {
 
@@ -286,21 +291,86 @@ void PDFPagesEditor::leave()
         m_contents->setIsPagesEditingMode(false);
 }
 
+QList<std::weak_ptr<PDFPage>> &PDFPagesEditor::pageClipboard()
+{
+    static QList<std::weak_ptr<PDFPage>> pages;
+    return pages;
+}
+
+void PDFPagesEditor::copySelection()
+{
+    const auto current = document();
+    const QList<int> rows = m_collectionView->selectedRows();
+    if (!current || rows.isEmpty())
+        return;
+    QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
+    pages.clear();
+    for (const int row : rows) {
+        if (const auto page = current->pageAtIndex(row))
+            pages.append(page);
+    }
+    auto *const mime = new QMimeData;
+    mime->setData(PageMarkerType, QByteArray::number(QApplication::applicationPid()));
+    QApplication::clipboard()->setMimeData(mime);
+}
+
+bool PDFPagesEditor::canPaste() const
+{
+    if (m_collectionView->isAnimating() || !document())
+        return false;
+    const QMimeData *const mime = QApplication::clipboard()->mimeData();
+    if (!mime || !mime->hasFormat(PageMarkerType))
+        return false;
+    const QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
+    return std::any_of(pages.begin(), pages.end(),
+        [](const std::weak_ptr<PDFPage> &page) { return !page.expired(); });
+}
+
+void PDFPagesEditor::paste()
+{
+    if (!canPaste())
+        return;
+    const auto current = document();
+    const int start = insertionIndex(m_collectionView->selectedRows(), current->pageCount());
+    int index = start;
+    // Copies, so that pasting twice or into the pages' own document makes new pages.
+    for (const std::weak_ptr<PDFPage> &weak : pageClipboard()) {
+        if (const auto page = weak.lock()) {
+            current->insertPage(page->copy(), index);
+            ++index;
+        }
+    }
+    QList<int> pasted;
+    for (int row = start; row < index; ++row)
+        pasted.append(row);
+    didChangePages();
+    m_collectionView->selectRows(pasted);
+}
+
 bool PDFPagesEditor::respondsToEditCommand(const QString &command) const
 {
-    return command == QLatin1String("delete:") || command == QLatin1String("selectAll:");
+    return command == QLatin1String("delete:") || command == QLatin1String("selectAll:")
+        || command == QLatin1String("copy:") || command == QLatin1String("paste:");
 }
 
 bool PDFPagesEditor::validateEditCommand(const QString &command) const
 {
     if (command == QLatin1String("selectAll:"))
         return m_model->rowCount() > 0;
+    if (command == QLatin1String("copy:"))
+        return !m_collectionView->selectedRows().isEmpty();
+    if (command == QLatin1String("paste:"))
+        return canPaste();
     return command == QLatin1String("delete:");
 }
 
 void PDFPagesEditor::performEditCommand(const QString &command)
 {
-    if (command == QLatin1String("delete:"))
+    if (command == QLatin1String("copy:"))
+        copySelection();
+    else if (command == QLatin1String("paste:"))
+        paste();
+    else if (command == QLatin1String("delete:"))
         deleteSelection();
     else if (command == QLatin1String("selectAll:"))
         m_collectionView->selectAll();
@@ -321,6 +391,9 @@ void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
     const bool any = !m_collectionView->selectedRows().isEmpty();
     menu.addAction(tr("Rotate Right"), this, [this] { rotateSelection(90); })->setEnabled(any);
     menu.addAction(tr("Rotate Left"), this, [this] { rotateSelection(-90); })->setEnabled(any);
+    menu.addSeparator();
+    menu.addAction(tr("Copy"), this, &PDFPagesEditor::copySelection)->setEnabled(any);
+    menu.addAction(tr("Paste"), this, &PDFPagesEditor::paste)->setEnabled(canPaste());
     menu.addSeparator();
     menu.addAction(tr("Extract…"), this, &PDFPagesEditor::extractSelection)->setEnabled(any);
     menu.addAction(tr("Delete"), this, &PDFPagesEditor::deleteSelection);

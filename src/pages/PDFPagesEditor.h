@@ -14,6 +14,7 @@
 #include <memory>
 
 class FDDocument;
+class PDFPage;
 class PDFCollectionView;
 class PDFContents;
 class PDFThumbnailModel;
@@ -27,6 +28,9 @@ public:
     static constexpr int thumbnailLength = 270;
     static const QString
         PageSelectionDidChangeNotification; // "PDFPagesEditor_PageSelectionDidChange"
+
+    // The clipboard type that marks pages copied here, so that a paste uses the page list.
+    static const QString PageMarkerType; // "Folidoc.Pasteboard.PDFPage"
 
     explicit PDFPagesEditor(PDFContents *contents, QWidget *parent = nullptr);
     ~PDFPagesEditor() override;
@@ -54,10 +58,19 @@ public:
     void extractSelection();
     // Writes the pages at rows into a new file at url; false when there is nothing to write.
     bool writePages(const QList<int> &rows, const QUrl &url) const;
+    // Puts the selected pages on the page clipboard, weakly, and the marker on the clipboard.
+    void copySelection();
+    // True while the clipboard holds the marker, some copied page still exists and no batch of
+    // item changes runs.
+    bool canPaste() const;
+    // Inserts copies of the copied pages after the highest selected page (at the end without a
+    // selection) and selects them.
+    void paste();
     // Leaves the editor for the reading view.
     void leave();
 
-    // Delete (always, since it asks first) and Select All, from the Edit menu and their keys.
+    // Copy, Paste, Delete (always, since it asks first) and Select All, from the Edit menu and
+    // their keys.
     bool respondsToEditCommand(const QString &command) const override;
     bool validateEditCommand(const QString &command) const override;
     void performEditCommand(const QString &command) override;
@@ -68,6 +81,9 @@ protected:
 private:
     void didChangePages();
     void showContextMenu(const QPoint &globalPos);
+
+    // Shared by every editor of the process, so pages go between tabs and windows.
+    static QList<std::weak_ptr<PDFPage>> &pageClipboard();
 
     QPointer<PDFContents> m_contents;
     PDFCollectionView *m_collectionView = nullptr;

@@ -18,9 +18,11 @@
 #include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
+#include <QClipboard>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMimeData>
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QtTest>
@@ -89,6 +91,8 @@ private slots:
     void operationsAreSavedIntoTheFile_data();
     void operationsAreSavedIntoTheFile();
     void extractWritesTheSelectedPages();
+    void copiedPagesArePastedAfterTheSelection_data();
+    void copiedPagesArePastedAfterTheSelection();
 
 private:
     PDFContents *openTab(const QString &name);
@@ -424,6 +428,57 @@ void PagesEditorTest::extractWritesTheSelectedPages()
     // The source is left as it was.
     QCOMPARE(tab->primaryPDFView()->fdDocument()->pageCount(), 5);
     QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
+}
+
+void PagesEditorTest::copiedPagesArePastedAfterTheSelection_data()
+{
+    QTest::addColumn<bool>("otherTab");
+    QTest::addColumn<QList<int>>("target");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("same document, after page 2")
+        << false << rows({ 1 })
+        << QStringList { "1/0/note 1", "2/0/note 2", "1/0/note 1", "4/0/note 4", "3/0/note 3",
+               "4/0/note 4", "5/0/note 5" };
+    QTest::newRow("other tab, nothing selected: the end")
+        << true << QList<int>()
+        << QStringList { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5",
+               "1/0/note 1", "4/0/note 4" };
+}
+
+void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
+{
+    QFETCH(bool, otherTab);
+    QFETCH(QList<int>, target);
+    QFETCH(QStringList, expected);
+    PDFContents *const source = openTab(QStringLiteral("CopySource.pdf"));
+    QVERIFY(source);
+    source->setIsPagesEditingMode(true);
+    PDFPagesEditor *const from = editorOf(source);
+    QTRY_VERIFY(from->collectionView()->isVisible());
+    from->collectionView()->selectRows({ 0, 3 });
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(from->collectionView()));
+    QApplication::clipboard()->clear();
+    QVERIFY(!from->canPaste());
+    QTest::keySequence(from->collectionView(), QKeySequence::Copy);
+    const QMimeData *const copied = QApplication::clipboard()->mimeData();
+    QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
+
+    PDFContents *const tab = otherTab ? openTab(QStringLiteral("CopyTarget.pdf")) : source;
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const to = editorOf(tab);
+    QTRY_VERIFY(to->collectionView()->isVisible());
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(to->collectionView()));
+    to->collectionView()->selectRows(target);
+    QVERIFY(to->canPaste());
+    QTest::keySequence(to->collectionView(), QKeySequence::Paste);
+    const int first = PDFPagesEditor::insertionIndex(target, 5);
+    QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    QCOMPARE(pagesOf(path), expected);
+    // The source keeps its pages.
+    QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
 }
 
 int main(int argc, char *argv[])
