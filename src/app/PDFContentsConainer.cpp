@@ -8,6 +8,7 @@
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <kit/base/NotificationCenter.h>
+#include <pages/PDFPagesEditor.h>
 #include <view/FDPDFView.h>
 
 #include <QFrame>
@@ -68,7 +69,8 @@ PDFContentsConainer::PDFContentsConainer(
     m_mainView->setObjectName(QStringLiteral("mainView"));
     column->addWidget(m_mainView, 1);
     m_pagesEditor = makeFrame(QStringLiteral("pagesEditor"));
-    fillingLayout(m_pagesEditor);
+    m_pagesEditorController = new PDFPagesEditor(contents);
+    fillingLayout(m_pagesEditor)->addWidget(m_pagesEditorController);
     m_pagesEditor->hide();
     column->addWidget(m_pagesEditor, 1);
 

@@ -14,6 +14,7 @@
 
 class FDPDFView;
 class PDFContents;
+class PDFPagesEditor;
 
 class PDFContentsConainer : public QWidget
 {
@@ -31,6 +32,8 @@ public:
     QWidget *toolbarContainer() const { return m_toolbarContainer; }
     QWidget *mainView() const { return m_mainView; }
     QWidget *pagesEditor() const { return m_pagesEditor; }
+    // The editor shown in the pages editor area.
+    PDFPagesEditor *pagesEditorController() const { return m_pagesEditorController; }
     QWidget *sidebarContainer() const { return m_sidebarContainer; }
     QWidget *searchResultsContainer() const { return m_searchResultsContainer; }
     QSplitter *searchSplitView() const { return m_searchSplitView; }
@@ -59,6 +62,7 @@ private:
     QWidget *m_toolbarContainer = nullptr;
     QWidget *m_mainView = nullptr;
     QFrame *m_pagesEditor = nullptr;
+    PDFPagesEditor *m_pagesEditorController = nullptr;
     QSplitter *m_searchSplitView = nullptr;
     QSplitter *m_sidebarSplitView = nullptr;
     QSplitter *m_vertPDFSplitView = nullptr;

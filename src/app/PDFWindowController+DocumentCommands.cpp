@@ -39,9 +39,16 @@ bool PDFWindowController::validateDocumentCommand(QAction *item)
 {
     PDFContents *const contents = selectedPDFContents();
     FDPDFView *const view = selectedPDFView();
-    if (!contents || !view || !view->document() || contents->isPagesEditingMode())
+    if (!contents || !view || !view->document())
         return false;
     const QString command = item->objectName();
+    // The key that opens the pages editor also leaves it; nothing else acts on the hidden view.
+    if (is(command, "PDF_onShowPagesEditor:")) {
+        item->setChecked(contents->isPagesEditingMode());
+        return true;
+    }
+    if (contents->isPagesEditingMode())
+        return false;
     const int tag = item->data().toInt();
     const std::shared_ptr<FDDocument> document = view->fdDocument();
     const bool hasFile = document && !document->fileURL().isEmpty();

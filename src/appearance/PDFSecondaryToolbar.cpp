@@ -5,8 +5,11 @@
 #include "PDFAnnBar.h"
 
 #include <app/PDFContents.h>
+#include <app/PDFContentsConainer.h>
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
+#include <pages/PDFEditBar.h>
+#include <pages/PDFPagesEditor.h>
 #include <view/FDPDFView.h>
 
 #include <QPainter>
@@ -38,10 +41,21 @@ PDFAnnBar *PDFSecondaryToolbar::annController()
     return m_annController;
 }
 
+PDFEditBar *PDFSecondaryToolbar::editBar()
+{
+    if (!m_editBar && m_contents && m_contents->container())
+        m_editBar
+            = new PDFEditBar(m_contents, m_contents->container()->pagesEditorController(), this);
+    return m_editBar;
+}
+
 void PDFSecondaryToolbar::onViewInit()
 {
     if (!m_contents)
         return;
+    NotificationCenter::defaultCenter().addObserver(this,
+        PDFContents::PagesEditingModeDidChangeNotification, m_contents.data(),
+        [this](const Notification &) { onSecondaryToolbarVisibilityChanged(); });
     NotificationCenter::defaultCenter().addObserver(this,
         PDFContents::SecondaryTBVisibilityDidChangeNotification, m_contents.data(),
         [this](const Notification &) { onSecondaryToolbarVisibilityChanged(); });
@@ -68,12 +82,20 @@ void PDFSecondaryToolbar::onSecondaryToolbarVisibilityChanged()
         stacked->setStretchFactor(0, 0);
         stacked->setStretchFactor(1, 1);
     }
-    const bool hidden = m_contents->isAnnBarHidden() && m_contents->isEditBarHidden();
-    PDFAnnBar *const bar = hidden && !m_annController ? nullptr : annController();
+    const bool editing = m_contents->isPagesEditingMode();
+    const bool hidden = !editing && m_contents->isAnnBarHidden() && m_contents->isEditBarHidden();
+    PDFAnnBar *const bar = (hidden || editing) && !m_annController ? nullptr : annController();
     if (bar) {
         if (layout()->indexOf(bar) < 0)
             layout()->addWidget(bar);
-        bar->setVisible(!m_contents->isAnnBarHidden());
+        bar->setVisible(!editing && !m_contents->isAnnBarHidden());
+    }
+    PDFEditBar *const pagesBar = editing ? editBar() : m_editBar.data();
+    if (pagesBar) {
+        if (layout()->indexOf(pagesBar) < 0)
+            layout()->addWidget(pagesBar);
+        pagesBar->setVisible(editing);
+        pagesBar->updateButtons();
     }
     setFixedHeight(hidden ? 0 : shownHeight);
     setVisible(!hidden);

@@ -1,0 +1,492 @@
+#include "support/AppTestEnvironment.h"
+
+#include <app/Alert.h>
+#include <app/FDDefaults.h>
+#include <app/FDFilePanel.h>
+#include <app/PDFContents.h>
+#include <app/PDFWindowController.h>
+#include <document/FDDocument.h>
+#include <document/PDFSavingService.h>
+#include <kit/engine/PDFAnnotation.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/tabs/TabStripModel.h>
+#include <pages/PDFCollectionView.h>
+#include <pages/PDFEditBar.h>
+#include <pages/PDFPagesEditor.h>
+#include <support/PdfFixtures.h>
+#include <support/TestTools.h>
+#include <view/FDPDFView.h>
+
+#include <QClipboard>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+namespace {
+
+// Five pages, each with "Page N" as its first words and a square whose contents name the page,
+// so that a file read back tells where every page and its annotation went.
+PdfFixtures::Document markedPages()
+{
+    PdfFixtures::Document document = PdfFixtures::textPages(5, 3, 0);
+    for (int index = 0; index < document.pages.size(); ++index) {
+        document.pages[index].annotations.append({ "/Subtype /Square /Rect [100 100 200 200] "
+                                                   "/C [1 0 0] /Contents (note "
+                + QByteArray::number(index + 1) + ")",
+            {}, {} });
+    }
+    return document;
+}
+
+// Each page of a file as "first-word-number/rotation/annotation contents".
+QStringList pagesOf(const QString &path)
+{
+    const auto document = std::make_shared<PDFDocument>();
+    if (!document->initWithURL(QUrl::fromLocalFile(path)))
+        return { document->errorString() };
+    QStringList pages;
+    for (int index = 0; index < document->pageCount(); ++index) {
+        const auto page = document->pageAtIndex(index);
+        QStringList notes;
+        for (const auto &annotation : page->annotations())
+            notes << annotation->contents();
+        pages << page->string().section(QLatin1Char(' '), 1, 1) + QLatin1Char('/')
+                + QString::number(page->rotation()) + QLatin1Char('/')
+                + notes.join(QLatin1Char(','));
+    }
+    return pages;
+}
+
+QList<int> rows(std::initializer_list<int> list)
+{
+    return QList<int>(list);
+}
+
+} // namespace
+
+class PagesEditorTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void insertionIndexFollowsTheHighestSelected_data();
+    void insertionIndexFollowsTheHighestSelected();
+    void extractNamesUseZeroBasedIndexes_data();
+    void extractNamesUseZeroBasedIndexes();
+    void theEditorOpensWithTheKeyAndLeavesWithEscape_data();
+    void theEditorOpensWithTheKeyAndLeavesWithEscape();
+    void ctrlRRotatesTheSelection();
+    void keysAndClicksSelectPages_data();
+    void keysAndClicksSelectPages();
+    void aRightClickActsOnOneItemOrNone();
+    void theEditBarFollowsTheSelection();
+    void operationsAreSavedIntoTheFile_data();
+    void operationsAreSavedIntoTheFile();
+    void extractWritesTheSelectedPages();
+    void copiedPagesArePastedAfterTheSelection_data();
+    void copiedPagesArePastedAfterTheSelection();
+
+private:
+    PDFContents *openTab(const QString &name);
+    PDFPagesEditor *editorOf(PDFContents *tab) const;
+    QPoint centreOfRow(PDFCollectionView *view, int row) const;
+
+    QTemporaryDir m_dir;
+    QPointer<PDFWindowController> m_window;
+    QStringList m_alerts;
+    int m_answer = Alert::SecondButtonReturn;
+};
+
+void PagesEditorTest::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    PDFContents::registerAsDocumentContents();
+}
+
+void PagesEditorTest::init()
+{
+    AppTestEnvironment::clearStore();
+    FDDefaults::registerDefaults();
+    m_alerts.clear();
+    m_answer = Alert::SecondButtonReturn;
+    Alert::setHandlerForTesting([this](const AlertRequest &request) {
+        m_alerts << request.messageText + QLatin1Char('|') + request.informativeText
+                + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
+        return m_answer;
+    });
+    m_window = TabWindowController::create<PDFWindowController>();
+    m_window->resize(900, 700);
+    m_window->openNewTab();
+    m_window->show();
+}
+
+void PagesEditorTest::cleanup()
+{
+    Alert::setHandlerForTesting(
+        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+    FDFilePanel::setHandlerForTesting({});
+    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
+    for (int index = 0; model && index < model->count(); ++index) {
+        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
+            if (const auto document = tab->primaryPDFView()->fdDocument())
+                document->setNumberOfChanges(0);
+        }
+    }
+    delete m_window.data();
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+}
+
+PDFContents *PagesEditorTest::openTab(const QString &name)
+{
+    const QString path = m_dir.filePath(name);
+    QFile::remove(path);
+    if (!PdfFixtures::write(markedPages(), path))
+        return nullptr;
+    auto *const tab = qobject_cast<PDFContents *>(
+        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
+    const bool loaded = tab && QTest::qWaitFor([tab] {
+        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
+    });
+    return loaded ? tab : nullptr;
+}
+
+PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const
+{
+    return tab->container()->pagesEditorController();
+}
+
+QPoint PagesEditorTest::centreOfRow(PDFCollectionView *view, int row) const
+{
+    return view->visualRect(view->model()->index(row, 0)).center();
+}
+
+void PagesEditorTest::insertionIndexFollowsTheHighestSelected_data()
+{
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("no selection appends") << QList<int>() << 7 << 7;
+    QTest::newRow("pages 2 and 5 insert after 5") << rows({ 1, 4 }) << 7 << 5;
+    QTest::newRow("unsorted selection") << rows({ 4, 0, 2 }) << 7 << 5;
+    QTest::newRow("the last page") << rows({ 6 }) << 7 << 7;
+    QTest::newRow("empty document") << QList<int>() << 0 << 0;
+}
+
+void PagesEditorTest::insertionIndexFollowsTheHighestSelected()
+{
+    QFETCH(QList<int>, selected);
+    QFETCH(int, count);
+    QFETCH(int, expected);
+    QCOMPARE(PDFPagesEditor::insertionIndex(selected, count), expected);
+}
+
+void PagesEditorTest::extractNamesUseZeroBasedIndexes_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<QString>("expected"); // empty: a UUID name
+    QTest::newRow("first and third") << "/tmp/base.pdf" << rows({ 0, 2 }) << "base-0,2.pdf";
+    QTest::newRow("sorted") << "/x/Report.v2.pdf" << rows({ 9, 3 }) << "Report.v2-3,9.pdf";
+    QTest::newRow("one page") << "/x/a.pdf" << rows({ 4 }) << "a-4.pdf";
+    QTest::newRow("no URL") << "" << rows({ 1 }) << "";
+    QTest::newRow("no pages") << "/x/a.pdf" << QList<int>() << "";
+}
+
+void PagesEditorTest::extractNamesUseZeroBasedIndexes()
+{
+    QFETCH(QString, path);
+    QFETCH(QList<int>, selected);
+    QFETCH(QString, expected);
+    const QUrl url = path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path);
+    const QString name = PDFPagesEditor::proposedExtractName(url, selected);
+    if (expected.isEmpty())
+        QVERIFY2(!QUuid::fromString(name).isNull(), qPrintable(name));
+    else
+        QCOMPARE(name, expected);
+}
+
+void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape_data()
+{
+    QTest::addColumn<QKeySequence>("leaveKey");
+    QTest::newRow("Escape") << QKeySequence(Qt::Key_Escape);
+    QTest::newRow("Ctrl+Alt+P again") << QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P);
+}
+
+void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape()
+{
+    QFETCH(QKeySequence, leaveKey);
+    PDFContents *const tab = openTab(QStringLiteral("Keys.pdf"));
+    QVERIFY(tab);
+    QVERIFY(!tab->isPagesEditingMode());
+    QTest::keySequence(m_window, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
+    QVERIFY(tab->isPagesEditingMode());
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+    QCOMPARE(grid->model()->rowCount(), 5);
+    QTest::keySequence(grid, leaveKey);
+    QVERIFY(!tab->isPagesEditingMode());
+    QVERIFY(!grid->isVisible());
+    QVERIFY(tab->primaryPDFView()->isVisible());
+}
+
+void PagesEditorTest::keysAndClicksSelectPages_data()
+{
+    // Each step: "k:<key>" presses a key, "c:<row>" clicks, with "C" or "S" for Ctrl or Shift.
+    QTest::addColumn<QStringList>("steps");
+    QTest::addColumn<QList<int>>("expected");
+    QTest::newRow("click") << QStringList { "c:2" } << rows({ 2 });
+    QTest::newRow("ctrl+click adds") << QStringList { "c:0", "Cc:3" } << rows({ 0, 3 });
+    QTest::newRow("ctrl+click removes") << QStringList { "c:0", "Cc:3", "Cc:0" } << rows({ 3 });
+    QTest::newRow("shift+click extends") << QStringList { "c:1", "Sc:3" } << rows({ 1, 2, 3 });
+    QTest::newRow("right arrow moves") << QStringList { "c:1", "k:Right" } << rows({ 2 });
+    QTest::newRow("shift+arrow extends")
+        << QStringList { "c:1", "Sk:Right", "Sk:Right" } << rows({ 1, 2, 3 });
+    QTest::newRow("end goes last") << QStringList { "c:1", "k:End" } << rows({ 4 });
+    QTest::newRow("home goes first") << QStringList { "c:3", "k:Home" } << rows({ 0 });
+    QTest::newRow("ctrl+a selects all") << QStringList { "c:3", "Ck:A" } << rows({ 0, 1, 2, 3, 4 });
+}
+
+void PagesEditorTest::keysAndClicksSelectPages()
+{
+    QFETCH(QStringList, steps);
+    QFETCH(QList<int>, expected);
+    PDFContents *const tab = openTab(QStringLiteral("Select.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+    const QHash<QString, Qt::Key> keys { { "Right", Qt::Key_Right }, { "End", Qt::Key_End },
+        { "Home", Qt::Key_Home }, { "A", Qt::Key_A } };
+    for (const QString &step : steps) {
+        const QString kind = step.section(QLatin1Char(':'), 0, 0);
+        const QString what = step.section(QLatin1Char(':'), 1);
+        const Qt::KeyboardModifiers modifiers = kind.startsWith(QLatin1Char('C'))
+            ? Qt::ControlModifier
+            : kind.startsWith(QLatin1Char('S')) ? Qt::ShiftModifier
+                                                : Qt::NoModifier;
+        if (kind.endsWith(QLatin1Char('c')))
+            QTest::mouseClick(
+                grid->viewport(), Qt::LeftButton, modifiers, centreOfRow(grid, what.toInt()));
+        else
+            QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
+    }
+    QCOMPARE(grid->selectedRows(), expected);
+}
+
+void PagesEditorTest::ctrlRRotatesTheSelection()
+{
+    PDFContents *const tab = openTab(QStringLiteral("CtrlR.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+    grid->selectRows({ 2 });
+    QTest::keySequence(grid, QKeySequence(Qt::CTRL | Qt::Key_R));
+    const auto document = tab->primaryPDFView()->fdDocument();
+    QCOMPARE(document->pageAtIndex(2)->rotation(), 90);
+    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
+    // The selection stays for the next turn.
+    QCOMPARE(grid->selectedRows(), rows({ 2 }));
+}
+
+void PagesEditorTest::theEditBarFollowsTheSelection()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+    QVERIFY(bar);
+    QTRY_VERIFY(bar->isVisible());
+    // Delete asks even with nothing selected; the others need pages.
+    QVERIFY(!bar->rotateLeftButton()->isEnabled());
+    QVERIFY(!bar->extractButton()->isEnabled());
+    QVERIFY(bar->removeButton()->isEnabled());
+    grid->selectRows({ 0, 3 });
+    QVERIFY(bar->rotateLeftButton()->isEnabled());
+    QVERIFY(bar->extractButton()->isEnabled());
+    QTest::mouseClick(bar->rotateLeftButton(), Qt::LeftButton);
+    const auto document = tab->primaryPDFView()->fdDocument();
+    QCOMPARE(document->pageAtIndex(0)->rotation(), 270);
+    QCOMPARE(document->pageAtIndex(3)->rotation(), 270);
+    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
+    QTest::mouseClick(bar->doneButton(), Qt::LeftButton);
+    QVERIFY(!tab->isPagesEditingMode());
+    QTRY_VERIFY(!bar->isVisible());
+}
+
+void PagesEditorTest::aRightClickActsOnOneItemOrNone()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Right.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFCollectionView *const grid = editorOf(tab)->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    grid->selectRows({ 0, 1, 2 });
+    QTest::mousePress(grid->viewport(), Qt::RightButton, {}, centreOfRow(grid, 1));
+    QCOMPARE(grid->selectedRows(), rows({ 1 }));
+    // Far below the last row is empty space.
+    QTest::mousePress(grid->viewport(), Qt::RightButton, {},
+        QPoint(grid->viewport()->width() - 5, grid->viewport()->height() - 5));
+    QCOMPARE(grid->selectedRows(), QList<int>());
+}
+
+void PagesEditorTest::operationsAreSavedIntoTheFile_data()
+{
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QStringList>("expected");
+    const QStringList untouched { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4",
+        "5/0/note 5" };
+    QTest::newRow("rotate right") << rows({ 1 }) << "right" << 0
+                                  << QStringList { "1/0/note 1", "2/90/note 2", "3/0/note 3",
+                                         "4/0/note 4", "5/0/note 5" };
+    QTest::newRow("rotate left twice over")
+        << rows({ 0, 4 }) << "left,left" << 0
+        << QStringList { "1/180/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/180/note 5" };
+    QTest::newRow("delete confirmed") << rows({ 0, 2 }) << "delete" << int(Alert::FirstButtonReturn)
+                                      << QStringList { "2/0/note 2", "4/0/note 4", "5/0/note 5" };
+    QTest::newRow("delete by key") << rows({ 4, 3 }) << "key" << int(Alert::FirstButtonReturn)
+                                   << QStringList { "1/0/note 1", "2/0/note 2", "3/0/note 3" };
+    QTest::newRow("delete cancelled")
+        << rows({ 0, 2 }) << "delete" << int(Alert::SecondButtonReturn) << untouched;
+    QTest::newRow("delete with nothing selected")
+        << QList<int>() << "key" << int(Alert::FirstButtonReturn) << untouched;
+}
+
+void PagesEditorTest::operationsAreSavedIntoTheFile()
+{
+    QFETCH(QList<int>, selected);
+    QFETCH(QString, operation);
+    QFETCH(int, answer);
+    QFETCH(QStringList, expected);
+    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+    PDFContents *const tab = openTab(QStringLiteral("Operations.pdf"));
+    QVERIFY(tab);
+    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    PDFCollectionView *const grid = editor->collectionView();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+    grid->selectRows(selected);
+    m_answer = answer;
+    for (const QString &step : operation.split(QLatin1Char(','))) {
+        if (step == QLatin1String("right"))
+            editor->rotateSelection(90);
+        else if (step == QLatin1String("left"))
+            editor->rotateSelection(-90);
+        else if (step == QLatin1String("delete"))
+            editor->deleteSelection();
+        else
+            QTest::keyClick(grid, Qt::Key_Delete);
+    }
+    if (operation.contains(QLatin1String("delete")) || operation == QLatin1String("key")) {
+        QCOMPARE(m_alerts,
+            QStringList { "Are you sure you want to delete selected pages?|You can't undo this "
+                          "action!|Delete,Cancel" });
+    }
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(grid->model()->rowCount(), expected.size());
+    QCOMPARE(pagesOf(path), expected);
+    const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+    QVERIFY2(check.exitCode == 0, check.out.constData());
+    const auto json = TestTools::run(
+        qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
+    QCOMPARE(
+        QJsonDocument::fromJson(json.out).object().value(QStringLiteral("pages")).toArray().size(),
+        expected.size());
+}
+
+void PagesEditorTest::extractWritesTheSelectedPages()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Source.pdf"));
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    QTRY_VERIFY(editor->collectionView()->isVisible());
+    editor->collectionView()->selectRows({ 3, 1 });
+    QString proposed;
+    const QString target = m_dir.filePath(QStringLiteral("Extracted.pdf"));
+    FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
+        proposed = request.nameFieldStringValue;
+        return QUrl::fromLocalFile(target);
+    });
+    editor->extractSelection();
+    QCOMPARE(proposed, QStringLiteral("Source-1,3.pdf"));
+    QCOMPARE(pagesOf(target), (QStringList { "2/0/note 2", "4/0/note 4" }));
+    // The source is left as it was.
+    QCOMPARE(tab->primaryPDFView()->fdDocument()->pageCount(), 5);
+    QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
+}
+
+void PagesEditorTest::copiedPagesArePastedAfterTheSelection_data()
+{
+    QTest::addColumn<bool>("otherTab");
+    QTest::addColumn<QList<int>>("target");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("same document, after page 2")
+        << false << rows({ 1 })
+        << QStringList { "1/0/note 1", "2/0/note 2", "1/0/note 1", "4/0/note 4", "3/0/note 3",
+               "4/0/note 4", "5/0/note 5" };
+    QTest::newRow("other tab, nothing selected: the end")
+        << true << QList<int>()
+        << QStringList { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5",
+               "1/0/note 1", "4/0/note 4" };
+}
+
+void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
+{
+    QFETCH(bool, otherTab);
+    QFETCH(QList<int>, target);
+    QFETCH(QStringList, expected);
+    PDFContents *const source = openTab(QStringLiteral("CopySource.pdf"));
+    QVERIFY(source);
+    source->setIsPagesEditingMode(true);
+    PDFPagesEditor *const from = editorOf(source);
+    QTRY_VERIFY(from->collectionView()->isVisible());
+    from->collectionView()->selectRows({ 0, 3 });
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(from->collectionView()));
+    QApplication::clipboard()->clear();
+    QVERIFY(!from->canPaste());
+    QTest::keySequence(from->collectionView(), QKeySequence::Copy);
+    const QMimeData *const copied = QApplication::clipboard()->mimeData();
+    QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
+
+    PDFContents *const tab = otherTab ? openTab(QStringLiteral("CopyTarget.pdf")) : source;
+    QVERIFY(tab);
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const to = editorOf(tab);
+    QTRY_VERIFY(to->collectionView()->isVisible());
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(to->collectionView()));
+    to->collectionView()->selectRows(target);
+    QVERIFY(to->canPaste());
+    QTest::keySequence(to->collectionView(), QKeySequence::Paste);
+    const int first = PDFPagesEditor::insertionIndex(target, 5);
+    QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    QCOMPARE(pagesOf(path), expected);
+    // The source keeps its pages.
+    QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
+}
+
+int main(int argc, char *argv[])
+{
+    AppTestEnvironment::isolate();
+    QApplication app(argc, argv);
+    PagesEditorTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "PagesEditorTest.moc"
