@@ -24,21 +24,12 @@ QRect textRect(const QRect &row)
 } // namespace
 
 PDFAnnotationListDelegate::PDFAnnotationListDelegate(QObject *parent)
-    : QStyledItemDelegate(parent)
+    : PDFSidebarListDelegate(PDFAnnotationListModel::IsGroupRole, parent)
 { }
 
-QSize PDFAnnotationListDelegate::sizeHint(
-    const QStyleOptionViewItem &option, const QModelIndex &index) const
+int PDFAnnotationListDelegate::measureRowHeight(
+    const QStyleOptionViewItem &option, const QModelIndex &index, int width) const
 {
-    const int width = option.rect.width();
-    if (index.data(PDFAnnotationListModel::IsGroupRole).toBool())
-        return { width, int(PDFSidebarTabContents::sectionRowHeight) };
-    if (width != m_measuredWidth) {
-        m_heights.clear();
-        m_measuredWidth = width;
-    }
-    if (const auto found = m_heights.constFind(index.row()); found != m_heights.constEnd())
-        return { width, *found };
     const QFontMetrics metrics(option.font);
     QString text = index.data().toString();
     // An empty note is as tall as a line.
@@ -46,9 +37,7 @@ QSize PDFAnnotationListDelegate::sizeHint(
         text = QStringLiteral("--");
     const QRect bounds = metrics.boundingRect(
         QRect(0, 0, qMax(20, width - textLeft - margin), 10000), Qt::TextWordWrap, text);
-    const int height = margin + bounds.height() + 4 + metrics.height() + margin;
-    m_heights.insert(index.row(), height);
-    return { width, height };
+    return margin + bounds.height() + 4 + metrics.height() + margin;
 }
 
 void PDFAnnotationListDelegate::paint(

@@ -42,26 +42,15 @@ QString rowText(const QModelIndex &index)
 } // namespace
 
 PDFSearchResultDelegate::PDFSearchResultDelegate(QObject *parent)
-    : QStyledItemDelegate(parent)
+    : PDFSidebarListDelegate(PDFSearchResultModel::IsGroupRole, parent)
 { }
 
-QSize PDFSearchResultDelegate::sizeHint(
-    const QStyleOptionViewItem &option, const QModelIndex &index) const
+int PDFSearchResultDelegate::measureRowHeight(
+    const QStyleOptionViewItem &option, const QModelIndex &index, int width) const
 {
-    const int width = option.rect.width();
-    if (index.data(PDFSearchResultModel::IsGroupRole).toBool())
-        return { width, int(PDFSidebarTabContents::sectionRowHeight) };
-    if (width != m_measuredWidth) {
-        m_heights.clear();
-        m_measuredWidth = width;
-    }
-    if (const auto found = m_heights.constFind(index.row()); found != m_heights.constEnd())
-        return { width, *found };
     QTextLayout layout(rowText(index), option.font);
     const qreal textWidth = qMax(20, width - 2 * sideMargin - 4);
-    const int height = int(std::ceil(layoutText(layout, textWidth))) + 2 * verticalMargin;
-    m_heights.insert(index.row(), height);
-    return { width, height };
+    return int(std::ceil(layoutText(layout, textWidth))) + 2 * verticalMargin;
 }
 
 void PDFSearchResultDelegate::paint(
