@@ -31,5 +31,8 @@ struct BenchRegistration
 // Prints one "name: value" line to standard output, the format compared across versions.
 void benchPrint(const QString &name, double value);
 
+// A figure of /proc/self/status in megabytes ("VmRSS:" now, "VmHWM:" the peak); 0 if unread.
+double processMegabytes(const char *field);
+
 // The middle value (the mean of the two middle ones for an even count); 0 for none.
 double median(std::vector<double> values);

@@ -37,18 +37,6 @@
 
 namespace {
 
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
-}
-
 // One step of the event loop with whatever it has to do, in milliseconds.
 double timedTurn(const std::function<void()> &step)
 {
@@ -119,7 +107,7 @@ int runSidebar(const QStringList &arguments)
     window->openNewTab();
     window->show();
 
-    const double before = residentMegabytes();
+    const double before = processMegabytes("VmRSS:");
     PDFContents *tab = openIn(window, path);
     if (!tab)
         return 1;
@@ -156,7 +144,7 @@ int runSidebar(const QStringList &arguments)
         FDPageThumbnailCache::shared().usedBytes() / 1048576.0);
     benchPrint(QStringLiteral("thumbnail cache budget MB"),
         FDPageThumbnailCache::shared().budget() / 1048576.0);
-    benchPrint(QStringLiteral("resident growth MB"), residentMegabytes() - before);
+    benchPrint(QStringLiteral("resident growth MB"), processMegabytes("VmRSS:") - before);
 
     // The outline: written into a copy, so that it is read as a file's outline is.
     const QString outlined = scratch.filePath(QStringLiteral("outline.pdf"));

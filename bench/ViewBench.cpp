@@ -49,18 +49,6 @@ double msSince(const QElapsedTimer &timer)
     return double(timer.nsecsElapsed()) / 1e6;
 }
 
-double peakRssMb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
-}
-
 // How long the main thread keeps events waiting: a watcher thread posts a stamped event every
 // millisecond, and the delay until the main thread runs it is the stall it was caught in.
 class StallRecorder
@@ -147,18 +135,6 @@ double median(std::vector<double> values)
     std::sort(values.begin(), values.end());
     const size_t mid = values.size() / 2;
     return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
-}
-
-double currentRssMb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
 }
 
 // Opens the document and shows it until the first screen is sharp: the first paint of a cold
@@ -269,7 +245,7 @@ int runViewBench(const QStringList &arguments)
         }
     };
     readTo(std::min(20, document->pageCount() - 1));
-    const double rss20 = peakRssMb();
+    const double rss20 = processMegabytes("VmHWM:");
     // Rendered tiles are part of both peaks: they show how much of them is the view's own cache.
     const double tiles20 = double(view.tileCache().pixelCount()) * 4 / (1024 * 1024);
 
@@ -307,13 +283,13 @@ int runViewBench(const QStringList &arguments)
 
     // The rest of the document.
     readTo(document->pageCount());
-    const double rssAll = peakRssMb();
+    const double rssAll = processMegabytes("VmHWM:");
     benchPrint(QStringLiteral("peak_rss_mb_all"), rssAll);
     if (rss20 > 0)
         benchPrint(QStringLiteral("peak_rss_ratio_all_20"), rssAll / rss20);
     // What stays once the reader is at the end: the memory of the pages passed must be gone.
     waitRendered(view, 30000);
-    benchPrint(QStringLiteral("rss_mb_at_end"), currentRssMb());
+    benchPrint(QStringLiteral("rss_mb_at_end"), processMegabytes("VmRSS:"));
     benchPrint(QStringLiteral("tile_cache_mb_at_end"),
         double(view.tileCache().pixelCount()) * 4 / (1024 * 1024));
     return 0;

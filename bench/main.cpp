@@ -1,10 +1,12 @@
 #include "BenchCommand.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QTextStream>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 std::map<QString, BenchCommand> &benchCommands()
 {
@@ -19,6 +21,19 @@ double median(std::vector<double> values)
     std::sort(values.begin(), values.end());
     const size_t mid = values.size() / 2;
     return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
+}
+
+double processMegabytes(const char *field)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    const qsizetype length = qsizetype(std::strlen(field));
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(length).trimmed().split(' ').first().toDouble() / 1024.0;
+    }
+    return 0;
 }
 
 void benchPrint(const QString &name, double value)
