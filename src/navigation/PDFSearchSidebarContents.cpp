@@ -2,6 +2,7 @@
 
 #include "PDFSearchResultDelegate.h"
 #include "PDFSearchResultModel.h"
+#include "PDFSearchResultView.h"
 #include "PDFViewSearcher.h"
 
 #include <app/PDFContents.h>
@@ -14,7 +15,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QListView>
 #include <QPointer>
 #include <QTimer>
 #include <QToolButton>
@@ -57,14 +57,8 @@ PDFSearchSidebarContents::PDFSearchSidebarContents(QWidget *parent)
     header->addWidget(m_stopButton);
     column->addLayout(header);
 
-    m_listView = new QListView(this);
+    m_listView = new PDFSearchResultView(this);
     m_listView->setObjectName(QStringLiteral("searchResults"));
-    m_listView->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    m_listView->setUniformItemSizes(false);
-    m_listView->setResizeMode(QListView::Adjust);
-    m_listView->setFrameShape(QFrame::NoFrame);
     m_listView->setAccessibleName(tr("Search Results"));
     m_model = new PDFSearchResultModel(this);
     m_delegate = new PDFSearchResultDelegate(this);

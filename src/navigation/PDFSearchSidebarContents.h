@@ -8,9 +8,9 @@
 
 class PDFSearchResultDelegate;
 class PDFSearchResultModel;
+class PDFSearchResultView;
 class PDFViewSearcher;
 class QLabel;
-class QListView;
 class QToolButton;
 
 class PDFSearchSidebarContents : public PDFSidebarTabContents
@@ -23,7 +23,7 @@ public:
 
     // The selected view's searcher; null without one.
     PDFViewSearcher *searcher() const;
-    QListView *listView() const { return m_listView; }
+    PDFSearchResultView *listView() const { return m_listView; }
     PDFSearchResultModel *model() const { return m_model; }
     QToolButton *prevButton() const { return m_prevButton; }
     QToolButton *nextButton() const { return m_nextButton; }
@@ -60,7 +60,7 @@ private:
     QToolButton *m_prevButton = nullptr;
     QToolButton *m_nextButton = nullptr;
     QToolButton *m_stopButton = nullptr;
-    QListView *m_listView = nullptr;
+    PDFSearchResultView *m_listView = nullptr;
     PDFSearchResultModel *m_model = nullptr;
     PDFSearchResultDelegate *m_delegate = nullptr;
     bool m_isRestoringSelection = false;

@@ -2,6 +2,8 @@
 
 #include "PDFSidebarTabContents.h"
 
+#include <QAbstractItemView>
+
 PDFSidebarListDelegate::PDFSidebarListDelegate(int groupRole, QObject *parent)
     : QStyledItemDelegate(parent)
     , m_groupRole(groupRole)
@@ -10,7 +12,12 @@ PDFSidebarListDelegate::PDFSidebarListDelegate(int groupRole, QObject *parent)
 QSize PDFSidebarListDelegate::sizeHint(
     const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    const int width = option.rect.width();
+    // A tree view measures rows without a width: the list's own is the one that counts.
+    int width = option.rect.width();
+    if (width <= 0) {
+        const auto *const view = qobject_cast<const QAbstractItemView *>(option.widget);
+        width = view ? view->viewport()->width() : 0;
+    }
     if (index.data(m_groupRole).toBool())
         return { width, int(PDFSidebarTabContents::sectionRowHeight) };
     if (width != m_measuredWidth) {

@@ -2,11 +2,132 @@
 
 #include "PDFRenderPrivate.h"
 #include "TextLayout.h"
+#include "mupdf/WorkBudget.h"
 
 #include <mutex>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
+
+namespace {
+
+bool isLineEndHyphen(char16_t c)
+{
+    return c == u'-' || c == 0x2010 || c == 0x2011;
+}
+
+// Ligatures and the presentation forms of Arabic and Hebrew read as the letters a user types.
+bool isPresentationForm(char32_t c)
+{
+    return c >= 0xFB00 && c <= 0xFEFF && c != 0xFEFF;
+}
+
+// A flat copy of a text for matching: folded, white space runs as one space, soft hyphens
+// and words broken at a line's end joined; each unit knows the text it came from.
+class Haystack
+{
+public:
+    Haystack(const QString &text, bool caseInsensitive, bool keepHyphens)
+        : m_caseInsensitive(caseInsensitive)
+    {
+        m_units.reserve(size_t(text.size()));
+        m_from.reserve(size_t(text.size()));
+        m_to.reserve(size_t(text.size()));
+        const qsizetype n = text.size();
+        for (qsizetype i = 0; i < n; ++i) {
+            const char16_t c = text.at(i).unicode();
+            if (c == 0x00AD)
+                continue;
+            if (isLineEndHyphen(c) && i > 0 && i + 1 < n && text.at(i + 1) == u'\n'
+                && text.at(i - 1).isLetter()) {
+                // The word goes on at the start of the next line.
+                if (keepHyphens)
+                    push(c, int(i), int(i + 1));
+                ++i;
+                continue;
+            }
+            if (QChar::isSpace(c)) {
+                if (!m_units.empty() && m_units.back() == u' ')
+                    m_to.back() = int(i + 1);
+                else
+                    push(u' ', int(i), int(i + 1));
+                continue;
+            }
+            char32_t code = c;
+            int end = int(i + 1);
+            if (QChar::isHighSurrogate(c) && i + 1 < n && text.at(i + 1).isLowSurrogate()) {
+                code = QChar::surrogateToUcs4(c, text.at(i + 1).unicode());
+                end = int(i + 2);
+            }
+            append(code, int(i), end);
+            i = end - 1;
+        }
+    }
+
+    // The needle as the haystack reads it (without the line-end rules).
+    static std::u16string needle(const QString &needle, bool caseInsensitive)
+    {
+        return Haystack(needle.simplified(), caseInsensitive, true).m_units;
+    }
+
+    std::vector<PDFTextRange> find(const std::u16string &pattern) const
+    {
+        std::vector<PDFTextRange> found;
+        if (pattern.empty())
+            return found;
+        const std::u16string_view units(m_units);
+        size_t from = 0;
+        while ((from = units.find(pattern, from)) != std::u16string_view::npos) {
+            const size_t last = from + pattern.size() - 1;
+            found.push_back({ m_from[from], m_to[last] - m_from[from] });
+            from += pattern.size();
+        }
+        return found;
+    }
+
+private:
+    void push(char16_t unit, int from, int to)
+    {
+        m_units.push_back(unit);
+        m_from.push_back(from);
+        m_to.push_back(to);
+    }
+    void append(char32_t code, int from, int to)
+    {
+        if (isPresentationForm(code)) {
+            const QString parts = QChar::decomposition(code);
+            if (!parts.isEmpty()) {
+                for (const QChar part : parts)
+                    push(fold(part.unicode()), from, to);
+                return;
+            }
+        }
+        code = fold(code);
+        if (QChar::requiresSurrogates(code)) {
+            push(QChar::highSurrogate(code), from, to);
+            push(QChar::lowSurrogate(code), from, to);
+        } else {
+            push(char16_t(code), from, to);
+        }
+    }
+    char32_t fold(char32_t code) const
+    {
+        if (!m_caseInsensitive)
+            return code;
+        if (code < 0x80)
+            return code >= u'A' && code <= u'Z' ? code + 32 : code;
+        return QChar::toCaseFolded(code);
+    }
+
+    bool m_caseInsensitive;
+    std::u16string m_units;
+    std::vector<int> m_from; // where each unit's text starts
+    std::vector<int> m_to; // and ends
+};
+
+} // namespace
 
 FindJob::FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
     std::vector<int> indexes, const QString &needle, bool caseInsensitive)
@@ -28,94 +149,92 @@ FindJob::~FindJob()
 std::vector<PDFTextRange> FindJob::matches(
     const QString &text, const QString &needle, bool caseInsensitive)
 {
-    std::vector<PDFTextRange> found;
-    QString pattern = needle.simplified();
-    if (pattern.isEmpty())
-        return found;
-    // Same length as the text, so indexes stay those of the page text.
-    QString haystack = text;
-    for (QChar &c : haystack)
-        if (c.isSpace())
-            c = u' ';
-    const Qt::CaseSensitivity sensitivity
-        = caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive;
-    qsizetype from = 0;
-    while ((from = haystack.indexOf(pattern, from, sensitivity)) >= 0) {
-        found.push_back({ static_cast<int>(from), static_cast<int>(pattern.size()) });
-        from += pattern.size();
-    }
-    return found;
+    const std::u16string pattern = Haystack::needle(needle, caseInsensitive);
+    if (pattern.empty() || pattern == u" ")
+        return {};
+    const bool keepHyphens = pattern.find_first_of(u"-\u2010\u2011") != std::u16string::npos;
+    return Haystack(text, caseInsensitive, keepHyphens).find(pattern);
 }
 
-fz_display_list *FindJob::recordPage(size_t slot)
+fz_stext_page *FindJob::extractPage(size_t slot)
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = m_handle->doc();
     const mu::Lock lock(m_handle->mutex());
-    pdf_obj *const obj = m_pages[slot];
+    pdf_obj *const wanted = m_pages[slot];
     const int hint = m_indexes[slot];
-    pdf_page *page = nullptr;
+    mu::CookieScope scope(&m_cancellation);
+    mu::StextPage stext;
+    mu::Device device;
+    mu::Processor processor;
     mu::Error error;
     mu::run(ctx, error, [&] {
-        const int wanted = pdf_to_num(ctx, obj);
-        const int count = pdf_count_pages(ctx, doc);
-        // Usually the page is still where it was; otherwise look it up.
-        if (hint < count) {
-            page = pdf_load_page(ctx, doc, hint);
-            if (pdf_to_num(ctx, page->obj) != wanted) {
-                fz_drop_page(ctx, &page->super);
-                page = nullptr;
-            }
+        // Usually the page is still where it was; otherwise it must still be in the tree.
+        pdf_obj *obj
+            = hint < pdf_count_pages(ctx, doc) ? pdf_lookup_page_obj(ctx, doc, hint) : nullptr;
+        if (pdf_to_num(ctx, obj) != pdf_to_num(ctx, wanted)) {
+            if (pdf_lookup_page_number(ctx, doc, wanted) < 0)
+                fz_throw(ctx, FZ_ERROR_GENERIC, "page removed");
         }
-        if (!page) {
-            const int index = pdf_lookup_page_number(ctx, doc, obj);
-            if (index >= 0)
-                page = pdf_load_page(ctx, doc, index);
-            if (page && pdf_to_num(ctx, page->obj) != wanted)
-                fz_throw(ctx, FZ_ERROR_GENERIC, "page moved");
-        }
+        // The same space the page's text layout reads: page space with y flipped.
+        fz_rect mediabox;
+        fz_matrix pageToFz;
+        pdf_page_obj_transform(ctx, wanted, &mediabox, &pageToFz);
+        const fz_matrix toPage = fz_concat(fz_invert_matrix(pageToFz), fz_scale(1, -1));
+        pdf_obj *const contents = pdf_dict_get(ctx, wanted, PDF_NAME(Contents));
+        pdf_obj *const resources = pdf_dict_get_inheritable(ctx, wanted, PDF_NAME(Resources));
+        mu::checkContentLength(ctx, doc, contents, scope.cookie(), scope.contentLimit());
+        stext.p = fz_new_stext_page(ctx, fz_transform_rect(mediabox, toPage));
+        fz_stext_options options {};
+        device.p = fz_new_stext_device(ctx, stext.p, &options);
+        processor.p = pdf_new_run_processor(
+            ctx, device.p, fz_concat(pageToFz, toPage), "View", nullptr, nullptr, scope.cookie());
+        pdf_process_contents(ctx, processor.p, doc, resources, contents, scope.cookie());
+        pdf_close_processor(ctx, processor.p);
+        fz_close_device(ctx, device.p);
     });
-    fz_display_list *list = nullptr;
-    if (page && !error.failed) {
-        mu::CookieScope scope(&m_cancellation);
-        list = TextLayout::recordContents(ctx, page, scope.cookie(), error, scope.contentLimit());
-        if (list && scope.aborted()) {
-            mu::runQuietly(ctx, [&] { fz_drop_display_list(ctx, list); });
-            list = nullptr;
-        }
-    }
-    if (page)
-        mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
-    return list;
+    if (error.failed || scope.aborted())
+        return nullptr;
+    return stext.release();
 }
 
 void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
 {
-    // Two threads: while one records a page under the document's lock, the other reads the
-    // text of the page before, outside it. Hits still go out in page order.
+    // Two threads: while one reads a page under the document's lock, the other flattens and
+    // searches the text of the page before, outside it. Hits still go out in page order.
     const size_t count = m_pages.size();
+    const std::u16string pattern = Haystack::needle(m_needle, m_caseInsensitive);
+    const bool keepHyphens = pattern.find_first_of(u"-\u2010\u2011") != std::u16string::npos;
+    struct PageResult
+    {
+        std::vector<PDFTextRange> hits;
+        QString text;
+    };
     std::atomic<size_t> next { 0 };
     std::mutex resultsMutex;
-    std::vector<std::optional<std::vector<PDFTextRange>>> results(count);
+    std::vector<std::optional<PageResult>> results(count);
     size_t delivered = 0;
     const auto work = [&] {
-        fz_context *ctx = mu::context();
         for (;;) {
             const size_t slot = next++;
             if (slot >= count || m_cancelled)
                 return;
-            std::vector<PDFTextRange> hits;
-            const mu::DisplayList list(recordPage(slot));
-            mu::Error error;
-            const auto layout
-                = list ? TextLayout::fromList(ctx, list.p, &m_cancellation, error, false) : nullptr;
-            if (layout)
-                hits = matches(layout->text, m_needle, m_caseInsensitive);
+            PageResult result;
+            const mu::StextPage stext(extractPage(slot));
+            if (stext && !m_cancelled && !pattern.empty() && pattern != u" ") {
+                const auto layout = TextLayout::fromStext(stext.p, false);
+                result.hits = Haystack(layout->text, m_caseInsensitive, keepHyphens).find(pattern);
+                if (!result.hits.empty())
+                    result.text = layout->text;
+            }
             const std::lock_guard lock(resultsMutex);
-            results[slot] = std::move(hits);
+            results[slot] = std::move(result);
             while (delivered < count && results[delivered]) {
-                if (!results[delivered]->empty() && !m_cancelled)
-                    onPage(static_cast<int>(delivered), std::move(*results[delivered]));
+                PageResult &ready = *results[delivered];
+                if (!ready.hits.empty() && !m_cancelled)
+                    onPage(
+                        static_cast<int>(delivered), std::move(ready.hits), std::move(ready.text));
+                results[delivered]->text.clear();
                 ++delivered;
             }
         }

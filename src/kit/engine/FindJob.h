@@ -1,8 +1,8 @@
 #pragma once
 
 // One asynchronous find: a snapshot of the page objects taken on the main thread, searched page
-// by page on a worker thread under the document's lock. The worker reports ranges per page slot;
-// it never touches PDFPage or PDFDocument.
+// by page on worker threads under the document's lock. The workers report ranges and the page
+// text per page slot; they never touch PDFPage or PDFDocument.
 
 #include "PDFCancellation.h"
 #include "PDFSelection.h"
@@ -25,7 +25,8 @@ public:
     FindJob(const FindJob &) = delete;
     FindJob &operator=(const FindJob &) = delete;
 
-    using PageHits = std::function<void(int slot, std::vector<PDFTextRange> hits)>;
+    // The hits of one page and the page's whole text, which the ranges index.
+    using PageHits = std::function<void(int slot, std::vector<PDFTextRange> hits, QString text)>;
     // Runs on the worker: onPage for each page with hits, in order; onEnd unless cancelled.
     void run(const PageHits &onPage, const std::function<void()> &onEnd);
     void cancel()
@@ -34,13 +35,16 @@ public:
         m_cancellation.cancel();
     }
 
-    // Ranges of needle in text; whitespace of either side matches any whitespace.
+    // Ranges of needle in text, case-folded when asked. White space of either side matches any
+    // white space, a line break included; a word hyphenated at a line's end is found whole (and
+    // with its hyphen when the needle has one); soft hyphens are ignored.
     static std::vector<PDFTextRange> matches(
         const QString &text, const QString &needle, bool caseInsensitive);
 
 private:
-    // The page's content recorded under the lock; null when it is gone or unreadable.
-    fz_display_list *recordPage(size_t slot);
+    // The page's structured text, read under the lock straight from its content streams (no
+    // page is loaded, no annotation run); null when the page is gone or unreadable.
+    fz_stext_page *extractPage(size_t slot);
 
     std::shared_ptr<mu::DocumentHandle> m_handle;
     std::vector<pdf_obj *> m_pages;

@@ -19,6 +19,7 @@ void PDFDocument::beginFindString(const QString &string, int options)
     d->resolveAll();
     std::vector<pdf_obj *> objects;
     std::vector<int> indexes;
+    std::vector<quint64> revisions;
     d->findPages.clear();
     {
         const mu::Lock lock(d->handle->mutex());
@@ -30,6 +31,7 @@ void PDFDocument::beginFindString(const QString &string, int options)
             mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, obj); });
             objects.push_back(obj);
             indexes.push_back(static_cast<int>(d->findPages.size()));
+            revisions.push_back(page->d->contentRevision);
             d->findPages.push_back(page);
         }
     }
@@ -43,17 +45,25 @@ void PDFDocument::beginFindString(const QString &string, int options)
         auto self = weakSelf.lock();
         return self && self->d->finding && self->d->findGeneration == generation ? self : nullptr;
     };
-    const auto onPage = [current](int slot, std::vector<PDFTextRange> hits) {
-        MainQueue::async([current, slot, hits = std::move(hits)] {
+    const auto onPage = [current, revisions = std::move(revisions)](
+                            int slot, std::vector<PDFTextRange> hits, QString text) {
+        const quint64 revision = revisions[static_cast<size_t>(slot)];
+        MainQueue::async([current, slot, revision, hits = std::move(hits), text = std::move(text)] {
+            auto self = current();
+            const auto page = self ? self->d->findPages[static_cast<size_t>(slot)].lock() : nullptr;
+            // The text read is the page's while its content has not changed since.
+            if (page)
+                PDFPageInternals::setFoundText(*page, revision, text);
             for (const PDFTextRange &hit : hits) {
-                const auto self = current();
                 if (!self)
                     return;
                 auto selection = std::make_shared<PDFSelection>(self);
-                if (const auto page = self->d->findPages[static_cast<size_t>(slot)].lock())
+                if (page)
                     selection->addRange(page, hit);
                 NotificationCenter::defaultCenter().post(DidFindMatchNotification, self.get(),
                     { { FoundSelectionKey, QVariant::fromValue(selection) } });
+                // An observer may have cancelled the find.
+                self = current();
             }
         });
     };

@@ -194,6 +194,24 @@ std::shared_ptr<const TextLayout> textLayout(const PDFPage &page)
     return d.text;
 }
 
+QString pageText(const PDFPage &page)
+{
+    const PDFPagePrivate &d = PDFPagePrivate::of(page);
+    if (!(d.text && d.textRevision == d.contentRevision) && !d.foundText.isNull()
+        && d.foundTextRevision == d.contentRevision)
+        return d.foundText;
+    return textLayout(page)->text;
+}
+
+void setFoundText(const PDFPage &page, quint64 contentRevision, const QString &text)
+{
+    PDFPagePrivate &d = PDFPagePrivate::of(page);
+    if (contentRevision != d.contentRevision || (d.text && d.textRevision == d.contentRevision))
+        return;
+    d.foundText = text;
+    d.foundTextRevision = contentRevision;
+}
+
 pdf_obj *graftPage(
     fz_context *ctx, pdf_document *target, pdf_document *source, pdf_obj *page, mu::Error &error)
 {

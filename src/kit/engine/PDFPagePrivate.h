@@ -55,6 +55,10 @@ struct PDFPagePrivate
     int rotation = 0;
     std::shared_ptr<const TextLayout> text;
     quint64 textRevision = 0;
+    // The text alone, as a find read it, until the whole layout is built: enough for strings
+    // and context around hits without reading the page again.
+    QString foundText;
+    quint64 foundTextRevision = 0;
 
     // Built from the file on first use, through the document delegate's classes. Both are
     // written under the handle's lock, since a worker writing the document reads them.
@@ -82,6 +86,11 @@ int treeIndex(const PDFPage &page);
 // Loads (if needed) the boxes and rotation. Main thread.
 void loadBoxes(const PDFPage &page);
 std::shared_ptr<const TextLayout> textLayout(const PDFPage &page);
+// The page's text: the layout's when it is built, else what a find read at this revision,
+// else the layout built now. Main thread.
+QString pageText(const PDFPage &page);
+// Keeps the text a find read of the page at a content revision. Main thread.
+void setFoundText(const PDFPage &page, quint64 contentRevision, const QString &text);
 // Copies a page object of one document into another as a new page object, not yet in the page
 // tree; both locks are held. Returns a new reference or null with the error set.
 pdf_obj *graftPage(

@@ -96,10 +96,12 @@ QString PDFSelection::string() const
         return {};
     QStringList parts;
     for (const PageRanges &entry : m_pages) {
-        const auto layout = PDFPageInternals::textLayout(*entry.page);
+        // The text alone is enough here: a find's hits need no page read again.
+        const QString text = PDFPageInternals::pageText(*entry.page);
         for (const PDFTextRange &range : entry.ranges) {
-            const PDFTextRange r = layout->clamp(range);
-            parts.append(layout->text.mid(r.location, r.length));
+            const int start = std::clamp(range.location, 0, int(text.size()));
+            const int end = std::clamp(range.end(), start, int(text.size()));
+            parts.append(text.mid(start, end - start));
         }
     }
     return parts.join(QLatin1Char('\n'));
@@ -223,7 +225,7 @@ void PDFSelection::extendSelectionAtEnd(int characters)
     if (m_pages.empty() || characters <= 0)
         return;
     PageRanges &last = m_pages.back();
-    const int size = PDFPageInternals::textLayout(*last.page)->size();
+    const int size = int(PDFPageInternals::pageText(*last.page).size());
     PDFTextRange &range = last.ranges.back();
     const int end = std::min(size, range.end() + characters);
     range.length = std::max(range.length, end - range.location);

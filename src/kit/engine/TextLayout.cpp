@@ -55,7 +55,11 @@ std::shared_ptr<TextLayout> TextLayout::fromList(fz_context *ctx, fz_display_lis
     });
     if (!ok || cookieScope.aborted())
         return nullptr;
+    return fromStext(stext.p, withGeometry);
+}
 
+std::shared_ptr<TextLayout> TextLayout::fromStext(fz_stext_page *stext, bool withGeometry)
+{
     auto layout = std::make_shared<TextLayout>();
     layout->text.reserve(4096);
     if (withGeometry) {
@@ -70,7 +74,7 @@ std::shared_ptr<TextLayout> TextLayout::fromList(fz_context *ctx, fz_display_lis
         layout->lineOf.push_back(line);
     };
     int lineNumber = -1;
-    for (fz_stext_block *block = stext.p->first_block; block; block = block->next) {
+    for (fz_stext_block *block = stext->first_block; block; block = block->next) {
         if (block->type != FZ_STEXT_BLOCK_TEXT)
             continue;
         for (fz_stext_line *line = block->u.t.first_line; line; line = line->next) {

@@ -33,6 +33,8 @@ struct TextLayout
     // Without geometry, only text and lines are filled (for find).
     static std::shared_ptr<TextLayout> fromList(fz_context *ctx, fz_display_list *list,
         PDFCancellation *cancel, mu::Error &error, bool withGeometry = true);
+    // Flattens structured text read with y flipped (as fromList reads it).
+    static std::shared_ptr<TextLayout> fromStext(fz_stext_page *stext, bool withGeometry);
 
     int size() const { return static_cast<int>(text.size()); }
     int indexAtPoint(const QPointF &point) const; // the character under the point, or -1

@@ -56,5 +56,6 @@ using Object = Owned<pdf_obj, pdf_drop_obj>;
 using Stream = Owned<fz_stream, fz_drop_stream>;
 using Document = Owned<pdf_document, pdf_drop_document>;
 using Image = Owned<fz_image, fz_drop_image>;
+using Processor = Owned<pdf_processor, pdf_drop_processor>;
 
 } // namespace mu

@@ -171,9 +171,15 @@ bool BudgetScope::timedOut() const
 
 void checkContentLength(fz_context *ctx, pdf_page *page, fz_cookie *cookie, qint64 limit)
 {
+    checkContentLength(ctx, page->doc, pdf_page_contents(ctx, page), cookie, limit);
+}
+
+void checkContentLength(
+    fz_context *ctx, pdf_document *doc, pdf_obj *contents, fz_cookie *cookie, qint64 limit)
+{
     if (limit <= 0)
         return;
-    fz_stream *stream = pdf_open_contents_stream(ctx, page->doc, pdf_page_contents(ctx, page));
+    fz_stream *stream = pdf_open_contents_stream(ctx, doc, contents);
     fz_try(ctx)
     {
         qint64 total = 0;

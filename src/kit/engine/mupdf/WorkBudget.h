@@ -40,5 +40,8 @@ private:
 // Throws (inside a guarded block) when the page's content streams decode to more than limit
 // bytes; stops early when the cookie is aborted. Plain MuPDF calls.
 void checkContentLength(fz_context *ctx, pdf_page *page, fz_cookie *cookie, qint64 limit);
+// The same for a page's /Contents read from its object, without loading the page.
+void checkContentLength(
+    fz_context *ctx, pdf_document *doc, pdf_obj *contents, fz_cookie *cookie, qint64 limit);
 
 } // namespace mu
