@@ -24,7 +24,8 @@ QRect textRect(const QRect &row)
 } // namespace
 
 PDFAnnotationListDelegate::PDFAnnotationListDelegate(QObject *parent)
-    : PDFSidebarListDelegate(PDFAnnotationListModel::IsGroupRole, parent)
+    : PDFSidebarListDelegate(
+        PDFAnnotationListModel::IsGroupRole, PDFAnnotationListModel::RowKeyRole, parent)
 { }
 
 int PDFAnnotationListDelegate::measureRowHeight(

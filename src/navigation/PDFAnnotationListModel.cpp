@@ -143,6 +143,9 @@ QVariant PDFAnnotationListModel::data(const QModelIndex &index, int role) const
         return item.page != nullptr;
     if (role == PageNumberRole)
         return item.pageIndex + 1;
+    if (role == RowKeyRole)
+        return item.page ? quint64(quintptr(item.page.get()))
+                         : quint64(quintptr(item.annotation.get()));
     if (item.page) {
         if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole)
             return tr("Page %1").arg(item.pageIndex + 1);

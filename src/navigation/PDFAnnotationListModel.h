@@ -25,6 +25,7 @@ public:
         AuthorRole,
         DateRole,
         ColorRole, // the swatch; a free text's font colour
+        RowKeyRole, // a number that stays with the row's annotation or page while rows move
     };
 
     // "MM/dd/YY" with YY the ISO week-based year, as the design's pattern reads.

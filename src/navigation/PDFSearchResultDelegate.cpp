@@ -42,7 +42,7 @@ QString rowText(const QModelIndex &index)
 } // namespace
 
 PDFSearchResultDelegate::PDFSearchResultDelegate(QObject *parent)
-    : PDFSidebarListDelegate(PDFSearchResultModel::IsGroupRole, parent)
+    : PDFSidebarListDelegate(PDFSearchResultModel::IsGroupRole, 0, parent)
 { }
 
 int PDFSearchResultDelegate::measureRowHeight(

@@ -1,5 +1,6 @@
 #include "PDFSearchSidebarContents.h"
 
+#include "FDCommonImageProvider.h"
 #include "PDFSearchResultDelegate.h"
 #include "PDFSearchResultModel.h"
 #include "PDFSearchResultView.h"
@@ -119,9 +120,10 @@ void PDFSearchSidebarContents::onResetObservers()
             [this](const Notification &) { onSearchCancel(); });
     }
     if (contents()) {
-        NotificationCenter::defaultCenter().addObserver(this,
-            PDFContents::SplitModeDidChangeNotification, contents(),
-            [this](const Notification &) { updateIndicator(); });
+        for (const QString &name : { PDFContents::SplitModeDidChangeNotification,
+                 PDFContents::PDFViewsDidSwapNotification })
+            NotificationCenter::defaultCenter().addObserver(
+                this, name, contents(), [this](const Notification &) { updateIndicator(); });
     }
 }
 
@@ -138,6 +140,7 @@ void PDFSearchSidebarContents::onPDFViewChanged()
 
 void PDFSearchSidebarContents::onThemeChanged()
 {
+    updateIndicator();
     m_listView->viewport()->update();
 }
 
@@ -149,9 +152,15 @@ void PDFSearchSidebarContents::updateIndicator()
         m_indicator->hide();
         return;
     }
+    // The marker of the view whose results these are, as the sidebar's title line shows it.
+    FDCommonImageProvider &images = FDCommonImageProvider::shared();
     const bool primary = tab->selectedPDFView() == tab->primaryPDFView();
-    m_indicator->setText(primary ? QStringLiteral("1") : QStringLiteral("2"));
-    m_indicator->setToolTip(primary ? tr("First view") : tr("Second view"));
+    const QIcon icon
+        = primary ? images.primaryIndicatorOnStateIcon() : images.secondaryIndicatorOnStateIcon();
+    const int edge = FDCommonImageProvider::iconSize;
+    m_indicator->setPixmap(icon.pixmap(QSize(edge, edge), devicePixelRatioF()));
+    m_indicator->setToolTip(primary ? tr("View A") : tr("View B"));
+    m_indicator->setAccessibleName(m_indicator->toolTip());
     m_indicator->show();
 }
 

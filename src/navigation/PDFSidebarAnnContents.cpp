@@ -3,6 +3,7 @@
 #include "PDFAnnotationListDelegate.h"
 #include "PDFAnnotationListModel.h"
 
+#include <document/FDDocument.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <view/FDPDFView.h>
@@ -11,6 +12,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QShortcut>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -43,14 +45,8 @@ PDFSidebarAnnContents::PDFSidebarAnnContents(QWidget *parent)
     m_listView->setModel(m_model);
     m_listView->setItemDelegate(m_delegate);
     layout->addWidget(m_listView);
+    // Heights are kept per annotation, so rows that shift keep theirs; a rebuild measures anew.
     connect(m_model, &QAbstractItemModel::modelReset, this, [this] { m_delegate->clearHeights(); });
-    // Rows shift on inserts and removals, so the kept heights are for other rows then.
-    connect(
-        m_model, &QAbstractItemModel::rowsInserted, this, [this] { m_delegate->clearHeights(); });
-    connect(
-        m_model, &QAbstractItemModel::rowsRemoved, this, [this] { m_delegate->clearHeights(); });
-    connect(
-        m_model, &QAbstractItemModel::dataChanged, this, [this] { m_delegate->clearHeights(); });
     connect(m_listView, &QListView::clicked, this,
         [this](const QModelIndex &index) { onRowClicked(index.row()); });
     connect(m_listView, &QListView::customContextMenuRequested, this,
@@ -75,6 +71,23 @@ void PDFSidebarAnnContents::onResetObservers()
         [this](const Notification &notification) { onAnnotationChanged(notification); });
     center.addObserver(this, XPDFView::SelectedAnnotationDidChangeNotification, view,
         [this](const Notification &) { onSelectedAnnotationChanged(); });
+    center.addObserver(this, FDDocument::DocumentPageDidChangeNotification, view,
+        [this](const Notification &) { onDocumentPageChanged(); });
+}
+
+void PDFSidebarAnnContents::onDocumentPageChanged()
+{
+    // A page operation may post this once per page: one rebuild serves them all.
+    if (m_stale)
+        return;
+    m_stale = true;
+    QTimer::singleShot(0, this, [this] { rebuildIfStale(); });
+}
+
+void PDFSidebarAnnContents::rebuildIfStale()
+{
+    if (m_stale)
+        rebuild();
 }
 
 void PDFSidebarAnnContents::onPDFViewChanged()
@@ -89,6 +102,7 @@ void PDFSidebarAnnContents::onThemeChanged()
 
 void PDFSidebarAnnContents::rebuild()
 {
+    m_stale = false;
     FDPDFView *const view = selectedPDFView();
     m_model->rebuild(view ? view->document() : nullptr);
     onSelectedAnnotationChanged();
@@ -102,6 +116,7 @@ void PDFSidebarAnnContents::updateTitle()
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 {
+    rebuildIfStale();
     const int row = m_model->add(annotationOf(notification));
     updateTitle();
     if (row >= 0)
@@ -110,17 +125,29 @@ void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 
 void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification)
 {
+    rebuildIfStale();
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
-    if (row >= 0)
+    if (row >= 0) {
         m_listView->scrollTo(m_model->index(row));
+        // Another annotation may be made at the same address later.
+        m_delegate->forgetHeight(m_model->index(row));
+    }
     m_model->remove(annotation);
     updateTitle();
 }
 
 void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification)
 {
-    m_model->change(annotationOf(notification));
+    rebuildIfStale();
+    const auto annotation = annotationOf(notification);
+    const int row = m_model->rowOf(annotation);
+    if (row < 0)
+        return;
+    // Only this row is measured again, once its text is in; the others keep their heights.
+    m_delegate->forgetHeight(m_model->index(row));
+    m_model->change(annotation);
+    QTimer::singleShot(0, m_listView, [list = m_listView] { list->doItemsLayout(); });
 }
 
 void PDFSidebarAnnContents::onSelectedAnnotationChanged()

@@ -36,6 +36,10 @@ protected:
 
 private:
     void rebuild();
+    // Pages moved, came or went: the rows are rebuilt once on the next turn, or before the next
+    // annotation notification if that comes first.
+    void onDocumentPageChanged();
+    void rebuildIfStale();
     void updateTitle();
     void onAnnotationAdded(const Notification &notification);
     void onAnnotationRemoved(const Notification &notification);
@@ -48,4 +52,5 @@ private:
     QListView *m_listView = nullptr;
     PDFAnnotationListModel *m_model = nullptr;
     PDFAnnotationListDelegate *m_delegate = nullptr;
+    bool m_stale = false;
 };

@@ -4,10 +4,16 @@
 
 #include <QAbstractItemView>
 
-PDFSidebarListDelegate::PDFSidebarListDelegate(int groupRole, QObject *parent)
+PDFSidebarListDelegate::PDFSidebarListDelegate(int groupRole, int keyRole, QObject *parent)
     : QStyledItemDelegate(parent)
     , m_groupRole(groupRole)
+    , m_keyRole(keyRole)
 { }
+
+quint64 PDFSidebarListDelegate::keyOf(const QModelIndex &index) const
+{
+    return m_keyRole ? index.data(m_keyRole).toULongLong() : quint64(index.row());
+}
 
 QSize PDFSidebarListDelegate::sizeHint(
     const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -24,9 +30,10 @@ QSize PDFSidebarListDelegate::sizeHint(
         m_heights.clear();
         m_measuredWidth = width;
     }
-    if (const auto found = m_heights.constFind(index.row()); found != m_heights.constEnd())
+    const quint64 key = keyOf(index);
+    if (const auto found = m_heights.constFind(key); found != m_heights.constEnd())
         return { width, *found };
     const int height = measureRowHeight(option, index, width);
-    m_heights.insert(index.row(), height);
+    m_heights.insert(key, height);
     return { width, height };
 }

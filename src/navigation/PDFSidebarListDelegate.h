@@ -1,7 +1,8 @@
 #pragma once
 
 // The base of the sidebar lists' delegates: group rows take the section height, other rows are
-// measured once per row for the width of the list and kept until the width or the rows change.
+// measured once for the width of the list and kept, per row or per the model's key of a row,
+// until the width changes or the row is said to have changed.
 
 #include <QHash>
 #include <QStyledItemDelegate>
@@ -11,11 +12,14 @@ class PDFSidebarListDelegate : public QStyledItemDelegate
     Q_OBJECT
 
 public:
-    // groupRole: the model's role that is true for a group (page header) row.
-    explicit PDFSidebarListDelegate(int groupRole, QObject *parent = nullptr);
+    // groupRole: the model's role that is true for a group (page header) row. keyRole: a role
+    // giving a number that stays with a row's item while rows move; 0 keys heights by row.
+    explicit PDFSidebarListDelegate(int groupRole, int keyRole = 0, QObject *parent = nullptr);
 
     // Forgets the measured heights; the list calls this when its rows are replaced.
     void clearHeights() { m_heights.clear(); }
+    // Forgets the height of one row, whose text changed.
+    void forgetHeight(const QModelIndex &index) { m_heights.remove(keyOf(index)); }
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const final;
 
@@ -25,7 +29,10 @@ protected:
         const QStyleOptionViewItem &option, const QModelIndex &index, int width) const = 0;
 
 private:
+    quint64 keyOf(const QModelIndex &index) const;
+
     const int m_groupRole;
-    mutable QHash<int, int> m_heights;
+    const int m_keyRole;
+    mutable QHash<quint64, int> m_heights;
     mutable int m_measuredWidth = -1;
 };
