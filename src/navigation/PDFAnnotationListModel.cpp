@@ -24,7 +24,8 @@ PDFAnnotationListModel::PDFAnnotationListModel(QObject *parent)
     : QAbstractListModel(parent)
 { }
 
-void PDFAnnotationListModel::rebuild(const std::shared_ptr<PDFDocument> &document)
+void PDFAnnotationListModel::rebuild(
+    const std::shared_ptr<PDFDocument> &document, const std::shared_ptr<PDFAnnotation> &leaveOut)
 {
     beginResetModel();
     m_document = document;
@@ -35,7 +36,8 @@ void PDFAnnotationListModel::rebuild(const std::shared_ptr<PDFDocument> &documen
         const auto page = document->pageAtIndex(index);
         if (!page)
             continue;
-        const auto annotations = validAnnotations(*page);
+        auto annotations = validAnnotations(*page);
+        std::erase(annotations, leaveOut);
         if (annotations.empty())
             continue;
         m_items.push_back({ page, nullptr, index });

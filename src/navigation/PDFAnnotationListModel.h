@@ -33,7 +33,9 @@ public:
 
     explicit PDFAnnotationListModel(QObject *parent = nullptr);
 
-    void rebuild(const std::shared_ptr<PDFDocument> &document);
+    // leaveOut: an annotation just added, which add() then puts at the head of its group.
+    void rebuild(const std::shared_ptr<PDFDocument> &document,
+        const std::shared_ptr<PDFAnnotation> &leaveOut = nullptr);
     // The new annotation goes first under its page's header; a new header goes in page order.
     // Answers the annotation's row.
     int add(const std::shared_ptr<PDFAnnotation> &annotation);

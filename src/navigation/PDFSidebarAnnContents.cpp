@@ -84,10 +84,10 @@ void PDFSidebarAnnContents::onDocumentPageChanged()
     QTimer::singleShot(0, this, [this] { rebuildIfStale(); });
 }
 
-void PDFSidebarAnnContents::rebuildIfStale()
+void PDFSidebarAnnContents::rebuildIfStale(const std::shared_ptr<PDFAnnotation> &leaveOut)
 {
     if (m_stale)
-        rebuild();
+        rebuild(leaveOut);
 }
 
 void PDFSidebarAnnContents::onPDFViewChanged()
@@ -100,11 +100,11 @@ void PDFSidebarAnnContents::onThemeChanged()
     m_listView->viewport()->update();
 }
 
-void PDFSidebarAnnContents::rebuild()
+void PDFSidebarAnnContents::rebuild(const std::shared_ptr<PDFAnnotation> &leaveOut)
 {
     m_stale = false;
     FDPDFView *const view = selectedPDFView();
-    m_model->rebuild(view ? view->document() : nullptr);
+    m_model->rebuild(view ? view->document() : nullptr, leaveOut);
     onSelectedAnnotationChanged();
     updateTitle();
 }
@@ -116,8 +116,10 @@ void PDFSidebarAnnContents::updateTitle()
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 {
-    rebuildIfStale();
-    const int row = m_model->add(annotationOf(notification));
+    // The new one still leads its group when the rows are rebuilt first.
+    const auto annotation = annotationOf(notification);
+    rebuildIfStale(annotation);
+    const int row = m_model->add(annotation);
     updateTitle();
     if (row >= 0)
         selectRow(row);
@@ -125,7 +127,6 @@ void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 
 void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification)
 {
-    rebuildIfStale();
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
     if (row >= 0) {
@@ -139,7 +140,9 @@ void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification
 
 void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification)
 {
-    rebuildIfStale();
+    // Stale rows are rebuilt with their heights on the next turn anyway.
+    if (m_stale)
+        return;
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
     if (row < 0)

@@ -35,11 +35,11 @@ protected:
     void onThemeChanged() override;
 
 private:
-    void rebuild();
+    void rebuild(const std::shared_ptr<PDFAnnotation> &leaveOut = nullptr);
     // Pages moved, came or went: the rows are rebuilt once on the next turn, or before the next
     // annotation notification if that comes first.
     void onDocumentPageChanged();
-    void rebuildIfStale();
+    void rebuildIfStale(const std::shared_ptr<PDFAnnotation> &leaveOut = nullptr);
     void updateTitle();
     void onAnnotationAdded(const Notification &notification);
     void onAnnotationRemoved(const Notification &notification);

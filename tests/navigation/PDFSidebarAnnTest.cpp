@@ -21,7 +21,9 @@
 #include <QListView>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+
 #include <QtTest>
+#include <functional>
 
 using namespace SidebarFixture;
 
@@ -119,10 +121,114 @@ private slots:
         QCOMPARE(m_document->pageAtIndex(2)->annotations().size(), size_t(0));
     }
 
-private:
-    bool open()
+    // Page operations as the pages editor makes them; after each the rows, and the rows a
+    // recording of the model's signals arrives at, are those of the document as it now is.
+    void rowsFollowPageChanges_data()
     {
-        const QString path = m_dir.filePath(QStringLiteral("ann.pdf"));
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("first and last exchanged")
+            << "exchange 0 2" << QStringList({ "#1", "three", "#3", "one b", "one a" });
+        QTest::newRow("annotated page removed") << "remove 0" << QStringList({ "#2", "three" });
+        QTest::newRow("plain page removed")
+            << "remove 1" << QStringList({ "#1", "one b", "one a", "#2", "three" });
+        QTest::newRow("page inserted before all")
+            << "insert 0" << QStringList({ "#2", "one b", "one a", "#4", "three" });
+        QTest::newRow("added right after a move")
+            << "exchange 1 2, add 1"
+            << QStringList({ "#1", "one b", "one a", "#2", "new", "three" });
+    }
+    void rowsFollowPageChanges()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QStringList, expected);
+        // Page changes are saved with the file: each row starts from its own.
+        QVERIFY(open(QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-')));
+        // Built from the document: notes on pages 1 and 3, page 2 plain.
+        m_tab->primaryPDFView()->setSelectedAnn(nullptr);
+        addNote(0, QStringLiteral("one b"));
+        addNote(0, QStringLiteral("one a"));
+        addNote(2, QStringLiteral("three"));
+        PDFAnnotationListModel *const model = m_list->model();
+        RowRecording recording(model, [this] { return rows(); });
+        for (const QString &step : operation.split(QStringLiteral(", "))) {
+            const QStringList words = step.split(QLatin1Char(' '));
+            const int index = words.at(1).toInt();
+            if (words.front() == QLatin1String("exchange"))
+                m_document->exchangePageAtIndex(index, words.at(2).toInt());
+            else if (words.front() == QLatin1String("remove"))
+                m_document->removePageAtIndex(index);
+            else if (words.front() == QLatin1String("insert"))
+                m_document->insertPage(m_document->pageAtIndex(1)->copy(), index);
+            else if (words.front() == QLatin1String("add"))
+                addNote(index, QStringLiteral("new"));
+        }
+        QTRY_COMPARE(rows(), expected);
+        QCOMPARE(recording.rows, expected);
+        QCOMPARE(m_list->title(), QStringLiteral("Annotations ( %1 )").arg(model->annCount()));
+        // The rows stand as a rebuild from the document would make them, but that a new
+        // annotation leads its group until the next rebuild.
+        m_list->model()->rebuild(m_document);
+        if (operation.endsWith(QLatin1String("add 1")))
+            expected.move(expected.indexOf(QStringLiteral("new")), expected.size() - 1);
+        QCOMPARE(rows(), expected);
+    }
+
+    void changedTextResizesItsRowOnly()
+    {
+        QVERIFY(open());
+        const auto first = addNote(0, QStringLiteral("short"));
+        addNote(1, QStringLiteral("other"));
+        QListView *const list = m_list->listView();
+        const auto heightOf
+            = [&](int row) { return list->visualRect(m_list->model()->index(row)).height(); };
+        QTRY_VERIFY(heightOf(1) > 0);
+        const int before = heightOf(1);
+        const int otherBefore = heightOf(3);
+        first->setContents(QString(QStringLiteral("a longer note that wraps ")).repeated(12));
+        QTRY_VERIFY(heightOf(1) > before);
+        QCOMPARE(heightOf(3), otherBefore);
+        QCOMPARE(rows().at(1), first->contents());
+    }
+
+private:
+    // Follows the model's signals alone, reading only the rows they name.
+    struct RowRecording
+    {
+        RowRecording(QAbstractItemModel *model, std::function<QStringList()> all)
+        {
+            rows = all();
+            const auto rowText = [model](int row) {
+                const QModelIndex index = model->index(row, 0);
+                return index.data(PDFAnnotationListModel::IsGroupRole).toBool()
+                    ? QStringLiteral("#%1").arg(
+                        index.data(PDFAnnotationListModel::PageNumberRole).toInt())
+                    : index.data().toString();
+            };
+            QObject::connect(model, &QAbstractItemModel::rowsInserted, &guard,
+                [this, rowText](const QModelIndex &, int first, int last) {
+                    for (int row = first; row <= last; ++row)
+                        rows.insert(row, rowText(row));
+                });
+            QObject::connect(model, &QAbstractItemModel::rowsRemoved, &guard,
+                [this](const QModelIndex &, int first, int last) {
+                    rows.remove(first, last - first + 1);
+                });
+            QObject::connect(model, &QAbstractItemModel::dataChanged, &guard,
+                [this, rowText](const QModelIndex &from, const QModelIndex &to) {
+                    for (int row = from.row(); row <= to.row(); ++row)
+                        rows[row] = rowText(row);
+                });
+            QObject::connect(
+                model, &QAbstractItemModel::modelReset, &guard, [this, all] { rows = all(); });
+        }
+        QStringList rows;
+        QObject guard;
+    };
+
+    bool open(const QString &name = QStringLiteral("ann"))
+    {
+        const QString path = m_dir.filePath(name + QStringLiteral(".pdf"));
         if (!QFile::exists(path) && !PdfFixtures::write(PdfFixtures::textPages(3, 10, 0), path))
             return false;
         m_tab = openTab(m_window, QUrl::fromLocalFile(path));
