@@ -10,6 +10,7 @@ FOLIDOC_RUN_PACKAGES=(xvfb xauth cups-client)
 # Only the fuzz targets (scripts/fuzz) are built with clang and its libFuzzer runtime.
 FOLIDOC_FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 FOLIDOC_CHECK_PACKAGES=(qpdf poppler-utils mupdf-tools python3-pikepdf xvfb xauth xdotool imagemagick dbus-daemon
+    fonts-dejavu-core fonts-wqy-microhei
     desktop-file-utils appstream python3-gi python3-pyatspi at-spi2-core)
 
 # Installs the named packages that dpkg does not report as installed; a second call installs nothing.

@@ -60,6 +60,7 @@ void PDFViewSearcher::reset()
     const bool hadList = m_items.has_value();
     m_items.reset();
     m_groupRows.clear();
+    m_lastPage.reset();
     m_realMatchedCount = 0;
     m_pendingMatchCount = 0;
     m_lastSelectedRow = -1;
@@ -113,7 +114,12 @@ void PDFViewSearcher::didFindMatch(const Notification &notification)
     const auto pages = selection->pages();
     if (!pages.empty()) {
         const auto &page = pages.front();
-        const int pageIndex = document->indexForPage(page);
+        // Hits come page by page: the page's place is looked up once for all of its hits.
+        if (page != m_lastPage.lock()) {
+            m_lastPage = page;
+            m_lastPageIndex = document->indexForPage(page);
+        }
+        const int pageIndex = m_lastPageIndex;
         if (!m_groupRows.contains(pageIndex)) {
             m_groupRows.insert(pageIndex, int(m_items->size()));
             m_items->push_back({ page, nullptr, pageIndex });

@@ -70,6 +70,8 @@ private:
     std::optional<std::vector<Item>> m_items;
     // Page index to its header's row, so a hit finds its group without a scan.
     QHash<int, int> m_groupRows;
+    std::weak_ptr<PDFPage> m_lastPage;
+    int m_lastPageIndex = -1;
     int m_realMatchedCount = 0;
     int m_pendingMatchCount = 0;
     int m_lastSelectedRow = -1;

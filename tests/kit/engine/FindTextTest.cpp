@@ -1,0 +1,133 @@
+// The find over text as real writers put it on pages: documents drawn by Qt's PDF writer with
+// fonts of the machine embedded (shaped, ligatures and right-to-left runs included), searched as
+// a user types the word.
+
+#include <kit/base/NotificationCenter.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFSelection.h>
+
+#include <QFontDatabase>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+// Draws each line in the font family, one under the other, on one A4 page.
+bool writeLines(const QString &path, const QString &family, const QStringList &lines)
+{
+    QPdfWriter writer(path);
+    writer.setResolution(72);
+    QPainter painter;
+    if (!painter.begin(&writer))
+        return false;
+    QFont font(family);
+    font.setPixelSize(14);
+    painter.setFont(font);
+    int y = 80;
+    for (const QString &line : lines) {
+        painter.drawText(QPoint(72, y), line);
+        y += 22;
+    }
+    return painter.end();
+}
+
+// Each hit's text as the find selected it.
+QStringList findAll(const std::shared_ptr<PDFDocument> &document, const QString &word)
+{
+    QStringList found;
+    bool ended = false;
+    int observer = 0;
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    center.addObserver(&observer, PDFDocument::DidFindMatchNotification, document.get(),
+        [&](const Notification &notification) {
+            found.append(notification.userInfo.value(PDFDocument::FoundSelectionKey)
+                             .value<std::shared_ptr<PDFSelection>>()
+                             ->string());
+        });
+    center.addObserver(&observer, PDFDocument::DidEndFindNotification, document.get(),
+        [&](const Notification &) { ended = true; });
+    document->beginFindString(word, PDFDocument::CaseInsensitiveSearch);
+    const bool done = QTest::qWaitFor([&] { return ended; }, 20000);
+    center.removeObserver(&observer);
+    if (!done)
+        found.append(QStringLiteral("(no end)"));
+    return found;
+}
+
+} // namespace
+
+class FindTextTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+
+    void wordsAreFoundAsTyped_data()
+    {
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<QStringList>("hits"); // each hit's text, line breaks as they stand
+
+        const QString sans = QStringLiteral("DejaVu Sans");
+        const QString serif = QStringLiteral("DejaVu Serif");
+        QTest::newRow("any case") << sans
+                                  << QStringList { "Needle in the hay, NEEDLE on top", "needless" }
+                                  << "neEDle"
+                                  << QStringList { "Needle", "NEEDLE",
+                                         "need"
+                                         "le" };
+        QTest::newRow("words across a line break")
+            << sans << QStringList { "the end of one", "line and the next" } << "one line"
+            << QStringList { "one\nline" };
+        QTest::newRow("a word hyphenated at the line's end")
+            << sans << QStringList { "this is a long exam-", "ple of a broken word" } << "example"
+            << QStringList { "exam-\nple" };
+        QTest::newRow("a compound broken at its hyphen")
+            << sans << QStringList { "it is self-", "contained" } << "self-contained"
+            << QStringList { "self-\ncontained" };
+        // Ligature glyphs as the text has them, and as the font's shaping makes them.
+        QTest::newRow("ligatures")
+            << serif << QStringList { "the \uFB01le and the \uFB02ow", "a file" } << "file"
+            << QStringList { "file", "file" };
+        QTest::newRow("Chinese") << QStringLiteral("WenQuanYi Micro Hei")
+                                 << QStringList { "我们在北京大学学习中文", "北京很大" } << "北京"
+                                 << QStringList { "北京", "北京" };
+        QTest::newRow("Arabic") << sans << QStringList { "مرحبا بالعالم العربي" } << "بالعالم"
+                                << QStringList { "بالعالم" };
+        QTest::newRow("Hebrew") << sans << QStringList { "שלום עולם יפה" } << "עולם"
+                                << QStringList { "עולם" };
+    }
+    void wordsAreFoundAsTyped()
+    {
+        QFETCH(QString, family);
+        QFETCH(QStringList, lines);
+        QFETCH(QString, word);
+        QFETCH(QStringList, hits);
+        if (!QFontDatabase::families().contains(family))
+            QSKIP("The font is not installed (scripts/packages.sh lists it)");
+        const QString path = m_dir.filePath(
+            QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-') + ".pdf");
+        QVERIFY(writeLines(path, family, lines));
+        const auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const QStringList found = findAll(document, word);
+        // Shaped scripts come back as the letters typed, whatever forms the font drew.
+        QStringList normalized;
+        for (const QString &hit : found)
+            normalized.append(hit.normalized(QString::NormalizationForm_KC));
+        if (normalized != hits)
+            qWarning() << "page text:" << document->pageAtIndex(0)->string();
+        QCOMPARE(normalized, hits);
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+QTEST_MAIN(FindTextTest)
+#include "FindTextTest.moc"
