@@ -2,6 +2,7 @@
 
 #include "PDFAnnotationListDelegate.h"
 #include "PDFAnnotationListModel.h"
+#include "PDFSidebarListView.h"
 
 #include <document/FDDocument.h>
 #include <kit/base/NotificationCenter.h>
@@ -9,7 +10,6 @@
 #include <view/FDPDFView.h>
 
 #include <QAction>
-#include <QListView>
 #include <QMenu>
 #include <QShortcut>
 #include <QTimer>
@@ -31,13 +31,8 @@ PDFSidebarAnnContents::PDFSidebarAnnContents(QWidget *parent)
     setObjectName(QStringLiteral("PDFSidebarAnn"));
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    m_listView = new QListView(this);
+    m_listView = new PDFSidebarListView(this);
     m_listView->setObjectName(QStringLiteral("annotationList"));
-    m_listView->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    m_listView->setResizeMode(QListView::Adjust);
-    m_listView->setFrameShape(QFrame::NoFrame);
     m_listView->setContextMenuPolicy(Qt::CustomContextMenu);
     m_listView->setAccessibleName(tr("Annotations"));
     m_model = new PDFAnnotationListModel(this);

@@ -18,12 +18,10 @@ quint64 PDFSidebarListDelegate::keyOf(const QModelIndex &index) const
 QSize PDFSidebarListDelegate::sizeHint(
     const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    // A tree view measures rows without a width: the list's own is the one that counts.
-    int width = option.rect.width();
-    if (width <= 0) {
-        const auto *const view = qobject_cast<const QAbstractItemView *>(option.widget);
-        width = view ? view->viewport()->width() : 0;
-    }
+    // Rows are as wide as the list shows them: the option's rect is the viewport's in one of
+    // the list's layout passes and the whole content's in another, or none in a tree view.
+    const auto *const view = qobject_cast<const QAbstractItemView *>(option.widget);
+    const int width = view ? view->viewport()->width() : option.rect.width();
     if (index.data(m_groupRole).toBool())
         return { width, int(PDFSidebarTabContents::sectionRowHeight) };
     if (width != m_measuredWidth) {
