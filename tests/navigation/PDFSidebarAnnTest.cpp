@@ -191,6 +191,23 @@ private slots:
         QCOMPARE(rows().at(1), first->contents());
     }
 
+    // A narrower list wraps a note over more lines: its row grows and the rows below move down
+    // with it, neither overlapping nor leaving a gap.
+    void rowsFollowTheListWidth()
+    {
+        QVERIFY(open());
+        addNote(0, QStringLiteral("a note long enough to wrap once the list is narrow"));
+        addNote(1, QStringLiteral("next"));
+        QListView *const list = m_list->listView();
+        const auto rectOf = [&](int row) { return list->visualRect(m_list->model()->index(row)); };
+        list->resize(600, list->height());
+        QTRY_COMPARE(rectOf(2).top(), rectOf(1).bottom() + 1);
+        const int wide = rectOf(1).height();
+        list->resize(140, list->height());
+        QTRY_VERIFY(rectOf(1).height() > wide);
+        QCOMPARE(rectOf(2).top(), rectOf(1).bottom() + 1);
+    }
+
 private:
     // Follows the model's signals alone, reading only the rows they name.
     struct RowRecording
