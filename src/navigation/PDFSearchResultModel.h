@@ -44,6 +44,8 @@ public:
     void insertRows(int first, int last);
 
     bool isGroupRow(int row) const;
+    // How many snippets were made: only rows that were shown have one.
+    int snippetCount() const { return int(m_snippets.size()); }
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;

@@ -13,6 +13,7 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
 #include <navigation/PDFSearchResultModel.h>
+#include <navigation/PDFSearchResultView.h>
 #include <navigation/PDFSearchSidebarContainer.h>
 #include <navigation/PDFSearchSidebarContents.h>
 #include <navigation/PDFViewSearcher.h>
@@ -20,6 +21,7 @@
 #include <view/FDPDFView.h>
 
 #include <QListView>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QtTest>
@@ -111,6 +113,31 @@ private slots:
         QVERIFY(view->currentSelection());
         QCOMPARE(view->currentSelection()->string(), QStringLiteral("needle"));
         QCOMPARE(m_document->indexForPage(view->currentSelection()->pages().front()), 0);
+    }
+
+    // Hundreds of rows come in as appended batches; only the rows shown (and the last screen of
+    // the list, which sets the scroll range) are measured and given a snippet, not every hit,
+    // and the rows below stay reachable by scrolling.
+    void batchesAppendWithoutWorkForHiddenRows()
+    {
+        QVERIFY(open(300));
+        PDFSearchSidebarContents *const sidebar = searchSidebar();
+        SearchRecorder recorder(m_tab->primaryPDFView());
+        QSignalSpy resets(sidebar->model(), &QAbstractItemModel::modelReset);
+        QSignalSpy inserts(sidebar->model(), &QAbstractItemModel::rowsInserted);
+        m_tab->setQueryString(QStringLiteral("needle"));
+        QTRY_VERIFY_WITH_TIMEOUT(recorder.events.contains("end"), 30000);
+        QCOMPARE(resets.size(), 1); // the begin
+        QCOMPARE(inserts.size(), recorder.events.filter(QStringLiteral("batch")).size());
+        QCOMPARE(sidebar->model()->rowCount(), 600);
+        QTest::qWait(50);
+        QVERIFY2(sidebar->model()->snippetCount() < 200,
+            qPrintable(QString::number(sidebar->model()->snippetCount())));
+        sidebar->listView()->scrollToBottom();
+        const auto *const list = sidebar->listView();
+        QTRY_VERIFY(
+            list->viewport()->rect().intersects(list->visualRect(sidebar->model()->index(599))));
+        QVERIFY(sidebar->model()->snippetCount() < 220);
     }
 
     void snippetHasContextAndHighlight()
