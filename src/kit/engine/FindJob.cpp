@@ -2,7 +2,6 @@
 
 #include "PDFRenderPrivate.h"
 #include "TextLayout.h"
-#include "mupdf/WorkBudget.h"
 
 #include <mutex>
 #include <optional>
@@ -164,38 +163,24 @@ fz_stext_page *FindJob::extractPage(size_t slot)
     pdf_obj *const wanted = m_pages[slot];
     const int hint = m_indexes[slot];
     mu::CookieScope scope(&m_cancellation);
-    mu::StextPage stext;
-    mu::Device device;
-    mu::Processor processor;
     mu::Error error;
     mu::run(ctx, error, [&] {
         // Usually the page is still where it was; otherwise it must still be in the tree.
         pdf_obj *obj
             = hint < pdf_count_pages(ctx, doc) ? pdf_lookup_page_obj(ctx, doc, hint) : nullptr;
-        if (pdf_to_num(ctx, obj) != pdf_to_num(ctx, wanted)) {
-            if (pdf_lookup_page_number(ctx, doc, wanted) < 0)
-                fz_throw(ctx, FZ_ERROR_GENERIC, "page removed");
-        }
-        // The same space the page's text layout reads: page space with y flipped.
-        fz_rect mediabox;
-        fz_matrix pageToFz;
-        pdf_page_obj_transform(ctx, wanted, &mediabox, &pageToFz);
-        const fz_matrix toPage = fz_concat(fz_invert_matrix(pageToFz), fz_scale(1, -1));
-        pdf_obj *const contents = pdf_dict_get(ctx, wanted, PDF_NAME(Contents));
-        pdf_obj *const resources = pdf_dict_get_inheritable(ctx, wanted, PDF_NAME(Resources));
-        mu::checkContentLength(ctx, doc, contents, scope.cookie(), scope.contentLimit());
-        stext.p = fz_new_stext_page(ctx, fz_transform_rect(mediabox, toPage));
-        fz_stext_options options {};
-        device.p = fz_new_stext_device(ctx, stext.p, &options);
-        processor.p = pdf_new_run_processor(
-            ctx, device.p, fz_concat(pageToFz, toPage), "View", nullptr, nullptr, scope.cookie());
-        pdf_process_contents(ctx, processor.p, doc, resources, contents, scope.cookie());
-        pdf_close_processor(ctx, processor.p);
-        fz_close_device(ctx, device.p);
+        if (pdf_to_num(ctx, obj) != pdf_to_num(ctx, wanted)
+            && pdf_lookup_page_number(ctx, doc, wanted) < 0)
+            fz_throw(ctx, FZ_ERROR_GENERIC, "page removed");
     });
-    if (error.failed || scope.aborted())
+    if (error.failed)
         return nullptr;
-    return stext.release();
+    fz_stext_page *const stext
+        = TextLayout::readContents(ctx, doc, wanted, scope.cookie(), error, scope.contentLimit());
+    if (stext && scope.aborted()) {
+        mu::runQuietly(ctx, [&] { fz_drop_stext_page(ctx, stext); });
+        return nullptr;
+    }
+    return stext;
 }
 
 void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)

@@ -2,60 +2,50 @@
 
 #include "PDFRenderPrivate.h"
 #include "mupdf/MuOwned.h"
+#include "mupdf/WorkBudget.h"
 
 #include <algorithm>
 #include <limits>
 
-fz_display_list *TextLayout::recordContents(
-    fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error, qint64 contentLimit)
+fz_stext_page *TextLayout::readContents(fz_context *ctx, pdf_document *doc, pdf_obj *pageObject,
+    fz_cookie *cookie, mu::Error &error, qint64 contentLimit)
 {
-    fz_display_list *list = nullptr;
+    mu::StextPage stext;
     mu::Device device;
+    mu::Processor processor;
     mu::run(ctx, error, [&] {
-        const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
-        list = fz_new_display_list(ctx, fz_transform_rect(pdf_bound_page(ctx, page), toPage));
-        device.p = fz_new_list_device(ctx, list);
-        mu::checkContentLength(ctx, page, cookie, contentLimit);
-        pdf_run_page_contents(ctx, page, device.p, toPage, cookie);
+        // Page space with y flipped (structured text wants y down); the rects are flipped back
+        // when the text is flattened.
+        fz_rect mediabox;
+        fz_matrix pageToFz;
+        pdf_page_obj_transform(ctx, pageObject, &mediabox, &pageToFz);
+        const fz_matrix toPage = fz_concat(fz_invert_matrix(pageToFz), fz_scale(1, -1));
+        pdf_obj *const contents = pdf_dict_get(ctx, pageObject, PDF_NAME(Contents));
+        pdf_obj *const resources = pdf_dict_get_inheritable(ctx, pageObject, PDF_NAME(Resources));
+        mu::checkContentLength(ctx, doc, contents, cookie, contentLimit);
+        stext.p = fz_new_stext_page(ctx, fz_transform_rect(mediabox, toPage));
+        fz_stext_options options {};
+        device.p = fz_new_stext_device(ctx, stext.p, &options);
+        processor.p = pdf_new_run_processor(
+            ctx, device.p, fz_concat(pageToFz, toPage), "View", nullptr, nullptr, cookie);
+        pdf_process_contents(ctx, processor.p, doc, resources, contents, cookie);
+        pdf_close_processor(ctx, processor.p);
         fz_close_device(ctx, device.p);
     });
-    if (error.failed && list) {
-        mu::runQuietly(ctx, [&] { fz_drop_display_list(ctx, list); });
+    if (error.failed)
         return nullptr;
-    }
-    return list;
+    return stext.release();
 }
 
 std::shared_ptr<TextLayout> TextLayout::build(
     fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error)
 {
     mu::CookieScope cookieScope(cancel);
-    const mu::DisplayList list(
-        recordContents(ctx, page, cookieScope.cookie(), error, cookieScope.contentLimit()));
-    if (!list || cookieScope.aborted())
+    const mu::StextPage stext(readContents(
+        ctx, page->doc, page->obj, cookieScope.cookie(), error, cookieScope.contentLimit()));
+    if (!stext || cookieScope.aborted())
         return nullptr;
-    return fromList(ctx, list.p, cancel, error);
-}
-
-std::shared_ptr<TextLayout> TextLayout::fromList(fz_context *ctx, fz_display_list *list,
-    PDFCancellation *cancel, mu::Error &error, bool withGeometry)
-{
-    mu::CookieScope cookieScope(cancel);
-    fz_cookie *const cookie = cookieScope.cookie();
-    mu::StextPage stext;
-    mu::Device device;
-    // Structured text wants y down: read page space with y flipped, and flip back below.
-    const fz_matrix flip = fz_scale(1, -1);
-    const bool ok = mu::run(ctx, error, [&] {
-        stext.p = fz_new_stext_page(ctx, fz_transform_rect(fz_bound_display_list(ctx, list), flip));
-        fz_stext_options options {};
-        device.p = fz_new_stext_device(ctx, stext.p, &options);
-        fz_run_display_list(ctx, list, device.p, flip, fz_infinite_rect, cookie);
-        fz_close_device(ctx, device.p);
-    });
-    if (!ok || cookieScope.aborted())
-        return nullptr;
-    return fromStext(stext.p, withGeometry);
+    return fromStext(stext.p, true);
 }
 
 std::shared_ptr<TextLayout> TextLayout::fromStext(fz_stext_page *stext, bool withGeometry)

@@ -25,17 +25,15 @@ struct TextLayout
     // Reads a loaded page; the caller holds the document's lock.
     static std::shared_ptr<TextLayout> build(
         fz_context *ctx, pdf_page *page, PDFCancellation *cancel, mu::Error &error);
-    // The two halves of build(): recording the page content (under the lock, a new reference
-    // in page space) and reading the recording (no lock needed). A page whose content decodes
-    // to more than contentLimit bytes fails.
-    static fz_display_list *recordContents(
-        fz_context *ctx, pdf_page *page, fz_cookie *cookie, mu::Error &error, qint64 contentLimit);
-    // Without geometry, only text and lines are filled (for find).
-    static std::shared_ptr<TextLayout> fromList(fz_context *ctx, fz_display_list *list,
-        PDFCancellation *cancel, mu::Error &error, bool withGeometry = true);
-    // Flattens structured text read with y flipped (as fromList reads it).
+    // The structured text of a page object's content streams (no page loaded, no annotation
+    // run), in page space with y flipped; the caller holds the lock. The view's layouts and the
+    // find both read pages so, which keeps the find's ranges those of the layout. A page whose
+    // content decodes to more than contentLimit bytes fails.
+    static fz_stext_page *readContents(fz_context *ctx, pdf_document *doc, pdf_obj *pageObject,
+        fz_cookie *cookie, mu::Error &error, qint64 contentLimit);
+    // Flattens structured text that readContents made; without geometry, only text and lines
+    // are filled (for find).
     static std::shared_ptr<TextLayout> fromStext(fz_stext_page *stext, bool withGeometry);
-
     int size() const { return static_cast<int>(text.size()); }
     int indexAtPoint(const QPointF &point) const; // the character under the point, or -1
     int nearestIndex(const QPointF &point) const; // the closest character, or -1 when no text
