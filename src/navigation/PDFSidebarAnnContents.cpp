@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QListView>
+#include <QLocale>
 #include <QMenu>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -97,7 +98,7 @@ void PDFSidebarAnnContents::rebuild()
 
 void PDFSidebarAnnContents::updateTitle()
 {
-    setTitle(tr("Annotations ( %1 )").arg(m_model->annCount()));
+    setTitle(tr("Annotations ( %1 )").arg(QLocale().toString(m_model->annCount())));
 }
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
