@@ -1,4 +1,5 @@
 #include <app/FDCommandLine.h>
+#include <app/FDTranslations.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
 
@@ -16,6 +17,7 @@ int main(int argc, char *argv[])
 
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
+    FDTranslations::install();
     PDFContents::registerAsDocumentContents();
     GlobalService service(commandLine.paths());
     service.setLaunchInNewWindow(commandLine.newWindow());

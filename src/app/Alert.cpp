@@ -3,6 +3,7 @@
 #include <document/FDError.h>
 
 #include <QAbstractButton>
+#include <QCoreApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -38,15 +39,17 @@ int Alert::runModal(const AlertRequest &request)
     box.setIcon(iconFor(request.style));
     box.setText(request.messageText);
     box.setInformativeText(request.informativeText);
-    const QStringList titles
-        = request.buttons.isEmpty() ? QStringList { QStringLiteral("OK") } : request.buttons;
+    const QStringList titles = request.buttons.isEmpty()
+        ? QStringList { QCoreApplication::translate("Alert", "OK") }
+        : request.buttons;
     QList<QPushButton *> buttons;
     for (const QString &title : titles)
         buttons.append(box.addButton(title, QMessageBox::ActionRole));
     box.setDefaultButton(buttons.first());
     // As on the original platform, Escape answers the "Cancel" button, or the only one.
     for (QPushButton *button : std::as_const(buttons)) {
-        if (button->text() == QLatin1String("Cancel"))
+        if (button->text() == QLatin1String("Cancel")
+            || button->text() == QCoreApplication::translate("Alert", "Cancel"))
             box.setEscapeButton(button);
     }
     if (buttons.size() == 1)
@@ -61,7 +64,7 @@ AlertRequest Alert::requestWithError(const FDError &error)
     AlertRequest request;
     request.style = AlertRequest::Warning;
     request.messageText = error.localizedDescription();
-    request.buttons = { QStringLiteral("OK") };
+    request.buttons = { QCoreApplication::translate("Alert", "OK") };
     return request;
 }
 

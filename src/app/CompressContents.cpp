@@ -14,7 +14,7 @@ CompressContents::CompressContents(QObject *parent)
 
 QString CompressContents::title() const
 {
-    return QStringLiteral("Compress");
+    return tr("Compress");
 }
 
 void CompressContents::setTitle(const QString &)

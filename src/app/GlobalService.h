@@ -16,6 +16,8 @@ struct Notification;
 
 class GlobalService : public QObject
 {
+    Q_OBJECT
+
 public:
     enum TerminateReply { TerminateCancel, TerminateNow };
 

@@ -7,6 +7,8 @@
 
 class NewTabDropFileArea : public QWidget
 {
+    Q_OBJECT
+
 public:
     explicit NewTabDropFileArea(QWidget *parent = nullptr);
 

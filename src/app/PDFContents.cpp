@@ -24,6 +24,7 @@
 #include <view/FDPDFView.h>
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QLayout>
 #include <QSplitter>
 
@@ -371,11 +372,10 @@ int PDFContents::promptToSave(const std::shared_ptr<FDDocument> &document)
         return 1;
     AlertRequest request;
     request.messageText
-        = QStringLiteral("Do you want to save the changes made to the document \"%1\"?")
-              .arg(document->title());
-    request.informativeText = QStringLiteral("Your changes will be lost if you don't save them!");
-    request.buttons
-        = { QStringLiteral("Save"), QStringLiteral("Cancel"), QStringLiteral("Don't Save") };
+        = tr("Do you want to save the changes made to the document \"%1\"?").arg(document->title());
+    request.informativeText = tr("Your changes will be lost if you don't save them!");
+    const QString cancel = QCoreApplication::translate("Alert", "Cancel");
+    request.buttons = { tr("Save"), cancel, tr("Don't Save") };
     const int response = Alert::runModal(request);
     if (response == Alert::ThirdButtonReturn)
         return 0;

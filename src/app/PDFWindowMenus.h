@@ -16,6 +16,8 @@ class QMenuBar;
 
 class PDFWindowMenus : public QObject
 {
+    Q_OBJECT
+
 public:
     PDFWindowMenus(PDFWindowController *window, QMenuBar *menuBar);
 

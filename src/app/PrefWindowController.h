@@ -18,6 +18,8 @@ class QToolButton;
 
 class PrefWindowController : public QWidget
 {
+    Q_OBJECT
+
 public:
     // The one window, made on first use.
     static PrefWindowController &shared();

@@ -14,6 +14,7 @@
 #include <view/FDPDFView.h>
 
 #include <QColorDialog>
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHash>
@@ -83,8 +84,10 @@ QToolButton *makeSwatchButton(const QString &name, QWidget *parent)
     button->setAutoRaise(true);
     button->setIconSize(QSize(20, 20));
     button->setFixedSize(22, 22);
-    button->setToolTip(name);
-    button->setAccessibleName(name);
+    // The object name stays the colour's own; people see it in their language.
+    const QString shown = QCoreApplication::translate("AnnColorPicker", qUtf8Printable(name));
+    button->setToolTip(shown);
+    button->setAccessibleName(shown);
     button->setObjectName(name);
     return button;
 }
@@ -109,15 +112,15 @@ ColorCase caseFor(const AnnPickerTarget &target)
     if (const auto annotation = target.selectedAnn()) {
         if (isCircle(*annotation) || isSquare(*annotation)) {
             const auto *const shape = dynamic_cast<const PDFAnnotationShape *>(annotation.get());
-            return { QStringLiteral("STROKE"), annotation->color(), QStringLiteral("FILL"),
+            return { AnnColorPicker::tr("STROKE"), annotation->color(), AnnColorPicker::tr("FILL"),
                 shape ? shape->interiorColor() : QColor() };
         }
         if (isFreeText(*annotation)) {
             const auto *const text = dynamic_cast<const PDFAnnotationFreeText *>(annotation.get());
-            return { QStringLiteral("TEXT"), text ? text->fontColor() : QColor(),
-                QStringLiteral("BACK"), annotation->color() };
+            return { AnnColorPicker::tr("TEXT"), text ? text->fontColor() : QColor(),
+                AnnColorPicker::tr("BACK"), annotation->color() };
         }
-        return { QStringLiteral("COLOR"), annotation->color(), {}, {} };
+        return { AnnColorPicker::tr("COLOR"), annotation->color(), {}, {} };
     }
     const UserDefaults &defaults = UserDefaults::standard();
     const int mode = target.toolMode();
@@ -127,18 +130,19 @@ ColorCase caseFor(const AnnPickerTarget &target)
     case PDFToolModeAnnStrikeOut:
     case PDFToolModeAnnLine:
     case PDFToolModeAnnInk:
-        return { QStringLiteral("COLOR"),
+        return { AnnColorPicker::tr("COLOR"),
             colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), {}, {} };
     case PDFToolModeAnnFreeText:
-        return { QStringLiteral("TEXT"), colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)),
-            QStringLiteral("BACK"), colorForKey(defaults, AnnPickerTarget::rightColorKey(mode)) };
+        return { AnnColorPicker::tr("TEXT"),
+            colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), AnnColorPicker::tr("BACK"),
+            colorForKey(defaults, AnnPickerTarget::rightColorKey(mode)) };
     case PDFToolModeAnnCircle:
     case PDFToolModeAnnSquare:
-        return { QStringLiteral("STROKE"),
-            colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), QStringLiteral("FILL"),
+        return { AnnColorPicker::tr("STROKE"),
+            colorForKey(defaults, AnnPickerTarget::leftColorKey(mode)), AnnColorPicker::tr("FILL"),
             colorForKey(defaults, AnnPickerTarget::rightColorKey(mode)) };
     default:
-        return { QStringLiteral("COLOR"), QColor(Qt::red), {}, {} };
+        return { AnnColorPicker::tr("COLOR"), QColor(Qt::red), {}, {} };
     }
 }
 
@@ -147,17 +151,18 @@ ColorCase caseFor(const AnnPickerTarget &target)
 const QList<QPair<QString, QColor>> &AnnColorPicker::namedColors()
 {
     static const QList<QPair<QString, QColor>> colors = {
-        { QStringLiteral("Clear"), QColor(Qt::transparent) },
-        { QStringLiteral("Red"), QColor(255, 68, 60) },
-        { QStringLiteral("Orange"), QColor(255, 179, 0) },
-        { QStringLiteral("Yellow"), QColor(242, 230, 21) },
-        { QStringLiteral("Green"), QColor(188, 246, 73) },
-        { QStringLiteral("Blue"), FDThemeProvider::current()->color(FDTheme::secondaryColor) },
-        { QStringLiteral("Blue2"), QColor(163, 186, 248) },
-        { QStringLiteral("Pink"), QColor(252, 142, 202) },
-        { QStringLiteral("Puerple"), QColor(214, 120, 230) },
-        { QStringLiteral("Gray"), QColor(192, 192, 192) },
-        { QStringLiteral("Black"), QColor(0, 0, 0) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Clear")), QColor(Qt::transparent) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Red")), QColor(255, 68, 60) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Orange")), QColor(255, 179, 0) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Yellow")), QColor(242, 230, 21) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Green")), QColor(188, 246, 73) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Blue")),
+            FDThemeProvider::current()->color(FDTheme::secondaryColor) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Blue2")), QColor(163, 186, 248) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Pink")), QColor(252, 142, 202) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Puerple")), QColor(214, 120, 230) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Gray")), QColor(192, 192, 192) },
+        { QStringLiteral(QT_TRANSLATE_NOOP("AnnColorPicker", "Black")), QColor(0, 0, 0) },
     };
     return colors;
 }

@@ -11,6 +11,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPainter>
 #include <QPainterPath>
 #include <QToolButton>
@@ -19,6 +20,12 @@
 #include <cmath>
 
 namespace {
+
+// A percentage as the person's language writes it ("125%", "125 %").
+QString percentText(qint64 percent)
+{
+    return PDFZoomPicker::tr("%1%").arg(QLocale().toString(percent));
+}
 
 constexpr double Steps[] = { 0.5, 0.75, 1.0, 1.5, 2.0 };
 
@@ -45,8 +52,8 @@ QIcon stepPicture(double step)
         painter.setPen(QPen(ink(), 2.0));
         painter.drawRoundedRect(QRectF(1, 1, 52, 30), 6, 6);
         painter.setFont(systemFont(14));
-        painter.drawText(QRectF(0, 0, 54, 32), Qt::AlignCenter,
-            QStringLiteral("%1%").arg(int(std::lround(step * 100))));
+        painter.drawText(
+            QRectF(0, 0, 54, 32), Qt::AlignCenter, percentText(std::lround(step * 100)));
     });
 }
 
@@ -70,10 +77,11 @@ QIcon fitPicture(bool width)
         if (!width)
             arrow({ 32, 18 }, { 32, 8 });
         painter.setFont(systemFont(14));
-        painter.drawText(QRectF(0, 72 - 27.0 - 16, 64, 16), Qt::AlignCenter, QStringLiteral("FIT"));
+        painter.drawText(
+            QRectF(0, 72 - 27.0 - 16, 64, 16), Qt::AlignCenter, PDFZoomPicker::tr("FIT"));
         painter.setFont(systemFont(width ? 11 : 13));
         painter.drawText(QRectF(0, 72 - 20.0, 64, 16), Qt::AlignHCenter | Qt::AlignTop,
-            width ? QStringLiteral("WIDTH") : QStringLiteral("PAGE"));
+            width ? PDFZoomPicker::tr("WIDTH") : PDFZoomPicker::tr("PAGE"));
     });
 }
 
@@ -121,7 +129,7 @@ PDFZoomPicker &PDFZoomPicker::shared()
 
 QString PDFZoomPicker::zoomText(double scaleFactor)
 {
-    return QStringLiteral("%1%").arg(qint64(std::trunc(scaleFactor * 100.0)));
+    return percentText(qint64(std::trunc(scaleFactor * 100.0)));
 }
 
 PDFZoomPicker::PDFZoomPicker()
@@ -150,8 +158,8 @@ PDFZoomPicker::PDFZoomPicker()
     auto *const steps = new QHBoxLayout;
     steps->setSpacing(4);
     for (const double step : Steps) {
-        QToolButton *const button = pictureButton(
-            QStringLiteral("%1%").arg(int(std::lround(step * 100))), { 54, 32 }, this);
+        QToolButton *const button
+            = pictureButton(percentText(std::lround(step * 100)), { 54, 32 }, this);
         button->setCheckable(true);
         connect(button, &QToolButton::clicked, this, [this, step] { zoomTo(step); });
         m_stepButtons.append(button);

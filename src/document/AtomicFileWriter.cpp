@@ -2,6 +2,7 @@
 
 #include "Logger.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
@@ -37,12 +38,15 @@ std::optional<QString> resolveTarget(const QString &path, QString *error)
             return current;
         const QString target = info.symLinkTarget();
         if (target.isEmpty()) {
-            *error = QStringLiteral("Cannot read the link “%1”.").arg(current);
+            *error = QCoreApplication::translate("AtomicFileWriter", "Cannot read the link “%1”.")
+                         .arg(current);
             return std::nullopt;
         }
         current = QDir::cleanPath(target);
     }
-    *error = QStringLiteral("Too many levels of symbolic links at “%1”.").arg(path);
+    *error = QCoreApplication::translate(
+        "AtomicFileWriter", "Too many levels of symbolic links at “%1”.")
+                 .arg(path);
     return std::nullopt;
 }
 
@@ -73,7 +77,8 @@ QString writeAll(int fd, const QByteArray &data)
         if (written < 0) {
             if (errno == EINTR)
                 continue;
-            return systemError(QStringLiteral("Writing failed"), errno);
+            return systemError(
+                QCoreApplication::translate("AtomicFileWriter", "Writing failed"), errno);
         }
         cursor += written;
         left -= written;
@@ -86,13 +91,16 @@ QString copyUserAttributes(const QByteArray &from, int toFd)
 {
     ssize_t size = ::listxattr(from.constData(), nullptr, 0);
     if (size < 0)
-        return errno == ENOTSUP
-            ? QString()
-            : systemError(QStringLiteral("Reading the file's attributes failed"), errno);
+        return errno == ENOTSUP ? QString()
+                                : systemError(QCoreApplication::translate("AtomicFileWriter",
+                                                  "Reading the file's attributes failed"),
+                                    errno);
     QByteArray names(qsizetype(size), Qt::Uninitialized);
     size = ::listxattr(from.constData(), names.data(), size_t(names.size()));
     if (size < 0)
-        return systemError(QStringLiteral("Reading the file's attributes failed"), errno);
+        return systemError(
+            QCoreApplication::translate("AtomicFileWriter", "Reading the file's attributes failed"),
+            errno);
     names.truncate(qsizetype(size));
     for (const QByteArray &name : names.split('\0')) {
         if (!name.startsWith("user."))
@@ -100,18 +108,21 @@ QString copyUserAttributes(const QByteArray &from, int toFd)
         const ssize_t length = ::getxattr(from.constData(), name.constData(), nullptr, 0);
         if (length < 0)
             return systemError(
-                QStringLiteral("Reading the attribute %1 failed").arg(QString::fromUtf8(name)),
+                QCoreApplication::translate("AtomicFileWriter", "Reading the attribute %1 failed")
+                    .arg(QString::fromUtf8(name)),
                 errno);
         QByteArray value(qsizetype(length), Qt::Uninitialized);
         const ssize_t read
             = ::getxattr(from.constData(), name.constData(), value.data(), size_t(length));
         if (read < 0)
             return systemError(
-                QStringLiteral("Reading the attribute %1 failed").arg(QString::fromUtf8(name)),
+                QCoreApplication::translate("AtomicFileWriter", "Reading the attribute %1 failed")
+                    .arg(QString::fromUtf8(name)),
                 errno);
         if (::fsetxattr(toFd, name.constData(), value.constData(), size_t(read), 0) != 0)
             return systemError(
-                QStringLiteral("Copying the attribute %1 failed").arg(QString::fromUtf8(name)),
+                QCoreApplication::translate("AtomicFileWriter", "Copying the attribute %1 failed")
+                    .arg(QString::fromUtf8(name)),
                 errno);
     }
     return {};
@@ -125,18 +136,24 @@ QString copyMetadata(const QByteArray &original, int fd)
     };
     if (::stat(original.constData(), &status) != 0) {
         if (errno != ENOENT)
-            return systemError(QStringLiteral("Reading the file's permissions failed"), errno);
+            return systemError(QCoreApplication::translate(
+                                   "AtomicFileWriter", "Reading the file's permissions failed"),
+                errno);
         if (::fchmod(fd, 0666 & ~currentUmask()) != 0)
-            return systemError(QStringLiteral("Setting permissions failed"), errno);
+            return systemError(
+                QCoreApplication::translate("AtomicFileWriter", "Setting permissions failed"),
+                errno);
         return {};
     }
     if (!S_ISREG(status.st_mode))
-        return QStringLiteral("“%1” is not a regular file.").arg(QFile::decodeName(original));
+        return QCoreApplication::translate("AtomicFileWriter", "“%1” is not a regular file.")
+            .arg(QFile::decodeName(original));
     // Only root can give a file away; anyone else keeps the file as theirs.
     if (status.st_uid != ::geteuid() || status.st_gid != ::getegid())
         (void)::fchown(fd, status.st_uid, status.st_gid);
     if (::fchmod(fd, status.st_mode & 07777) != 0)
-        return systemError(QStringLiteral("Setting permissions failed"), errno);
+        return systemError(
+            QCoreApplication::translate("AtomicFileWriter", "Setting permissions failed"), errno);
     return copyUserAttributes(original, fd);
 }
 
@@ -224,7 +241,8 @@ QString AtomicFileWriter::write(const QString &path, const QByteArray &data)
     TemporaryFile temporary(folder + "/." + QFile::encodeName(targetInfo.fileName()) + ".XXXXXX");
     if (temporary.fd() < 0)
         return systemError(
-            QStringLiteral("Cannot create a file in “%1”").arg(QFile::decodeName(folder)),
+            QCoreApplication::translate("AtomicFileWriter", "Cannot create a file in “%1”")
+                .arg(QFile::decodeName(folder)),
             temporary.creationError());
     error = writeAll(temporary.fd(), data);
     if (error.isEmpty())
@@ -232,12 +250,16 @@ QString AtomicFileWriter::write(const QString &path, const QByteArray &data)
     if (!error.isEmpty())
         return error;
     if (::fsync(temporary.fd()) != 0)
-        return systemError(QStringLiteral("Syncing the file failed"), errno);
+        return systemError(
+            QCoreApplication::translate("AtomicFileWriter", "Syncing the file failed"), errno);
     if (temporary.closeFile() != 0)
-        return systemError(QStringLiteral("Closing the file failed"), errno);
+        return systemError(
+            QCoreApplication::translate("AtomicFileWriter", "Closing the file failed"), errno);
     if (::rename(temporary.path().constData(), targetPath.constData()) != 0) {
         const int renameError = errno;
-        return systemError(QStringLiteral("Cannot replace “%1”").arg(*target), renameError);
+        return systemError(
+            QCoreApplication::translate("AtomicFileWriter", "Cannot replace “%1”").arg(*target),
+            renameError);
     }
     temporary.release();
 
@@ -246,7 +268,8 @@ QString AtomicFileWriter::write(const QString &path, const QByteArray &data)
     if (folderFd < 0 || ::fsync(folderFd) != 0) {
         const int syncError = errno;
         Logger::warn(systemError(
-            QStringLiteral("Syncing the folder %1 failed").arg(QFile::decodeName(folder)),
+            QCoreApplication::translate("AtomicFileWriter", "Syncing the folder %1 failed")
+                .arg(QFile::decodeName(folder)),
             syncError));
     }
     if (folderFd >= 0)

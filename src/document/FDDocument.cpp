@@ -9,6 +9,7 @@
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
@@ -203,13 +204,18 @@ void FDDocument::setNumberOfChanges(int count)
 QString FDDocument::title() const
 {
     const QUrl url = fileURL();
-    return url.isEmpty() ? QStringLiteral("Untitled") : digestTitleFrom(url);
+    return url.isEmpty() ? untitledTitle() : digestTitleFrom(url);
+}
+
+QString FDDocument::untitledTitle()
+{
+    return QCoreApplication::translate("FDDocument", "Untitled");
 }
 
 QString FDDocument::digestTitleFrom(const QUrl &url)
 {
     if (url.isEmpty())
-        return QStringLiteral("(empty)");
+        return QCoreApplication::translate("FDDocument", "(empty)");
     // The last path component without its last extension.
     const QString name = QFileInfo(url.path()).fileName();
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
@@ -255,9 +261,10 @@ void FDDocument::checkWritePermission()
     MainQueue::asyncAfter(WritePermissionAlertDelay, [path] {
         AlertRequest request;
         request.style = AlertRequest::Critical;
-        request.messageText
-            = QStringLiteral("You don’t have permission to save the file \"%1\".").arg(path);
-        request.informativeText = QStringLiteral(
+        request.messageText = QCoreApplication::translate(
+            "FDDocument", "You don’t have permission to save the file \"%1\".")
+                                  .arg(path);
+        request.informativeText = QCoreApplication::translate("FDDocument",
             "To view or change permissions, open the file's properties in your file manager.");
         Alert::runModal(request);
     });

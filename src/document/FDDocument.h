@@ -104,6 +104,8 @@ public:
     void restoreChanges(int count);
 
     QString title() const; // "Untitled" without a URL
+    // The title of a document, bookmark or outline item that has none, in the person's language.
+    static QString untitledTitle();
     static QString digestTitleFrom(const QUrl &url); // "(empty)" for an empty URL
     bool isBigFile() const; // more than 1000 pages
 

@@ -1,5 +1,7 @@
 #include "FDError.h"
 
+#include <QCoreApplication>
+
 const QString FDError::XDocumentErrorDomain = QStringLiteral("XDocumentErrorDomain");
 const QString FDError::NSCocoaErrorDomain = QStringLiteral("NSCocoaErrorDomain");
 
@@ -46,7 +48,8 @@ QString FDError::localizedDescription() const
 {
     if (!m_localizedDescription.isEmpty())
         return m_localizedDescription;
-    return QStringLiteral("The operation couldn’t be completed. (%1 error %2.)")
+    return QCoreApplication::translate(
+        "FDError", "The operation couldn’t be completed. (%1 error %2.)")
         .arg(m_domain)
         .arg(m_code);
 }

@@ -9,6 +9,7 @@
 #include <app/FDFilePanel.h>
 #include <view/FDPDFView.h>
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -62,9 +63,12 @@ void SaveReport::reportFailure(
     const QString copy
         = !window || !document.pdfView() ? keepUnsavedCopy(fileNameOf(path), bytes) : QString();
     QString description
-        = QStringLiteral("The document “%1” could not be saved. %2").arg(fileNameOf(path), error);
+        = QCoreApplication::translate("SaveReport", "The document “%1” could not be saved. %2")
+              .arg(fileNameOf(path), error);
     if (!copy.isEmpty())
-        description += QStringLiteral(" A copy of the unsaved document is kept at “%1”.").arg(copy);
+        description += QCoreApplication::translate(
+            "SaveReport", " A copy of the unsaved document is kept at “%1”.")
+                           .arg(copy);
     if (window)
         Alert::runModal(
             Alert::requestWithError(FDError::writeFileErrorWithLocalizedDescription(description)));
@@ -86,12 +90,15 @@ void SaveReport::resolveChangedFile(
         return;
     }
     AlertRequest request;
-    request.messageText = QStringLiteral("“%1” was changed by another program.").arg(name);
-    request.informativeText = QStringLiteral(
+    request.messageText
+        = QCoreApplication::translate("SaveReport", "“%1” was changed by another program.")
+              .arg(name);
+    request.informativeText = QCoreApplication::translate("SaveReport",
         "Your edits have not been saved over it. Save them to another file, overwrite the other "
         "program’s changes, or reload the file and drop your edits.");
-    request.buttons
-        = { QStringLiteral("Save As…"), QStringLiteral("Overwrite"), QStringLiteral("Reload") };
+    request.buttons = { QCoreApplication::translate("SaveReport", "Save As…"),
+        QCoreApplication::translate("SaveReport", "Overwrite"),
+        QCoreApplication::translate("SaveReport", "Reload") };
     switch (Alert::runModal(request) - Alert::FirstButtonReturn) {
     case SaveElsewhere: {
         FilePanelRequest panel;

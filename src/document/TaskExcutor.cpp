@@ -8,6 +8,8 @@
 
 #include <kit/base/MainQueue.h>
 
+#include <QCoreApplication>
+
 namespace {
 
 constexpr int MaximumAttempts = 3;
@@ -19,7 +21,9 @@ QString checkParses(const QByteArray &bytes)
     const auto probe = std::make_shared<PDFDocument>();
     if (probe->initWithData(bytes))
         return {};
-    return QStringLiteral("The saved bytes are not a readable PDF (%1).").arg(probe->errorString());
+    return QCoreApplication::translate(
+        "TaskExcutor", "The saved bytes are not a readable PDF (%1).")
+        .arg(probe->errorString());
 }
 
 // A file that is gone has nothing to lose; one never seen by the document is the user's choice
@@ -148,7 +152,8 @@ TaskOutcome TaskExcutor::perform(const Task &task, QByteArray bytes)
     TaskOutcome outcome;
     const QUrl url = document.fileURL();
     if (url.isEmpty())
-        return failure(outcome, QStringLiteral("The document has no file."));
+        return failure(
+            outcome, QCoreApplication::translate("TaskExcutor", "The document has no file."));
     outcome.path = url.toLocalFile();
     if (task.kind() == Task::Attributes) {
         // The place belongs to the file that was read; another one in its stead keeps its own.
@@ -163,7 +168,8 @@ TaskOutcome TaskExcutor::perform(const Task &task, QByteArray bytes)
         bytes = document.dataRepresentation();
         if (bytes.isEmpty())
             return failure(outcome,
-                QStringLiteral("The document could not be made into bytes (%1).")
+                QCoreApplication::translate(
+                    "TaskExcutor", "The document could not be made into bytes (%1).")
                     .arg(document.errorString()));
     }
     outcome.bytes = bytes;

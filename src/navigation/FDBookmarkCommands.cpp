@@ -23,7 +23,7 @@ bool bookmarkPage(FDPDFView &view, const std::shared_ptr<PDFPage> &page)
     else
         title = (text.size() < maxTitleLength + 1 ? text : text.left(maxTitleLength)).trimmed();
     if (title.isEmpty())
-        title = QStringLiteral("Untitled");
+        title = FDDocument::untitledTitle();
     return document->addBookmarkWith(fdPage, title);
 }
 

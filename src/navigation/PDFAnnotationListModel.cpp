@@ -7,11 +7,15 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 
-QString PDFAnnotationListModel::formatDate(const QDateTime &date)
+QString PDFAnnotationListModel::formatDate(const QDateTime &date, const QLocale &locale)
 {
     if (!date.isValid())
         return {};
     const QDate day = date.toLocalTime().date();
+    const bool designPattern = locale.language() == QLocale::C
+        || (locale.language() == QLocale::English && locale.territory() == QLocale::UnitedStates);
+    if (!designPattern)
+        return locale.toString(day, QLocale::ShortFormat);
     // The ISO week-year: the year of the Thursday of the date's week.
     const QDate thursday = day.addDays(4 - day.dayOfWeek());
     return QStringLiteral("%1/%2/%3")

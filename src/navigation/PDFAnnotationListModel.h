@@ -6,6 +6,7 @@
 
 #include <QAbstractListModel>
 #include <QDateTime>
+#include <QLocale>
 
 #include <memory>
 #include <vector>
@@ -28,8 +29,9 @@ public:
         RowKeyRole, // a number that stays with the row's annotation or page while rows move
     };
 
-    // "MM/dd/YY" with YY the ISO week-based year, as the design's pattern reads.
-    static QString formatDate(const QDateTime &date);
+    // In US English (and the C locale) "MM/dd/YY" with YY the ISO week-based year, as the
+    // design's pattern reads; in any other locale the locale's own short date.
+    static QString formatDate(const QDateTime &date, const QLocale &locale = QLocale());
 
     explicit PDFAnnotationListModel(QObject *parent = nullptr);
 

@@ -10,6 +10,7 @@
 #include <view/FDPDFView.h>
 
 #include <QAction>
+#include <QLocale>
 #include <QMenu>
 #include <QShortcut>
 #include <QTimer>
@@ -106,7 +107,7 @@ void PDFSidebarAnnContents::rebuild(const std::shared_ptr<PDFAnnotation> &leaveO
 
 void PDFSidebarAnnContents::updateTitle()
 {
-    setTitle(tr("Annotations ( %1 )").arg(m_model->annCount()));
+    setTitle(tr("Annotations ( %1 )").arg(QLocale().toString(m_model->annCount())));
 }
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)

@@ -10,6 +10,7 @@
 #include <view/FDPDFView.h>
 
 #include <QHeaderView>
+#include <QLocale>
 #include <QMenu>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
@@ -148,7 +149,7 @@ void PDFSidebarBookmarkContents::updateTitle()
 {
     const auto current = document();
     const qsizetype count = current ? current->bookmarks().size() : 0;
-    setTitle(QStringLiteral("Bookmarks ( %1 )").arg(count));
+    setTitle(tr("Bookmarks ( %1 )").arg(QLocale().toString(count)));
 }
 
 void PDFSidebarBookmarkContents::updatePageColumn()

@@ -399,7 +399,7 @@ void PDFSidebarOutlineContents::onAddItem()
         label = text.size() > maxLabelLength ? text.left(maxLabelLength) : text;
     // Emptiness is judged before trimming: a label of blanks ends up empty.
     if (label.isEmpty())
-        label = QStringLiteral("Untitled");
+        label = FDDocument::untitledTitle();
     label = label.trimmed();
 
     if (!current->outlineRoot())

@@ -82,7 +82,7 @@ bool FDPDFView::bookmarkPage(const std::shared_ptr<PDFPage> &page)
         title = (text.size() <= TitleLength ? text : text.left(TitleLength)).trimmed();
     }
     if (title.isEmpty())
-        title = QStringLiteral("Untitled");
+        title = FDDocument::untitledTitle();
     return current->addBookmarkWith(fdPage, title);
 }
 

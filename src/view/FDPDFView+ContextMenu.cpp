@@ -61,29 +61,29 @@ QMenu *FDPDFView::menuForEvent(const QPointF &viewPoint)
     const QVariant point = QVariant::fromValue(viewPoint);
     if (annotation && isValid(*annotation)) {
         setSelectedAnn(annotation);
-        addItem(*menu, QStringLiteral("Copy"), "copy:");
+        addItem(*menu, tr("Copy"), "copy:");
         menu->addSeparator();
-        addItem(*menu, QStringLiteral("Delete"), "delete:");
+        addItem(*menu, tr("Delete"), "delete:");
     } else if (linkWithURL) {
         const QVariant url = QVariant::fromValue(link->URL());
-        addItem(*menu, QStringLiteral("Open Link: ") + quotedURL(link->URL()), "openLink:", url);
-        addItem(*menu, QStringLiteral("Copy Link: ") + quotedURL(link->URL()), "copyLink:", url);
+        addItem(*menu, tr("Open Link: %1").arg(quotedURL(link->URL())), "openLink:", url);
+        addItem(*menu, tr("Copy Link: %1").arg(quotedURL(link->URL())), "copyLink:", url);
         menu->addSeparator();
     } else if (hasText) {
-        addItem(*menu, QStringLiteral("Copy"), "copy:");
+        addItem(*menu, tr("Copy"), "copy:");
         menu->addSeparator();
-        addItem(*menu, QStringLiteral("Highlight"), "onAddHighlight");
-        addItem(*menu, QStringLiteral("Underline"), "onAddUnderline");
-        addItem(*menu, QStringLiteral("Strikeout"), "onAddStrikeout");
+        addItem(*menu, tr("Highlight"), "onAddHighlight");
+        addItem(*menu, tr("Underline"), "onAddUnderline");
+        addItem(*menu, tr("Strikeout"), "onAddStrikeout");
     } else {
-        addItem(*menu, QStringLiteral("Paste"), "paste:", point);
+        addItem(*menu, tr("Paste"), "paste:", point);
         menu->addSeparator();
-        addItem(*menu, QStringLiteral("Add Note"), "onAddText:", point);
-        addItem(*menu, QStringLiteral("Add Text"), "onAddFreeText:", point);
+        addItem(*menu, tr("Add Note"), "onAddText:", point);
+        addItem(*menu, tr("Add Text"), "onAddFreeText:", point);
     }
     menu->addSeparator();
-    addItem(*menu, QStringLiteral("Add Bookmark"), "onAddBookmark:", point);
-    addItem(*menu, QStringLiteral("Add Outline Item"), "onAddOutline:", point);
+    addItem(*menu, tr("Add Bookmark"), "onAddBookmark:", point);
+    addItem(*menu, tr("Add Outline Item"), "onAddOutline:", point);
     if (hasText)
         menu->addSeparator();
     for (QAction *const action : menu->actions()) {

@@ -174,7 +174,7 @@ void FDPDFView::runLoadStep()
                 const QString text = decodedURLText(requested);
                 MainQueue::async([text] {
                     AlertRequest request;
-                    request.messageText = QStringLiteral("Can't read file: \"%1\"").arg(text);
+                    request.messageText = tr("Can't read file: \"%1\"").arg(text);
                     Alert::runModal(request);
                 });
                 return;
@@ -242,10 +242,10 @@ QString FDPDFView::title() const
     if (const auto current = fdDocument())
         return current->title();
     if (document())
-        return QStringLiteral("Untitled");
+        return FDDocument::untitledTitle();
     if (!m_pendingURL.isEmpty())
         return FDDocument::digestTitleFrom(m_pendingURL);
-    return m_pendingNewDocument ? QStringLiteral("Untitled") : QStringLiteral("(empty)");
+    return m_pendingNewDocument ? FDDocument::untitledTitle() : tr("(empty)");
 }
 
 QUrl FDPDFView::fileURL() const

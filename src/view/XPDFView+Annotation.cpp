@@ -20,6 +20,7 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
 
+#include <QCoreApplication>
 #include <QDateTime>
 
 #include <algorithm>
@@ -35,10 +36,14 @@ const QString XPDFView::ContentSelectionDidChangeNotification
     = QStringLiteral("kPDFViewContentSelectionDidChangeNotification");
 const QString XPDFView::PendingAnnInkDidChangeNotification
     = QStringLiteral("kPDFViewPendingAnnInkDidChangeNotification");
-const QString XPDFView::AddNoteActionName = QStringLiteral("Add Note");
-const QString XPDFView::DeleteAnnotationActionName = QStringLiteral("Delete Annotation");
-const QString XPDFView::EditNoteActionName = QStringLiteral("Edit Note");
-const QString XPDFView::RotatePageActionName = QStringLiteral("Rotate Page");
+const QString XPDFView::AddNoteActionName
+    = QStringLiteral(QT_TRANSLATE_NOOP("XPDFView", "Add Note"));
+const QString XPDFView::DeleteAnnotationActionName
+    = QStringLiteral(QT_TRANSLATE_NOOP("XPDFView", "Delete Annotation"));
+const QString XPDFView::EditNoteActionName
+    = QStringLiteral(QT_TRANSLATE_NOOP("XPDFView", "Edit Note"));
+const QString XPDFView::RotatePageActionName
+    = QStringLiteral(QT_TRANSLATE_NOOP("XPDFView", "Rotate Page"));
 
 namespace {
 
@@ -83,7 +88,8 @@ void XPDFView::addAnnotationNow(
         return;
     if (m_undoManager) {
         m_undoManager->registerUndo(this, [this, annotation] { removeAnnotation(annotation); });
-        m_undoManager->setActionName(AddNoteActionName);
+        m_undoManager->setActionName(
+            QCoreApplication::translate("XPDFView", qUtf8Printable(AddNoteActionName)));
     }
     // Author and time are stamped before anyone sees the annotation.
     registerUserName(*annotation);
@@ -115,7 +121,8 @@ void XPDFView::removeAnnotationNow(const std::shared_ptr<PDFAnnotation> &annotat
     if (m_undoManager) {
         m_undoManager->registerUndo(
             this, [this, annotation, page] { addAnnotationNow(annotation, page); });
-        m_undoManager->setActionName(DeleteAnnotationActionName);
+        m_undoManager->setActionName(
+            QCoreApplication::translate("XPDFView", qUtf8Printable(DeleteAnnotationActionName)));
     }
     if (selectedAnn() == annotation)
         setSelectedAnn(nullptr);
@@ -134,7 +141,8 @@ void XPDFView::moveAnnotationNow(
     if (m_undoManager) {
         m_undoManager->registerUndo(
             this, [this, annotation, oldPage] { moveAnnotation(annotation, oldPage); });
-        m_undoManager->setActionName(EditNoteActionName);
+        m_undoManager->setActionName(
+            QCoreApplication::translate("XPDFView", qUtf8Printable(EditNoteActionName)));
     }
     setNeedsDisplayForAnnotation(annotation, oldPage);
     QKOverlayView::setDisplayFlag(*annotation);
@@ -230,7 +238,8 @@ void XPDFView::rotatePageAtIndex(int index, int degrees)
     if (m_undoManager) {
         m_undoManager->registerUndo(
             this, [this, index, degrees] { rotatePageAtIndex(index, -degrees); });
-        m_undoManager->setActionName(RotatePageActionName);
+        m_undoManager->setActionName(
+            QCoreApplication::translate("XPDFView", qUtf8Printable(RotatePageActionName)));
     }
     page->setRotation(page->rotation() + degrees);
     layoutDocumentView();
@@ -286,7 +295,8 @@ void XPDFView::annotationDidChange(PDFAnnotation &annotation, const QString &key
             const auto map = m_undoGroupOldPropertiesPerAnn;
             m_undoManager->registerUndo(this, [this, map] { setAnnotationProperties(map); });
             if (!undoingOrRedoing)
-                m_undoManager->setActionName(EditNoteActionName);
+                m_undoManager->setActionName(
+                    QCoreApplication::translate("XPDFView", qUtf8Printable(EditNoteActionName)));
         }
     }
     const std::shared_ptr<PDFAnnotation> shared = annotation.shared_from_this();

@@ -16,6 +16,8 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cmath>
 
@@ -209,7 +211,8 @@ void XPDFView::eraseAt(QPointF viewPoint)
         if (hitTest(**it, p) && !isEditing(**it)) {
             removeAnnotation(*it);
             if (m_undoManager)
-                m_undoManager->setActionName(DeleteAnnotationActionName);
+                m_undoManager->setActionName(QCoreApplication::translate(
+                    "XPDFView", qUtf8Printable(DeleteAnnotationActionName)));
             return;
         }
     }

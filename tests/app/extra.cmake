@@ -4,3 +4,9 @@ if(TARGET CommandLineTest)
         FOLIDOC_PROGRAM="$<TARGET_FILE:folidoc>" FOLIDOC_VERSION="${PROJECT_VERSION}")
     add_dependencies(CommandLineTest folidoc)
 endif()
+
+# The translation test reads the .ts files of the source tree.
+if(TARGET TranslationsTest)
+    target_compile_definitions(TranslationsTest PRIVATE
+        FOLIDOC_TRANSLATIONS_DIR="${PROJECT_SOURCE_DIR}/resources/translations")
+endif()

@@ -64,7 +64,8 @@ private slots:
     {
         QFETCH(QDate, date);
         QFETCH(QString, text);
-        QCOMPARE(PDFAnnotationListModel::formatDate(QDateTime(date, QTime(12, 0))), text);
+        const QLocale english(QLocale::English, QLocale::UnitedStates);
+        QCOMPARE(PDFAnnotationListModel::formatDate(QDateTime(date, QTime(12, 0)), english), text);
     }
 
     void rowsFollowAddsAndRemoves()

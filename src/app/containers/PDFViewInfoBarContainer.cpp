@@ -33,11 +33,11 @@ PDFViewInfoBarContainer::PDFViewInfoBarContainer(PDFContents *contents, QWidget 
     m_titleTextField = new QLabel;
     m_titleTextField->setObjectName(QStringLiteral("titleTextField"));
     m_titleTextField->setTextFormat(Qt::PlainText);
-    m_changeButton = new QPushButton(QStringLiteral("Change…"));
+    m_changeButton = new QPushButton(tr("Change…"));
     m_changeButton->setObjectName(QStringLiteral("changeButton"));
     m_changeButton->setFlat(true);
     m_changeButton->setFocusPolicy(Qt::NoFocus);
-    m_changeButton->setToolTip(QStringLiteral("Open another document in this view"));
+    m_changeButton->setToolTip(tr("Open another document in this view"));
     layout->addWidget(m_indicatorImgView);
     layout->addWidget(m_titleTextField, 1);
     layout->addWidget(m_changeButton);

@@ -11,6 +11,7 @@
 #include "SaslPrep.h"
 #include "mupdf/MuOpen.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -459,11 +460,13 @@ bool PDFDocument::initWithURL(const QUrl &url)
     const QString path
         = url.isLocalFile() || url.scheme().isEmpty() ? url.toLocalFile() : QString();
     if (path.isEmpty()) {
-        d->error = QStringLiteral("Only local files can be opened: %1").arg(url.toString());
+        d->error = QCoreApplication::translate("PDFDocument", "Only local files can be opened: %1")
+                       .arg(url.toString());
         return false;
     }
     if (!QFile::exists(path)) {
-        d->error = QStringLiteral("The file does not exist: %1").arg(path);
+        d->error
+            = QCoreApplication::translate("PDFDocument", "The file does not exist: %1").arg(path);
         return false;
     }
     d->sourceSize = QFileInfo(path).size();
@@ -479,8 +482,9 @@ bool PDFDocument::initWithURL(const QUrl &url)
     mu::Error failure;
     mu::run(ctx, failure, [&] { doc = pdf_open_document(ctx, filename); });
     if (failure.failed) {
-        d->error
-            = QStringLiteral("The file is not a readable PDF document: %1").arg(failure.text());
+        d->error = QCoreApplication::translate(
+            "PDFDocument", "The file is not a readable PDF document: %1")
+                       .arg(failure.text());
         return false;
     }
     return d->adopt(doc);
@@ -489,7 +493,7 @@ bool PDFDocument::initWithURL(const QUrl &url)
 bool PDFDocument::initWithData(const QByteArray &data)
 {
     if (data.isEmpty()) {
-        d->error = QStringLiteral("The data is empty");
+        d->error = QCoreApplication::translate("PDFDocument", "The data is empty");
         return false;
     }
     d->sourceSize = data.size();
@@ -498,8 +502,9 @@ bool PDFDocument::initWithData(const QByteArray &data)
     mu::Error failure;
     pdf_document *const doc = mu::openDocumentFromBytes(data, failure);
     if (failure.failed) {
-        d->error
-            = QStringLiteral("The data is not a readable PDF document: %1").arg(failure.text());
+        d->error = QCoreApplication::translate(
+            "PDFDocument", "The data is not a readable PDF document: %1")
+                       .arg(failure.text());
         return false;
     }
     return d->adopt(doc);
@@ -651,7 +656,7 @@ void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
 QByteArray PDFDocument::dataRepresentation() const
 {
     if (!d->handle) {
-        d->error = QStringLiteral("The document has no content");
+        d->error = QCoreApplication::translate("PDFDocument", "The document has no content");
         return {};
     }
     if (d->contentLoaded) {

@@ -3,6 +3,7 @@
 #include "PDFPageRenderSource.h"
 #include "PDFRenderPrivate.h"
 
+#include <QCoreApplication>
 #include <QTransform>
 
 #include <algorithm>
@@ -358,7 +359,7 @@ bool PDFPrintWriter::addPage(const PDFPageRenderSource &page)
 {
     const PDFPageRenderSourcePrivate &source = *page.d;
     if (!source.page || !source.handle) {
-        d->error = QStringLiteral("The page has nothing to print");
+        d->error = QCoreApplication::translate("PDFPrintWriter", "The page has nothing to print");
         return false;
     }
     if (!d->out) {
@@ -379,7 +380,7 @@ bool PDFPrintWriter::addPage(const PDFPageRenderSource &page)
             added = d->drawPage(source, placement, ctx, failure);
     }
     if (!added) {
-        d->error = QStringLiteral("Page %1 could not be written: %2")
+        d->error = QCoreApplication::translate("PDFPrintWriter", "Page %1 could not be written: %2")
                        .arg(d->pages + 1)
                        .arg(failure.text());
         return false;
@@ -396,7 +397,7 @@ int PDFPrintWriter::pageCount() const
 QByteArray PDFPrintWriter::finish()
 {
     if (!d->out || d->pages == 0) {
-        d->error = QStringLiteral("There are no pages to print");
+        d->error = QCoreApplication::translate("PDFPrintWriter", "There are no pages to print");
         return {};
     }
     const mu::Lock lock(d->out->mutex());
@@ -415,13 +416,15 @@ QByteArray PDFPrintWriter::finish()
         fz_close_output(ctx, output.p);
     });
     if (failure.failed) {
-        d->error
-            = QStringLiteral("The print document could not be written: %1").arg(failure.text());
+        d->error = QCoreApplication::translate(
+            "PDFPrintWriter", "The print document could not be written: %1")
+                       .arg(failure.text());
         return {};
     }
     bytes = QByteArray(reinterpret_cast<const char *>(buffer.p->data), qsizetype(buffer.p->len));
     if (bytes.isEmpty())
-        d->error = QStringLiteral("Out of memory while writing the print document");
+        d->error = QCoreApplication::translate(
+            "PDFPrintWriter", "Out of memory while writing the print document");
     return bytes;
 }
 

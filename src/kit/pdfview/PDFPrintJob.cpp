@@ -1,5 +1,6 @@
 #include "PDFPrintJob.h"
 
+#include <QCoreApplication>
 #include <QPageSize>
 #include <QPrinter>
 #include <QProcess>
@@ -104,8 +105,8 @@ bool PDFPrintJob::writeFile(const QByteArray &pdf, QString *error) const
     const QString path = m_choices.outputFile;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(pdf) != pdf.size() || !file.commit()) {
-        *error
-            = QStringLiteral("The file %1 could not be written: %2").arg(path, file.errorString());
+        *error = QCoreApplication::translate("PDFPrintJob", "The file %1 could not be written: %2")
+                     .arg(path, file.errorString());
         return false;
     }
     return true;
@@ -115,15 +116,17 @@ bool PDFPrintJob::queue(const QByteArray &pdf, QString *error) const
 {
     const QString lp = QStandardPaths::findExecutable(QStringLiteral("lp"));
     if (lp.isEmpty()) {
-        *error = QStringLiteral("Printing needs the CUPS program \"lp\", which is not installed "
-                                "(package cups-client).");
+        *error = QCoreApplication::translate("PDFPrintJob",
+            "Printing needs the CUPS program \"lp\", which is not installed "
+            "(package cups-client).");
         return false;
     }
     QProcess process;
     process.start(lp, lpArguments());
     if (!process.waitForStarted()) {
         *error
-            = QStringLiteral("The print queue could not be reached: %1").arg(process.errorString());
+            = QCoreApplication::translate("PDFPrintJob", "The print queue could not be reached: %1")
+                  .arg(process.errorString());
         return false;
     }
     process.write(pdf);
@@ -131,12 +134,14 @@ bool PDFPrintJob::queue(const QByteArray &pdf, QString *error) const
     if (!process.waitForFinished(LpTimeoutMs)) {
         process.kill();
         process.waitForFinished();
-        *error = QStringLiteral("The print queue did not take the document in time.");
+        *error = QCoreApplication::translate(
+            "PDFPrintJob", "The print queue did not take the document in time.");
         return false;
     }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
         const QString said = QString::fromLocal8Bit(process.readAllStandardError()).trimmed();
-        *error = QStringLiteral("The printer did not take the document: %1")
+        *error = QCoreApplication::translate(
+            "PDFPrintJob", "The printer did not take the document: %1")
                      .arg(said.isEmpty() ? QStringLiteral("lp failed") : said);
         return false;
     }

@@ -109,7 +109,7 @@ void PDFView::printWithInfo(QPrinter *printInfo, bool autoRotate)
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (!printToPrinter(*printer, autoRotate) && !m_printError.isEmpty())
-        QMessageBox::warning(window(), QStringLiteral("Printing failed"), m_printError);
+        QMessageBox::warning(window(), tr("Printing failed"), m_printError);
 }
 
 bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
@@ -120,7 +120,7 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
     const int count = int(m_pages.size());
     const std::vector<int> pages = chosenPages(printer, count);
     if (pages.empty()) {
-        m_printError = QStringLiteral("The pages to print are not in the document.");
+        m_printError = tr("The pages to print are not in the document.");
         return false;
     }
     // The paper the dialog ends on is the person's choice unless it is still the first page's.
@@ -131,8 +131,8 @@ bool PDFView::printToPrinter(QPrinter &printer, bool autoRotate)
     for (const int index : pages) {
         const auto source = pageAt(index)->renderSource(m_displayBox, true);
         if (!source || !writer.addPage(*source)) {
-            m_printError = source ? writer.errorString()
-                                  : QStringLiteral("Page %1 could not be read.").arg(index + 1);
+            m_printError
+                = source ? writer.errorString() : tr("Page %1 could not be read.").arg(index + 1);
             Log::warn(m_printError);
             return false;
         }

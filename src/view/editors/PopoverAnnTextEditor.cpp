@@ -43,7 +43,7 @@ PopoverAnnTextEditor::PopoverAnnTextEditor(QWidget *parent)
     m_removeButton->setObjectName(QStringLiteral("removeButton"));
     m_removeButton->setAutoRaise(true);
     m_removeButton->setIcon(style()->standardIcon(QStyle::SP_TrashIcon));
-    m_removeButton->setToolTip(QStringLiteral("Delete"));
+    m_removeButton->setToolTip(tr("Delete"));
     m_removeButton->setFocusPolicy(Qt::NoFocus);
     layout->addWidget(m_removeButton, 0, Qt::AlignRight);
     connect(m_removeButton, &QToolButton::clicked, this, [this] { onRemoveAnn(); });
