@@ -1,9 +1,9 @@
 #pragma once
 
 // The pages editor of a document tab: the thumbnail grid of the tab's document and the page
-// operations on its selection (rotate, delete after a prompt, extract into a new file). Every
-// operation goes through the document's page methods, so its change counters and the background
-// save see it. Main thread only.
+// operations on its selection (rotate, delete after a prompt, extract into a new file, add pages
+// from files). Every operation goes through the document's page methods, so its change counters
+// and the background save see it. Main thread only.
 
 #include <kit/tabs/EditCommandResponder.h>
 
@@ -14,6 +14,8 @@
 #include <memory>
 
 class FDDocument;
+class FDPDFView;
+class PDFDocumentDelegate;
 class PDFPage;
 class PDFCollectionView;
 class PDFContents;
@@ -35,8 +37,15 @@ public:
     explicit PDFPagesEditor(PDFContents *contents, QWidget *parent = nullptr);
     ~PDFPagesEditor() override;
 
+    // The tab's two views, whose documents the panes show.
+    void setPDFViews(FDPDFView *primary, FDPDFView *secondary);
+
     PDFCollectionView *collectionView() const { return m_collectionView; }
+    // The pane that operations act on: the one whose view is the tab's selected view.
+    PDFCollectionView *selectedCollectionView() const;
     std::shared_ptr<FDDocument> document() const;
+    // The document of the pane's view; null without one.
+    std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane) const;
 
     // Reads the pages again, after the document changed or the editor appeared.
     void reloadData();
@@ -66,6 +75,16 @@ public:
     // Inserts copies of the copied pages after the highest selected page (at the end without a
     // selection) and selects them.
     void paste();
+    // Inserts the pages of the files at urls into the pane's document at index, in their order:
+    // an image (PNG, JPEG, GIF) makes one page, a PDF gives copies of all its pages. A file that
+    // can't be read, a PDF without pages and any other type are skipped, and the next file goes
+    // to the same place. Nothing happens for an index outside 0..pageCount. The inserted pages
+    // end up selected. Answers how many pages went in. Without a pane: the selected one.
+    int insertURLs(const QList<QUrl> &urls, int index);
+    int insertURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
+    // Ask for images, or PDF files, several at once, and insert them after the selection.
+    void addPagesWithImages();
+    void addPagesWithPDF();
     // Leaves the editor for the reading view.
     void leave();
 
@@ -80,6 +99,7 @@ protected:
 
 private:
     void didChangePages();
+    void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     void showContextMenu(const QPoint &globalPos);
 
     // Shared by every editor of the process, so pages go between tabs and windows.
@@ -88,4 +108,7 @@ private:
     QPointer<PDFContents> m_contents;
     PDFCollectionView *m_collectionView = nullptr;
     PDFThumbnailModel *m_model = nullptr;
+    // Gives documents opened here to take pages from the application's page and annotation
+    // classes.
+    std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;
 };
