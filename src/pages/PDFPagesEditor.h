@@ -110,8 +110,9 @@ private:
     PDFCollectionView *makePane(const QString &name);
     void reloadPane(PDFCollectionView *pane);
     void onSplitModeChanged();
-    // Shows the panes' documents again and has each changed one saved.
+    // Shows the panes' documents again and has each changed one saved on the next turn.
     void didChangePages();
+    void saveChangedDocuments();
     void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     void showContextMenu(const QPoint &globalPos);
 
@@ -125,4 +126,5 @@ private:
     // Gives documents opened here to take pages from the application's page and annotation
     // classes.
     std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;
+    bool m_isSaveQueued = false;
 };
