@@ -8,6 +8,7 @@
 #include <document/FDBookmark.h>
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
+#include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <view/FDPDFView.h>
@@ -276,6 +277,12 @@ void PDFSidebarThumbContents::onBookmarkChanged(const Notification &notification
 
 void PDFSidebarThumbContents::onDocumentPageChanged()
 {
-    m_model->setDocument(document());
-    selectCurrentPage();
+    if (m_isPageReloadQueued)
+        return;
+    m_isPageReloadQueued = true;
+    MainQueue::async(this, [this] {
+        m_isPageReloadQueued = false;
+        m_model->setDocument(document());
+        selectCurrentPage();
+    });
 }

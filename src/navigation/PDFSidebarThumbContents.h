@@ -49,4 +49,5 @@ private:
     QListView *m_tableView = nullptr;
     PDFThumbnailModel *m_model = nullptr;
     bool m_isSelectingByProgram = false;
+    bool m_isPageReloadQueued = false; // page changes come one per page: one reload per turn
 };

@@ -5,6 +5,9 @@
 // Main thread only.
 
 #include <QListView>
+#include <QPointer>
+
+class FDPDFView;
 
 class PDFCollectionView : public QListView
 {
@@ -12,6 +15,10 @@ class PDFCollectionView : public QListView
 
 public:
     explicit PDFCollectionView(QWidget *parent = nullptr);
+
+    // The view whose document this pane shows.
+    FDPDFView *pdfView() const;
+    void setPdfView(FDPDFView *view);
 
     // True while a batch of item changes is being applied; paste waits for it to end.
     bool isAnimating() const { return m_isAnimating; }
@@ -39,5 +46,6 @@ protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
+    QPointer<FDPDFView> m_pdfView;
     bool m_isAnimating = false;
 };

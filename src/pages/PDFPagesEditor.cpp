@@ -9,6 +9,7 @@
 #include <appearance/FDThemeProvider.h>
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
+#include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/Workspace.h>
 #include <navigation/PDFThumbnailModel.h>
@@ -20,6 +21,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QSplitter>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QUuid>
@@ -109,43 +111,74 @@ private:
 PDFPagesEditor::PDFPagesEditor(PDFContents *contents, QWidget *parent)
     : QWidget(parent)
     , m_contents(contents)
-    , m_collectionView(new PDFCollectionView(this))
-    , m_model(new PDFThumbnailModel(this))
+    , m_splitter(new QSplitter(this))
 {
     setObjectName(QStringLiteral("PDFPagesEditor"));
-    m_model->setPixelLength(thumbnailLength);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_collectionView);
-    m_collectionView->setItemDelegate(new PagesEditorItemDelegate(m_model, m_collectionView));
-    m_collectionView->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
-    m_collectionView->setModel(m_model);
+    layout->addWidget(m_splitter);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
+    m_primaryPane = makePane(QStringLiteral("primaryCollectionView"));
+    m_secondaryPane = makePane(QStringLiteral("secondaryCollectionView"));
+    m_secondaryPane->hide();
+}
 
-    connect(m_collectionView, &PDFCollectionView::deleteRequested, this,
-        &PDFPagesEditor::deleteSelection);
-    connect(m_collectionView, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
-    connect(m_collectionView, &PDFCollectionView::rotateRequested, this,
-        [this] { rotateSelection(90); });
-    connect(m_collectionView, &PDFCollectionView::extractRequested, this,
-        &PDFPagesEditor::extractSelection);
-    connect(m_collectionView, &PDFCollectionView::contextMenuRequestedAt, this,
-        &PDFPagesEditor::showContextMenu);
+PDFCollectionView *PDFPagesEditor::makePane(const QString &name)
+{
+    auto *const pane = new PDFCollectionView(m_splitter);
+    pane->setObjectName(name);
+    auto *const model = new PDFThumbnailModel(pane);
+    model->setPixelLength(thumbnailLength);
+    pane->setItemDelegate(new PagesEditorItemDelegate(model, pane));
+    pane->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
+    pane->setModel(model);
+    m_splitter->addWidget(pane);
+
+    connect(pane, &PDFCollectionView::deleteRequested, this, &PDFPagesEditor::deleteSelection);
+    connect(pane, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
+    connect(pane, &PDFCollectionView::rotateRequested, this, [this] { rotateSelection(90); });
+    connect(pane, &PDFCollectionView::extractRequested, this, &PDFPagesEditor::extractSelection);
     connect(
-        m_collectionView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        pane, &PDFCollectionView::contextMenuRequestedAt, this, &PDFPagesEditor::showContextMenu);
+    connect(pane, &PDFCollectionView::didBecomeFirstResponder, this,
+        [this, pane] { collectionViewDidBecomeFirstResponder(pane); });
+    connect(pane->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        NotificationCenter::defaultCenter().post(
+            PageSelectionDidChangeNotification, m_contents.data());
+    });
+    return pane;
+}
+
+void PDFPagesEditor::setPDFViews(FDPDFView *primary, FDPDFView *secondary)
+{
+    m_primaryPane->setPdfView(primary);
+    m_secondaryPane->setPdfView(secondary);
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    // Any change of a document's pages, from here or from elsewhere, shows in the grids.
+    for (FDPDFView *const view : { primary, secondary }) {
+        center.addObserver(
+            this, PDFView::DocumentChangedNotification, view, [this](const Notification &) {
+                if (isVisible())
+                    reloadData();
+            });
+        center.addObserver(this, FDDocument::DocumentPageDidChangeNotification, view,
+            [this](const Notification &) {
+                if (!isVisible())
+                    return;
+                m_primaryPane->viewport()->update();
+                m_secondaryPane->viewport()->update();
+            });
+    }
+    center.addObserver(this, PDFContents::SplitModeDidChangeNotification, m_contents.data(),
+        [this](const Notification &) { onSplitModeChanged(); });
+    // The bar and the menus follow the selected pane.
+    center.addObserver(this, PDFContents::SelectedPDFViewDidChangeNotification, m_contents.data(),
+        [this](const Notification &) {
             NotificationCenter::defaultCenter().post(
                 PageSelectionDidChangeNotification, m_contents.data());
         });
-
-    // Any change of the document's pages, from here or from elsewhere, shows in the grid.
-    if (m_contents) {
-        if (FDPDFView *const view = m_contents->primaryPDFView()) {
-            NotificationCenter::defaultCenter().addObserver(this,
-                FDDocument::DocumentPageDidChangeNotification, view, [this](const Notification &) {
-                    if (isVisible())
-                        m_collectionView->viewport()->update();
-                });
-        }
-    }
+    onSplitModeChanged();
 }
 
 PDFPagesEditor::~PDFPagesEditor()
@@ -155,32 +188,79 @@ PDFPagesEditor::~PDFPagesEditor()
 
 std::shared_ptr<FDDocument> PDFPagesEditor::document() const
 {
-    if (!m_contents || !m_contents->primaryPDFView())
-        return nullptr;
-    return m_contents->primaryPDFView()->fdDocument();
+    return documentOf(selectedCollectionView());
 }
 
-void PDFPagesEditor::reloadData()
+PDFCollectionView *PDFPagesEditor::selectedCollectionView() const
 {
-    const QList<int> rows = m_collectionView->selectedRows();
-    m_model->setDocument(nullptr);
-    m_model->setDocument(document());
-    const int count = m_model->rowCount();
+    FDPDFView *const selected = m_contents ? m_contents->selectedPDFView() : nullptr;
+    FDPDFView *const primary = m_primaryPane->pdfView();
+    FDPDFView *const secondary = m_secondaryPane->pdfView();
+    if (selected == primary || primary == secondary || !m_secondaryPane->isVisibleTo(this))
+        return m_primaryPane;
+    return selected == secondary ? m_secondaryPane : m_primaryPane;
+}
+
+std::shared_ptr<FDDocument> PDFPagesEditor::documentOf(const PDFCollectionView *pane) const
+{
+    FDPDFView *const view = pane ? pane->pdfView() : nullptr;
+    return view ? view->fdDocument() : nullptr;
+}
+
+void PDFPagesEditor::collectionViewDidBecomeFirstResponder(PDFCollectionView *pane)
+{
+    if (m_contents && pane->pdfView())
+        m_contents->PDFViewDidBecomeFirstResponder(pane->pdfView());
+}
+
+void PDFPagesEditor::onSplitModeChanged()
+{
+    const PDFSplitViewMode mode = m_contents ? m_contents->splitMode() : PDFSplitViewMode::none;
+    // The panes stand as the views do: side by side for a horizontal split, else one above
+    // the other.
+    m_splitter->setOrientation(mode == PDFSplitViewMode::vertical ? Qt::Vertical : Qt::Horizontal);
+    const bool split = mode != PDFSplitViewMode::none;
+    if (split == m_secondaryPane->isVisibleTo(this))
+        return;
+    m_secondaryPane->setVisible(split);
+    if (split) {
+        reloadPane(m_secondaryPane);
+        const int length = m_splitter->orientation() == Qt::Horizontal ? m_splitter->width()
+                                                                       : m_splitter->height();
+        m_splitter->setSizes({ length / 2, length - length / 2 });
+    } else if (m_contents && m_contents->selectedPDFView() == m_secondaryPane->pdfView()) {
+        m_primaryPane->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void PDFPagesEditor::reloadPane(PDFCollectionView *pane)
+{
+    auto *const model = static_cast<PDFThumbnailModel *>(pane->model());
+    const QList<int> rows = pane->selectedRows();
+    model->setDocument(nullptr);
+    model->setDocument(pane->isVisibleTo(this) ? documentOf(pane) : nullptr);
+    const int count = model->rowCount();
     QList<int> kept;
     for (const int row : rows) {
         if (row < count)
             kept.append(row);
     }
-    m_collectionView->selectRows(kept);
+    pane->selectRows(kept);
+}
+
+void PDFPagesEditor::reloadData()
+{
+    reloadPane(m_primaryPane);
+    reloadPane(m_secondaryPane);
 }
 
 void PDFPagesEditor::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     reloadData();
-    QTimer::singleShot(0, m_collectionView, [view = QPointer<PDFCollectionView>(m_collectionView)] {
-        if (view)
-            view->setFocus(Qt::OtherFocusReason);
+    QTimer::singleShot(0, this, [this] {
+        if (PDFCollectionView *const pane = selectedCollectionView())
+            pane->setFocus(Qt::OtherFocusReason);
     });
 }
 
@@ -205,18 +285,19 @@ QString PDFPagesEditor::proposedExtractName(const QUrl &documentURL, QList<int> 
 
 bool PDFPagesEditor::canRotate() const
 {
-    return !m_collectionView->selectedRows().isEmpty();
+    return !selectedCollectionView()->selectedRows().isEmpty();
 }
 
 bool PDFPagesEditor::canExtract() const
 {
-    return !m_collectionView->selectedRows().isEmpty();
+    return canRotate();
 }
 
 void PDFPagesEditor::rotateSelection(int degrees)
 {
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
     for (const int row : rows) {
@@ -225,7 +306,7 @@ void PDFPagesEditor::rotateSelection(int degrees)
     }
     current->setNumberOfPageChanges(current->numberOfPageChanges() + 1);
     didChangePages();
-    m_collectionView->selectRows(rows);
+    pane->selectRows(rows);
 }
 
 void PDFPagesEditor::deleteSelection()
@@ -237,26 +318,30 @@ void PDFPagesEditor::deleteSelection()
     request.buttons = { tr("Delete"), tr("Cancel") };
     if (Alert::runModal(request) != Alert::FirstButtonReturn)
         return;
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
-    m_collectionView->performBatchUpdates([&] {
-        m_collectionView->clearSelection();
+    pane->performBatchUpdates([&] {
+        pane->clearSelection();
         // From the highest index down, so the lower ones stay valid.
         for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
             if (current->pageAtIndex(*row))
                 current->removePageAtIndex(*row);
         }
+        // Bookmarks of deleted pages go now, before the save takes the outline.
+        current->removeBookmarksOfRemovedPages();
     });
     didChangePages();
-    m_collectionView->clearSelection();
+    pane->clearSelection();
 }
 
 void PDFPagesEditor::extractSelection()
 {
-    const QList<int> rows = m_collectionView->selectedRows();
-    const auto current = document();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const QList<int> rows = pane->selectedRows();
+    const auto current = documentOf(pane);
     if (!current || rows.isEmpty())
         return;
     FilePanelRequest request;
@@ -272,7 +357,13 @@ void PDFPagesEditor::extractSelection()
 
 bool PDFPagesEditor::writePages(const QList<int> &rows, const QUrl &url) const
 {
-    const auto current = document();
+    return writePages(selectedCollectionView(), rows, url);
+}
+
+bool PDFPagesEditor::writePages(
+    const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const
+{
+    const auto current = documentOf(pane);
     if (!current || rows.isEmpty())
         return false;
     const auto extract = std::make_shared<PDFDocument>();
@@ -299,8 +390,9 @@ QList<std::weak_ptr<PDFPage>> &PDFPagesEditor::pageClipboard()
 
 void PDFPagesEditor::copySelection()
 {
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
     QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
@@ -316,7 +408,8 @@ void PDFPagesEditor::copySelection()
 
 bool PDFPagesEditor::canPaste() const
 {
-    if (m_collectionView->isAnimating() || !document())
+    // Not while a batch of item changes runs in either pane.
+    if (m_primaryPane->isAnimating() || m_secondaryPane->isAnimating() || !document())
         return false;
     const QMimeData *const mime = QApplication::clipboard()->mimeData();
     if (!mime || !mime->hasFormat(PageMarkerType))
@@ -330,8 +423,9 @@ void PDFPagesEditor::paste()
 {
     if (!canPaste())
         return;
-    const auto current = document();
-    const int start = insertionIndex(m_collectionView->selectedRows(), current->pageCount());
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const int start = insertionIndex(pane->selectedRows(), current->pageCount());
     int index = start;
     // Copies, so that pasting twice or into the pages' own document makes new pages.
     for (const std::weak_ptr<PDFPage> &weak : pageClipboard()) {
@@ -344,7 +438,7 @@ void PDFPagesEditor::paste()
     for (int row = start; row < index; ++row)
         pasted.append(row);
     didChangePages();
-    m_collectionView->selectRows(pasted);
+    pane->selectRows(pasted);
 }
 
 bool PDFPagesEditor::respondsToEditCommand(const QString &command) const
@@ -356,9 +450,9 @@ bool PDFPagesEditor::respondsToEditCommand(const QString &command) const
 bool PDFPagesEditor::validateEditCommand(const QString &command) const
 {
     if (command == QLatin1String("selectAll:"))
-        return m_model->rowCount() > 0;
+        return selectedCollectionView()->model()->rowCount() > 0;
     if (command == QLatin1String("copy:"))
-        return !m_collectionView->selectedRows().isEmpty();
+        return canRotate();
     if (command == QLatin1String("paste:"))
         return canPaste();
     return command == QLatin1String("delete:");
@@ -373,22 +467,37 @@ void PDFPagesEditor::performEditCommand(const QString &command)
     else if (command == QLatin1String("delete:"))
         deleteSelection();
     else if (command == QLatin1String("selectAll:"))
-        m_collectionView->selectAll();
+        selectedCollectionView()->selectAll();
 }
 
 void PDFPagesEditor::didChangePages()
 {
     reloadData();
-    const auto current = document();
-    // Edits go straight into the file, as any edit does, by the background save.
-    if (current && !current->fileURL().isEmpty())
-        current->save();
+    // Edits go into the file by the background save, as any edit does; it starts on the next
+    // turn, so that the grid shows the change first and a run of edits makes one save.
+    if (m_isSaveQueued)
+        return;
+    m_isSaveQueued = true;
+    MainQueue::async(this, [this] {
+        m_isSaveQueued = false;
+        saveChangedDocuments();
+    });
+}
+
+void PDFPagesEditor::saveChangedDocuments()
+{
+    const auto primary = documentOf(m_primaryPane);
+    const auto secondary = documentOf(m_secondaryPane);
+    for (const auto &changed : { primary, secondary == primary ? nullptr : secondary }) {
+        if (changed && changed->numberOfChanges() > 0 && !changed->fileURL().isEmpty())
+            changed->save();
+    }
 }
 
 void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
 {
     QMenu menu(this);
-    const bool any = !m_collectionView->selectedRows().isEmpty();
+    const bool any = canRotate();
     menu.addAction(tr("Rotate Right"), this, [this] { rotateSelection(90); })->setEnabled(any);
     menu.addAction(tr("Rotate Left"), this, [this] { rotateSelection(-90); })->setEnabled(any);
     menu.addSeparator();
@@ -397,5 +506,8 @@ void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
     menu.addSeparator();
     menu.addAction(tr("Extract…"), this, &PDFPagesEditor::extractSelection)->setEnabled(any);
     menu.addAction(tr("Delete"), this, &PDFPagesEditor::deleteSelection);
+    menu.addSeparator();
+    menu.addAction(tr("Add Pages from Images…"), this, &PDFPagesEditor::addPagesWithImages);
+    menu.addAction(tr("Add Pages from PDF…"), this, &PDFPagesEditor::addPagesWithPDF);
     menu.exec(globalPos);
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-// The pages editor of a document tab: the thumbnail grid of the tab's document and the page
-// operations on its selection (rotate, delete after a prompt, extract into a new file). Every
-// operation goes through the document's page methods, so its change counters and the background
-// save see it. Main thread only.
+// The pages editor of a document tab: a thumbnail pane per view of the tab (two while it is
+// split) and the page operations on the selected pane's selection, made through the document's
+// page methods so that its change counters and the background save see them. Main thread only.
 
 #include <kit/tabs/EditCommandResponder.h>
 
@@ -14,11 +13,14 @@
 #include <memory>
 
 class FDDocument;
+class FDPDFView;
+class PDFDocumentDelegate;
 class PDFPage;
 class PDFCollectionView;
 class PDFContents;
 class PDFThumbnailModel;
 class QMenu;
+class QSplitter;
 
 class PDFPagesEditor : public QWidget, public EditCommandResponder
 {
@@ -35,8 +37,23 @@ public:
     explicit PDFPagesEditor(PDFContents *contents, QWidget *parent = nullptr);
     ~PDFPagesEditor() override;
 
-    PDFCollectionView *collectionView() const { return m_collectionView; }
+    // The tab's two views, whose documents the panes show.
+    void setPDFViews(FDPDFView *primary, FDPDFView *secondary);
+
+    // The pane of the primary view, and that of the secondary one, shown while the tab is split.
+    PDFCollectionView *primaryCollectionView() const { return m_primaryPane; }
+    PDFCollectionView *secondaryCollectionView() const { return m_secondaryPane; }
+    PDFCollectionView *collectionView() const { return m_primaryPane; }
+    // The pane that operations act on: the one whose view is the tab's selected view; the
+    // primary one when both show the same view or the tab is not split.
+    PDFCollectionView *selectedCollectionView() const;
+    // The selected pane's document.
     std::shared_ptr<FDDocument> document() const;
+    // The document of the pane's view; null without one.
+    std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane) const;
+
+    // A pane taking the focus makes its view the tab's selected view.
+    void collectionViewDidBecomeFirstResponder(PDFCollectionView *pane);
 
     // Reads the pages again, after the document changed or the editor appeared.
     void reloadData();
@@ -58,6 +75,7 @@ public:
     void extractSelection();
     // Writes the pages at rows into a new file at url; false when there is nothing to write.
     bool writePages(const QList<int> &rows, const QUrl &url) const;
+    bool writePages(const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const;
     // Puts the selected pages on the page clipboard, weakly, and the marker on the clipboard.
     void copySelection();
     // True while the clipboard holds the marker, some copied page still exists and no batch of
@@ -66,6 +84,16 @@ public:
     // Inserts copies of the copied pages after the highest selected page (at the end without a
     // selection) and selects them.
     void paste();
+    // Inserts the pages of the files at urls into the pane's document at index, in their order:
+    // an image (PNG, JPEG, GIF) makes one page, a PDF gives copies of all its pages. A file that
+    // can't be read, a PDF without pages and any other type are skipped, and the next file goes
+    // to the same place. Nothing happens for an index outside 0..pageCount. The inserted pages
+    // end up selected. Answers how many pages went in. Without a pane: the selected one.
+    int insertURLs(const QList<QUrl> &urls, int index);
+    int insertURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
+    // Ask for images, or PDF files, several at once, and insert them after the selection.
+    void addPagesWithImages();
+    void addPagesWithPDF();
     // Leaves the editor for the reading view.
     void leave();
 
@@ -79,13 +107,24 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    PDFCollectionView *makePane(const QString &name);
+    void reloadPane(PDFCollectionView *pane);
+    void onSplitModeChanged();
+    // Shows the panes' documents again and has each changed one saved on the next turn.
     void didChangePages();
+    void saveChangedDocuments();
+    void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     void showContextMenu(const QPoint &globalPos);
 
     // Shared by every editor of the process, so pages go between tabs and windows.
     static QList<std::weak_ptr<PDFPage>> &pageClipboard();
 
     QPointer<PDFContents> m_contents;
-    PDFCollectionView *m_collectionView = nullptr;
-    PDFThumbnailModel *m_model = nullptr;
+    QSplitter *m_splitter = nullptr;
+    PDFCollectionView *m_primaryPane = nullptr;
+    PDFCollectionView *m_secondaryPane = nullptr;
+    // Gives documents opened here to take pages from the application's page and annotation
+    // classes.
+    std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;
+    bool m_isSaveQueued = false;
 };

@@ -5,7 +5,9 @@
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
+#include <document/FDBookmark.h>
 #include <document/FDDocument.h>
+#include <document/FDPage.h>
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
@@ -55,11 +57,52 @@ QStringList pagesOf(const QString &path)
         QStringList notes;
         for (const auto &annotation : page->annotations())
             notes << annotation->contents();
+        if (page->string().isEmpty()) {
+            const QSizeF size = page->boundsForBox(PDFDisplayBox::MediaBox).size();
+            // The shape, as the resolution a picture states (or lacks) sets its size.
+            pages << QStringLiteral("image %1:1").arg(size.width() / size.height());
+            continue;
+        }
         pages << page->string().section(QLatin1Char(' '), 1, 1) + QLatin1Char('/')
                 + QString::number(page->rotation()) + QLatin1Char('/')
                 + notes.join(QLatin1Char(','));
     }
     return pages;
+}
+
+// Files to add, by name: "*.png", "*.gif", "*.jpg" real pictures of 200 by 100 pixels, "bad.png"
+// bytes of no image, "two.pdf" pages "Page 71" and "Page 72", "empty.pdf" a PDF without pages,
+// "broken.pdf" no PDF at all, "notes.txt" plain text.
+QUrl fileToAdd(const QDir &dir, const QString &name)
+{
+    const QString path = dir.filePath(name);
+    const QString suffix = QFileInfo(name).suffix();
+    if (name == QLatin1String("two.pdf")) {
+        PdfFixtures::Document document;
+        document.pages = { PdfFixtures::Page(), PdfFixtures::Page() };
+        document.pages[0].lines = QStringList { "Page 71" };
+        document.pages[1].lines = QStringList { "Page 72" };
+        PdfFixtures::write(document, path);
+    } else if (name == QLatin1String("empty.pdf")) {
+        PdfFixtures::write(PdfFixtures::Document(), path);
+    } else if (name == QLatin1String("bad.png") || name == QLatin1String("broken.pdf")
+        || suffix == QLatin1String("txt")) {
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write("%PDF-1.4 nothing that can be read\n");
+    } else if (suffix == QLatin1String("gif")) {
+        // Qt reads GIF but does not write it: a 200 by 100 one-colour picture, by hand.
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write(
+            QByteArray::fromHex("474946383961c80064008000000000ffffffff2c00000000c80064000002"
+                                "028c01003b"));
+    } else {
+        QImage image(200, 100, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        image.save(path);
+    }
+    return QUrl::fromLocalFile(path);
 }
 
 QList<int> rows(std::initializer_list<int> list)
@@ -93,11 +136,17 @@ private slots:
     void extractWritesTheSelectedPages();
     void copiedPagesArePastedAfterTheSelection_data();
     void copiedPagesArePastedAfterTheSelection();
+    void addedFilesGoInAtARunningIndex_data();
+    void addedFilesGoInAtARunningIndex();
+    void aDeletedPageTakesItsBookmark();
+    void aSplitTabShowsTwoPanesThatActAlone();
 
 private:
     PDFContents *openTab(const QString &name);
     PDFPagesEditor *editorOf(PDFContents *tab) const;
     QPoint centreOfRow(PDFCollectionView *view, int row) const;
+    // Waits for the editor's save of every changed document of the window to be written.
+    bool everythingSaved() const;
 
     QTemporaryDir m_dir;
     QPointer<PDFWindowController> m_window;
@@ -161,6 +210,22 @@ PDFContents *PagesEditorTest::openTab(const QString &name)
 PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const
 {
     return tab->container()->pagesEditorController();
+}
+
+bool PagesEditorTest::everythingSaved() const
+{
+    return QTest::qWaitFor([this] {
+        TabStripModel *const model = m_window->tabStripModel();
+        for (int index = 0; index < model->count(); ++index) {
+            auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index));
+            for (FDPDFView *const view : { tab ? tab->primaryPDFView() : nullptr,
+                     tab ? tab->secondaryPDFView() : nullptr }) {
+                if (view && view->fdDocument() && view->fdDocument()->numberOfChanges() > 0)
+                    return false;
+            }
+        }
+        return PDFSavingService::shared().numberOfTasks() == 0;
+    });
 }
 
 QPoint PagesEditorTest::centreOfRow(PDFCollectionView *view, int row) const
@@ -396,7 +461,7 @@ void PagesEditorTest::operationsAreSavedIntoTheFile()
             QStringList { "Are you sure you want to delete selected pages?|You can't undo this "
                           "action!|Delete,Cancel" });
     }
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     QCOMPARE(grid->model()->rowCount(), expected.size());
     QCOMPARE(pagesOf(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
@@ -474,11 +539,170 @@ void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
     QTest::keySequence(to->collectionView(), QKeySequence::Paste);
     const int first = PDFPagesEditor::insertionIndex(target, 5);
     QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
     QCOMPARE(pagesOf(path), expected);
     // The source keeps its pages.
     QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
+}
+
+void PagesEditorTest::addedFilesGoInAtARunningIndex_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<int>("index"); // -1: through the edit bar's button and the open panel
+    QTest::addColumn<QStringList>("added"); // at the insertion point, in this order
+    QTest::newRow("images and a PDF at the end")
+        << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
+        << QStringList { "image 2:1", "71/0/", "72/0/", "image 2:1", "image 2:1" };
+    QTest::newRow("after the highest selected page")
+        << QStringList { "two.pdf" } << rows({ 3, 0 }) << -1 << QStringList { "71/0/", "72/0/" };
+    QTest::newRow("unreadable files keep the place")
+        << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
+        << rows({ 1 }) << -1 << QStringList { "image 2:1", "71/0/", "72/0/" };
+    QTest::newRow("at the front") << QStringList { "a.png" } << QList<int>() << 0
+                                  << QStringList { "image 2:1" };
+    QTest::newRow("nothing readable")
+        << QStringList { "bad.png", "notes.txt" } << rows({ 2 }) << -1 << QStringList();
+    QTest::newRow("an index past the end")
+        << QStringList { "a.png" } << QList<int>() << 6 << QStringList();
+    QTest::newRow("a negative index")
+        << QStringList { "a.png" } << QList<int>() << -2 << QStringList();
+}
+
+void PagesEditorTest::addedFilesGoInAtARunningIndex()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QList<int>, selected);
+    QFETCH(int, index);
+    QFETCH(QStringList, added);
+    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+    PDFContents *const tab = openTab(QStringLiteral("Add.pdf"));
+    QVERIFY(tab);
+    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    PDFCollectionView *const grid = editor->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    grid->selectRows(selected);
+    QDir folder(m_dir.filePath(QStringLiteral("add")));
+    QVERIFY(folder.mkpath(QStringLiteral(".")));
+    QList<QUrl> urls;
+    for (const QString &name : files)
+        urls << fileToAdd(folder, name);
+
+    const int at = index == -1 ? PDFPagesEditor::insertionIndex(selected, 5) : index;
+    if (index == -1) {
+        FilePanelRequest asked;
+        FDFilePanel::setURLsHandlerForTesting([&](const FilePanelRequest &request) {
+            asked = request;
+            return urls;
+        });
+        PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+        QVERIFY(bar);
+        QTest::mouseClick(bar->addPDFButton(), Qt::LeftButton);
+        FDFilePanel::setURLsHandlerForTesting({});
+        QVERIFY(asked.allowsMultipleSelection);
+        QCOMPARE(asked.allowedFileTypes.first(), QStringLiteral("pdf"));
+    } else {
+        QCOMPARE(editor->insertURLs(urls, index), int(added.size()));
+    }
+
+    QStringList expected { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5" };
+    QList<int> inserted;
+    for (int k = 0; k < added.size(); ++k) {
+        expected.insert(at + k, added[k]);
+        inserted << at + k;
+    }
+    QCOMPARE(grid->model()->rowCount(), expected.size());
+    if (!added.isEmpty())
+        QCOMPARE(grid->selectedRows(), inserted);
+    QVERIFY(everythingSaved());
+    QCOMPARE(pagesOf(path), expected);
+    const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+    QVERIFY2(check.exitCode == 0, check.out.constData());
+}
+
+void PagesEditorTest::aDeletedPageTakesItsBookmark()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Marks.pdf"));
+    QVERIFY(tab);
+    const auto document = tab->primaryPDFView()->fdDocument();
+    const QUrl url = document->fileURL();
+    for (const int index : { 1, 3 }) {
+        QVERIFY(document->addBookmarkWith(
+            std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(index)),
+            QStringLiteral("Mark %1").arg(index + 1)));
+    }
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    QTRY_VERIFY(editor->collectionView()->isVisible());
+    editor->collectionView()->selectRows({ 0, 1 });
+    m_answer = Alert::FirstButtonReturn;
+    editor->deleteSelection();
+    QCOMPARE(document->bookmarks().size(), 1);
+    QVERIFY(everythingSaved());
+    QCOMPARE(document->numberOfChanges(), 0);
+
+    // The file's hidden branch holds the one left, on its page's new place.
+    const auto reopened = std::make_shared<FDDocument>();
+    QVERIFY(reopened->initWithURL(url, nullptr));
+    QCOMPARE(reopened->pageCount(), 3);
+    QCOMPARE(reopened->bookmarks().size(), 1);
+    QCOMPARE(reopened->bookmarks().at(0)->title(), QStringLiteral("Mark 4"));
+    QCOMPARE(reopened->indexForPage(reopened->bookmarks().at(0)->page()), 1);
+}
+
+void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Left.pdf"));
+    QVERIFY(tab);
+    const QString right = m_dir.filePath(QStringLiteral("Right.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 3, 0), right));
+    tab->setSplitMode(PDFSplitViewMode::horizontal);
+    FDPDFView *const secondary = tab->secondaryPDFView();
+    secondary->loadDocument(QUrl::fromLocalFile(right));
+    QTRY_VERIFY(secondary->fdDocument() && !secondary->isLoading());
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    PDFCollectionView *const left = editor->primaryCollectionView();
+    PDFCollectionView *const other = editor->secondaryCollectionView();
+    QTRY_VERIFY(left->isVisible() && other->isVisible());
+    QCOMPARE(left->model()->rowCount(), 5);
+    QCOMPARE(other->model()->rowCount(), 3);
+    QVERIFY(left->geometry().right() < other->geometry().left());
+
+    // A click in a pane selects its view, and the operations go to that pane alone.
+    QTest::mouseClick(other->viewport(), Qt::LeftButton, {}, centreOfRow(other, 1));
+    QTRY_COMPARE(tab->selectedPDFView(), secondary);
+    QCOMPARE(editor->selectedCollectionView(), other);
+    QTest::keySequence(other, QKeySequence(Qt::CTRL | Qt::Key_R));
+    QCOMPARE(secondary->fdDocument()->pageAtIndex(1)->rotation(), 90);
+    QCOMPARE(tab->primaryPDFView()->fdDocument()->pageAtIndex(1)->rotation(), 0);
+    QTest::keySequence(other, QKeySequence::Copy);
+    QTest::mouseClick(left->viewport(), Qt::LeftButton, {}, centreOfRow(left, 0));
+    QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
+    QCOMPARE(editor->selectedCollectionView(), left);
+    QCOMPARE(other->selectedRows(), rows({ 1 }));
+
+    // No paste while either pane runs a batch of item changes.
+    QVERIFY(editor->canPaste());
+    bool couldPaste = true;
+    other->performBatchUpdates([&] { couldPaste = editor->canPaste(); });
+    QVERIFY(!couldPaste);
+    editor->paste();
+    QCOMPARE(left->model()->rowCount(), 6);
+    QCOMPARE(left->selectedRows(), rows({ 1 }));
+    QCOMPARE(other->model()->rowCount(), 3);
+    QVERIFY(everythingSaved());
+    QCOMPARE(pagesOf(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
+        QStringLiteral("2/90/"));
+    QCOMPARE(pagesOf(right).at(1), QStringLiteral("2/90/"));
+
+    // Back to one pane: the primary one.
+    tab->setSplitMode(PDFSplitViewMode::none);
+    QVERIFY(!other->isVisible());
+    QCOMPARE(editor->selectedCollectionView(), left);
 }
 
 int main(int argc, char *argv[])
