@@ -120,6 +120,7 @@ PDFPagesEditor::PDFPagesEditor(PDFContents *contents, QWidget *parent)
     m_collectionView->setItemDelegate(new PagesEditorItemDelegate(m_model, m_collectionView));
     m_collectionView->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
     m_collectionView->setModel(m_model);
+    registerForDragAndDrop(m_collectionView);
 
     connect(m_collectionView, &PDFCollectionView::deleteRequested, this,
         &PDFPagesEditor::deleteSelection);
@@ -272,17 +273,7 @@ void PDFPagesEditor::extractSelection()
 
 bool PDFPagesEditor::writePages(const QList<int> &rows, const QUrl &url) const
 {
-    const auto current = document();
-    if (!current || rows.isEmpty())
-        return false;
-    const auto extract = std::make_shared<PDFDocument>();
-    if (!extract->init())
-        return false;
-    for (const int row : rows) {
-        if (const auto page = current->pageAtIndex(row))
-            extract->insertPage(page->copy(), extract->pageCount());
-    }
-    return extract->writeToURL(url);
+    return writePagesOf(document(), rows, url);
 }
 
 void PDFPagesEditor::leave()

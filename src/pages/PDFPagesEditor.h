@@ -5,6 +5,8 @@
 // operation goes through the document's page methods, so its change counters and the background
 // save see it. Main thread only.
 
+#include "PDFCollectionViewDragDelegate.h"
+
 #include <kit/tabs/EditCommandResponder.h>
 
 #include <QPointer>
@@ -12,6 +14,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class FDDocument;
 class PDFPage;
@@ -20,7 +23,9 @@ class PDFContents;
 class PDFThumbnailModel;
 class QMenu;
 
-class PDFPagesEditor : public QWidget, public EditCommandResponder
+class PDFPagesEditor : public QWidget,
+                       public EditCommandResponder,
+                       public PDFCollectionViewDragDelegate
 {
     Q_OBJECT
 
@@ -75,11 +80,42 @@ public:
     bool validateEditCommand(const QString &command) const override;
     void performEditCommand(const QString &command) override;
 
+    // Dragging pages: within a pane, to the other pane, to other tabs and windows (a move, with
+    // the pages themselves), out to the file manager (a PDF file of them, written when asked for)
+    // and in from it (PDF files and images, inserted at the drop place).
+    QMimeData *collectionViewWillBeginDrag(
+        PDFCollectionView *pane, const QList<int> &rows) override;
+    void collectionViewDragDidEnd(PDFCollectionView *pane) override;
+    Qt::DropAction collectionViewValidateDrop(
+        PDFCollectionView *pane, const QMimeData *mime) override;
+    bool collectionViewAcceptDrop(
+        PDFCollectionView *pane, const QMimeData *mime, int index) override;
+
+    // Where pages dragged from rows land when dropped before the item at dropIndex: the drop
+    // place less the dragged rows above it when they leave the same document first.
+    static int moveInsertionIndex(const QList<int> &rows, int dropIndex, bool sameDocument);
+    // Writes the pages of document at rows, in their order, into a new file at url.
+    static bool writePagesOf(
+        const std::shared_ptr<FDDocument> &document, const QList<int> &rows, const QUrl &url);
+
 protected:
     void showEvent(QShowEvent *event) override;
 
 private:
     void didChangePages();
+    // Makes a pane take part in page drags, as source and as target.
+    void registerForDragAndDrop(PDFCollectionView *pane);
+    // Moves the dragged pages into pane before index; false when a part is missing.
+    bool moveDraggedPages(PDFCollectionView *pane, int index);
+    // Inserts page files at index of pane; true when any page came in.
+    bool insertDroppedURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
+    static std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane);
+    static PDFPagesEditor *editorOf(const PDFCollectionView *pane);
+
+    // The one drag of pages of the process: the pane it left and the rows it took, ascending.
+    static QPointer<PDFCollectionView> &dragSource();
+    static std::optional<QList<int>> &dragIndexPaths();
+
     void showContextMenu(const QPoint &globalPos);
 
     // Shared by every editor of the process, so pages go between tabs and windows.

@@ -213,9 +213,19 @@ void FDDocumentTest::everyPageIsAnFDPageWithALastingIdentity()
 
     const auto moving = std::dynamic_pointer_cast<FDPage>(withView->pageAtIndex(1));
     const QString uuid = moving->uuid();
+    record(*withView);
     alone->insertPage(moving, 0);
     QCOMPARE(alone->pageAtIndex(0), moving);
     QCOMPARE(moving->uuid(), uuid);
+    // The page left its document through that document's removal, which counted and told.
+    QCOMPARE(withView->pageCount(), 2);
+    QCOMPARE(withView->numberOfPageChanges(), 1);
+    QCOMPARE(std::count_if(m_records.begin(), m_records.end(),
+                 [&](const auto &record) {
+                     return std::get<0>(record) == FDDocument::DocumentPageDidChangeNotification
+                         && std::get<1>(record) == view.view();
+                 }),
+        1);
     const auto loose = std::make_shared<FDPage>();
     QVERIFY(loose->init());
     QCOMPARE(pageIndex(*loose), -1);

@@ -559,9 +559,14 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
     d->loadOutline();
     d->resolveAll();
     if (const auto owner = page->document()) {
-        if (owner.get() == this && index > pageCount() - 1)
-            index = pageCount() - 1;
-        owner->d->takePage(owner->indexForPage(page));
+        if (owner.get() == this) {
+            if (index > pageCount() - 1)
+                index = pageCount() - 1;
+            d->takePage(indexForPage(page));
+        } else {
+            // Through the owner's own removal, so that a subclass counts and tells of it.
+            owner->removePageAtIndex(owner->indexForPage(page));
+        }
     }
     if (index > pageCount())
         return;
