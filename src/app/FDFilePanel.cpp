@@ -10,20 +10,24 @@ std::function<QUrl(const FilePanelRequest &)> &testHandler()
     return handler;
 }
 
-} // namespace
-
-QUrl FDFilePanel::runModal(const FilePanelRequest &request)
+std::function<QList<QUrl>(const FilePanelRequest &)> &testURLsHandler()
 {
-    if (testHandler())
-        return testHandler()(request);
+    static std::function<QList<QUrl>(const FilePanelRequest &)> handler;
+    return handler;
+}
+
+QList<QUrl> runDialog(const FilePanelRequest &request)
+{
     QStringList patterns;
     for (const QString &type : request.allowedFileTypes)
         patterns << QStringLiteral("*.") + type;
-    const QString filter = QObject::tr("PDF documents (%1)").arg(patterns.join(QLatin1Char(' ')));
+    const QString filter
+        = QStringLiteral("%1 (%2)").arg(request.fileTypesTitle, patterns.join(QLatin1Char(' ')));
     QFileDialog dialog(request.parent);
     dialog.setNameFilter(filter);
     if (request.kind == FilePanelRequest::Open) {
-        dialog.setFileMode(QFileDialog::ExistingFile);
+        dialog.setFileMode(request.allowsMultipleSelection ? QFileDialog::ExistingFiles
+                                                           : QFileDialog::ExistingFile);
         dialog.setAcceptMode(QFileDialog::AcceptOpen);
     } else {
         dialog.setFileMode(QFileDialog::AnyFile);
@@ -31,12 +35,39 @@ QUrl FDFilePanel::runModal(const FilePanelRequest &request)
         dialog.setDefaultSuffix(QStringLiteral("pdf"));
         dialog.selectFile(request.nameFieldStringValue);
     }
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedUrls().isEmpty())
+    if (dialog.exec() != QDialog::Accepted)
         return {};
-    return dialog.selectedUrls().first();
+    return dialog.selectedUrls();
+}
+
+} // namespace
+
+QUrl FDFilePanel::runModal(const FilePanelRequest &request)
+{
+    if (testHandler())
+        return testHandler()(request);
+    const QList<QUrl> chosen = runDialog(request);
+    return chosen.isEmpty() ? QUrl() : chosen.first();
+}
+
+QList<QUrl> FDFilePanel::runModalForURLs(const FilePanelRequest &request)
+{
+    if (testURLsHandler())
+        return testURLsHandler()(request);
+    if (testHandler()) {
+        const QUrl chosen = testHandler()(request);
+        return chosen.isEmpty() ? QList<QUrl>() : QList<QUrl> { chosen };
+    }
+    return runDialog(request);
 }
 
 void FDFilePanel::setHandlerForTesting(std::function<QUrl(const FilePanelRequest &)> handler)
 {
     testHandler() = std::move(handler);
+}
+
+void FDFilePanel::setURLsHandlerForTesting(
+    std::function<QList<QUrl>(const FilePanelRequest &)> handler)
+{
+    testURLsHandler() = std::move(handler);
 }

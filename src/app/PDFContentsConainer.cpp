@@ -70,6 +70,7 @@ PDFContentsConainer::PDFContentsConainer(
     column->addWidget(m_mainView, 1);
     m_pagesEditor = makeFrame(QStringLiteral("pagesEditor"));
     m_pagesEditorController = new PDFPagesEditor(contents);
+    m_pagesEditorController->setPDFViews(primary, secondary);
     fillingLayout(m_pagesEditor)->addWidget(m_pagesEditorController);
     m_pagesEditor->hide();
     column->addWidget(m_pagesEditor, 1);

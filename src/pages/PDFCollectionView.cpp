@@ -1,5 +1,7 @@
 #include "PDFCollectionView.h"
 
+#include <view/FDPDFView.h>
+
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -22,6 +24,16 @@ PDFCollectionView::PDFCollectionView(QWidget *parent)
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setFocusPolicy(Qt::StrongFocus);
     setContextMenuPolicy(Qt::DefaultContextMenu);
+}
+
+FDPDFView *PDFCollectionView::pdfView() const
+{
+    return m_pdfView;
+}
+
+void PDFCollectionView::setPdfView(FDPDFView *view)
+{
+    m_pdfView = view;
 }
 
 void PDFCollectionView::performBatchUpdates(

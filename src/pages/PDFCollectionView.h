@@ -5,6 +5,9 @@
 // Main thread only.
 
 #include <QListView>
+#include <QPointer>
+
+class FDPDFView;
 
 class PDFCollectionViewDragDelegate;
 
@@ -14,6 +17,10 @@ class PDFCollectionView : public QListView
 
 public:
     explicit PDFCollectionView(QWidget *parent = nullptr);
+
+    // The view whose document this pane shows.
+    FDPDFView *pdfView() const;
+    void setPdfView(FDPDFView *view);
 
     // True while a batch of item changes is being applied; paste waits for it to end.
     bool isAnimating() const { return m_isAnimating; }
@@ -58,6 +65,7 @@ private:
     void setDropIndex(int index, bool afterPrevious);
     QRect itemRect(int row) const;
 
+    QPointer<FDPDFView> m_pdfView;
     bool m_isAnimating = false;
     PDFCollectionViewDragDelegate *m_dragDelegate = nullptr;
     Qt::DropAction m_dropAction = Qt::IgnoreAction; // of the drag over the grid now

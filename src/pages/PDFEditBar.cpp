@@ -20,11 +20,16 @@ PDFEditBar::PDFEditBar(PDFContents *contents, PDFPagesEditor *editor, QWidget *p
     m_rotateRightButton = makeTextButton(tr("Rotate Right"), QKeySequence(Qt::CTRL | Qt::Key_R));
     m_removeButton = makeTextButton(tr("Delete"), QKeySequence(Qt::Key_Delete));
     m_extractButton = makeTextButton(tr("Extract…"), QKeySequence(Qt::CTRL | Qt::Key_E));
+    m_addImagesButton = makeTextButton(tr("Add Pages from Images…"));
+    m_addPDFButton = makeTextButton(tr("Add Pages from PDF…"));
     m_doneButton = makeTextButton(tr("Done"), QKeySequence(Qt::Key_Escape));
     row->addStretch(1);
     for (QToolButton *const button :
         { m_rotateLeftButton, m_rotateRightButton, m_removeButton, m_extractButton })
         row->addWidget(button);
+    row->addSpacing(12);
+    row->addWidget(m_addImagesButton);
+    row->addWidget(m_addPDFButton);
     row->addStretch(1);
     row->addWidget(m_doneButton);
 
@@ -38,6 +43,8 @@ PDFEditBar::PDFEditBar(PDFContents *contents, PDFPagesEditor *editor, QWidget *p
     act(m_rotateRightButton, [](PDFPagesEditor *target) { target->rotateSelection(90); });
     act(m_removeButton, [](PDFPagesEditor *target) { target->deleteSelection(); });
     act(m_extractButton, [](PDFPagesEditor *target) { target->extractSelection(); });
+    act(m_addImagesButton, [](PDFPagesEditor *target) { target->addPagesWithImages(); });
+    act(m_addPDFButton, [](PDFPagesEditor *target) { target->addPagesWithPDF(); });
     act(m_doneButton, [](PDFPagesEditor *target) { target->leave(); });
 
     NotificationCenter::defaultCenter().addObserver(this,
@@ -72,6 +79,8 @@ void PDFEditBar::updateButtons()
     m_extractButton->setEnabled(m_editor && m_editor->canExtract());
     // Delete asks even with no selection.
     m_removeButton->setEnabled(bool(m_editor));
+    m_addImagesButton->setEnabled(bool(m_editor));
+    m_addPDFButton->setEnabled(bool(m_editor));
     m_doneButton->setEnabled(true);
 }
 

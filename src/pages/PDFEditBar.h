@@ -1,7 +1,8 @@
 #pragma once
 
 // The row of the pages editor's commands in the tab's second toolbar row: rotate left and
-// right, delete, extract and leave, enabled as the editor's selection allows. Main thread only.
+// right, delete, extract, add pages from images or PDF files, and leave, enabled as the editor's
+// selection allows. Main thread only.
 
 #include <appearance/PDFContentsBar.h>
 
@@ -22,6 +23,8 @@ public:
     QToolButton *rotateRightButton() const { return m_rotateRightButton; }
     QToolButton *removeButton() const { return m_removeButton; }
     QToolButton *extractButton() const { return m_extractButton; }
+    QToolButton *addImagesButton() const { return m_addImagesButton; }
+    QToolButton *addPDFButton() const { return m_addPDFButton; }
     QToolButton *doneButton() const { return m_doneButton; }
 
     // Enables the buttons for the editor's selection as it is now.
@@ -38,5 +41,7 @@ private:
     QToolButton *m_rotateRightButton = nullptr;
     QToolButton *m_removeButton = nullptr;
     QToolButton *m_extractButton = nullptr;
+    QToolButton *m_addImagesButton = nullptr;
+    QToolButton *m_addPDFButton = nullptr;
     QToolButton *m_doneButton = nullptr;
 };

@@ -5,7 +5,6 @@
 
 #include <document/FDDocument.h>
 #include <kit/engine/PDFPage.h>
-#include <navigation/PDFThumbnailModel.h>
 
 #include <QDir>
 #include <QScrollBar>
@@ -28,12 +27,6 @@ std::optional<QList<int>> &PDFPagesEditor::dragIndexPaths()
 void PDFPagesEditor::registerForDragAndDrop(PDFCollectionView *pane)
 {
     pane->setDragDelegate(this);
-}
-
-std::shared_ptr<FDDocument> PDFPagesEditor::documentOf(const PDFCollectionView *pane)
-{
-    const auto *const model = pane ? qobject_cast<PDFThumbnailModel *>(pane->model()) : nullptr;
-    return model ? model->document() : nullptr;
 }
 
 PDFPagesEditor *PDFPagesEditor::editorOf(const PDFCollectionView *pane)
@@ -168,7 +161,7 @@ bool PDFPagesEditor::moveDraggedPages(PDFCollectionView *pane, int index)
     return true;
 }
 
-bool PDFPagesEditor::insertDroppedURLs(PDFCollectionView *, const QList<QUrl> &, int)
+bool PDFPagesEditor::insertDroppedURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index)
 {
-    return false;
+    return insertURLs(pane, urls, index) > 0;
 }

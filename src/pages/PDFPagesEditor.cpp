@@ -136,17 +136,18 @@ PDFPagesEditor::PDFPagesEditor(PDFContents *contents, QWidget *parent)
             NotificationCenter::defaultCenter().post(
                 PageSelectionDidChangeNotification, m_contents.data());
         });
+}
 
+void PDFPagesEditor::setPDFViews(FDPDFView *primary, FDPDFView *secondary)
+{
+    m_collectionView->setPdfView(primary);
+    Q_UNUSED(secondary);
     // Any change of the document's pages, from here or from elsewhere, shows in the grid.
-    if (m_contents) {
-        if (FDPDFView *const view = m_contents->primaryPDFView()) {
-            NotificationCenter::defaultCenter().addObserver(this,
-                FDDocument::DocumentPageDidChangeNotification, view, [this](const Notification &) {
-                    if (isVisible())
-                        m_collectionView->viewport()->update();
-                });
-        }
-    }
+    NotificationCenter::defaultCenter().addObserver(
+        this, FDDocument::DocumentPageDidChangeNotification, primary, [this](const Notification &) {
+            if (isVisible())
+                m_collectionView->viewport()->update();
+        });
 }
 
 PDFPagesEditor::~PDFPagesEditor()
@@ -156,9 +157,18 @@ PDFPagesEditor::~PDFPagesEditor()
 
 std::shared_ptr<FDDocument> PDFPagesEditor::document() const
 {
-    if (!m_contents || !m_contents->primaryPDFView())
-        return nullptr;
-    return m_contents->primaryPDFView()->fdDocument();
+    return documentOf(m_collectionView);
+}
+
+PDFCollectionView *PDFPagesEditor::selectedCollectionView() const
+{
+    return m_collectionView;
+}
+
+std::shared_ptr<FDDocument> PDFPagesEditor::documentOf(const PDFCollectionView *pane) const
+{
+    FDPDFView *const view = pane ? pane->pdfView() : nullptr;
+    return view ? view->fdDocument() : nullptr;
 }
 
 void PDFPagesEditor::reloadData()
@@ -387,6 +397,9 @@ void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
     menu.addAction(tr("Paste"), this, &PDFPagesEditor::paste)->setEnabled(canPaste());
     menu.addSeparator();
     menu.addAction(tr("Extract…"), this, &PDFPagesEditor::extractSelection)->setEnabled(any);
+    menu.addSeparator();
+    menu.addAction(tr("Add Pages from Images…"), this, &PDFPagesEditor::addPagesWithImages);
+    menu.addAction(tr("Add Pages from PDF…"), this, &PDFPagesEditor::addPagesWithPDF);
     menu.addAction(tr("Delete"), this, &PDFPagesEditor::deleteSelection);
     menu.exec(globalPos);
 }

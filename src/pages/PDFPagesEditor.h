@@ -1,9 +1,9 @@
 #pragma once
 
 // The pages editor of a document tab: the thumbnail grid of the tab's document and the page
-// operations on its selection (rotate, delete after a prompt, extract into a new file). Every
-// operation goes through the document's page methods, so its change counters and the background
-// save see it. Main thread only.
+// operations on its selection (rotate, delete after a prompt, extract into a new file, add pages
+// from files). Every operation goes through the document's page methods, so its change counters
+// and the background save see it. Main thread only.
 
 #include "PDFCollectionViewDragDelegate.h"
 
@@ -17,6 +17,8 @@
 #include <optional>
 
 class FDDocument;
+class FDPDFView;
+class PDFDocumentDelegate;
 class PDFPage;
 class PDFCollectionView;
 class PDFContents;
@@ -40,8 +42,15 @@ public:
     explicit PDFPagesEditor(PDFContents *contents, QWidget *parent = nullptr);
     ~PDFPagesEditor() override;
 
+    // The tab's two views, whose documents the panes show.
+    void setPDFViews(FDPDFView *primary, FDPDFView *secondary);
+
     PDFCollectionView *collectionView() const { return m_collectionView; }
+    // The pane that operations act on: the one whose view is the tab's selected view.
+    PDFCollectionView *selectedCollectionView() const;
     std::shared_ptr<FDDocument> document() const;
+    // The document of the pane's view; null without one.
+    std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane) const;
 
     // Reads the pages again, after the document changed or the editor appeared.
     void reloadData();
@@ -71,6 +80,16 @@ public:
     // Inserts copies of the copied pages after the highest selected page (at the end without a
     // selection) and selects them.
     void paste();
+    // Inserts the pages of the files at urls into the pane's document at index, in their order:
+    // an image (PNG, JPEG, GIF) makes one page, a PDF gives copies of all its pages. A file that
+    // can't be read, a PDF without pages and any other type are skipped, and the next file goes
+    // to the same place. Nothing happens for an index outside 0..pageCount. The inserted pages
+    // end up selected. Answers how many pages went in. Without a pane: the selected one.
+    int insertURLs(const QList<QUrl> &urls, int index);
+    int insertURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
+    // Ask for images, or PDF files, several at once, and insert them after the selection.
+    void addPagesWithImages();
+    void addPagesWithPDF();
     // Leaves the editor for the reading view.
     void leave();
 
@@ -103,13 +122,13 @@ protected:
 
 private:
     void didChangePages();
+    void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     // Makes a pane take part in page drags, as source and as target.
     void registerForDragAndDrop(PDFCollectionView *pane);
     // Moves the dragged pages into pane before index; false when a part is missing.
     bool moveDraggedPages(PDFCollectionView *pane, int index);
     // Inserts page files at index of pane; true when any page came in.
     bool insertDroppedURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
-    static std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane);
     static PDFPagesEditor *editorOf(const PDFCollectionView *pane);
 
     // The one drag of pages of the process: the pane it left and the rows it took, ascending.
@@ -124,4 +143,7 @@ private:
     QPointer<PDFContents> m_contents;
     PDFCollectionView *m_collectionView = nullptr;
     PDFThumbnailModel *m_model = nullptr;
+    // Gives documents opened here to take pages from the application's page and annotation
+    // classes.
+    std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;
 };

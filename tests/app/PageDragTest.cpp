@@ -381,40 +381,45 @@ void PageDragTest::theFileIsWrittenOnlyWhenAReceiverAsks()
 void PageDragTest::dropsFromOutsideTakePdfFilesAndImagesOnly_data()
 {
     QTest::addColumn<QStringList>("files");
-    QTest::addColumn<bool>("accepted");
-    QTest::newRow("a text file alone") << QStringList { "notes.txt" } << false;
-    QTest::newRow("a folder alone") << QStringList { "folder" } << false;
-    QTest::newRow("a file named .pdf that is text") << QStringList { "fake.pdf" } << false;
-    QTest::newRow("a PDF file") << QStringList { "Two.pdf" } << true;
-    QTest::newRow("a PDF among other files") << QStringList { "notes.txt", "Two.pdf" } << true;
+    QTest::addColumn<int>("dropIndex");
+    QTest::addColumn<QString>("expected"); // empty: refused
+    QTest::newRow("a text file alone") << QStringList { "notes.txt" } << 1 << "";
+    QTest::newRow("a folder alone") << QStringList { "folder" } << 1 << "";
+    QTest::newRow("a file named .pdf that is text") << QStringList { "fake.pdf" } << 1 << "";
+    QTest::newRow("a PDF file before page 2")
+        << QStringList { "Two.pdf" } << 1 << "a1 t1 t2 a2 a3 a4 a5";
+    QTest::newRow("a PDF among other files, at the end")
+        << QStringList { "notes.txt", "Two.pdf", "picture.png" } << 5 << "a1 a2 a3 a4 a5 t1 t2 ";
 }
 
 void PageDragTest::dropsFromOutsideTakePdfFilesAndImagesOnly()
 {
     QFETCH(QStringList, files);
-    QFETCH(bool, accepted);
+    QFETCH(int, dropIndex);
+    QFETCH(QString, expected);
     PDFContents *const tab = openTab(m_windows[0], QStringLiteral("Target.pdf"), "a");
     QVERIFY(tab);
     PDFCollectionView *const pane = paneOf(tab);
     QTRY_VERIFY(pane->isVisible());
     QVERIFY(PdfFixtures::write(taggedPages("t", 2), m_dir.filePath(QStringLiteral("Two.pdf"))));
-    QFile text(m_dir.filePath(QStringLiteral("notes.txt")));
-    QVERIFY(text.open(QIODevice::WriteOnly));
-    text.write("plain words\n");
-    text.close();
-    QFile fake(m_dir.filePath(QStringLiteral("fake.pdf")));
-    QVERIFY(fake.open(QIODevice::WriteOnly));
-    fake.write("plain words\n");
-    fake.close();
+    QImage picture(40, 30, QImage::Format_RGB32);
+    picture.fill(Qt::darkGreen);
+    QVERIFY(picture.save(m_dir.filePath(QStringLiteral("picture.png"))));
+    for (const QString &name : { QStringLiteral("notes.txt"), QStringLiteral("fake.pdf") }) {
+        QFile text(m_dir.filePath(name));
+        QVERIFY(text.open(QIODevice::WriteOnly));
+        text.write("plain words\n");
+    }
     QDir(m_dir.path()).mkpath(QStringLiteral("folder"));
     QList<QUrl> urls;
     for (const QString &file : files)
         urls << QUrl::fromLocalFile(m_dir.filePath(file));
     QMimeData data;
     data.setUrls(urls);
-    QCOMPARE(drop(pane, &data, 1), accepted);
-    if (!accepted)
-        QCOMPARE(orderOf(pathOf(tab)), QStringLiteral("a1 a2 a3 a4 a5"));
+    QCOMPARE(drop(pane, &data, dropIndex), !expected.isEmpty());
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(
+        orderOf(pathOf(tab)), expected.isEmpty() ? QStringLiteral("a1 a2 a3 a4 a5") : expected);
 }
 
 void PageDragTest::aLoopingPageTreeDoesNotHangAMove()

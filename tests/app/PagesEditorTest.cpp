@@ -55,11 +55,52 @@ QStringList pagesOf(const QString &path)
         QStringList notes;
         for (const auto &annotation : page->annotations())
             notes << annotation->contents();
+        if (page->string().isEmpty()) {
+            const QSizeF size = page->boundsForBox(PDFDisplayBox::MediaBox).size();
+            // The shape, as the resolution a picture states (or lacks) sets its size.
+            pages << QStringLiteral("image %1:1").arg(size.width() / size.height());
+            continue;
+        }
         pages << page->string().section(QLatin1Char(' '), 1, 1) + QLatin1Char('/')
                 + QString::number(page->rotation()) + QLatin1Char('/')
                 + notes.join(QLatin1Char(','));
     }
     return pages;
+}
+
+// Files to add, by name: "*.png", "*.gif", "*.jpg" real pictures of 200 by 100 pixels, "bad.png"
+// bytes of no image, "two.pdf" pages "Page 71" and "Page 72", "empty.pdf" a PDF without pages,
+// "broken.pdf" no PDF at all, "notes.txt" plain text.
+QUrl fileToAdd(const QDir &dir, const QString &name)
+{
+    const QString path = dir.filePath(name);
+    const QString suffix = QFileInfo(name).suffix();
+    if (name == QLatin1String("two.pdf")) {
+        PdfFixtures::Document document;
+        document.pages = { PdfFixtures::Page(), PdfFixtures::Page() };
+        document.pages[0].lines = QStringList { "Page 71" };
+        document.pages[1].lines = QStringList { "Page 72" };
+        PdfFixtures::write(document, path);
+    } else if (name == QLatin1String("empty.pdf")) {
+        PdfFixtures::write(PdfFixtures::Document(), path);
+    } else if (name == QLatin1String("bad.png") || name == QLatin1String("broken.pdf")
+        || suffix == QLatin1String("txt")) {
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write("%PDF-1.4 nothing that can be read\n");
+    } else if (suffix == QLatin1String("gif")) {
+        // Qt reads GIF but does not write it: a 200 by 100 one-colour picture, by hand.
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write(
+            QByteArray::fromHex("474946383961c80064008000000000ffffffff2c00000000c80064000002"
+                                "028c01003b"));
+    } else {
+        QImage image(200, 100, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        image.save(path);
+    }
+    return QUrl::fromLocalFile(path);
 }
 
 QList<int> rows(std::initializer_list<int> list)
@@ -93,6 +134,8 @@ private slots:
     void extractWritesTheSelectedPages();
     void copiedPagesArePastedAfterTheSelection_data();
     void copiedPagesArePastedAfterTheSelection();
+    void addedFilesGoInAtARunningIndex_data();
+    void addedFilesGoInAtARunningIndex();
 
 private:
     PDFContents *openTab(const QString &name);
@@ -479,6 +522,83 @@ void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
     QCOMPARE(pagesOf(path), expected);
     // The source keeps its pages.
     QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
+}
+
+void PagesEditorTest::addedFilesGoInAtARunningIndex_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<int>("index"); // -1: through the edit bar's button and the open panel
+    QTest::addColumn<QStringList>("added"); // at the insertion point, in this order
+    QTest::newRow("images and a PDF at the end")
+        << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
+        << QStringList { "image 2:1", "71/0/", "72/0/", "image 2:1", "image 2:1" };
+    QTest::newRow("after the highest selected page")
+        << QStringList { "two.pdf" } << rows({ 3, 0 }) << -1 << QStringList { "71/0/", "72/0/" };
+    QTest::newRow("unreadable files keep the place")
+        << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
+        << rows({ 1 }) << -1 << QStringList { "image 2:1", "71/0/", "72/0/" };
+    QTest::newRow("at the front") << QStringList { "a.png" } << QList<int>() << 0
+                                  << QStringList { "image 2:1" };
+    QTest::newRow("nothing readable")
+        << QStringList { "bad.png", "notes.txt" } << rows({ 2 }) << -1 << QStringList();
+    QTest::newRow("an index past the end")
+        << QStringList { "a.png" } << QList<int>() << 6 << QStringList();
+    QTest::newRow("a negative index")
+        << QStringList { "a.png" } << QList<int>() << -2 << QStringList();
+}
+
+void PagesEditorTest::addedFilesGoInAtARunningIndex()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QList<int>, selected);
+    QFETCH(int, index);
+    QFETCH(QStringList, added);
+    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+    PDFContents *const tab = openTab(QStringLiteral("Add.pdf"));
+    QVERIFY(tab);
+    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    PDFCollectionView *const grid = editor->collectionView();
+    QTRY_VERIFY(grid->isVisible());
+    grid->selectRows(selected);
+    QDir folder(m_dir.filePath(QStringLiteral("add")));
+    QVERIFY(folder.mkpath(QStringLiteral(".")));
+    QList<QUrl> urls;
+    for (const QString &name : files)
+        urls << fileToAdd(folder, name);
+
+    const int at = index == -1 ? PDFPagesEditor::insertionIndex(selected, 5) : index;
+    if (index == -1) {
+        FilePanelRequest asked;
+        FDFilePanel::setURLsHandlerForTesting([&](const FilePanelRequest &request) {
+            asked = request;
+            return urls;
+        });
+        PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+        QVERIFY(bar);
+        QTest::mouseClick(bar->addPDFButton(), Qt::LeftButton);
+        FDFilePanel::setURLsHandlerForTesting({});
+        QVERIFY(asked.allowsMultipleSelection);
+        QCOMPARE(asked.allowedFileTypes.first(), QStringLiteral("pdf"));
+    } else {
+        QCOMPARE(editor->insertURLs(urls, index), int(added.size()));
+    }
+
+    QStringList expected { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5" };
+    QList<int> inserted;
+    for (int k = 0; k < added.size(); ++k) {
+        expected.insert(at + k, added[k]);
+        inserted << at + k;
+    }
+    QCOMPARE(grid->model()->rowCount(), expected.size());
+    if (!added.isEmpty())
+        QCOMPARE(grid->selectedRows(), inserted);
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(pagesOf(path), expected);
+    const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+    QVERIFY2(check.exitCode == 0, check.out.constData());
 }
 
 int main(int argc, char *argv[])
