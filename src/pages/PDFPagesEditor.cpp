@@ -1,6 +1,7 @@
 #include "PDFPagesEditor.h"
 
 #include "PDFCollectionView.h"
+#include "PDFPagePasteboard.h"
 
 #include <app/Alert.h>
 #include <app/FDFilePanel.h>
@@ -319,9 +320,9 @@ bool PDFPagesEditor::canPaste() const
 {
     if (m_collectionView->isAnimating() || !document())
         return false;
-    const QMimeData *const mime = QApplication::clipboard()->mimeData();
-    if (!mime || !mime->hasFormat(PageMarkerType))
-        return false;
+    // Files that another program put on the clipboard win over pages copied here earlier.
+    if (!PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData()).isEmpty())
+        return true;
     const QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
     return std::any_of(pages.begin(), pages.end(),
         [](const std::weak_ptr<PDFPage> &page) { return !page.expired(); });
@@ -333,6 +334,11 @@ void PDFPagesEditor::paste()
         return;
     const auto current = document();
     const int start = insertionIndex(m_collectionView->selectedRows(), current->pageCount());
+    const QList<QUrl> urls = PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData());
+    if (!urls.isEmpty()) {
+        insertURLs(m_collectionView, urls, start);
+        return;
+    }
     int index = start;
     // Copies, so that pasting twice or into the pages' own document makes new pages.
     for (const std::weak_ptr<PDFPage> &weak : pageClipboard()) {

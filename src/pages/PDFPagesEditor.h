@@ -74,11 +74,11 @@ public:
     bool writePages(const QList<int> &rows, const QUrl &url) const;
     // Puts the selected pages on the page clipboard, weakly, and the marker on the clipboard.
     void copySelection();
-    // True while the clipboard holds the marker, some copied page still exists and no batch of
-    // item changes runs.
+    // True, while no batch of item changes runs, when the clipboard holds PDF files or images of
+    // another program, or some copied page still exists.
     bool canPaste() const;
-    // Inserts copies of the copied pages after the highest selected page (at the end without a
-    // selection) and selects them.
+    // Inserts, after the highest selected page (at the end without a selection), the files on the
+    // clipboard, or else copies of the copied pages, and selects what went in.
     void paste();
     // Inserts the pages of the files at urls into the pane's document at index, in their order:
     // an image (PNG, JPEG, GIF) makes one page, a PDF gives copies of all its pages. A file that

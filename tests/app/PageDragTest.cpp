@@ -18,6 +18,7 @@
 #include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
+#include <QClipboard>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QElapsedTimer>
@@ -101,6 +102,8 @@ private slots:
     void theFileIsWrittenOnlyWhenAReceiverAsks();
     void dropsFromOutsideTakePdfFilesAndImagesOnly_data();
     void dropsFromOutsideTakePdfFilesAndImagesOnly();
+    void pasteTakesFilesBeforeCopiedPages_data();
+    void pasteTakesFilesBeforeCopiedPages();
     void aLoopingPageTreeDoesNotHangAMove();
 
 private:
@@ -420,6 +423,58 @@ void PageDragTest::dropsFromOutsideTakePdfFilesAndImagesOnly()
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
     QCOMPARE(
         orderOf(pathOf(tab)), expected.isEmpty() ? QStringLiteral("a1 a2 a3 a4 a5") : expected);
+}
+
+void PageDragTest::pasteTakesFilesBeforeCopiedPages_data()
+{
+    QTest::addColumn<QList<int>>("copied"); // pages copied in the editor first
+    QTest::addColumn<QString>("clipboard"); // then put on the clipboard by another program
+    QTest::addColumn<QString>("expected"); // empty: nothing to paste
+    QTest::newRow("files of another program win") << rows({ 0 }) << "file:Two.pdf"
+                                                  << "a1 a2 t1 t2 a3 a4 a5";
+    QTest::newRow("our own copy: the copied pages") << rows({ 0, 3 }) << ""
+                                                    << "a1 a2 a1 a4 a3 a4 a5";
+    QTest::newRow("text of another program: the copied pages") << rows({ 4 }) << "text:words"
+                                                               << "a1 a2 a5 a3 a4 a5";
+    QTest::newRow("no pages among the files, none copied") << QList<int>() << "file:notes.txt"
+                                                           << "";
+}
+
+void PageDragTest::pasteTakesFilesBeforeCopiedPages()
+{
+    QFETCH(QList<int>, copied);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, expected);
+    PDFContents *const tab = openTab(m_windows[0], QStringLiteral("Paste.pdf"), "a");
+    QVERIFY(tab);
+    PDFCollectionView *const pane = paneOf(tab);
+    PDFPagesEditor *const editor = tab->container()->pagesEditorController();
+    QTRY_VERIFY(pane->isVisible());
+    QVERIFY(PdfFixtures::write(taggedPages("t", 2), m_dir.filePath(QStringLiteral("Two.pdf"))));
+    QFile text(m_dir.filePath(QStringLiteral("notes.txt")));
+    QVERIFY(text.open(QIODevice::WriteOnly));
+    text.write("plain words\n");
+    text.close();
+    QApplication::clipboard()->clear();
+    if (!copied.isEmpty()) {
+        pane->selectRows(copied);
+        editor->copySelection();
+    }
+    if (clipboard.startsWith(QLatin1String("file:"))) {
+        auto *const data = new QMimeData;
+        data->setUrls({ QUrl::fromLocalFile(m_dir.filePath(clipboard.mid(5))) });
+        QApplication::clipboard()->setMimeData(data);
+    } else if (clipboard.startsWith(QLatin1String("text:"))) {
+        QApplication::clipboard()->setText(clipboard.mid(5));
+    }
+    pane->selectRows({ 1 });
+    QCOMPARE(editor->canPaste(), !expected.isEmpty());
+    editor->paste();
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(
+        orderOf(pathOf(tab)), expected.isEmpty() ? QStringLiteral("a1 a2 a3 a4 a5") : expected);
+    if (!expected.isEmpty())
+        QCOMPARE(pane->selectedRows().first(), 2);
 }
 
 void PageDragTest::aLoopingPageTreeDoesNotHangAMove()
