@@ -1,9 +1,11 @@
 #include "NewTabContents.h"
 
+#include "FDFilePanel.h"
 #include "FDRecentDocuments.h"
 #include "FDThumbnailCache.h"
 #include "GlobalService.h"
 #include "NewTabDropFileArea.h"
+#include "PDFContents.h"
 #include "PDFWindowController.h"
 #include "RecentCollectionViewItem.h"
 
@@ -209,10 +211,37 @@ void NewTabContents::onCompress()
 }
 
 void NewTabContents::onConvert()
-{ }
+{
+    FilePanelRequest request;
+    request.allowedFileTypes = { QStringLiteral("png"), QStringLiteral("jpg"),
+        QStringLiteral("jpeg"), QStringLiteral("gif"), QStringLiteral("PNG"), QStringLiteral("JPG"),
+        QStringLiteral("JPEG"), QStringLiteral("GIF") };
+    request.fileTypesTitle = tr("Images");
+    openNewDocumentWithPagesOf(request);
+}
 
 void NewTabContents::onMergeSplit()
-{ }
+{
+    openNewDocumentWithPagesOf(FilePanelRequest());
+}
+
+void NewTabContents::openNewDocumentWithPagesOf(FilePanelRequest request)
+{
+    PDFWindowController *const controller = windowController();
+    if (!controller)
+        return;
+    request.kind = FilePanelRequest::Open;
+    request.allowsMultipleSelection = true;
+    request.parent = m_root;
+    const QList<QUrl> urls = FDFilePanel::runModalForURLs(request);
+    if (urls.isEmpty())
+        return;
+    // The new tab takes this one's place: nothing of this object is used after it.
+    auto *const made
+        = qobject_cast<PDFContents *>(controller->openPDFDocumentWithURL(QUrl(), true, true));
+    if (made)
+        made->addPagesFromURLs(urls);
+}
 
 void NewTabContents::onClear()
 {

@@ -5,6 +5,7 @@
 // it in place of this tab. Main thread only.
 
 #include "FDContents.h"
+#include "FDFilePanel.h"
 
 #include <QImage>
 #include <QList>
@@ -43,6 +44,8 @@ public:
     void onCompress();
     void onConvert();
     void onMergeSplit();
+    // Asks for files and opens a new untitled document of their pages in the pages editor.
+    void openNewDocumentWithPagesOf(FilePanelRequest request);
     void loadRecents();
 
     const QList<RecentItem> &recentItems() const { return m_recentItems; }
@@ -52,6 +55,8 @@ public:
     QPushButton *openButton() const { return m_openButton; }
     QPushButton *newButton() const { return m_newButton; }
     QPushButton *compressButton() const { return m_compressButton; }
+    QPushButton *mergeButton() const { return m_mergeButton; }
+    QPushButton *convertButton() const { return m_convertButton; }
     // Whether the grid of recent documents (rather than the drop area) is in the container.
     bool isShowingRecents() const;
 

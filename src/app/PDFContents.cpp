@@ -21,6 +21,7 @@
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarOutlineContents.h>
 #include <navigation/PDFViewSearcher.h>
+#include <pages/PDFPagesEditor.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -159,14 +160,39 @@ void PDFContents::observeView(FDPDFView *pdfView)
         [this](const Notification &notification) { onPDFDocumentChanged(notification); });
     // The steps of a document the view let go of would reach a document it no longer shows.
     center.addObserver(this, PDFView::DocumentChangedNotification, pdfView,
-        [this, pdfView = QPointer<FDPDFView>(pdfView)](
-            const Notification &) { forgetUndoStepsOf(pdfView); });
+        [this, pdfView = QPointer<FDPDFView>(pdfView)](const Notification &) {
+            forgetUndoStepsOf(pdfView);
+            if (pdfView == m_primaryPDFView && !m_pagesToAdd.isEmpty())
+                MainQueue::async(this, [this] { addPendingPages(); });
+        });
     for (const QString &name : { FDDocument::DocumentAnnDidChangeNotification,
              FDDocument::DocumentPageDidChangeNotification,
              PDFSidebarOutlineContents::OutlineDidChangeNotification }) {
         center.addObserver(
             this, name, pdfView, [this](const Notification &) { onPDFDocumentContentChanged(); });
     }
+}
+
+void PDFContents::addPagesFromURLs(const QList<QUrl> &urls)
+{
+    m_pagesToAdd += urls;
+    addPendingPages();
+}
+
+void PDFContents::addPendingPages()
+{
+    const auto document = m_primaryPDFView ? m_primaryPDFView->fdDocument() : nullptr;
+    if (m_pagesToAdd.isEmpty() || !document || document->isLocked() || !m_container)
+        return;
+    const QList<QUrl> urls = std::exchange(m_pagesToAdd, {});
+    PDFPagesEditor *const editor = m_container->pagesEditorController();
+    if (editor->insertURLs(editor->collectionView(), urls, document->pageCount()) > 0)
+        return;
+    AlertRequest request;
+    request.style = AlertRequest::Warning;
+    request.messageText = tr("None of the chosen files could be read.");
+    request.informativeText = tr("Only PDF files and PNG, JPEG or GIF images can give pages.");
+    Alert::runModal(request);
 }
 
 void PDFContents::post(const QString &name, const QVariantMap &userInfo)

@@ -101,6 +101,11 @@ public:
     // Blanks at both ends are dropped; nothing left means no search text. Announced every time.
     void setQueryString(const QString &query);
 
+    // Adds the pages of the files (PDF files and images, in their order) at the end of the
+    // primary view's document, once it has been read: a new tab reads it when it first shows.
+    // When none of the files gives a page, an alert says so.
+    void addPagesFromURLs(const QList<QUrl> &urls);
+
     // Whether closing would ask: a changed untitled document always does, a changed named one
     // only while "SavingPrompt" is 1.
     bool hasChangesToPromptUser() const override;
@@ -144,6 +149,7 @@ private:
     void post(const QString &name, const QVariantMap &userInfo = {});
     void observeView(FDPDFView *view);
     void forgetUndoStepsOf(const FDPDFView *view);
+    void addPendingPages();
 
     QPointer<QSplitter> m_searchSplitView;
     QPointer<QSplitter> m_sidebarSplitView;
@@ -171,4 +177,5 @@ private:
     // One per view; children of the tab.
     QPointer<FDDocumentReloader> m_primaryReloader;
     QPointer<FDDocumentReloader> m_secondaryReloader;
+    QList<QUrl> m_pagesToAdd; // waiting for the document to be read
 };

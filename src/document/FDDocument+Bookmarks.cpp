@@ -144,12 +144,16 @@ void FDDocument::attachBookmarksToOutlineTree()
     if (isBookmarksRootExisting() && bookmarksRoot() == m_attachedRoot.lock())
         detachBookmarksFromOutlineTree();
     const auto root = bookmarksRoot();
+    int place = 0;
     for (qsizetype index = 0; index < m_bookmarks.size(); ++index) {
         const FDBookmark &bookmark = *m_bookmarks.at(index);
+        // A page deleted this turn: its bookmark is on its way out of the list.
+        if (!bookmark.page() || bookmark.page()->document().get() != this)
+            continue;
         auto item = std::make_shared<PDFOutline>();
         item->setLabel(bookmark.title());
         item->setDestination(std::make_shared<PDFDestination>(bookmark.page(), QPointF(0, 0)));
-        root->insertChild(item, int(index));
+        root->insertChild(item, place++);
     }
     m_attachedRoot = root;
 }
@@ -216,6 +220,15 @@ void FDDocument::removeBookmark(const std::shared_ptr<FDBookmark> &bookmark)
     m_bookmarks.removeAt(place);
     postBookmarkChange(BookmarkDidRemoveNotification, place, removed);
     setNumberOfPageChanges(numberOfPageChanges() + 1);
+}
+
+void FDDocument::removeBookmarksOfRemovedPages()
+{
+    for (qsizetype index = m_bookmarks.size() - 1; index >= 0; --index) {
+        const std::shared_ptr<FDBookmark> bookmark = m_bookmarks.at(index);
+        if (!bookmark->page() || bookmark->page()->document().get() != this)
+            removeBookmark(bookmark);
+    }
 }
 
 void FDDocument::updateBookmark(const std::shared_ptr<FDBookmark> &bookmark, const QString &title)

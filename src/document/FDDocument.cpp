@@ -1,6 +1,7 @@
 #include "FDDocument.h"
 
 #include "AtomicFileWriter.h"
+#include "FDBookmark.h"
 #include "FDDocumentDelegate.h"
 #include "FDPage.h"
 #include "PDFSavingService.h"
@@ -13,6 +14,7 @@
 #include <QFileInfo>
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <cerrno>
 
 #include <unistd.h>
@@ -229,8 +231,24 @@ void FDDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
 
 void FDDocument::removePageAtIndex(int index)
 {
+    const auto page = pageAtIndex(index);
     PDFDocument::removePageAtIndex(index);
     setNumberOfPageChanges(m_numberOfPageChanges + 1);
+    // A page moved inside the document is back by the next turn; one that is still out by then
+    // was deleted (or went to another document), and its bookmark goes with it.
+    const bool bookmarked = page
+        && std::any_of(m_bookmarks.cbegin(), m_bookmarks.cend(),
+            [&page](
+                const std::shared_ptr<FDBookmark> &bookmark) { return bookmark->page() == page; });
+    if (bookmarked && !m_isBookmarkPurgeQueued) {
+        m_isBookmarkPurgeQueued = true;
+        MainQueue::async([weak = std::weak_ptr<PDFDocument>(weak_from_this())] {
+            if (const auto self = std::static_pointer_cast<FDDocument>(weak.lock())) {
+                self->m_isBookmarkPurgeQueued = false;
+                self->removeBookmarksOfRemovedPages();
+            }
+        });
+    }
 }
 
 void FDDocument::exchangePageAtIndex(int index, int otherIndex)

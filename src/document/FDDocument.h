@@ -143,6 +143,10 @@ public:
     // page change.
     void removeBookmark(const std::shared_ptr<FDBookmark> &bookmark);
     void updateBookmark(const std::shared_ptr<FDBookmark> &bookmark, const QString &title);
+    // Removes, as removeBookmark() does, each bookmark whose page is no longer in the document.
+    // A page removal has this run on the next turn, so that a page moved within the document
+    // keeps its bookmark and a deleted one loses it.
+    void removeBookmarksOfRemovedPages();
 
 private:
     class PageClassDelegate;
@@ -167,4 +171,5 @@ private:
     std::weak_ptr<PDFOutline> m_attachedRoot;
     bool m_isOutlineInUseBySave = false;
     bool m_isDetachPutOff = false;
+    bool m_isBookmarkPurgeQueued = false;
 };

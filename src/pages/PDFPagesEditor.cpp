@@ -260,6 +260,8 @@ void PDFPagesEditor::deleteSelection()
             if (current->pageAtIndex(*row))
                 current->removePageAtIndex(*row);
         }
+        // Bookmarks of deleted pages go now, before the save takes the outline.
+        current->removeBookmarksOfRemovedPages();
     });
     didChangePages();
     m_collectionView->clearSelection();

@@ -1,7 +1,9 @@
 #include "support/AppFixtures.h"
 #include "support/AppTestEnvironment.h"
 
+#include <app/Alert.h>
 #include <app/FDDefaults.h>
+#include <app/FDFilePanel.h>
 #include <app/FDRecentDocuments.h>
 #include <app/FDThumbnailCache.h>
 #include <app/NewTabContents.h>
@@ -10,9 +12,12 @@
 #include <app/PDFWindowController.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
+#include <document/FDDocument.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
+#include <support/PdfFixtures.h>
+#include <view/FDPDFView.h>
 
 #include <QFile>
 #include <QListWidget>
@@ -36,6 +41,8 @@ private slots:
     void dropAreaDrawsInEveryTheme();
     void compressReplacesTheStartTab();
     void choosingARecentFileReplacesTheStartTab();
+    void mergeAndConvertOpenANewDocumentOfTheFilesPages_data();
+    void mergeAndConvertOpenANewDocumentOfTheFilesPages();
 
 private:
     NewTabContents *startTab();
@@ -227,6 +234,91 @@ void NewTabContentsTest::choosingARecentFileReplacesTheStartTab()
     auto *document = qobject_cast<PDFContents *>(model->getSelectedTabContents());
     QVERIFY(document);
     QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+}
+
+void NewTabContentsTest::mergeAndConvertOpenANewDocumentOfTheFilesPages_data()
+{
+    // Files: "N.pdf" a PDF of N pages whose text names the file and page, "x.png" a picture,
+    // "bad.png" bytes of no picture. Pages: the text of each page, "picture" for one without.
+    QTest::addColumn<bool>("convert");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("pages");
+    QTest::addColumn<bool>("alert");
+    QTest::newRow("merge keeps the files' order") << false << QStringList { "2.pdf", "1.pdf" }
+                                                  << QStringList { "2p1", "2p2", "1p1" } << false;
+    QTest::newRow("convert makes a page of each picture")
+        << true << QStringList { "x.png", "bad.png", "y.png" }
+        << QStringList { "picture", "picture" } << false;
+    QTest::newRow("nothing readable says so")
+        << true << QStringList { "bad.png" } << QStringList() << true;
+}
+
+void NewTabContentsTest::mergeAndConvertOpenANewDocumentOfTheFilesPages()
+{
+    QFETCH(bool, convert);
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, pages);
+    QFETCH(bool, alert);
+    QList<QUrl> urls;
+    for (const QString &name : files) {
+        const QString path = m_files.filePath(name);
+        const int count = name.section(QLatin1Char('.'), 0, 0).toInt();
+        if (name.endsWith(QLatin1String(".pdf"))) {
+            PdfFixtures::Document document;
+            for (int page = 1; page <= count; ++page) {
+                document.pages.append(PdfFixtures::Page());
+                document.pages.last().lines
+                    = QStringList { QStringLiteral("%1p%2").arg(count).arg(page) };
+            }
+            QVERIFY(PdfFixtures::write(document, path));
+        } else if (name == QLatin1String("bad.png")) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("no picture");
+        } else {
+            QImage image(40, 30, QImage::Format_RGB32);
+            image.fill(Qt::red);
+            QVERIFY(image.save(path));
+        }
+        urls << QUrl::fromLocalFile(path);
+    }
+    FilePanelRequest asked;
+    FDFilePanel::setURLsHandlerForTesting([&](const FilePanelRequest &request) {
+        asked = request;
+        return urls;
+    });
+    QStringList alerts;
+    Alert::setHandlerForTesting([&](const AlertRequest &request) {
+        alerts << request.messageText;
+        return int(Alert::FirstButtonReturn);
+    });
+    NewTabContents *tab = startTab();
+    QVERIFY(tab);
+    QTest::mouseClick(convert ? tab->convertButton() : tab->mergeButton(), Qt::LeftButton);
+    FDFilePanel::setURLsHandlerForTesting({});
+    QVERIFY(asked.allowsMultipleSelection);
+    QCOMPARE(
+        asked.allowedFileTypes.first(), convert ? QStringLiteral("png") : QStringLiteral("pdf"));
+
+    auto *const made
+        = qobject_cast<PDFContents *>(m_window->tabStripModel()->getSelectedTabContents());
+    QVERIFY(made);
+    QCOMPARE(m_window->tabStripModel()->count(), 1);
+    QTRY_VERIFY(made->primaryPDFView()->fdDocument());
+    const auto document = made->primaryPDFView()->fdDocument();
+    QTRY_COMPARE(document->pageCount(), int(pages.size()));
+    QTRY_COMPARE(alerts.size(), alert ? 1 : 0);
+    QVERIFY(made->isPagesEditingMode());
+    QVERIFY(document->fileURL().isEmpty());
+    QStringList texts;
+    for (int index = 0; index < document->pageCount(); ++index) {
+        const QString text = document->pageAtIndex(index)->string().trimmed();
+        texts << (text.isEmpty() ? QStringLiteral("picture") : text);
+    }
+    QCOMPARE(texts, pages);
+    Alert::setHandlerForTesting(
+        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+    document->setNumberOfChanges(0);
 }
 
 int main(int argc, char *argv[])

@@ -5,7 +5,9 @@
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
+#include <document/FDBookmark.h>
 #include <document/FDDocument.h>
+#include <document/FDPage.h>
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
@@ -136,6 +138,7 @@ private slots:
     void copiedPagesArePastedAfterTheSelection();
     void addedFilesGoInAtARunningIndex_data();
     void addedFilesGoInAtARunningIndex();
+    void aDeletedPageTakesItsBookmark();
 
 private:
     PDFContents *openTab(const QString &name);
@@ -599,6 +602,36 @@ void PagesEditorTest::addedFilesGoInAtARunningIndex()
     QCOMPARE(pagesOf(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
     QVERIFY2(check.exitCode == 0, check.out.constData());
+}
+
+void PagesEditorTest::aDeletedPageTakesItsBookmark()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Marks.pdf"));
+    QVERIFY(tab);
+    const auto document = tab->primaryPDFView()->fdDocument();
+    const QUrl url = document->fileURL();
+    for (const int index : { 1, 3 }) {
+        QVERIFY(document->addBookmarkWith(
+            std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(index)),
+            QStringLiteral("Mark %1").arg(index + 1)));
+    }
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    QTRY_VERIFY(editor->collectionView()->isVisible());
+    editor->collectionView()->selectRows({ 0, 1 });
+    m_answer = Alert::FirstButtonReturn;
+    editor->deleteSelection();
+    QCOMPARE(document->bookmarks().size(), 1);
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(document->numberOfChanges(), 0);
+
+    // The file's hidden branch holds the one left, on its page's new place.
+    const auto reopened = std::make_shared<FDDocument>();
+    QVERIFY(reopened->initWithURL(url, nullptr));
+    QCOMPARE(reopened->pageCount(), 3);
+    QCOMPARE(reopened->bookmarks().size(), 1);
+    QCOMPARE(reopened->bookmarks().at(0)->title(), QStringLiteral("Mark 4"));
+    QCOMPARE(reopened->indexForPage(reopened->bookmarks().at(0)->page()), 1);
 }
 
 int main(int argc, char *argv[])
