@@ -4,6 +4,7 @@
 #include "PDFPagesEditor.h"
 
 #include <document/FDDocument.h>
+#include <kit/base/MainQueue.h>
 #include <kit/engine/PDFPage.h>
 
 #include <QDir>
@@ -146,8 +147,10 @@ bool PDFPagesEditor::moveDraggedPages(PDFCollectionView *pane, int index)
     PDFPagesEditor *const sourceEditor = editorOf(source);
     PDFPagesEditor *const targetEditor = editorOf(pane);
     if (sourceEditor && sourceEditor != targetEditor) {
-        sourceEditor->didChangePages();
+        sourceEditor->reloadData();
         sourceEditor->m_collectionView->clearSelection();
+        // Saved a turn later, once the document has let go of the bookmarks of pages that left.
+        MainQueue::async(sourceEditor, [sourceEditor] { sourceEditor->didChangePages(); });
     }
     if (targetEditor) {
         const int scroll = pane->verticalScrollBar()->value();

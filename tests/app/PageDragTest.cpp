@@ -4,7 +4,9 @@
 #include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
+#include <document/FDBookmark.h>
 #include <document/FDDocument.h>
+#include <document/FDPage.h>
 #include <document/PDFSavingService.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFAnnotation.h>
@@ -268,6 +270,11 @@ void PageDragTest::dragsWithinAPaneReorderTheFile()
     QVERIFY(tab);
     PDFCollectionView *const pane = paneOf(tab);
     QTRY_VERIFY(pane->isVisible());
+    // A bookmark of a moved page stays with it, as the page never leaves its document for good.
+    const auto document = tab->primaryPDFView()->fdDocument();
+    const auto marked = std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(dragged.first()));
+    QVERIFY(document->addBookmarkWith(marked, QStringLiteral("Moved")));
+    document->setNumberOfChanges(0);
     pane->selectRows(dragged);
     PDFPagesEditor *const editor = tab->container()->pagesEditorController();
     QMimeData *const data = editor->collectionViewWillBeginDrag(pane, dragged);
@@ -276,6 +283,9 @@ void PageDragTest::dragsWithinAPaneReorderTheFile()
     editor->collectionViewDragDidEnd(pane);
     QCOMPARE(pane->selectedRows(), selectedAfter);
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QTest::qWait(0);
+    QCOMPARE(document->bookmarks().size(), 1);
+    QCOMPARE(document->bookmarks().first()->page(), marked);
     QCOMPARE(orderOf(pathOf(tab)), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), pathOf(tab) });
     QVERIFY2(check.exitCode == 0, check.out.constData());
@@ -309,6 +319,10 @@ void PageDragTest::dragsBetweenTabsAndWindowsMoveThePages()
         FDDocument::DocumentPageDidChangeNotification, source->primaryPDFView(),
         [&](const Notification &) { ++sourceNotices; });
 
+    // A bookmark of a page that leaves for another document goes with the page.
+    QVERIFY(sourceDocument->addBookmarkWith(
+        std::dynamic_pointer_cast<FDPage>(sourceDocument->pageAtIndex(1)), QStringLiteral("Gone")));
+    sourceDocument->setNumberOfChanges(0);
     // The drag starts on page 4 while pages 2 and 4 are selected: both go.
     from->selectRows({ 1, 3 });
     PDFPagesEditor *const editor = source->container()->pagesEditorController();
@@ -322,8 +336,9 @@ void PageDragTest::dragsBetweenTabsAndWindowsMoveThePages()
     QCOMPARE(to->model()->rowCount(), 5);
     QCOMPARE(to->selectedRows(), rows({ 1, 2 }));
     QVERIFY(sourceNotices >= 2);
+    QTRY_VERIFY(sourceDocument->bookmarks().isEmpty());
+    QTRY_COMPARE(sourceDocument->numberOfChanges(), 0);
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
-    QCOMPARE(sourceDocument->numberOfChanges(), 0);
     QCOMPARE(orderOf(pathOf(source)), QStringLiteral("a1 a3 a5"));
     QCOMPARE(orderOf(pathOf(target)), QStringLiteral("b1 a2 a4 b2 b3"));
     for (PDFContents *const tab : { source, target }) {
