@@ -144,23 +144,27 @@ bool PDFPagesEditor::moveDraggedPages(PDFCollectionView *pane, int index)
         if (at >= 0)
             moved.append(at);
     }
-    PDFPagesEditor *const sourceEditor = editorOf(source);
-    PDFPagesEditor *const targetEditor = editorOf(pane);
-    if (sourceEditor && sourceEditor != targetEditor) {
-        sourceEditor->reloadData();
-        sourceEditor->m_collectionView->clearSelection();
-        // Saved a turn later, once the document has let go of the bookmarks of pages that left.
-        MainQueue::async(sourceEditor, [sourceEditor] { sourceEditor->didChangePages(); });
+    // Both grids show the documents as they are now, the source without its dragged selection.
+    source->clearSelection();
+    const int scroll = pane->verticalScrollBar()->value();
+    for (PDFPagesEditor *const editor : { editorOf(source), editorOf(pane) }) {
+        if (editor)
+            editor->reloadData();
     }
-    if (targetEditor) {
-        const int scroll = pane->verticalScrollBar()->value();
-        targetEditor->didChangePages();
-        pane->doItemsLayout();
-        pane->verticalScrollBar()->setValue(scroll);
-        pane->selectRows(moved);
-        if (!moved.isEmpty())
-            pane->scrollTo(pane->model()->index(moved.first(), 0));
-    }
+    pane->doItemsLayout();
+    pane->verticalScrollBar()->setValue(scroll);
+    pane->selectRows(moved);
+    if (!moved.isEmpty())
+        pane->scrollTo(pane->model()->index(moved.first(), 0));
+    // Saved a turn later, once the source has let go of the bookmarks of pages that left it.
+    MainQueue::async(
+        [weakFrom = std::weak_ptr<FDDocument>(from), weakTo = std::weak_ptr<FDDocument>(to)] {
+            for (const auto &weak : { weakFrom, weakTo }) {
+                const auto document = weak.lock();
+                if (document && document->numberOfChanges() > 0 && !document->fileURL().isEmpty())
+                    document->save();
+            }
+        });
     return true;
 }
 

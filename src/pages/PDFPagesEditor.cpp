@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QSplitter>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QUuid>
@@ -110,45 +111,75 @@ private:
 PDFPagesEditor::PDFPagesEditor(PDFContents *contents, QWidget *parent)
     : QWidget(parent)
     , m_contents(contents)
-    , m_collectionView(new PDFCollectionView(this))
-    , m_model(new PDFThumbnailModel(this))
+    , m_splitter(new QSplitter(this))
 {
     setObjectName(QStringLiteral("PDFPagesEditor"));
-    m_model->setPixelLength(thumbnailLength);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_collectionView);
-    m_collectionView->setItemDelegate(new PagesEditorItemDelegate(m_model, m_collectionView));
-    m_collectionView->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
-    m_collectionView->setModel(m_model);
-    registerForDragAndDrop(m_collectionView);
+    layout->addWidget(m_splitter);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
+    m_primaryPane = makePane(QStringLiteral("primaryCollectionView"));
+    m_secondaryPane = makePane(QStringLiteral("secondaryCollectionView"));
+    m_secondaryPane->hide();
+}
 
-    connect(m_collectionView, &PDFCollectionView::deleteRequested, this,
-        &PDFPagesEditor::deleteSelection);
-    connect(m_collectionView, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
-    connect(m_collectionView, &PDFCollectionView::rotateRequested, this,
-        [this] { rotateSelection(90); });
-    connect(m_collectionView, &PDFCollectionView::extractRequested, this,
-        &PDFPagesEditor::extractSelection);
-    connect(m_collectionView, &PDFCollectionView::contextMenuRequestedAt, this,
-        &PDFPagesEditor::showContextMenu);
+PDFCollectionView *PDFPagesEditor::makePane(const QString &name)
+{
+    auto *const pane = new PDFCollectionView(m_splitter);
+    pane->setObjectName(name);
+    auto *const model = new PDFThumbnailModel(pane);
+    model->setPixelLength(thumbnailLength);
+    pane->setItemDelegate(new PagesEditorItemDelegate(model, pane));
+    pane->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
+    pane->setModel(model);
+    m_splitter->addWidget(pane);
+    registerForDragAndDrop(pane);
+
+    connect(pane, &PDFCollectionView::deleteRequested, this, &PDFPagesEditor::deleteSelection);
+    connect(pane, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
+    connect(pane, &PDFCollectionView::rotateRequested, this, [this] { rotateSelection(90); });
+    connect(pane, &PDFCollectionView::extractRequested, this, &PDFPagesEditor::extractSelection);
     connect(
-        m_collectionView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-            NotificationCenter::defaultCenter().post(
-                PageSelectionDidChangeNotification, m_contents.data());
-        });
+        pane, &PDFCollectionView::contextMenuRequestedAt, this, &PDFPagesEditor::showContextMenu);
+    connect(pane, &PDFCollectionView::didBecomeFirstResponder, this,
+        [this, pane] { collectionViewDidBecomeFirstResponder(pane); });
+    connect(pane->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        NotificationCenter::defaultCenter().post(
+            PageSelectionDidChangeNotification, m_contents.data());
+    });
+    return pane;
 }
 
 void PDFPagesEditor::setPDFViews(FDPDFView *primary, FDPDFView *secondary)
 {
-    m_collectionView->setPdfView(primary);
-    Q_UNUSED(secondary);
-    // Any change of the document's pages, from here or from elsewhere, shows in the grid.
-    NotificationCenter::defaultCenter().addObserver(
-        this, FDDocument::DocumentPageDidChangeNotification, primary, [this](const Notification &) {
-            if (isVisible())
-                m_collectionView->viewport()->update();
+    m_primaryPane->setPdfView(primary);
+    m_secondaryPane->setPdfView(secondary);
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    // Any change of a document's pages, from here or from elsewhere, shows in the grids.
+    for (FDPDFView *const view : { primary, secondary }) {
+        center.addObserver(
+            this, PDFView::DocumentChangedNotification, view, [this](const Notification &) {
+                if (isVisible())
+                    reloadData();
+            });
+        center.addObserver(this, FDDocument::DocumentPageDidChangeNotification, view,
+            [this](const Notification &) {
+                if (!isVisible())
+                    return;
+                m_primaryPane->viewport()->update();
+                m_secondaryPane->viewport()->update();
+            });
+    }
+    center.addObserver(this, PDFContents::SplitModeDidChangeNotification, m_contents.data(),
+        [this](const Notification &) { onSplitModeChanged(); });
+    // The bar and the menus follow the selected pane.
+    center.addObserver(this, PDFContents::SelectedPDFViewDidChangeNotification, m_contents.data(),
+        [this](const Notification &) {
+            NotificationCenter::defaultCenter().post(
+                PageSelectionDidChangeNotification, m_contents.data());
         });
+    onSplitModeChanged();
 }
 
 PDFPagesEditor::~PDFPagesEditor()
@@ -158,12 +189,17 @@ PDFPagesEditor::~PDFPagesEditor()
 
 std::shared_ptr<FDDocument> PDFPagesEditor::document() const
 {
-    return documentOf(m_collectionView);
+    return documentOf(selectedCollectionView());
 }
 
 PDFCollectionView *PDFPagesEditor::selectedCollectionView() const
 {
-    return m_collectionView;
+    FDPDFView *const selected = m_contents ? m_contents->selectedPDFView() : nullptr;
+    FDPDFView *const primary = m_primaryPane->pdfView();
+    FDPDFView *const secondary = m_secondaryPane->pdfView();
+    if (selected == primary || primary == secondary || !m_secondaryPane->isVisibleTo(this))
+        return m_primaryPane;
+    return selected == secondary ? m_secondaryPane : m_primaryPane;
 }
 
 std::shared_ptr<FDDocument> PDFPagesEditor::documentOf(const PDFCollectionView *pane) const
@@ -172,27 +208,60 @@ std::shared_ptr<FDDocument> PDFPagesEditor::documentOf(const PDFCollectionView *
     return view ? view->fdDocument() : nullptr;
 }
 
-void PDFPagesEditor::reloadData()
+void PDFPagesEditor::collectionViewDidBecomeFirstResponder(PDFCollectionView *pane)
 {
-    const QList<int> rows = m_collectionView->selectedRows();
-    m_model->setDocument(nullptr);
-    m_model->setDocument(document());
-    const int count = m_model->rowCount();
+    if (m_contents && pane->pdfView())
+        m_contents->PDFViewDidBecomeFirstResponder(pane->pdfView());
+}
+
+void PDFPagesEditor::onSplitModeChanged()
+{
+    const PDFSplitViewMode mode = m_contents ? m_contents->splitMode() : PDFSplitViewMode::none;
+    // The panes stand as the views do: side by side for a horizontal split, else one above
+    // the other.
+    m_splitter->setOrientation(mode == PDFSplitViewMode::vertical ? Qt::Vertical : Qt::Horizontal);
+    const bool split = mode != PDFSplitViewMode::none;
+    if (split == m_secondaryPane->isVisibleTo(this))
+        return;
+    m_secondaryPane->setVisible(split);
+    if (split) {
+        reloadPane(m_secondaryPane);
+        const int length = m_splitter->orientation() == Qt::Horizontal ? m_splitter->width()
+                                                                       : m_splitter->height();
+        m_splitter->setSizes({ length / 2, length - length / 2 });
+    } else if (m_contents && m_contents->selectedPDFView() == m_secondaryPane->pdfView()) {
+        m_primaryPane->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void PDFPagesEditor::reloadPane(PDFCollectionView *pane)
+{
+    auto *const model = static_cast<PDFThumbnailModel *>(pane->model());
+    const QList<int> rows = pane->selectedRows();
+    model->setDocument(nullptr);
+    model->setDocument(pane->isVisibleTo(this) ? documentOf(pane) : nullptr);
+    const int count = model->rowCount();
     QList<int> kept;
     for (const int row : rows) {
         if (row < count)
             kept.append(row);
     }
-    m_collectionView->selectRows(kept);
+    pane->selectRows(kept);
+}
+
+void PDFPagesEditor::reloadData()
+{
+    reloadPane(m_primaryPane);
+    reloadPane(m_secondaryPane);
 }
 
 void PDFPagesEditor::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     reloadData();
-    QTimer::singleShot(0, m_collectionView, [view = QPointer<PDFCollectionView>(m_collectionView)] {
-        if (view)
-            view->setFocus(Qt::OtherFocusReason);
+    QTimer::singleShot(0, this, [this] {
+        if (PDFCollectionView *const pane = selectedCollectionView())
+            pane->setFocus(Qt::OtherFocusReason);
     });
 }
 
@@ -217,18 +286,19 @@ QString PDFPagesEditor::proposedExtractName(const QUrl &documentURL, QList<int> 
 
 bool PDFPagesEditor::canRotate() const
 {
-    return !m_collectionView->selectedRows().isEmpty();
+    return !selectedCollectionView()->selectedRows().isEmpty();
 }
 
 bool PDFPagesEditor::canExtract() const
 {
-    return !m_collectionView->selectedRows().isEmpty();
+    return canRotate();
 }
 
 void PDFPagesEditor::rotateSelection(int degrees)
 {
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
     for (const int row : rows) {
@@ -237,7 +307,7 @@ void PDFPagesEditor::rotateSelection(int degrees)
     }
     current->setNumberOfPageChanges(current->numberOfPageChanges() + 1);
     didChangePages();
-    m_collectionView->selectRows(rows);
+    pane->selectRows(rows);
 }
 
 void PDFPagesEditor::deleteSelection()
@@ -249,12 +319,13 @@ void PDFPagesEditor::deleteSelection()
     request.buttons = { tr("Delete"), tr("Cancel") };
     if (Alert::runModal(request) != Alert::FirstButtonReturn)
         return;
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
-    m_collectionView->performBatchUpdates([&] {
-        m_collectionView->clearSelection();
+    pane->performBatchUpdates([&] {
+        pane->clearSelection();
         // From the highest index down, so the lower ones stay valid.
         for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
             if (current->pageAtIndex(*row))
@@ -264,13 +335,14 @@ void PDFPagesEditor::deleteSelection()
         current->removeBookmarksOfRemovedPages();
     });
     didChangePages();
-    m_collectionView->clearSelection();
+    pane->clearSelection();
 }
 
 void PDFPagesEditor::extractSelection()
 {
-    const QList<int> rows = m_collectionView->selectedRows();
-    const auto current = document();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const QList<int> rows = pane->selectedRows();
+    const auto current = documentOf(pane);
     if (!current || rows.isEmpty())
         return;
     FilePanelRequest request;
@@ -286,7 +358,13 @@ void PDFPagesEditor::extractSelection()
 
 bool PDFPagesEditor::writePages(const QList<int> &rows, const QUrl &url) const
 {
-    return writePagesOf(document(), rows, url);
+    return writePages(selectedCollectionView(), rows, url);
+}
+
+bool PDFPagesEditor::writePages(
+    const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const
+{
+    return writePagesOf(documentOf(pane), rows, url);
 }
 
 void PDFPagesEditor::leave()
@@ -303,8 +381,9 @@ QList<std::weak_ptr<PDFPage>> &PDFPagesEditor::pageClipboard()
 
 void PDFPagesEditor::copySelection()
 {
-    const auto current = document();
-    const QList<int> rows = m_collectionView->selectedRows();
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const QList<int> rows = pane->selectedRows();
     if (!current || rows.isEmpty())
         return;
     QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
@@ -320,7 +399,8 @@ void PDFPagesEditor::copySelection()
 
 bool PDFPagesEditor::canPaste() const
 {
-    if (m_collectionView->isAnimating() || !document())
+    // Not while a batch of item changes runs in either pane.
+    if (m_primaryPane->isAnimating() || m_secondaryPane->isAnimating() || !document())
         return false;
     // Files that another program put on the clipboard win over pages copied here earlier.
     if (!PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData()).isEmpty())
@@ -334,11 +414,12 @@ void PDFPagesEditor::paste()
 {
     if (!canPaste())
         return;
-    const auto current = document();
-    const int start = insertionIndex(m_collectionView->selectedRows(), current->pageCount());
+    PDFCollectionView *const pane = selectedCollectionView();
+    const auto current = documentOf(pane);
+    const int start = insertionIndex(pane->selectedRows(), current->pageCount());
     const QList<QUrl> urls = PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData());
     if (!urls.isEmpty()) {
-        insertURLs(m_collectionView, urls, start);
+        insertURLs(pane, urls, start);
         return;
     }
     int index = start;
@@ -353,7 +434,7 @@ void PDFPagesEditor::paste()
     for (int row = start; row < index; ++row)
         pasted.append(row);
     didChangePages();
-    m_collectionView->selectRows(pasted);
+    pane->selectRows(pasted);
 }
 
 bool PDFPagesEditor::respondsToEditCommand(const QString &command) const
@@ -365,9 +446,9 @@ bool PDFPagesEditor::respondsToEditCommand(const QString &command) const
 bool PDFPagesEditor::validateEditCommand(const QString &command) const
 {
     if (command == QLatin1String("selectAll:"))
-        return m_model->rowCount() > 0;
+        return selectedCollectionView()->model()->rowCount() > 0;
     if (command == QLatin1String("copy:"))
-        return !m_collectionView->selectedRows().isEmpty();
+        return canRotate();
     if (command == QLatin1String("paste:"))
         return canPaste();
     return command == QLatin1String("delete:");
@@ -382,22 +463,25 @@ void PDFPagesEditor::performEditCommand(const QString &command)
     else if (command == QLatin1String("delete:"))
         deleteSelection();
     else if (command == QLatin1String("selectAll:"))
-        m_collectionView->selectAll();
+        selectedCollectionView()->selectAll();
 }
 
 void PDFPagesEditor::didChangePages()
 {
     reloadData();
-    const auto current = document();
     // Edits go straight into the file, as any edit does, by the background save.
-    if (current && !current->fileURL().isEmpty())
-        current->save();
+    const auto primary = documentOf(m_primaryPane);
+    const auto secondary = documentOf(m_secondaryPane);
+    for (const auto &changed : { primary, secondary == primary ? nullptr : secondary }) {
+        if (changed && changed->numberOfChanges() > 0 && !changed->fileURL().isEmpty())
+            changed->save();
+    }
 }
 
 void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
 {
     QMenu menu(this);
-    const bool any = !m_collectionView->selectedRows().isEmpty();
+    const bool any = canRotate();
     menu.addAction(tr("Rotate Right"), this, [this] { rotateSelection(90); })->setEnabled(any);
     menu.addAction(tr("Rotate Left"), this, [this] { rotateSelection(-90); })->setEnabled(any);
     menu.addSeparator();
@@ -405,9 +489,9 @@ void PDFPagesEditor::showContextMenu(const QPoint &globalPos)
     menu.addAction(tr("Paste"), this, &PDFPagesEditor::paste)->setEnabled(canPaste());
     menu.addSeparator();
     menu.addAction(tr("Extract…"), this, &PDFPagesEditor::extractSelection)->setEnabled(any);
+    menu.addAction(tr("Delete"), this, &PDFPagesEditor::deleteSelection);
     menu.addSeparator();
     menu.addAction(tr("Add Pages from Images…"), this, &PDFPagesEditor::addPagesWithImages);
     menu.addAction(tr("Add Pages from PDF…"), this, &PDFPagesEditor::addPagesWithPDF);
-    menu.addAction(tr("Delete"), this, &PDFPagesEditor::deleteSelection);
     menu.exec(globalPos);
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-// The pages editor of a document tab: the thumbnail grid of the tab's document and the page
-// operations on its selection (rotate, delete after a prompt, extract into a new file, add pages
-// from files). Every operation goes through the document's page methods, so its change counters
-// and the background save see it. Main thread only.
+// The pages editor of a document tab: a thumbnail pane per view of the tab (two while it is
+// split) and the page operations on the selected pane's selection, made through the document's
+// page methods so that its change counters and the background save see them. Main thread only.
 
 #include "PDFCollectionViewDragDelegate.h"
 
@@ -24,6 +23,7 @@ class PDFCollectionView;
 class PDFContents;
 class PDFThumbnailModel;
 class QMenu;
+class QSplitter;
 
 class PDFPagesEditor : public QWidget,
                        public EditCommandResponder,
@@ -45,12 +45,20 @@ public:
     // The tab's two views, whose documents the panes show.
     void setPDFViews(FDPDFView *primary, FDPDFView *secondary);
 
-    PDFCollectionView *collectionView() const { return m_collectionView; }
-    // The pane that operations act on: the one whose view is the tab's selected view.
+    // The pane of the primary view, and that of the secondary one, shown while the tab is split.
+    PDFCollectionView *primaryCollectionView() const { return m_primaryPane; }
+    PDFCollectionView *secondaryCollectionView() const { return m_secondaryPane; }
+    PDFCollectionView *collectionView() const { return m_primaryPane; }
+    // The pane that operations act on: the one whose view is the tab's selected view; the
+    // primary one when both show the same view or the tab is not split.
     PDFCollectionView *selectedCollectionView() const;
+    // The selected pane's document.
     std::shared_ptr<FDDocument> document() const;
     // The document of the pane's view; null without one.
     std::shared_ptr<FDDocument> documentOf(const PDFCollectionView *pane) const;
+
+    // A pane taking the focus makes its view the tab's selected view.
+    void collectionViewDidBecomeFirstResponder(PDFCollectionView *pane);
 
     // Reads the pages again, after the document changed or the editor appeared.
     void reloadData();
@@ -72,6 +80,7 @@ public:
     void extractSelection();
     // Writes the pages at rows into a new file at url; false when there is nothing to write.
     bool writePages(const QList<int> &rows, const QUrl &url) const;
+    bool writePages(const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const;
     // Puts the selected pages on the page clipboard, weakly, and the marker on the clipboard.
     void copySelection();
     // True, while no batch of item changes runs, when the clipboard holds PDF files or images of
@@ -121,6 +130,10 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    PDFCollectionView *makePane(const QString &name);
+    void reloadPane(PDFCollectionView *pane);
+    void onSplitModeChanged();
+    // Shows the panes' documents again and has each changed one saved.
     void didChangePages();
     void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     // Makes a pane take part in page drags, as source and as target.
@@ -141,8 +154,9 @@ private:
     static QList<std::weak_ptr<PDFPage>> &pageClipboard();
 
     QPointer<PDFContents> m_contents;
-    PDFCollectionView *m_collectionView = nullptr;
-    PDFThumbnailModel *m_model = nullptr;
+    QSplitter *m_splitter = nullptr;
+    PDFCollectionView *m_primaryPane = nullptr;
+    PDFCollectionView *m_secondaryPane = nullptr;
     // Gives documents opened here to take pages from the application's page and annotation
     // classes.
     std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;

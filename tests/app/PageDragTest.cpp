@@ -112,8 +112,10 @@ private:
     // whether the grid showed its indicator and accepted the drop.
     bool drop(PDFCollectionView *pane, QMimeData *data, int index);
     // The pages of the tab's file once the saves have ended.
-    QString savedOrder(PDFContents *tab) const;
-    QString pathOf(PDFContents *tab) const;
+    QString savedOrder(PDFContents *tab) const { return savedOrder(documentOf(tab)); }
+    QString savedOrder(const std::shared_ptr<FDDocument> &document) const;
+    static std::shared_ptr<FDDocument> documentOf(PDFContents *tab);
+    static QString pathOf(PDFContents *tab);
     void writeFiles();
 
     QTemporaryDir m_dir;
@@ -170,20 +172,24 @@ PDFPagesEditor *PageDragTest::editorOf(PDFContents *tab) const
     return tab->container()->pagesEditorController();
 }
 
-QString PageDragTest::pathOf(PDFContents *tab) const
+std::shared_ptr<FDDocument> PageDragTest::documentOf(PDFContents *tab)
 {
-    return tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+    return tab->primaryPDFView()->fdDocument();
 }
 
-QString PageDragTest::savedOrder(PDFContents *tab) const
+QString PageDragTest::pathOf(PDFContents *tab)
 {
-    const auto document = tab->primaryPDFView()->fdDocument();
+    return documentOf(tab)->fileURL().toLocalFile();
+}
+
+QString PageDragTest::savedOrder(const std::shared_ptr<FDDocument> &document) const
+{
     if (!QTest::qWaitFor([&] {
             return document->numberOfChanges() == 0
                 && PDFSavingService::shared().numberOfTasks() == 0;
         }))
         return QStringLiteral("not saved");
-    return orderOf(pathOf(tab));
+    return orderOf(document->fileURL().toLocalFile());
 }
 
 bool PageDragTest::drop(PDFCollectionView *pane, QMimeData *data, int index)
@@ -279,23 +285,44 @@ void PageDragTest::dragsWithinAPaneReorderTheFile()
 
 void PageDragTest::dragsBetweenTabsAndWindowsMoveThePages_data()
 {
-    QTest::addColumn<int>("targetWindow");
-    QTest::newRow("another tab") << 0;
-    QTest::newRow("another window") << 1;
+    QTest::addColumn<QString>("place");
+    QTest::newRow("the other pane of a split tab") << "pane";
+    QTest::newRow("another tab") << "tab";
+    QTest::newRow("another window") << "window";
 }
 
 void PageDragTest::dragsBetweenTabsAndWindowsMoveThePages()
 {
-    QFETCH(int, targetWindow);
+    QFETCH(QString, place);
     FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
     PDFContents *const source = openTab(0, QStringLiteral("From.pdf"), taggedPages("a", 5));
-    PDFContents *const target
-        = openTab(targetWindow, QStringLiteral("To.pdf"), taggedPages("b", 3));
-    QVERIFY(source && target);
+    QVERIFY(source);
     PDFCollectionView *const from = editorOf(source)->collectionView();
-    PDFCollectionView *const to = editorOf(target)->collectionView();
+    PDFCollectionView *to = nullptr;
+    std::shared_ptr<FDDocument> target;
+    if (place == QLatin1String("pane")) {
+        const QString path = m_dir.filePath(QStringLiteral("Right.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(taggedPages("b", 3)) > 0);
+        file.close();
+        source->setIsPagesEditingMode(false);
+        source->setSplitMode(PDFSplitViewMode::horizontal);
+        source->secondaryPDFView()->loadDocument(QUrl::fromLocalFile(path));
+        QTRY_VERIFY(
+            source->secondaryPDFView()->fdDocument() && !source->secondaryPDFView()->isLoading());
+        source->setIsPagesEditingMode(true);
+        target = source->secondaryPDFView()->fdDocument();
+        to = editorOf(source)->secondaryCollectionView();
+        QTRY_COMPARE(to->model()->rowCount(), 3);
+    } else {
+        PDFContents *const tab = openTab(
+            place == QLatin1String("tab") ? 0 : 1, QStringLiteral("To.pdf"), taggedPages("b", 3));
+        QVERIFY(tab);
+        target = documentOf(tab);
+        to = editorOf(tab)->collectionView();
+    }
     // A bookmark of a page that leaves for another document goes with the page.
-    const auto document = source->primaryPDFView()->fdDocument();
+    const auto document = documentOf(source);
     QVERIFY(document->addBookmarkWith(
         std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(1)), QStringLiteral("Gone")));
     // The drag starts on page 3, outside the selection of pages 2 and 4: the selection goes.
@@ -305,11 +332,11 @@ void PageDragTest::dragsBetweenTabsAndWindowsMoveThePages()
     editorOf(source)->collectionViewDragDidEnd(from);
     QCOMPARE(from->model()->rowCount(), 3);
     QCOMPARE(to->selectedRows(), (Rows { 1, 2 }));
-    QCOMPARE(savedOrder(source), QStringLiteral("a1 a3 a5"));
+    QCOMPARE(savedOrder(document), QStringLiteral("a1 a3 a5"));
     QCOMPARE(savedOrder(target), QStringLiteral("b1 a2 a4 b2 b3"));
     QVERIFY(document->bookmarks().isEmpty());
     QVERIFY(passesQpdfCheck(qpdf, pathOf(source)));
-    QVERIFY(passesQpdfCheck(qpdf, pathOf(target)));
+    QVERIFY(passesQpdfCheck(qpdf, target->fileURL().toLocalFile()));
 }
 
 void PageDragTest::theFileIsWrittenOnlyWhenAReceiverAsks()

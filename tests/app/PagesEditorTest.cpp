@@ -139,6 +139,7 @@ private slots:
     void addedFilesGoInAtARunningIndex_data();
     void addedFilesGoInAtARunningIndex();
     void aDeletedPageTakesItsBookmark();
+    void aSplitTabShowsTwoPanesThatActAlone();
 
 private:
     PDFContents *openTab(const QString &name);
@@ -632,6 +633,58 @@ void PagesEditorTest::aDeletedPageTakesItsBookmark()
     QCOMPARE(reopened->bookmarks().size(), 1);
     QCOMPARE(reopened->bookmarks().at(0)->title(), QStringLiteral("Mark 4"));
     QCOMPARE(reopened->indexForPage(reopened->bookmarks().at(0)->page()), 1);
+}
+
+void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
+{
+    PDFContents *const tab = openTab(QStringLiteral("Left.pdf"));
+    QVERIFY(tab);
+    const QString right = m_dir.filePath(QStringLiteral("Right.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 3, 0), right));
+    tab->setSplitMode(PDFSplitViewMode::horizontal);
+    FDPDFView *const secondary = tab->secondaryPDFView();
+    secondary->loadDocument(QUrl::fromLocalFile(right));
+    QTRY_VERIFY(secondary->fdDocument() && !secondary->isLoading());
+    tab->setIsPagesEditingMode(true);
+    PDFPagesEditor *const editor = editorOf(tab);
+    PDFCollectionView *const left = editor->primaryCollectionView();
+    PDFCollectionView *const other = editor->secondaryCollectionView();
+    QTRY_VERIFY(left->isVisible() && other->isVisible());
+    QCOMPARE(left->model()->rowCount(), 5);
+    QCOMPARE(other->model()->rowCount(), 3);
+    QVERIFY(left->geometry().right() < other->geometry().left());
+
+    // A click in a pane selects its view, and the operations go to that pane alone.
+    QTest::mouseClick(other->viewport(), Qt::LeftButton, {}, centreOfRow(other, 1));
+    QTRY_COMPARE(tab->selectedPDFView(), secondary);
+    QCOMPARE(editor->selectedCollectionView(), other);
+    QTest::keySequence(other, QKeySequence(Qt::CTRL | Qt::Key_R));
+    QCOMPARE(secondary->fdDocument()->pageAtIndex(1)->rotation(), 90);
+    QCOMPARE(tab->primaryPDFView()->fdDocument()->pageAtIndex(1)->rotation(), 0);
+    QTest::keySequence(other, QKeySequence::Copy);
+    QTest::mouseClick(left->viewport(), Qt::LeftButton, {}, centreOfRow(left, 0));
+    QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
+    QCOMPARE(editor->selectedCollectionView(), left);
+    QCOMPARE(other->selectedRows(), rows({ 1 }));
+
+    // No paste while either pane runs a batch of item changes.
+    QVERIFY(editor->canPaste());
+    bool couldPaste = true;
+    other->performBatchUpdates([&] { couldPaste = editor->canPaste(); });
+    QVERIFY(!couldPaste);
+    editor->paste();
+    QCOMPARE(left->model()->rowCount(), 6);
+    QCOMPARE(left->selectedRows(), rows({ 1 }));
+    QCOMPARE(other->model()->rowCount(), 3);
+    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCOMPARE(pagesOf(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
+        QStringLiteral("2/90/"));
+    QCOMPARE(pagesOf(right).at(1), QStringLiteral("2/90/"));
+
+    // Back to one pane: the primary one.
+    tab->setSplitMode(PDFSplitViewMode::none);
+    QVERIFY(!other->isVisible());
+    QCOMPARE(editor->selectedCollectionView(), left);
 }
 
 int main(int argc, char *argv[])
