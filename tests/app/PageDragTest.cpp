@@ -352,6 +352,10 @@ void PageDragTest::theFileIsWrittenOnlyWhenAReceiverAsks()
     std::unique_ptr<QMimeData> data(editorOf(tab)->collectionViewWillBeginDrag(pane, { 0 }));
     QCOMPARE(data->formats(),
         (QStringList { PDFPagesEditor::PageMarkerType, QStringLiteral("text/uri-list") }));
+    // Over the window, where files dropped open as tabs, pages are no file.
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, {});
+    QApplication::sendEvent(m_windows[0], &enter);
+    QVERIFY(!enter.isAccepted());
     QVERIFY(!QFileInfo::exists(path));
     // The file manager asks for the list at the drop: one file of both pages, in their order.
     QCOMPARE(data->data(QStringLiteral("text/uri-list")),
