@@ -10,6 +10,7 @@
 #include <appearance/FDThemeProvider.h>
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
+#include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/Workspace.h>
 #include <navigation/PDFThumbnailModel.h>
@@ -469,7 +470,19 @@ void PDFPagesEditor::performEditCommand(const QString &command)
 void PDFPagesEditor::didChangePages()
 {
     reloadData();
-    // Edits go straight into the file, as any edit does, by the background save.
+    // Edits go into the file by the background save, as any edit does; it starts on the next
+    // turn, so that the grid shows the change first and a run of edits makes one save.
+    if (m_isSaveQueued)
+        return;
+    m_isSaveQueued = true;
+    MainQueue::async(this, [this] {
+        m_isSaveQueued = false;
+        saveChangedDocuments();
+    });
+}
+
+void PDFPagesEditor::saveChangedDocuments()
+{
     const auto primary = documentOf(m_primaryPane);
     const auto secondary = documentOf(m_secondaryPane);
     for (const auto &changed : { primary, secondary == primary ? nullptr : secondary }) {

@@ -133,8 +133,9 @@ private:
     PDFCollectionView *makePane(const QString &name);
     void reloadPane(PDFCollectionView *pane);
     void onSplitModeChanged();
-    // Shows the panes' documents again and has each changed one saved.
+    // Shows the panes' documents again and has each changed one saved on the next turn.
     void didChangePages();
+    void saveChangedDocuments();
     void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
     // Makes a pane take part in page drags, as source and as target.
     void registerForDragAndDrop(PDFCollectionView *pane);
@@ -160,4 +161,5 @@ private:
     // Gives documents opened here to take pages from the application's page and annotation
     // classes.
     std::shared_ptr<PDFDocumentDelegate> m_documentDelegate;
+    bool m_isSaveQueued = false;
 };

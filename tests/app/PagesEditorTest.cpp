@@ -145,6 +145,8 @@ private:
     PDFContents *openTab(const QString &name);
     PDFPagesEditor *editorOf(PDFContents *tab) const;
     QPoint centreOfRow(PDFCollectionView *view, int row) const;
+    // Waits for the editor's save of every changed document of the window to be written.
+    bool everythingSaved() const;
 
     QTemporaryDir m_dir;
     QPointer<PDFWindowController> m_window;
@@ -208,6 +210,22 @@ PDFContents *PagesEditorTest::openTab(const QString &name)
 PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const
 {
     return tab->container()->pagesEditorController();
+}
+
+bool PagesEditorTest::everythingSaved() const
+{
+    return QTest::qWaitFor([this] {
+        TabStripModel *const model = m_window->tabStripModel();
+        for (int index = 0; index < model->count(); ++index) {
+            auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index));
+            for (FDPDFView *const view : { tab ? tab->primaryPDFView() : nullptr,
+                     tab ? tab->secondaryPDFView() : nullptr }) {
+                if (view && view->fdDocument() && view->fdDocument()->numberOfChanges() > 0)
+                    return false;
+            }
+        }
+        return PDFSavingService::shared().numberOfTasks() == 0;
+    });
 }
 
 QPoint PagesEditorTest::centreOfRow(PDFCollectionView *view, int row) const
@@ -443,7 +461,7 @@ void PagesEditorTest::operationsAreSavedIntoTheFile()
             QStringList { "Are you sure you want to delete selected pages?|You can't undo this "
                           "action!|Delete,Cancel" });
     }
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     QCOMPARE(grid->model()->rowCount(), expected.size());
     QCOMPARE(pagesOf(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
@@ -521,7 +539,7 @@ void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
     QTest::keySequence(to->collectionView(), QKeySequence::Paste);
     const int first = PDFPagesEditor::insertionIndex(target, 5);
     QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
     QCOMPARE(pagesOf(path), expected);
     // The source keeps its pages.
@@ -599,7 +617,7 @@ void PagesEditorTest::addedFilesGoInAtARunningIndex()
     QCOMPARE(grid->model()->rowCount(), expected.size());
     if (!added.isEmpty())
         QCOMPARE(grid->selectedRows(), inserted);
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     QCOMPARE(pagesOf(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
     QVERIFY2(check.exitCode == 0, check.out.constData());
@@ -623,7 +641,7 @@ void PagesEditorTest::aDeletedPageTakesItsBookmark()
     m_answer = Alert::FirstButtonReturn;
     editor->deleteSelection();
     QCOMPARE(document->bookmarks().size(), 1);
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     QCOMPARE(document->numberOfChanges(), 0);
 
     // The file's hidden branch holds the one left, on its page's new place.
@@ -676,7 +694,7 @@ void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
     QCOMPARE(left->model()->rowCount(), 6);
     QCOMPARE(left->selectedRows(), rows({ 1 }));
     QCOMPARE(other->model()->rowCount(), 3);
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(everythingSaved());
     QCOMPARE(pagesOf(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
         QStringLiteral("2/90/"));
     QCOMPARE(pagesOf(right).at(1), QStringLiteral("2/90/"));

@@ -11,6 +11,8 @@
 #include "SaslPrep.h"
 #include "mupdf/MuOpen.h"
 
+#include <kit/base/NotificationCenter.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -24,6 +26,8 @@
 
 #include <malloc.h>
 
+const QString PDFDocument::PagesDidChangeNotification
+    = QStringLiteral("PDFDocumentPagesDidChangeNotification");
 const QString PDFDocument::DidFindMatchNotification
     = QStringLiteral("PDFDocumentDidFindMatchNotification");
 const QString PDFDocument::DidEndFindNotification
@@ -175,6 +179,7 @@ bool PDFDocumentPrivate::loadContent()
         page->d->document = q.weak_from_this();
         if (!walk.active())
             page->d->object = tree.pages[i];
+        page->d->indexHint = int(i);
         pages.push_back(page);
     }
     resolved = walk.active() ? 0 : int(count);
@@ -324,6 +329,7 @@ void PDFDocumentPrivate::renumberLocked()
     ++pageOrder;
     for (size_t i = 0; i < pages.size(); ++i) {
         PDFPagePrivate &page = *pages[i]->d;
+        page.indexHint = int(i);
         if (page.page && page.handle == handle)
             page.page->super.number = static_cast<int>(i);
     }
@@ -547,6 +553,9 @@ int PDFDocument::indexForPage(const std::shared_ptr<PDFPage> &page) const
 {
     if (!page)
         return -1;
+    const int hint = page->d->indexHint;
+    if (hint >= 0 && hint < pageCount() && d->pages[size_t(hint)] == page)
+        return hint;
     const auto found = std::find(d->pages.begin(), d->pages.end(), page);
     return found == d->pages.end() ? -1 : static_cast<int>(found - d->pages.begin());
 }
@@ -559,14 +568,12 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
     d->loadOutline();
     d->resolveAll();
     if (const auto owner = page->document()) {
-        if (owner.get() == this) {
-            if (index > pageCount() - 1)
-                index = pageCount() - 1;
-            d->takePage(indexForPage(page));
-        } else {
-            // Through the owner's own removal, so that a subclass counts and tells of it.
-            owner->removePageAtIndex(owner->indexForPage(page));
-        }
+        if (owner.get() == this && index > pageCount() - 1)
+            index = pageCount() - 1;
+        // Through the owner's own removal, so that a subclass counts and announces it.
+        owner->removePageAtIndex(owner->indexForPage(page));
+        if (page->document())
+            return;
     }
     if (index > pageCount())
         return;
@@ -601,11 +608,13 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
     }
     page->d->document = weak_from_this();
     page->noteContentChanged();
+    NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
 }
 
 void PDFDocument::removePageAtIndex(int index)
 {
-    d->takePage(index);
+    if (d->takePage(index))
+        NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
 }
 
 void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
@@ -637,6 +646,7 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
     }
     std::swap(d->pages[static_cast<size_t>(low)], d->pages[static_cast<size_t>(high)]);
     d->renumberLocked();
+    NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
 }
 
 std::shared_ptr<PDFOutline> PDFDocument::outlineRoot() const

@@ -24,6 +24,8 @@ class PDFDocument : public std::enable_shared_from_this<PDFDocument>
 {
 public:
     // Posted on NotificationCenter::defaultCenter() on the main thread with the document as sender.
+    // A page was inserted, removed, moved or turned; posted once per page.
+    static const QString PagesDidChangeNotification; // "PDFDocumentPagesDidChangeNotification"
     static const QString DidFindMatchNotification; // "PDFDocumentDidFindMatchNotification"
     static const QString DidEndFindNotification; // "PDFDocumentDidEndFindNotification"
     static const QString FoundSelectionKey; // "PDFDocumentFoundSelection"
@@ -52,9 +54,11 @@ public:
 
     int pageCount() const;
     std::shared_ptr<PDFPage> pageAtIndex(int index) const; // null out of range
-    int indexForPage(const std::shared_ptr<PDFPage> &page) const; // -1 when not in this document
+    // -1 when not in this document; constant time.
+    int indexForPage(const std::shared_ptr<PDFPage> &page) const;
 
-    // A page in another document is taken out of it first; a page from elsewhere is copied into
+    // A page in another document is taken out of it first, by that document's
+    // removePageAtIndex(); a page from elsewhere is copied into
     // this document's file and stays the same object. Out-of-range indexes do nothing.
     virtual void insertPage(const std::shared_ptr<PDFPage> &page, int index);
     // The removed page lives on without a document, with its content.

@@ -9,6 +9,8 @@
 #include "PageGeometry.h"
 #include "TiffWriter.h"
 
+#include <kit/base/NotificationCenter.h>
+
 #include <QBuffer>
 #include <QPainter>
 
@@ -366,6 +368,9 @@ void PDFPage::setRotation(int degrees)
         mu::runQuietly(ctx, [&] { pdf_dict_put_int(ctx, obj, PDF_NAME(Rotate), rotation); });
     }
     noteContentChanged();
+    if (const auto owner = document())
+        NotificationCenter::defaultCenter().post(
+            PDFDocument::PagesDidChangeNotification, owner.get());
 }
 
 QString PDFPage::label() const

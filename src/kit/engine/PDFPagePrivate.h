@@ -43,6 +43,9 @@ struct PDFPagePrivate
     pdf_obj *object = nullptr; // kept
     pdf_page *page = nullptr; // kept, loaded on first use
     std::weak_ptr<PDFDocument> document;
+    // The page's place in its document's list when the list was last numbered: finding a
+    // page's index checks it first, so that it takes constant time.
+    int indexHint = -1;
     PDFPageFactory factory; // the class this page was built as
 
     quint64 revision = 1;

@@ -1,7 +1,7 @@
 #include "PDFView.h"
-#include "PDFViewAccessible.h"
 #include "PDFPageView.h"
 #include "PDFRenderScheduler.h"
+#include "PDFViewAccessible.h"
 #include "PDFViewDelegate.h"
 
 #include <kit/base/NotificationCenter.h>
@@ -32,6 +32,7 @@ const QString PDFView::SelectionChangedNotification
 PDFView::PDFView(QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_scheduler(new PDFRenderScheduler(this))
+    , m_documentObserver(new QObject(this))
 {
     PDFViewAccessible::registerFactory();
     setFrameShape(QFrame::NoFrame);
@@ -78,6 +79,12 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     m_pressedLink.reset();
     m_selecting = false;
     m_document = document;
+    NotificationCenter::defaultCenter().removeObserver(m_documentObserver);
+    if (document) {
+        NotificationCenter::defaultCenter().addObserver(m_documentObserver,
+            PDFDocument::PagesDidChangeNotification, document.get(),
+            [this](const Notification &) { documentPagesDidChange(); });
+    }
     m_pagesLeftBehind = 0;
     m_releaseTimer.stop();
     m_layout.setAnchorPage(0);
@@ -94,6 +101,7 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
 
 void PDFView::reloadPageSizes()
 {
+    m_pagesStale = false;
     m_sizeTimer.stop();
     m_sizesWaitForPaint = false;
     m_pages.clear();
@@ -200,6 +208,11 @@ int PDFView::indexOfPage(const PDFPage *page) const
 {
     if (!page)
         return -1;
+    if (m_pagesStale) {
+        const auto shared = std::const_pointer_cast<PDFPage>(page->shared_from_this());
+        const int index = m_document ? m_document->indexForPage(shared) : -1;
+        return index < int(m_pages.size()) ? index : -1;
+    }
     const auto found = m_pageIndexes.find(page);
     if (found != m_pageIndexes.end())
         return found->second;
@@ -223,6 +236,8 @@ std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
 {
     if (index < 0 || index >= int(m_pages.size()))
         return nullptr;
+    if (m_pagesStale)
+        return m_document ? m_document->pageAtIndex(index) : nullptr;
     auto &page = m_pages[size_t(index)];
     if (!page && m_document) {
         page = m_document->pageAtIndex(index);
@@ -243,6 +258,22 @@ std::shared_ptr<PDFPage> PDFView::pageAt(int index) const
         }
     }
     return page;
+}
+
+void PDFView::documentPagesDidChange()
+{
+    m_pagesStale = true;
+    if (m_relayoutQueued)
+        return;
+    m_relayoutQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_relayoutQueued = false;
+            if (m_pagesStale)
+                layoutDocumentView();
+        },
+        Qt::QueuedConnection);
 }
 
 void PDFView::layoutDocumentView()

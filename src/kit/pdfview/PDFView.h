@@ -251,6 +251,8 @@ private:
     QSizeF printPageSize(int index) const;
     void ensureVisiblePageSizes();
     void relayout();
+    // The document announced a change of its pages: one layout on the next turn, however many.
+    void documentPagesDidChange();
     void updateScrollBars();
     QPoint documentOrigin() const; // canvas origin in view coordinates
     QRect pageRectInView(int index) const;
@@ -336,6 +338,10 @@ private:
     QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
     mutable bool m_relayoutQueued = false; // the document's page count changed under the view
+    // Pages were inserted, removed, moved or turned since the last layout: until the layout that
+    // is queued for the next turn, pages and indexes are asked of the document itself.
+    bool m_pagesStale = false;
+    QObject *m_documentObserver = nullptr;
     std::map<int, QPointer<PDFPageView>> m_pageViews;
 
     std::shared_ptr<PDFSelection> m_selection;

@@ -530,6 +530,39 @@ private slots:
         view.setDelegate(nullptr);
     }
 
+    // Pages inserted, removed, moved or turned by the document: the view finds every page where
+    // the document has it at once, and lays the pages out again on the next turn.
+    void pageChangesOfTheDocumentReachTheView()
+    {
+        const auto document = text(10);
+        QVERIFY(document);
+        PDFView view;
+        show(view, document, 0.5);
+        const auto first = document->pageAtIndex(0);
+        const auto last = document->pageAtIndex(9);
+        const QRectF box = first->boundsForBox(PDFDisplayBox::CropBox);
+        const QRectF firstPlace = view.convertRectFromPage(box, first);
+        const double height = view.documentView().bounds().height();
+
+        document->removePageAtIndex(9);
+        document->insertPage(last, 0);
+        QCOMPARE(view.convertRectFromPage(box, last), firstPlace);
+        QCOMPARE(view.pageForPoint(firstPlace.center(), false), last);
+        for (int k = 0; k < 3; ++k)
+            document->removePageAtIndex(9 - k);
+        QCOMPARE(view.pageForPoint(firstPlace.center(), false), last);
+        QTRY_COMPARE(view.documentView().bounds().height(), height * 7 / 10);
+        // First still, though the shorter document may centre the column elsewhere.
+        QCOMPARE(view.convertRectFromPage(box, last).top(), firstPlace.top());
+        QVERIFY(view.convertRectFromPage(box, first).top() > firstPlace.bottom());
+
+        // A page turned on its side is laid out across.
+        const double width = view.documentView().bounds().width();
+        last->setRotation(90);
+        QTRY_VERIFY(view.documentView().bounds().width() > width);
+        QCOMPARE(view.convertRectFromPage(box, last).size(), firstPlace.size().transposed());
+    }
+
     void longDocumentsLayOutExactlyWhilePageSizesAreRead()
     {
         // 100 portrait pages, then 200 landscape ones: sizes past the first pages are read later.
