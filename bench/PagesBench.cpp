@@ -12,7 +12,6 @@
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
-#include <kit/base/MainQueue.h>
 #include <kit/engine/PDFPage.h>
 #include <navigation/PDFThumbnailModel.h>
 #include <pages/PDFCollectionView.h>
@@ -21,6 +20,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtCore/qtestsupport_core.h>
@@ -140,14 +140,14 @@ int runPages(const QStringList &arguments)
         editor->rotateSelection(90);
     });
     operation(QStringLiteral("move 500 pages to the end"), [&] {
-        for (int moved = 0; moved < 500; ++moved) {
-            const auto page = document->pageAtIndex(0);
-            document->removePageAtIndex(0);
-            document->insertPage(page, document->pageCount());
-        }
-        editor->reloadData();
-        // As the editor does after an edit.
-        MainQueue::async([document] { document->save(); });
+        // The drop of a drag of the first 500 pages after the last one, as the grid hands it on.
+        QList<int> rows;
+        for (int row = 0; row < std::min(500, document->pageCount()); ++row)
+            rows.append(row);
+        grid->selectRows(rows);
+        const std::unique_ptr<QMimeData> dragged(editor->collectionViewWillBeginDrag(grid, rows));
+        editor->collectionViewAcceptDrop(grid, dragged.get(), document->pageCount());
+        editor->collectionViewDragDidEnd(grid);
     });
     const int before = document->pageCount();
     operation(QStringLiteral("delete 1000 pages"), [&] {

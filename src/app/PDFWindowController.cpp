@@ -18,6 +18,7 @@
 #include <kit/base/Workspace.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/tabs/TabStripModel.h>
+#include <pages/PDFPagePasteboard.h>
 
 #include <QAction>
 #include <QCoreApplication>
@@ -40,7 +41,9 @@ PDFWindowController::DocumentContentsMaker &documentContentsMaker()
 
 bool isFileDrop(const QMimeData *data)
 {
-    if (!data || !data->hasUrls())
+    // Pages dragged out of a pages editor offer a file only for other programs: asking for it
+    // here would write it.
+    if (!data || !data->hasUrls() || PDFPagePasteboard::hasPageMarker(data))
         return false;
     const QList<QUrl> urls = data->urls();
     return std::any_of(urls.begin(), urls.end(),

@@ -124,6 +124,12 @@ int PDFThumbnailModel::rowCount(const QModelIndex &parent) const
     return parent.isValid() || !current ? 0 : current->pageCount();
 }
 
+Qt::ItemFlags PDFThumbnailModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags base = QAbstractListModel::flags(index);
+    return index.isValid() ? base | Qt::ItemIsDragEnabled : base;
+}
+
 QVariant PDFThumbnailModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= rowCount())

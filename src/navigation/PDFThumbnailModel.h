@@ -52,6 +52,8 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
+    // Rows may be dragged where the view lets them (the pages editor does).
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
     // What to draw is fixed on the main thread, one page per turn while no worker draws.

@@ -1,6 +1,7 @@
 #include "PDFPagesEditor.h"
 
 #include "PDFCollectionView.h"
+#include "PDFPagePasteboard.h"
 
 #include <app/Alert.h>
 #include <app/FDFilePanel.h>
@@ -134,6 +135,7 @@ PDFCollectionView *PDFPagesEditor::makePane(const QString &name)
     pane->setGridSize(QSize(itemWidth + 12, itemHeight + numberHeight + 12));
     pane->setModel(model);
     m_splitter->addWidget(pane);
+    registerForDragAndDrop(pane);
 
     connect(pane, &PDFCollectionView::deleteRequested, this, &PDFPagesEditor::deleteSelection);
     connect(pane, &PDFCollectionView::leaveRequested, this, &PDFPagesEditor::leave);
@@ -363,17 +365,7 @@ bool PDFPagesEditor::writePages(const QList<int> &rows, const QUrl &url) const
 bool PDFPagesEditor::writePages(
     const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const
 {
-    const auto current = documentOf(pane);
-    if (!current || rows.isEmpty())
-        return false;
-    const auto extract = std::make_shared<PDFDocument>();
-    if (!extract->init())
-        return false;
-    for (const int row : rows) {
-        if (const auto page = current->pageAtIndex(row))
-            extract->insertPage(page->copy(), extract->pageCount());
-    }
-    return extract->writeToURL(url);
+    return writePagesOf(documentOf(pane), rows, url);
 }
 
 void PDFPagesEditor::leave()
@@ -411,9 +403,9 @@ bool PDFPagesEditor::canPaste() const
     // Not while a batch of item changes runs in either pane.
     if (m_primaryPane->isAnimating() || m_secondaryPane->isAnimating() || !document())
         return false;
-    const QMimeData *const mime = QApplication::clipboard()->mimeData();
-    if (!mime || !mime->hasFormat(PageMarkerType))
-        return false;
+    // Files that another program put on the clipboard win over pages copied here earlier.
+    if (!PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData()).isEmpty())
+        return true;
     const QList<std::weak_ptr<PDFPage>> &pages = pageClipboard();
     return std::any_of(pages.begin(), pages.end(),
         [](const std::weak_ptr<PDFPage> &page) { return !page.expired(); });
@@ -426,6 +418,11 @@ void PDFPagesEditor::paste()
     PDFCollectionView *const pane = selectedCollectionView();
     const auto current = documentOf(pane);
     const int start = insertionIndex(pane->selectedRows(), current->pageCount());
+    const QList<QUrl> urls = PDFPagePasteboard::pageFileURLs(QApplication::clipboard()->mimeData());
+    if (!urls.isEmpty()) {
+        insertURLs(pane, urls, start);
+        return;
+    }
     int index = start;
     // Copies, so that pasting twice or into the pages' own document makes new pages.
     for (const std::weak_ptr<PDFPage> &weak : pageClipboard()) {

@@ -4,6 +4,8 @@
 // split) and the page operations on the selected pane's selection, made through the document's
 // page methods so that its change counters and the background save see them. Main thread only.
 
+#include "PDFCollectionViewDragDelegate.h"
+
 #include <kit/tabs/EditCommandResponder.h>
 
 #include <QPointer>
@@ -11,6 +13,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class FDDocument;
 class FDPDFView;
@@ -22,7 +25,9 @@ class PDFThumbnailModel;
 class QMenu;
 class QSplitter;
 
-class PDFPagesEditor : public QWidget, public EditCommandResponder
+class PDFPagesEditor : public QWidget,
+                       public EditCommandResponder,
+                       public PDFCollectionViewDragDelegate
 {
     Q_OBJECT
 
@@ -78,11 +83,11 @@ public:
     bool writePages(const PDFCollectionView *pane, const QList<int> &rows, const QUrl &url) const;
     // Puts the selected pages on the page clipboard, weakly, and the marker on the clipboard.
     void copySelection();
-    // True while the clipboard holds the marker, some copied page still exists and no batch of
-    // item changes runs.
+    // True, while no batch of item changes runs, when the clipboard holds PDF files or images of
+    // another program, or some copied page still exists.
     bool canPaste() const;
-    // Inserts copies of the copied pages after the highest selected page (at the end without a
-    // selection) and selects them.
+    // Inserts, after the highest selected page (at the end without a selection), the files on the
+    // clipboard, or else copies of the copied pages, and selects what went in.
     void paste();
     // Inserts the pages of the files at urls into the pane's document at index, in their order:
     // an image (PNG, JPEG, GIF) makes one page, a PDF gives copies of all its pages. A file that
@@ -103,6 +108,24 @@ public:
     bool validateEditCommand(const QString &command) const override;
     void performEditCommand(const QString &command) override;
 
+    // Dragging pages: within a pane, to the other pane, to other tabs and windows (a move, with
+    // the pages themselves), out to the file manager (a PDF file of them, written when asked for)
+    // and in from it (PDF files and images, inserted at the drop place).
+    QMimeData *collectionViewWillBeginDrag(
+        PDFCollectionView *pane, const QList<int> &rows) override;
+    void collectionViewDragDidEnd(PDFCollectionView *pane) override;
+    Qt::DropAction collectionViewValidateDrop(
+        PDFCollectionView *pane, const QMimeData *mime) override;
+    bool collectionViewAcceptDrop(
+        PDFCollectionView *pane, const QMimeData *mime, int index) override;
+
+    // Where pages dragged from rows land when dropped before the item at dropIndex: the drop
+    // place less the dragged rows above it when they leave the same document first.
+    static int moveInsertionIndex(const QList<int> &rows, int dropIndex, bool sameDocument);
+    // Writes the pages of document at rows, in their order, into a new file at url.
+    static bool writePagesOf(
+        const std::shared_ptr<FDDocument> &document, const QList<int> &rows, const QUrl &url);
+
 protected:
     void showEvent(QShowEvent *event) override;
 
@@ -114,6 +137,18 @@ private:
     void didChangePages();
     void saveChangedDocuments();
     void addPagesFromPanel(const QStringList &types, const QString &typesTitle);
+    // Makes a pane take part in page drags, as source and as target.
+    void registerForDragAndDrop(PDFCollectionView *pane);
+    // Moves the dragged pages into pane before index; false when a part is missing.
+    bool moveDraggedPages(PDFCollectionView *pane, int index);
+    // Inserts page files at index of pane; true when any page came in.
+    bool insertDroppedURLs(PDFCollectionView *pane, const QList<QUrl> &urls, int index);
+    static PDFPagesEditor *editorOf(const PDFCollectionView *pane);
+
+    // The one drag of pages of the process: the pane it left and the rows it took, ascending.
+    static QPointer<PDFCollectionView> &dragSource();
+    static std::optional<QList<int>> &dragIndexPaths();
+
     void showContextMenu(const QPoint &globalPos);
 
     // Shared by every editor of the process, so pages go between tabs and windows.

@@ -7,6 +7,7 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/Workspace.h>
 #include <navigation/FDCommonImageProvider.h>
+#include <pages/PDFPagePasteboard.h>
 #include <view/FDPDFView.h>
 
 #include <QDragEnterEvent>
@@ -122,7 +123,8 @@ void PDFViewInfoBarContainer::openInView(const QUrl &url)
 
 QUrl PDFViewInfoBarContainer::droppedPDF(const QMimeData *mime) const
 {
-    if (!mime || !mime->hasUrls() || !m_contents || m_pdfView != m_contents->secondaryPDFView())
+    if (!mime || !mime->hasUrls() || PDFPagePasteboard::hasPageMarker(mime) || !m_contents
+        || m_pdfView != m_contents->secondaryPDFView())
         return {};
     const QList<QUrl> urls = mime->urls();
     if (urls.size() != 1 || !urls.first().isLocalFile()
