@@ -79,7 +79,20 @@ void PDFSidebarAnnContents::onResetObservers()
 
 void PDFSidebarAnnContents::onPDFViewChanged()
 {
-    rebuild();
+    if (isVisible()) {
+        rebuild();
+        return;
+    }
+    // A hidden list would read every page of a long document before its first screen shows.
+    m_rebuildPending = true;
+    m_model->rebuild(nullptr);
+}
+
+void PDFSidebarAnnContents::showEvent(QShowEvent *event)
+{
+    PDFSidebarTabContents::showEvent(event);
+    if (m_rebuildPending)
+        rebuild();
 }
 
 void PDFSidebarAnnContents::onThemeChanged()
@@ -89,6 +102,7 @@ void PDFSidebarAnnContents::onThemeChanged()
 
 void PDFSidebarAnnContents::rebuild()
 {
+    m_rebuildPending = false;
     FDPDFView *const view = selectedPDFView();
     m_model->rebuild(view ? view->document() : nullptr);
     onSelectedAnnotationChanged();
@@ -102,6 +116,8 @@ void PDFSidebarAnnContents::updateTitle()
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 {
+    if (m_rebuildPending)
+        return;
     const int row = m_model->add(annotationOf(notification));
     updateTitle();
     if (row >= 0)
@@ -110,6 +126,8 @@ void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 
 void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification)
 {
+    if (m_rebuildPending)
+        return;
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
     if (row >= 0)
@@ -120,11 +138,15 @@ void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification
 
 void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification)
 {
+    if (m_rebuildPending)
+        return;
     m_model->change(annotationOf(notification));
 }
 
 void PDFSidebarAnnContents::onSelectedAnnotationChanged()
 {
+    if (m_rebuildPending)
+        return;
     FDPDFView *const view = selectedPDFView();
     const auto selected = view ? view->selectedAnn() : nullptr;
     const int row = m_model->rowOf(selected);

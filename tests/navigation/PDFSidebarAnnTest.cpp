@@ -102,6 +102,31 @@ private slots:
         Q_UNUSED(onThree);
     }
 
+    void aHiddenListIsMadeWhenFirstShown_data()
+    {
+        QTest::addColumn<bool>("sidebarHidden");
+        QTest::newRow("another tab of the sidebar") << false;
+        QTest::newRow("the sidebar closed") << true;
+    }
+    void aHiddenListIsMadeWhenFirstShown()
+    {
+        QFETCH(bool, sidebarHidden);
+        QVERIFY(open(PDFSidebarMode::thumbnails));
+        m_tab->setIsSidebarHidden(sidebarHidden);
+        addNote(1, QStringLiteral("made unseen"));
+        // Out of sight, the list reads no page; its rows come with the showing.
+        QVERIFY(!m_list->isVisible());
+        QCOMPARE(m_list->model()->rowCount(), 0);
+        m_tab->setIsSidebarHidden(false);
+        m_tab->setSidebarMode(PDFSidebarMode::annotations);
+        QTRY_VERIFY(m_list->isVisible());
+        QCOMPARE(rows(), QStringList({ "#2", "made unseen" }));
+        QCOMPARE(m_list->title(), QStringLiteral("Annotations ( 1 )"));
+        // Shown, it follows changes row by row again.
+        addNote(0, QStringLiteral("made in sight"));
+        QCOMPARE(rows(), QStringList({ "#1", "made in sight", "#2", "made unseen" }));
+    }
+
     void selectionGoesBothWays()
     {
         QVERIFY(open());
@@ -120,7 +145,7 @@ private slots:
     }
 
 private:
-    bool open()
+    bool open(PDFSidebarMode mode = PDFSidebarMode::annotations)
     {
         const QString path = m_dir.filePath(QStringLiteral("ann.pdf"));
         if (!QFile::exists(path) && !PdfFixtures::write(PdfFixtures::textPages(3, 10, 0), path))
@@ -129,7 +154,8 @@ private:
         if (!m_tab)
             return false;
         m_document = m_tab->primaryPDFView()->fdDocument();
-        m_tab->setSidebarMode(PDFSidebarMode::annotations);
+        m_tab->setIsSidebarHidden(false);
+        m_tab->setSidebarMode(mode);
         m_list = qobject_cast<PDFSidebarAnnContents *>(
             m_tab->sidebarContainer()->controller()->controller(PDFSidebarMode::annotations));
         return m_document && m_list;
