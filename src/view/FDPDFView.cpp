@@ -36,6 +36,8 @@
 const QString FDPDFView::URLDidChangeNotification = QStringLiteral("PDFView_URLDidChange");
 const QString FDPDFView::PageNavigatorVisibilityDidChangeNotification
     = QStringLiteral("PDFView_PageNavigatorVisibilityDidChange");
+const QString FDPDFView::DocumentDidFailToOpenNotification
+    = QStringLiteral("PDFView_DocumentDidFailToOpen");
 const QString FDPDFView::LastPositionAttributeName
     = QStringLiteral("com.Scrollwick.PDFView.LastPosition");
 
@@ -188,6 +190,8 @@ void FDPDFView::runLoadStep()
                     request.messageText = QStringLiteral("Can't read file: \"%1\"").arg(text);
                     Alert::runModal(request);
                 });
+                NotificationCenter::defaultCenter().post(DocumentDidFailToOpenNotification, this,
+                    { { QStringLiteral("URL"), fileURL } });
                 return;
             }
         }

@@ -36,6 +36,8 @@ public:
     // Posted with the view as sender after a load was asked for.
     static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
     static const QString PageNavigatorVisibilityDidChangeNotification;
+    // A file asked for could not be read as a document; user info "URL", the file's URL.
+    static const QString DocumentDidFailToOpenNotification;
     // The pointer entered or left the corner of a page where a click toggles its bookmark; user
     // info "Page" (the page now under the pointer there, or a null page) and "OldPage".
     static const QString BookmarkHotAreaDidChangeNotification;
