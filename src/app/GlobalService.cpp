@@ -60,9 +60,6 @@ GlobalService::GlobalService(const QStringList &paths, QObject *parent)
     QApplication::setApplicationName(QStringLiteral("Folidoc"));
     QApplication::setApplicationDisplayName(QStringLiteral("Folidoc"));
     QApplication::setDesktopFileName(QStringLiteral("org.folidoc.Folidoc"));
-    // The installed icon of the desktop's theme, else the copy inside the program.
-    QApplication::setWindowIcon(QIcon::fromTheme(
-        QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
     // Quitting goes through the termination question, which may have saves to wait for.
     QApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
@@ -189,6 +186,12 @@ void GlobalService::applicationDidFinishLaunching()
     FDDefaults::registerDefaults();
     FDDefaults::migrateDefaultsFromOlderVersion();
     createFirstContent();
+    // The installed icon of the desktop's theme, else the copy inside the program. Finding it
+    // reads the icon themes' indexes, so it waits until the first window is on its way.
+    QTimer::singleShot(0, this, [] {
+        QApplication::setWindowIcon(QIcon::fromTheme(
+            QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
+    });
     m_lastOpenedWindowsSavingTimer = new QTimer(this);
     m_lastOpenedWindowsSavingTimer->setInterval(int(savingInterval * 1000));
     connect(m_lastOpenedWindowsSavingTimer, &QTimer::timeout, this,
