@@ -26,6 +26,7 @@
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -156,12 +157,31 @@ void FDPDFView::showEvent(QShowEvent *event)
     XPDFView::showEvent(event);
     onThemeChanged();
     // A load that failed keeps isLoading set, so that showing the tab again does not repeat it.
-    if (!m_isLoading)
+    if (m_isLoading || (!m_pendingNewDocument && m_pendingURL.isEmpty()))
+        return;
+    // A window showing for the first time goes on screen before the document is read, which
+    // for a long one takes longer than everything else the window needs. The view counts as
+    // loading meanwhile.
+    const QWindow *const handle = window()->windowHandle();
+    if (handle && handle->isExposed()) {
         runLoadStep();
+        return;
+    }
+    m_isLoading = true;
+    m_loadQueued = true;
+    MainQueue::async(this, [this] {
+        if (m_loadQueued)
+            runLoadStep();
+    });
 }
 
 void FDPDFView::runLoadStep()
 {
+    // A load asked for now stands in for one queued at the showing.
+    if (m_loadQueued) {
+        m_loadQueued = false;
+        m_isLoading = false;
+    }
     // Nothing is read before the view shows in a window: a tab in the background waits.
     if (!isVisible())
         return;

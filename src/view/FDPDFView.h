@@ -227,6 +227,8 @@ private:
 
     std::shared_ptr<DocumentDelegate> m_documentDelegate;
     bool m_isLoading = false;
+    // The first showing of the window put the read on the next turn of the event loop.
+    bool m_loadQueued = false;
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
     int m_pageAskedWhileLocked = -1;
