@@ -18,7 +18,10 @@ constexpr qint64 headerWindow = 1024;
 
 } // namespace
 
-QString FDFileDiagnosis::problemWithFile(const QString &path)
+namespace {
+
+// Opens and reads the file's first kilobyte into head; answers the system's problem, if any.
+QString readHead(const QString &path, QByteArray *head)
 {
     const QByteArray name = QFile::encodeName(path);
     const int descriptor = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
@@ -37,11 +40,11 @@ QString FDFileDiagnosis::problemWithFile(const QString &path)
     struct stat status
     {
     };
-    QByteArray head(headerWindow, '\0');
+    head->fill('\0', headerWindow);
     ssize_t read = -1;
     int readError = 0;
     if (::fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode)) {
-        read = ::read(descriptor, head.data(), size_t(head.size()));
+        read = ::read(descriptor, head->data(), size_t(head->size()));
         readError = errno;
     }
     const bool isFolder = S_ISDIR(status.st_mode);
@@ -50,8 +53,23 @@ QString FDFileDiagnosis::problemWithFile(const QString &path)
         return QStringLiteral("Is a folder");
     if (read < 0)
         return QString::fromLocal8Bit(std::strerror(readError));
-    head.truncate(read);
+    head->truncate(read);
+    return {};
+}
 
+} // namespace
+
+QString FDFileDiagnosis::problemBeforeReading(const QString &path)
+{
+    QByteArray head;
+    return readHead(path, &head);
+}
+
+QString FDFileDiagnosis::problemWithFile(const QString &path)
+{
+    QByteArray head;
+    if (QString problem = readHead(path, &head); !problem.isEmpty())
+        return problem;
     auto document = std::make_shared<PDFDocument>();
     if (document->initWithURL(QUrl::fromLocalFile(path)))
         return {};

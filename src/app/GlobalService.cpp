@@ -60,9 +60,6 @@ GlobalService::GlobalService(const QStringList &paths, QObject *parent)
     QApplication::setApplicationName(QStringLiteral("Folidoc"));
     QApplication::setApplicationDisplayName(QStringLiteral("Folidoc"));
     QApplication::setDesktopFileName(QStringLiteral("org.folidoc.Folidoc"));
-    // The installed icon of the desktop's theme, else the copy inside the program.
-    QApplication::setWindowIcon(QIcon::fromTheme(
-        QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
     // Quitting goes through the termination question, which may have saves to wait for.
     QApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
@@ -107,16 +104,36 @@ int GlobalService::run()
 bool GlobalService::handOverOrListen()
 {
     QStringList paths;
+    QStringList readable;
     for (const QString &path : std::as_const(m_launchPaths)) {
         paths << QFileInfo(path).absoluteFilePath();
         // The terminal that started the launch hears why, whichever process shows the alert.
-        const QString problem = FDFileDiagnosis::problemWithFile(paths.last());
-        if (!problem.isEmpty())
-            FDCommandLine::complain(QStringLiteral("%1: %2").arg(paths.last(), problem));
+        const QString problem = FDFileDiagnosis::problemBeforeReading(paths.last());
+        if (problem.isEmpty())
+            readable << paths.last();
+        else
+            complainAbout(paths.last(), problem);
     }
     m_singleInstance = new FDSingleInstance(instanceName(), this);
-    if (m_singleInstance->forwardToRunningInstance({ paths, m_launchInNewWindow }))
+    if (m_singleInstance->forwardToRunningInstance({ paths, m_launchInNewWindow })) {
+        for (const QString &path : std::as_const(readable))
+            complainAbout(path, FDFileDiagnosis::problemWithFile(path));
         return true;
+    }
+    // Here the contents are read once, by the tab that opens the file, and only a failure there
+    // is explained: reading a long document twice would hold back its first screen.
+    for (const QString &path : std::as_const(readable))
+        m_launchURLsToDiagnose << fileURLForPath(path);
+    if (!m_launchURLsToDiagnose.isEmpty()) {
+        NotificationCenter::defaultCenter().addObserver(this,
+            FDPDFView::DocumentDidFailToOpenNotification, nullptr,
+            [this](const Notification &notification) {
+                const QUrl url = notification.userInfo.value(QStringLiteral("URL")).toUrl();
+                if (m_launchURLsToDiagnose.removeAll(url) > 0)
+                    complainAbout(
+                        url.toLocalFile(), FDFileDiagnosis::problemWithFile(url.toLocalFile()));
+            });
+    }
     m_singleInstance->listen([this](const FDSingleInstance::Request &request) {
         auto *const main = qobject_cast<PDFWindowController *>(TabWindowController::main());
         if (request.newWindow && m_didFinishLaunching)
@@ -128,6 +145,12 @@ bool GlobalService::handOverOrListen()
     });
     openFiles(paths);
     return false;
+}
+
+void GlobalService::complainAbout(const QString &path, const QString &problem)
+{
+    if (!problem.isEmpty())
+        FDCommandLine::complain(QStringLiteral("%1: %2").arg(path, problem));
 }
 
 void GlobalService::openFilesInNewWindow(const QStringList &paths)
@@ -163,6 +186,12 @@ void GlobalService::applicationDidFinishLaunching()
     FDDefaults::registerDefaults();
     FDDefaults::migrateDefaultsFromOlderVersion();
     createFirstContent();
+    // The installed icon of the desktop's theme, else the copy inside the program. Finding it
+    // reads the icon themes' indexes, so it waits until the first window is on its way.
+    QTimer::singleShot(0, this, [] {
+        QApplication::setWindowIcon(QIcon::fromTheme(
+            QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
+    });
     m_lastOpenedWindowsSavingTimer = new QTimer(this);
     m_lastOpenedWindowsSavingTimer->setInterval(int(savingInterval * 1000));
     connect(m_lastOpenedWindowsSavingTimer, &QTimer::timeout, this,

@@ -95,6 +95,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    static void complainAbout(const QString &path, const QString &problem);
     void createFirstContent();
     void restoreWindow(const QVariantMap &record);
     void watchForLastWindow();
@@ -107,6 +108,8 @@ private:
     bool m_didFinishLaunching = false;
     QStringList m_pendingOpenFileNames;
     QStringList m_launchPaths;
+    // Launch files the system could read; a terminal hears why one of them fails to open.
+    QList<QUrl> m_launchURLsToDiagnose;
     bool m_launchInNewWindow = false;
     FDSingleInstance *m_singleInstance = nullptr;
     std::function<void()> m_quitHandler;

@@ -74,7 +74,7 @@ void PDFSidebarAnnContents::onResetObservers()
 void PDFSidebarAnnContents::onDocumentPageChanged()
 {
     // A page operation may post this once per page: one rebuild serves them all.
-    if (m_stale)
+    if (m_stale || m_rebuildPending)
         return;
     m_stale = true;
     QTimer::singleShot(0, this, [this] { rebuildIfStale(); });
@@ -88,7 +88,20 @@ void PDFSidebarAnnContents::rebuildIfStale(const std::shared_ptr<PDFAnnotation> 
 
 void PDFSidebarAnnContents::onPDFViewChanged()
 {
-    rebuild();
+    if (isVisible()) {
+        rebuild();
+        return;
+    }
+    // A hidden list would read every page of a long document before its first screen shows.
+    m_rebuildPending = true;
+    m_model->rebuild(nullptr);
+}
+
+void PDFSidebarAnnContents::showEvent(QShowEvent *event)
+{
+    PDFSidebarTabContents::showEvent(event);
+    if (m_rebuildPending)
+        rebuild();
 }
 
 void PDFSidebarAnnContents::onThemeChanged()
@@ -99,6 +112,7 @@ void PDFSidebarAnnContents::onThemeChanged()
 void PDFSidebarAnnContents::rebuild(const std::shared_ptr<PDFAnnotation> &leaveOut)
 {
     m_stale = false;
+    m_rebuildPending = false;
     FDPDFView *const view = selectedPDFView();
     m_model->rebuild(view ? view->document() : nullptr, leaveOut);
     onSelectedAnnotationChanged();
@@ -112,6 +126,8 @@ void PDFSidebarAnnContents::updateTitle()
 
 void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 {
+    if (m_rebuildPending)
+        return;
     // The new one still leads its group when the rows are rebuilt first.
     const auto annotation = annotationOf(notification);
     rebuildIfStale(annotation);
@@ -123,6 +139,8 @@ void PDFSidebarAnnContents::onAnnotationAdded(const Notification &notification)
 
 void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification)
 {
+    if (m_rebuildPending)
+        return;
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
     if (row >= 0) {
@@ -137,7 +155,7 @@ void PDFSidebarAnnContents::onAnnotationRemoved(const Notification &notification
 void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification)
 {
     // Stale rows are rebuilt with their heights on the next turn anyway.
-    if (m_stale)
+    if (m_stale || m_rebuildPending)
         return;
     const auto annotation = annotationOf(notification);
     const int row = m_model->rowOf(annotation);
@@ -151,6 +169,8 @@ void PDFSidebarAnnContents::onAnnotationChanged(const Notification &notification
 
 void PDFSidebarAnnContents::onSelectedAnnotationChanged()
 {
+    if (m_rebuildPending)
+        return;
     FDPDFView *const view = selectedPDFView();
     const auto selected = view ? view->selectedAnn() : nullptr;
     const int row = m_model->rowOf(selected);

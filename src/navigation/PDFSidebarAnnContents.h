@@ -2,7 +2,8 @@
 
 // The annotations tab: every annotation of the selected view's document by page, following
 // additions, changes and removals row by row; the list's selection and the view's go together.
-// Main thread only.
+// The list is made when the tab is first shown after a change of document, since it reads every
+// page's annotations. Main thread only.
 
 #include "PDFSidebarTabContents.h"
 
@@ -33,6 +34,7 @@ protected:
     void onPDFViewChanged() override;
     void onResetObservers() override;
     void onThemeChanged() override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void rebuild(const std::shared_ptr<PDFAnnotation> &leaveOut = nullptr);
@@ -53,4 +55,6 @@ private:
     PDFAnnotationListModel *m_model = nullptr;
     PDFAnnotationListDelegate *m_delegate = nullptr;
     bool m_stale = false;
+    // The document changed while the tab was out of sight; rows and counts wait for the showing.
+    bool m_rebuildPending = false;
 };

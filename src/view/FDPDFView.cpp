@@ -26,14 +26,19 @@
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 const QString FDPDFView::URLDidChangeNotification = QStringLiteral("PDFView_URLDidChange");
 const QString FDPDFView::PageNavigatorVisibilityDidChangeNotification
     = QStringLiteral("PDFView_PageNavigatorVisibilityDidChange");
+const QString FDPDFView::DocumentDidFailToOpenNotification
+    = QStringLiteral("PDFView_DocumentDidFailToOpen");
 const QString FDPDFView::LastPositionAttributeName
     = QStringLiteral("com.Scrollwick.PDFView.LastPosition");
 
@@ -115,6 +120,15 @@ FDPDFView::FDPDFView(QWidget *parent)
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
         nullptr, [this](const Notification &) { onThemeChanged(); });
     onThemeChanged();
+    // Start-up measurements (instruction counts, profiles) end the process at its first sharp
+    // screen, leaving out the teardown.
+    if (qEnvironmentVariableIsSet("FOLIDOC_EXIT_AFTER_FIRST_PAINT")) {
+        connect(this, &PDFView::visibleAreaRendered, this, [this] {
+            viewport()->repaint();
+            std::fflush(nullptr);
+            std::_Exit(0);
+        });
+    }
 }
 
 FDPDFView::~FDPDFView()
@@ -143,12 +157,31 @@ void FDPDFView::showEvent(QShowEvent *event)
     XPDFView::showEvent(event);
     onThemeChanged();
     // A load that failed keeps isLoading set, so that showing the tab again does not repeat it.
-    if (!m_isLoading)
+    if (m_isLoading || (!m_pendingNewDocument && m_pendingURL.isEmpty()))
+        return;
+    // A window showing for the first time goes on screen before the document is read, which
+    // for a long one takes longer than everything else the window needs. The view counts as
+    // loading meanwhile.
+    const QWindow *const handle = window()->windowHandle();
+    if (handle && handle->isExposed()) {
         runLoadStep();
+        return;
+    }
+    m_isLoading = true;
+    m_loadQueued = true;
+    MainQueue::async(this, [this] {
+        if (m_loadQueued)
+            runLoadStep();
+    });
 }
 
 void FDPDFView::runLoadStep()
 {
+    // A load asked for now stands in for one queued at the showing.
+    if (m_loadQueued) {
+        m_loadQueued = false;
+        m_isLoading = false;
+    }
     // Nothing is read before the view shows in a window: a tab in the background waits.
     if (!isVisible())
         return;
@@ -177,6 +210,8 @@ void FDPDFView::runLoadStep()
                     request.messageText = tr("Can't read file: \"%1\"").arg(text);
                     Alert::runModal(request);
                 });
+                NotificationCenter::defaultCenter().post(DocumentDidFailToOpenNotification, this,
+                    { { QStringLiteral("URL"), fileURL } });
                 return;
             }
         }

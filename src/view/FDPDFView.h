@@ -36,6 +36,8 @@ public:
     // Posted with the view as sender after a load was asked for.
     static const QString URLDidChangeNotification; // "PDFView_URLDidChange"
     static const QString PageNavigatorVisibilityDidChangeNotification;
+    // A file asked for could not be read as a document; user info "URL", the file's URL.
+    static const QString DocumentDidFailToOpenNotification;
     // The pointer entered or left the corner of a page where a click toggles its bookmark; user
     // info "Page" (the page now under the pointer there, or a null page) and "OldPage".
     static const QString BookmarkHotAreaDidChangeNotification;
@@ -225,6 +227,8 @@ private:
 
     std::shared_ptr<DocumentDelegate> m_documentDelegate;
     bool m_isLoading = false;
+    // The first showing of the window put the read on the next turn of the event loop.
+    bool m_loadQueued = false;
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
     int m_pageAskedWhileLocked = -1;

@@ -24,6 +24,9 @@ private slots:
         QVERIFY(m_folder.isValid());
         QVERIFY(AppFixtures::writeColourPDF(path(QStringLiteral("paper.pdf")), Qt::white));
         QVERIFY(AppFixtures::writeColourPDF(path(QStringLiteral("My Paper #1.pdf")), Qt::white));
+        QFile damaged(path(QStringLiteral("damaged.pdf")));
+        QVERIFY(damaged.open(QIODevice::WriteOnly));
+        damaged.write("%PDF-1.7\n%\xe2\xe3\xcf\xd3\n");
     }
 
     void helpAndVersionNeedNoDisplayNorRunningFolidoc_data()
@@ -93,6 +96,10 @@ private slots:
         QTest::newRow("missing file, still shown with its alert")
             << QStringList { "missing.pdf" } << QStringList { "missing.pdf" } << false
             << "folidoc: " + path("missing.pdf") + ": No such file\n";
+        // The launching process reads the file itself only when it hands the file over.
+        QTest::newRow("damaged file, explained before it is handed over")
+            << QStringList { "damaged.pdf" } << QStringList { "damaged.pdf" } << false
+            << "folidoc: " + path("damaged.pdf") + ": Damaged beyond repair\n";
     }
     void launchArgumentsReachTheRunningFolidoc()
     {

@@ -48,6 +48,7 @@ private slots:
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
     void fragmentPageWinsOverStoredPosition();
+    void aNewWindowIsOnScreenBeforeItsDocumentIsRead();
     void placesHoldWhileLatePageSizesArrive_data();
     void placesHoldWhileLatePageSizesArrive();
     void fitWidthFollowsResizeUntilAManualZoom_data();
@@ -103,6 +104,8 @@ std::unique_ptr<FDPDFView> FDPDFViewTest::openView(const QUrl &url, QSize size)
     view->resize(size);
     view->loadDocument(url);
     view->show();
+    // The window goes on screen first; the document is read on the next turn.
+    QCoreApplication::sendPostedEvents();
     return view;
 }
 
@@ -121,8 +124,8 @@ void FDPDFViewTest::readingPositionSurvivesCloseAndReopen()
     QVERIFY(FDGetXAttr(url, FDPDFView::LastPositionAttributeName).has_value());
 
     auto second = openView(url);
-    QVERIFY(second->hasSavedStatus());
     QTRY_VERIFY(!second->isLoading());
+    QVERIFY(second->hasSavedStatus());
     QCOMPARE(currentIndex(*second), 5);
     QCOMPARE(second->scaleFactor(), 1.5);
     QCOMPARE(second->scaleMode(), PDFViewScaleMode::none);
@@ -227,11 +230,33 @@ void FDPDFViewTest::fragmentPageWinsOverStoredPosition()
     withPage.setFragment(QStringLiteral("6"));
 
     auto view = openView(withPage);
-    QVERIFY(!view->isLoading());
+    QTRY_VERIFY(!view->isLoading());
     QCOMPARE(view->fileURL(), url);
     QTRY_COMPARE(currentIndex(*view), 6);
     QCOMPARE(view->scaleFactor(), 1.0);
     QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), url);
+}
+
+void FDPDFViewTest::aNewWindowIsOnScreenBeforeItsDocumentIsRead()
+{
+    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("first.pdf")));
+    FDPDFView view;
+    view.resize(700, 600);
+    view.loadDocument(url);
+    view.show();
+    // Shown, not yet read: the view says it is loading, so nothing treats it as empty.
+    QVERIFY(view.isVisible());
+    QVERIFY(!view.document());
+    QVERIFY(view.isLoading());
+    QTRY_VERIFY(!view.isLoading());
+    QVERIFY(view.document());
+    QCOMPARE(view.document()->pageCount(), 8);
+    // In a window already on screen, a document is read at once.
+    const QUrl second = QUrl::fromLocalFile(writeFixture(QStringLiteral("second.pdf"), 3));
+    QTRY_VERIFY(view.windowHandle()->isExposed());
+    view.loadDocument(second);
+    QVERIFY(view.document());
+    QCOMPARE(view.document()->pageCount(), 3);
 }
 
 void FDPDFViewTest::placesHoldWhileLatePageSizesArrive_data()

@@ -105,6 +105,31 @@ private slots:
         Q_UNUSED(onThree);
     }
 
+    void aHiddenListIsMadeWhenFirstShown_data()
+    {
+        QTest::addColumn<bool>("sidebarHidden");
+        QTest::newRow("another tab of the sidebar") << false;
+        QTest::newRow("the sidebar closed") << true;
+    }
+    void aHiddenListIsMadeWhenFirstShown()
+    {
+        QFETCH(bool, sidebarHidden);
+        QVERIFY(open(QStringLiteral("ann"), PDFSidebarMode::thumbnails));
+        m_tab->setIsSidebarHidden(sidebarHidden);
+        addNote(1, QStringLiteral("made unseen"));
+        // Out of sight, the list reads no page; its rows come with the showing.
+        QVERIFY(!m_list->isVisible());
+        QCOMPARE(m_list->model()->rowCount(), 0);
+        m_tab->setIsSidebarHidden(false);
+        m_tab->setSidebarMode(PDFSidebarMode::annotations);
+        QTRY_VERIFY(m_list->isVisible());
+        QCOMPARE(rows(), QStringList({ "#2", "made unseen" }));
+        QCOMPARE(m_list->title(), QStringLiteral("Annotations ( 1 )"));
+        // Shown, it follows changes row by row again.
+        addNote(0, QStringLiteral("made in sight"));
+        QCOMPARE(rows(), QStringList({ "#1", "made in sight", "#2", "made unseen" }));
+    }
+
     void selectionGoesBothWays()
     {
         QVERIFY(open());
@@ -244,7 +269,8 @@ private:
         QObject guard;
     };
 
-    bool open(const QString &name = QStringLiteral("ann"))
+    bool open(const QString &name = QStringLiteral("ann"),
+        PDFSidebarMode mode = PDFSidebarMode::annotations)
     {
         const QString path = m_dir.filePath(name + QStringLiteral(".pdf"));
         if (!QFile::exists(path) && !PdfFixtures::write(PdfFixtures::textPages(3, 10, 0), path))
@@ -253,7 +279,8 @@ private:
         if (!m_tab)
             return false;
         m_document = m_tab->primaryPDFView()->fdDocument();
-        m_tab->setSidebarMode(PDFSidebarMode::annotations);
+        m_tab->setIsSidebarHidden(false);
+        m_tab->setSidebarMode(mode);
         m_list = qobject_cast<PDFSidebarAnnContents *>(
             m_tab->sidebarContainer()->controller()->controller(PDFSidebarMode::annotations));
         return m_document && m_list;

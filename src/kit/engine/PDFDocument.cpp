@@ -309,17 +309,25 @@ void PDFDocumentPrivate::loadOutline()
     if (outlineLoaded || !handle || locked)
         return;
     outlineLoaded = true;
-    resolveAll();
     fz_context *ctx = mu::context();
     QHash<int, std::shared_ptr<PDFPage>> byNumber;
+    bool mapped = false;
     {
         const mu::Lock lock(handle->mutex());
-        for (const auto &page : pages) {
-            if (page->d->object)
-                byNumber.insert(pdf_to_num(ctx, page->d->object), page);
-        }
-        outlineRoot = OutlineIO::read(
-            ctx, handle->doc(), [&](int number) { return byNumber.value(number); });
+        // The page tree is walked for the first item that points at a page: a long document
+        // without an outline opens reading none of its pages but those shown.
+        const auto pageForObject = [&](int number) {
+            if (!mapped) {
+                mapped = true;
+                resolveThroughLocked(static_cast<int>(pages.size()) - 1);
+                for (const auto &page : pages) {
+                    if (page->d->object)
+                        byNumber.insert(pdf_to_num(ctx, page->d->object), page);
+                }
+            }
+            return byNumber.value(number);
+        };
+        outlineRoot = OutlineIO::read(ctx, handle->doc(), pageForObject);
     }
     if (outlineRoot)
         outlineRoot->m_document = q.weak_from_this();

@@ -1,6 +1,8 @@
 #include "PageTree.h"
 
+#include <cstring>
 #include <unordered_set>
+#include <vector>
 
 namespace PageTree {
 namespace {
@@ -148,50 +150,69 @@ bool isSpace(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0';
 }
 
-// Reads a decimal number at pos, moving past it; -1 when there is none.
-long long readNumber(QByteArrayView bytes, qsizetype &pos)
+// Reads a decimal number at pos of the size bytes at data, moving past it; -1 when there is none.
+long long readNumber(const char *data, qsizetype size, qsizetype &pos)
 {
-    while (pos < bytes.size() && isSpace(bytes[pos]))
+    while (pos < size && isSpace(data[pos]))
         ++pos;
     long long value = -1;
-    for (int digits = 0; pos < bytes.size() && bytes[pos] >= '0' && bytes[pos] <= '9'; ++digits) {
+    for (int digits = 0; pos < size && data[pos] >= '0' && data[pos] <= '9'; ++digits) {
         if (digits > 12)
             return -1;
-        value = (value < 0 ? 0 : value * 10) + (bytes[pos++] - '0');
+        value = (value < 0 ? 0 : value * 10) + (data[pos++] - '0');
     }
     return value;
 }
 
+struct PlacedObject
+{
+    int64_t offset = 0;
+    int generation = 0;
+    char type = 0;
+    bool held = false;
+};
+
 // Whether every object the cross-reference places in the file starts there with its own number,
 // which is what MuPDF checks before it decides to repair. Reads the header only: no object is
-// parsed, so a long sound file pays a few milliseconds instead of loading all its objects.
+// parsed, so a long sound file pays a few milliseconds instead of loading all its objects. The
+// entries are read in one pass of MuPDF calls, since a try block per object costs as much as
+// the check itself.
 bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
 {
     int count = 0;
     mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
-    for (int number = 1; number < count; ++number) {
-        char type = 0;
-        int64_t offset = 0;
-        int generation = 0;
-        bool ok = true;
-        mu::runQuietly(ctx, [&] {
+    if (count <= 1)
+        return true;
+    std::vector<PlacedObject> entries(static_cast<size_t>(count));
+    PlacedObject *const table = entries.data();
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        for (int number = 1; number < count; ++number) {
             pdf_xref_entry *entry = pdf_get_xref_entry_no_null(ctx, doc, number);
-            type = entry->type;
-            offset = entry->ofs;
-            generation = entry->gen;
+            table[number].type = entry->type;
+            table[number].offset = entry->ofs;
+            table[number].generation = entry->gen;
             // An object MuPDF already holds (a new one, or one met before) is not read again.
-            ok = entry->obj != nullptr;
-        });
-        if (ok || type != 'n')
+            table[number].held = entry->obj != nullptr;
+        }
+    });
+    if (error.failed)
+        return false;
+    const char *const data = file.data();
+    const qsizetype size = file.size();
+    for (int number = 1; number < count; ++number) {
+        const PlacedObject &entry = table[number];
+        if (entry.held || entry.type != 'n')
             continue;
-        if (offset <= 0 || offset >= file.size())
+        if (entry.offset <= 0 || entry.offset >= size)
             return false;
-        qsizetype pos = qsizetype(offset);
-        if (readNumber(file, pos) != number || readNumber(file, pos) != generation)
+        qsizetype pos = qsizetype(entry.offset);
+        if (readNumber(data, size, pos) != number
+            || readNumber(data, size, pos) != entry.generation)
             return false;
-        while (pos < file.size() && isSpace(file[pos]))
+        while (pos < size && isSpace(data[pos]))
             ++pos;
-        if (pos + 3 > file.size() || file.sliced(pos, 3) != QByteArrayView("obj"))
+        if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0)
             return false;
     }
     return true;

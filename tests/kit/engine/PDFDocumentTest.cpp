@@ -71,10 +71,11 @@ QJsonArray qpdfPages(const QString &qpdf, const QString &path)
 
 // A file whose page tree is given as it stands: object 2 is the root /Pages node, pages are
 // objects 10 + n with a media box n * 10 + 100 points wide, so that a width names the page.
-QByteArray treePdf(const QList<QByteArray> &nodes, int pageCount)
+QByteArray treePdf(const QList<QByteArray> &nodes, int pageCount,
+    const QByteArray &catalog = "<< /Type /Catalog /Pages 2 0 R >>")
 {
     QMap<int, QByteArray> objects;
-    objects[1] = "<< /Type /Catalog /Pages 2 0 R >>";
+    objects[1] = catalog;
     for (int i = 0; i < nodes.size(); ++i)
         objects[2 + i] = nodes[i];
     for (int n = 0; n < pageCount; ++n)
@@ -395,6 +396,40 @@ private slots:
         for (int i = 0; i < reread->pageCount(); ++i)
             all.append(i);
         QCOMPARE(pageNames(*reread, all).mid(0, expected.size()), expected);
+    }
+
+    // The outline is read without walking the page tree until one of its items points at a page.
+    void outlinesWalkThePageTreeOnlyForTheirPages_data()
+    {
+        QTest::addColumn<bool>("withOutline");
+        QTest::newRow("no outline") << false;
+        QTest::newRow("an item on the last page") << true;
+    }
+    void outlinesWalkThePageTreeOnlyForTheirPages()
+    {
+        QFETCH(bool, withOutline);
+        QByteArray kids;
+        for (int n = 0; n < 600; ++n)
+            kids += QByteArray::number(10 + n) + (n == 549 ? " 0 R] /Count 550 >>" : " 0 R ");
+        const int split = kids.indexOf(">>") + 2;
+        // The root counts one page too few: only a walk to the end finds the last one.
+        const QList<QByteArray> nodes { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 599 >>",
+            "<< /Type /Pages /Kids [" + kids.left(split),
+            "<< /Type /Pages /Kids [" + kids.mid(split) + "] /Count 50 >>",
+            "<< /First 6 0 R /Last 6 0 R /Count 1 >>",
+            "<< /Title (Last) /Parent 5 0 R /Dest [609 0 R /XYZ 0 200 0] >>" };
+        auto doc = openData(treePdf(nodes, 600,
+            withOutline ? "<< /Type /Catalog /Pages 2 0 R /Outlines 5 0 R >>"
+                        : "<< /Type /Catalog /Pages 2 0 R >>"));
+        QVERIFY(doc);
+        QCOMPARE(doc->pageCount(), 599);
+        const auto root = doc->outlineRoot();
+        QCOMPARE(bool(root), withOutline);
+        QCOMPARE(doc->pageCount(), withOutline ? 600 : 599);
+        if (withOutline) {
+            QCOMPARE(root->childAtIndex(0)->destination()->page(), doc->pageAtIndex(599));
+            QCOMPARE(pageNames(*doc, { 599 }).last(), 599);
+        }
     }
 
     // A document opened lazily and written at once keeps its outline, labels and every page;
