@@ -83,7 +83,9 @@ QKOverlayView::QKOverlayView(
     NotificationCenter::qkCenter().addObserver(this, FDThemeProvider::ThemeDidChangeNotification,
         nullptr, [this](const Notification &) { update(); });
     // The ribbon's hover follows the view's own mouse moves: this layer takes no events.
-    pdfView->viewport()->installEventFilter(this);
+    m_viewport = pdfView->viewport();
+    m_viewportObject = m_viewport.data();
+    m_viewport->installEventFilter(this);
     show();
 }
 
@@ -202,7 +204,7 @@ QRectF QKOverlayView::hotAreaInWidget() const
 
 void QKOverlayView::updateHotArea(const QPointF &viewportPoint)
 {
-    const QPointF point = mapFrom(m_pdfView->viewport(), viewportPoint);
+    const QPointF point = mapFrom(m_viewport.data(), viewportPoint);
     const bool inside = rect().contains(point.toPoint()) && hotAreaInWidget().contains(point);
     if (inside == m_isMouseInBookmarkIndicatorHotArea)
         return;
@@ -214,10 +216,11 @@ bool QKOverlayView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == parent() && event->type() == QEvent::Resize) {
         setGeometry(QRect(QPoint(0, 0), parentWidget()->size()));
-    } else if (m_pdfView && watched == m_pdfView->viewport()) {
+    } else if (watched == m_viewportObject && !m_pdfView.isNull()
+        && (event->type() == QEvent::MouseMove || event->type() == QEvent::Leave)) {
         if (event->type() == QEvent::MouseMove)
             updateHotArea(static_cast<QMouseEvent *>(event)->position());
-        else if (event->type() == QEvent::Leave)
+        else
             updateHotArea(QPointF(-1e9, -1e9));
     }
     return QWidget::eventFilter(watched, event);

@@ -62,6 +62,10 @@ private:
 
     std::weak_ptr<PDFPage> m_page;
     QPointer<FDPDFView> m_pdfView;
+    // Events' targets are told by identity alone: reading m_pdfView while the view is being
+    // destroyed (already only a QWidget) is an invalid downcast.
+    QPointer<QWidget> m_viewport;
+    const QObject *m_viewportObject = nullptr;
     bool m_isMouseInBookmarkIndicatorHotArea = false;
     // Where each annotation was last covered, so that a change repaints its old place too.
     std::unordered_map<const PDFAnnotation *, QRect> m_drawnAreas;

@@ -46,6 +46,12 @@ constexpr int LazyWalkFrom = 512;
 // Objects are written spaced out: the compact form runs an empty name into the token after it
 // ("/ 1" becomes the name "/1"), which changes the file or makes it unreadable.
 constexpr const char *WriteOptions = "garbage=1,pretty=yes";
+// A damaged file can name an object number in the millions, and MuPDF's repair then makes its
+// table that long: written as it stands, every unused number costs a line of the saved file
+// (an 800-byte file saved as 56 MB). Such a file is written once more from a scratch copy that
+// numbers its objects afresh; the live document keeps its numbers.
+constexpr const char *CompactingWriteOptions = "garbage=compact,pretty=yes";
+constexpr int SparseTableFrom = 65536;
 
 } // namespace
 
@@ -411,6 +417,25 @@ int64_t sinkPosition(fz_context *, void *state)
     return static_cast<const ByteSink *>(state)->bytes.size();
 }
 
+// Inside a guarded block; output is the caller's, so that it is dropped however this ends.
+void writeInto(fz_context *ctx, pdf_document *doc, const char *writeOptions, ByteSink &sink,
+    mu::Output &output)
+{
+    pdf_write_options options;
+    pdf_parse_write_options(ctx, &options, writeOptions);
+    output.p = fz_new_output(ctx, 64 * 1024, &sink, appendToSink, nullptr, nullptr);
+    output.p->tell = sinkPosition;
+    pdf_write_document(ctx, doc, output.p, &options);
+    fz_close_output(ctx, output.p);
+}
+
+// Mostly unused numbers: the table's lines are at least half of what was written.
+bool isSparse(fz_context *ctx, pdf_document *doc, qsizetype written)
+{
+    const qint64 length = pdf_xref_len(ctx, doc);
+    return length >= SparseTableFrom && written < 40 * length && !doc->crypt;
+}
+
 } // namespace
 
 QByteArray PDFDocumentPrivate::writeLocked(
@@ -420,17 +445,14 @@ QByteArray PDFDocumentPrivate::writeLocked(
     pdf_document *const doc = handle.doc();
     ByteSink sink;
     sink.bytes.reserve(sizeHint + sizeHint / 8 + 64 * 1024);
-    ByteSink *const state = &sink;
+    ByteSink compacted;
     mu::Output output;
+    mu::Output compactedOutput;
+    mu::Buffer buffer;
+    mu::Stream stream;
+    mu::Document scratch;
     mu::Error failure;
-    mu::run(ctx, failure, [&] {
-        pdf_write_options options;
-        pdf_parse_write_options(ctx, &options, WriteOptions);
-        output.p = fz_new_output(ctx, 64 * 1024, state, appendToSink, nullptr, nullptr);
-        output.p->tell = sinkPosition;
-        pdf_write_document(ctx, doc, output.p, &options);
-        fz_close_output(ctx, output.p);
-    });
+    mu::run(ctx, failure, [&] { writeInto(ctx, doc, WriteOptions, sink, output); });
     if (sink.failed)
         failure.fail("out of memory while writing the document");
     if (failure.failed) {
@@ -438,7 +460,23 @@ QByteArray PDFDocumentPrivate::writeLocked(
             *errorText = failure.text();
         return {};
     }
-    return std::move(sink.bytes);
+    bool sparse = false;
+    mu::runQuietly(ctx, [&] { sparse = isSparse(ctx, doc, sink.bytes.size()); });
+    if (!sparse)
+        return std::move(sink.bytes);
+    // The first form stays the answer when the scratch copy cannot be made.
+    mu::Error compacting;
+    mu::run(ctx, compacting, [&] {
+        buffer.p = fz_new_buffer_from_shared_data(ctx,
+            reinterpret_cast<const unsigned char *>(sink.bytes.constData()),
+            static_cast<size_t>(sink.bytes.size()));
+        stream.p = fz_open_buffer(ctx, buffer.p);
+        scratch.p = pdf_open_document_with_stream(ctx, stream.p);
+        writeInto(ctx, scratch.p, CompactingWriteOptions, compacted, compactedOutput);
+    });
+    if (compacting.failed || compacted.failed || compacted.bytes.isEmpty())
+        return std::move(sink.bytes);
+    return std::move(compacted.bytes);
 }
 
 QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *errorText)

@@ -1,10 +1,11 @@
 #include "TabStripView.h"
 
 #include "QKDrawing.h"
-#include "TabStripAccessible.h"
 #include "QKThemeProvider.h"
 #include "TabContents.h"
+#include "TabStripAccessible.h"
 #include "TabStripModel.h"
+#include "TabStripPainter.h"
 
 #include <kit/base/NotificationCenter.h>
 
@@ -12,7 +13,6 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QToolTip>
 #include <QVariantAnimation>
 #include <QWheelEvent>
@@ -31,12 +31,7 @@ constexpr double kTabMaxWidth = 232;
 constexpr double kTabMinWidth = 72;
 // Below this width only the selected tab keeps its close button.
 constexpr double kTabCloseButtonMinWidth = 96;
-constexpr double kCornerRadius = 8;
-// The outward curves at the foot of the selected tab.
-constexpr double kFootRadius = 6;
-constexpr double kTitleInset = 14;
-// Narrower title space than this many average characters fades the title instead of eliding it.
-constexpr int kMinElidedTitleChars = 5;
+constexpr double kFootRadius = TabStripPainter::footRadius;
 constexpr double kCloseButtonSize = 18;
 constexpr double kCloseButtonInset = 8;
 constexpr double kNewTabButtonSize = 28;
@@ -44,27 +39,6 @@ constexpr double kNewTabButtonGap = 6;
 constexpr int kSlideDurationMs = 150;
 // A dragged tab let go this far above or below the strip leaves it.
 constexpr int kDetachDistance = 24;
-
-QPainterPath selectedTabShape(const QRectF &r)
-{
-    const double x0 = r.left(), x1 = r.right(), y0 = r.top(), y1 = r.bottom();
-    QPainterPath path;
-    path.moveTo(x0 - kFootRadius, y1);
-    path.quadTo(x0, y1, x0, y1 - kFootRadius);
-    path.lineTo(x0, y0 + kCornerRadius);
-    path.quadTo(x0, y0, x0 + kCornerRadius, y0);
-    path.lineTo(x1 - kCornerRadius, y0);
-    path.quadTo(x1, y0, x1, y0 + kCornerRadius);
-    path.lineTo(x1, y1 - kFootRadius);
-    path.quadTo(x1, y1, x1 + kFootRadius, y1);
-    path.closeSubpath();
-    return path;
-}
-
-const QKTheme &theme()
-{
-    return QKThemeProvider::sharedInstance().current();
-}
 
 } // namespace
 
@@ -200,7 +174,7 @@ void TabStripView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QKTheme &t = theme();
+    const QKTheme &t = QKThemeProvider::sharedInstance().current();
     painter.fillRect(rect(), t.color(QKTheme::TabStripBackground));
 
     const double lineWidth = qk_lineWidth(this);
@@ -216,130 +190,45 @@ void TabStripView::paintEvent(QPaintEvent *)
         const int selected = m_model->selectedIndex();
         // Unselected tabs first, then the selected one over its neighbours' separators, and a
         // dragged tab above all.
+        const TabStripPainter tabs(painter, *this);
         int dragged = -1;
         for (int i = 0; i < m_model->count(); ++i) {
             if (m_dragging && m_model->getTabContentsAtIndex(i) == m_pressContents)
                 dragged = i;
             else if (i != selected)
-                paintTab(painter, i, drawnTabRect(i));
+                tabs.paintTab(tabToPaint(i, drawnTabRect(i)));
         }
         if (selected >= 0 && selected != dragged)
-            paintTab(painter, selected, drawnTabRect(selected));
+            tabs.paintTab(tabToPaint(selected, drawnTabRect(selected)));
         if (dragged >= 0)
-            paintTab(painter, dragged, drawnTabRect(dragged));
+            tabs.paintTab(tabToPaint(dragged, drawnTabRect(dragged)));
         painter.restore();
         m_shownLefts.clear();
         for (int i = 0; i < m_model->count(); ++i)
             m_shownLefts.insert(m_model->getTabContentsAtIndex(i), drawnTabRect(i).left());
     }
-    paintNewTabButton(painter);
+    TabStripPainter(painter, *this)
+        .paintNewTabButton(newTabButtonRect(), m_hoverNewTab, m_pressedNewTab);
 }
 
-void TabStripView::paintTab(QPainter &painter, int index, const QRectF &rect) const
+TabStripPainter::Tab TabStripView::tabToPaint(int index, const QRectF &rect) const
 {
-    const QKTheme &t = theme();
-    const bool selected = index == m_model->selectedIndex();
+    TabStripPainter::Tab tab;
+    tab.rect = rect;
+    tab.title = m_model->getTabContentsAtIndex(index)->title();
+    tab.selected = index == m_model->selectedIndex();
     const bool hovered = index == m_hoverIndex && !m_dragging;
-    const double lineWidth = qk_lineWidth(this);
-
-    if (selected) {
-        painter.fillPath(selectedTabShape(rect), t.color(QKTheme::SelectedTabBackground));
-    } else if (hovered
-        || (m_dragging && m_model->getTabContentsAtIndex(index) == m_pressContents)) {
-        const QRectF pill = rect.adjusted(3, 2, -3, -5);
-        QPainterPath path;
-        path.addRoundedRect(pill, kCornerRadius - 2, kCornerRadius - 2);
-        painter.fillPath(path, t.color(QKTheme::HoveredTabBackground));
-    } else {
-        // A separator on the right, unless the next tab is selected or hovered.
-        const int next = index + 1;
-        if (next < m_model->count() && next != m_model->selectedIndex() && next != m_hoverIndex) {
-            const double x = std::round(rect.right() * devicePixelRatioF()) / devicePixelRatioF();
-            painter.save();
-            painter.setRenderHint(QPainter::Antialiasing, false);
-            painter.setPen(QPen(t.color(QKTheme::TabSeparator), lineWidth));
-            painter.drawLine(QPointF(x, rect.top() + 9), QPointF(x, rect.bottom() - 9));
-            painter.restore();
-        }
-    }
-
-    TabContents *const contents = m_model->getTabContentsAtIndex(index);
-    const bool closeShown = showsCloseButton(index);
-    const QRectF closeRect = closeButtonRectIn(rect);
-    const double titleRight = closeShown ? closeRect.left() - 4 : rect.right() - kTitleInset;
-    const QRectF titleRect(rect.left() + kTitleInset, rect.top(),
-        std::max(0.0, titleRight - rect.left() - kTitleInset), rect.height() - 2);
-    const QColor textColor = t.color(selected ? QKTheme::SelectedTabText : QKTheme::TabText);
-    painter.setFont(font());
-    const QFontMetrics metrics = fontMetrics();
-    const int flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine;
-    if (titleRect.width() >= kMinElidedTitleChars * metrics.averageCharWidth()
-        || metrics.horizontalAdvance(contents->title()) <= titleRect.width()) {
-        painter.setPen(textColor);
-        painter.drawText(titleRect, flags,
-            metrics.elidedText(contents->title(), Qt::ElideRight, int(titleRect.width())));
-    } else {
-        // Too narrow for an ellipsis to leave anything readable: the first letters fade out.
-        QLinearGradient fade(titleRect.topLeft(), titleRect.topRight());
-        QColor clear = textColor;
-        clear.setAlpha(0);
-        fade.setColorAt(0, textColor);
-        fade.setColorAt(0.6, textColor);
-        fade.setColorAt(1, clear);
-        painter.save();
-        painter.setClipRect(titleRect);
-        painter.setPen(QPen(QBrush(fade), 1));
-        painter.drawText(titleRect, flags, contents->title());
-        painter.restore();
-    }
-
-    if (closeShown) {
-        const bool closeHovered = hovered && m_hoverClose;
-        const bool closePressed = closeHovered && m_pressedCloseContents == contents;
-        paintCloseButton(painter, closeRect, closeHovered, closePressed, selected);
-    }
-}
-
-void TabStripView::paintCloseButton(
-    QPainter &painter, const QRectF &rect, bool hovered, bool pressed, bool selected) const
-{
-    const QKTheme &t = theme();
-    if (hovered) {
-        QColor background = t.color(QKTheme::TabCloseButtonHoverBackground);
-        if (pressed)
-            background.setAlphaF(std::min(1.0f, background.alphaF() * 2));
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(background);
-        painter.drawEllipse(rect);
-    }
-    QColor cross = t.color(QKTheme::TabCloseButton);
-    if (!selected && !hovered)
-        cross.setAlphaF(cross.alphaF() * 0.75f);
-    const double arm = 3.5;
-    const QPointF c = rect.center();
-    painter.setPen(QPen(cross, 1.4, Qt::SolidLine, Qt::RoundCap));
-    painter.drawLine(c + QPointF(-arm, -arm), c + QPointF(arm, arm));
-    painter.drawLine(c + QPointF(-arm, arm), c + QPointF(arm, -arm));
-    painter.setBrush(Qt::NoBrush);
-}
-
-void TabStripView::paintNewTabButton(QPainter &painter) const
-{
-    const QKTheme &t = theme();
-    const QRectF rect = newTabButtonRect();
-    if (m_hoverNewTab) {
-        QPainterPath path;
-        path.addRoundedRect(rect, 6, 6);
-        QColor background = t.color(QKTheme::TabCloseButtonHoverBackground);
-        if (m_pressedNewTab)
-            background.setAlphaF(std::min(1.0f, background.alphaF() * 2));
-        painter.fillPath(path, background);
-    }
-    const double arm = 6;
-    const QPointF c = rect.center();
-    painter.setPen(QPen(t.color(QKTheme::TabCloseButton), 1.6, Qt::SolidLine, Qt::RoundCap));
-    painter.drawLine(c + QPointF(-arm, 0), c + QPointF(arm, 0));
-    painter.drawLine(c + QPointF(0, -arm), c + QPointF(0, arm));
+    tab.highlighted
+        = hovered || (m_dragging && m_model->getTabContentsAtIndex(index) == m_pressContents);
+    const int next = index + 1;
+    tab.separator
+        = next < m_model->count() && next != m_model->selectedIndex() && next != m_hoverIndex;
+    tab.closeShown = showsCloseButton(index);
+    tab.closeRect = closeButtonRectIn(rect);
+    tab.closeHovered = hovered && m_hoverClose;
+    tab.closePressed
+        = tab.closeHovered && m_pressedCloseContents == m_model->getTabContentsAtIndex(index);
+    return tab;
 }
 
 bool TabStripView::event(QEvent *event)

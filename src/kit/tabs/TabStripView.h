@@ -6,6 +6,7 @@
 // changes the model only through its public operations. Main thread only.
 
 #include "TabStripModelObserver.h"
+#include "TabStripPainter.h"
 
 #include <QHash>
 #include <QPointer>
@@ -86,10 +87,8 @@ private:
     QRectF drawnTabRect(int index) const;
     QRectF closeButtonRectIn(const QRectF &tabRect) const;
     bool showsCloseButton(int index) const;
-    void paintTab(QPainter &painter, int index, const QRectF &rect) const;
-    void paintCloseButton(
-        QPainter &painter, const QRectF &rect, bool hovered, bool pressed, bool selected) const;
-    void paintNewTabButton(QPainter &painter) const;
+    // What tab index at rect shows now.
+    TabStripPainter::Tab tabToPaint(int index, const QRectF &rect) const;
     void slideFromShownPlaces();
     void updateHover(QPoint point);
     void dragTo(double pointerX);
