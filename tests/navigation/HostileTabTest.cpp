@@ -236,6 +236,8 @@ private slots:
         editor->extractSelection();
         grid->selectRows({ 0 });
         editor->deleteSelection();
+        // The editor saves on the turn after an edit.
+        QTRY_COMPARE(document->numberOfChanges(), 0);
         QVERIFY(waitForSaves());
         QVERIFY2(clock.elapsed() < 120000, qPrintable(QString::number(clock.elapsed())));
         const qint64 grown = peakResident() - peakBefore;
