@@ -5,6 +5,7 @@
 // that shows it, in wall and thread time, and so is the turn after it that starts the save.
 
 #include "BenchCommand.h"
+#include "BenchWindow.h"
 
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
@@ -39,16 +40,6 @@ double threadMilliseconds()
     return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
 }
 
-// The step and the turn of the event loop after it, in milliseconds.
-double timedTurn(const std::function<void()> &step)
-{
-    QElapsedTimer timer;
-    timer.start();
-    step();
-    QCoreApplication::processEvents();
-    return timer.nsecsElapsed() / 1e6;
-}
-
 int runPages(const QStringList &arguments)
 {
     if (arguments.size() != 1) {
@@ -66,14 +57,8 @@ int runPages(const QStringList &arguments)
     window->resize(1200, 900);
     window->openNewTab();
     window->show();
-    auto *const tab = qobject_cast<PDFContents *>(
-        window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    if (!tab
-        || !QTest::qWaitFor(
-            [tab] {
-                return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-            },
-            60000))
+    auto *const tab = openBenchTab(window, path);
+    if (!tab)
         return 1;
     const auto document = tab->primaryPDFView()->fdDocument();
     QTest::qWait(200);

@@ -4,6 +4,7 @@
 // the time pdftotext and mutool take to extract the same file's text, for comparison.
 
 #include "BenchCommand.h"
+#include "BenchWindow.h"
 
 #include <app/FDDefaults.h>
 #include <app/PDFContents.h>
@@ -78,14 +79,8 @@ int runSearch(const QStringList &arguments)
     QPointer<PDFWindowController> window = TabWindowController::create<PDFWindowController>();
     window->resize(1200, 900);
     window->show();
-    auto *const tab = qobject_cast<PDFContents *>(
-        window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    if (!tab
-        || !QTest::qWaitFor(
-            [tab] {
-                return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-            },
-            60000))
+    auto *const tab = openBenchTab(window, path);
+    if (!tab)
         return 1;
     FDPDFView *const view = tab->primaryPDFView();
     double firstBatch = -1;

@@ -3,6 +3,7 @@
 // ended, then a few annotations on the first pages with the annotations tab beside them.
 
 #include "BenchCommand.h"
+#include "BenchWindow.h"
 
 #include <annotation/FDAnnotationCircle.h>
 #include <annotation/FDAnnotationFreeText.h>
@@ -40,14 +41,8 @@ int runShots(const QStringList &arguments)
     QPointer<PDFWindowController> window = TabWindowController::create<PDFWindowController>();
     window->resize(1280, 820);
     window->show();
-    auto *const tab = qobject_cast<PDFContents *>(
-        window->openPDFDocumentWithURL(QUrl::fromLocalFile(arguments.at(0)), true, true));
-    if (!tab
-        || !QTest::qWaitFor(
-            [tab] {
-                return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-            },
-            60000))
+    auto *const tab = openBenchTab(window, arguments.at(0));
+    if (!tab)
         return 1;
     FDPDFView *const view = tab->primaryPDFView();
     bool ended = false;

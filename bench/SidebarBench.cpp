@@ -6,6 +6,7 @@
 // it, to expand all of it, and the longest step of following the reader over 200 pages.
 
 #include "BenchCommand.h"
+#include "BenchWindow.h"
 
 #include <app/FDDefaults.h>
 #include <app/PDFContents.h>
@@ -36,30 +37,6 @@
 #include <vector>
 
 namespace {
-
-// One step of the event loop with whatever it has to do, in milliseconds.
-double timedTurn(const std::function<void()> &step)
-{
-    QElapsedTimer timer;
-    timer.start();
-    step();
-    QCoreApplication::processEvents();
-    return timer.nsecsElapsed() / 1e6;
-}
-
-PDFContents *openIn(PDFWindowController *window, const QString &path)
-{
-    auto *const tab = qobject_cast<PDFContents *>(
-        window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    if (!tab
-        || !QTest::qWaitFor(
-            [tab] {
-                return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-            },
-            60000))
-        return nullptr;
-    return tab;
-}
 
 // 10 chapters; the first holds 400 sections, the others 110 each: 1,500 items in all.
 std::shared_ptr<PDFOutline> bigOutline(const PDFDocument &document)
@@ -108,7 +85,7 @@ int runSidebar(const QStringList &arguments)
     window->show();
 
     const double before = processMegabytes("VmRSS:");
-    PDFContents *tab = openIn(window, path);
+    PDFContents *tab = openBenchTab(window, path);
     if (!tab)
         return 1;
     tab->setSidebarMode(PDFSidebarMode::thumbnails);
@@ -157,7 +134,7 @@ int runSidebar(const QStringList &arguments)
     }
     QElapsedTimer shown;
     shown.start();
-    PDFContents *const second = openIn(window, outlined);
+    PDFContents *const second = openBenchTab(window, outlined);
     if (!second)
         return 1;
     second->setSidebarMode(PDFSidebarMode::toc);

@@ -55,34 +55,7 @@ QByteArray twoPages(const QByteArray &root, const QByteArray &outline = {}, Obje
 // "One", a page of the given content, "Two".
 QByteArray around(const QByteArray &content)
 {
-    return RawPdf::build({ "<< /Type /Catalog /Pages 2 0 R >>",
-        "<< /Type /Pages /Kids [3 0 R 5 0 R 7 0 R] /Count 3 >>", RawPdf::page(2, 4),
-        RawPdf::textContent("One"), RawPdf::page(2, 6), content, RawPdf::page(2, 8),
-        RawPdf::textContent("Two") });
-}
-
-// Content that inflates to chunk repeated count times.
-QByteArray inflating(const QByteArray &chunk, qint64 count)
-{
-    return RawPdf::stream("/Filter /FlateDecode", RawPdf::deflatedRepeat(chunk, count));
-}
-
-qint64 peakResident()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    return 0;
-}
-
-void resetPeakResident()
-{
-    QFile refs(QStringLiteral("/proc/self/clear_refs"));
-    if (refs.open(QIODevice::WriteOnly))
-        refs.write("5");
+    return RawPdf::pagesAround(content, "One", "Two");
 }
 
 // Each page of a file as its first word and rotation, "One/90"; the error when it does not open.
@@ -164,12 +137,12 @@ private slots:
             << QStringList { "One", "Two" } << 1 << 1;
         // Beyond the content limit set below, and small enough for qpdf to check in time.
         QTest::newRow("decompression bomb between two pages")
-            << around(inflating(QByteArray(1 << 20, '\0'), 160)) << QStringList { "One", "", "Two" }
-            << 0 << 1;
-        QTest::newRow("a page of 100,000 hits") << around(
-            inflating("BT /F1 1 Tf (" + QByteArray("Two ").repeated(1000) + ") Tj ET\n", 100))
-                                                << QStringList { "One", "Two", "Two" } << 0
-                                                << 100001;
+            << around(RawPdf::inflatingStream(QByteArray(1 << 20, '\0'), 160))
+            << QStringList { "One", "", "Two" } << 0 << 1;
+        QTest::newRow("a page of 100,000 hits")
+            << around(RawPdf::inflatingStream(
+                   "BT /F1 1 Tf (" + QByteArray("Two ").repeated(1000) + ") Tj ET\n", 100))
+            << QStringList { "One", "Two", "Two" } << 0 << 100001;
     }
 
     void everyPartOfTheTabCopes()
@@ -190,8 +163,8 @@ private slots:
             QFile out(path);
             QVERIFY(out.open(QIODevice::WriteOnly) && out.write(file) == file.size());
         }
-        resetPeakResident();
-        const qint64 peakBefore = peakResident();
+        TestTools::resetPeakResident();
+        const qint64 peakBefore = TestTools::peakResident();
         QElapsedTimer clock;
         clock.start();
 
@@ -240,7 +213,7 @@ private slots:
         QTRY_COMPARE(document->numberOfChanges(), 0);
         QVERIFY(waitForSaves());
         QVERIFY2(clock.elapsed() < 120000, qPrintable(QString::number(clock.elapsed())));
-        const qint64 grown = peakResident() - peakBefore;
+        const qint64 grown = TestTools::peakResident() - peakBefore;
         QVERIFY2(grown < (qint64(768) << 20), qPrintable(QString::number(grown >> 20) + " MB"));
 
         QStringList turned;

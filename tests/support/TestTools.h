@@ -20,6 +20,10 @@ struct RunResult
 // Runs a command to completion (at most timeoutMs) and captures its output.
 RunResult run(const QString &program, const QStringList &arguments, int timeoutMs = 60000);
 
+// The process's peak resident memory since the last reset, in bytes (0 where unknown).
+qint64 peakResident();
+void resetPeakResident();
+
 } // namespace TestTools
 
 // Skips the current test with a message when a checking tool is not installed.

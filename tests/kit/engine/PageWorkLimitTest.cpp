@@ -11,6 +11,7 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFPageRenderSource.h>
 #include <kit/engine/PDFWorkLimits.h>
+#include <support/TestTools.h>
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -23,34 +24,7 @@ namespace {
 // Before, the hostile page, After.
 QByteArray documentAround(const QByteArray &hostileContent)
 {
-    return RawPdf::build({ "<< /Type /Catalog /Pages 2 0 R >>",
-        "<< /Type /Pages /Kids [3 0 R 5 0 R 7 0 R] /Count 3 >>", RawPdf::page(2, 4),
-        RawPdf::textContent("Before"), RawPdf::page(2, 6), hostileContent, RawPdf::page(2, 8),
-        RawPdf::textContent("After") });
-}
-
-QByteArray bomb(const QByteArray &chunk, qint64 repeats)
-{
-    return RawPdf::stream("/Filter /FlateDecode", RawPdf::deflatedRepeat(chunk, repeats));
-}
-
-// The process's peak resident memory since the last reset, in bytes.
-qint64 peakResident()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    return 0;
-}
-
-void resetPeakResident()
-{
-    QFile refs(QStringLiteral("/proc/self/clear_refs"));
-    if (refs.open(QIODevice::WriteOnly))
-        refs.write("5");
+    return RawPdf::pagesAround(hostileContent, "Before", "After");
 }
 
 bool hasInk(const QImage &image)
@@ -104,14 +78,15 @@ private slots:
         // Drawing straight into an image keeps nothing: only recording runs out of memory.
         QTest::addColumn<bool>("drawingFails");
         QTest::newRow("1.2 GB of zeros")
-            << bomb(Zeros, 1200) << qint64(0) << qint64(0) << 0 << true;
+            << RawPdf::inflatingStream(Zeros, 1200) << qint64(0) << qint64(0) << 0 << true;
         QTest::newRow("1.2 GB of save-restore pairs")
-            << bomb(SaveRestore, 1200) << qint64(0) << qint64(0) << 0 << true;
+            << RawPdf::inflatingStream(SaveRestore, 1200) << qint64(0) << qint64(0) << 0 << true;
         // A time limit far off, so that only memory decides even in a slow (sanitized) build.
         QTest::newRow("strokes beyond the memory limit")
-            << bomb(Strokes, 24) << qint64(24 << 20) << qint64(1) << 300000 << false;
-        QTest::newRow("operators beyond the time limit")
-            << bomb(SaveRestore, 200) << qint64(0) << (qint64(1) << 30) << 300 << true;
+            << RawPdf::inflatingStream(Strokes, 24) << qint64(24 << 20) << qint64(1) << 300000
+            << false;
+        QTest::newRow("operators beyond the time limit") << RawPdf::inflatingStream(SaveRestore,
+            200) << qint64(0) << (qint64(1) << 30) << 300 << true;
     }
 
     void hostilePageFailsAlone()
@@ -133,8 +108,8 @@ private slots:
         auto doc = std::make_shared<PDFDocument>();
         QVERIFY(doc->initWithData(documentAround(content)));
         QCOMPARE(doc->pageCount(), 3);
-        resetPeakResident();
-        const qint64 peakBefore = peakResident();
+        TestTools::resetPeakResident();
+        const qint64 peakBefore = TestTools::peakResident();
         QElapsedTimer clock;
         clock.start();
 
@@ -158,7 +133,7 @@ private slots:
         QCOMPARE(waiter.pages, QList<int> { 2 });
 
         QVERIFY2(clock.elapsed() < 60000, qPrintable(QString::number(clock.elapsed())));
-        const qint64 grown = peakResident() - peakBefore;
+        const qint64 grown = TestTools::peakResident() - peakBefore;
         QVERIFY2(grown < (qint64(768) << 20), qPrintable(QString::number(grown >> 20) + " MB"));
     }
 
@@ -169,7 +144,7 @@ private slots:
         limits.milliseconds = 120000;
         PDFWorkLimits::setCurrent(limits);
         auto doc = std::make_shared<PDFDocument>();
-        QVERIFY(doc->initWithData(documentAround(bomb(SaveRestore, 1200))));
+        QVERIFY(doc->initWithData(documentAround(RawPdf::inflatingStream(SaveRestore, 1200))));
         const auto source = doc->pageAtIndex(1)->renderSource(PDFDisplayBox::CropBox);
         QVERIFY(source);
         PDFCancellation cancel;

@@ -99,4 +99,16 @@ QByteArray withUpdate(const QByteArray &pdf, qint64 prev)
     return out;
 }
 
+QByteArray inflatingStream(const QByteArray &chunk, qint64 count)
+{
+    return stream("/Filter /FlateDecode", deflatedRepeat(chunk, count));
+}
+
+QByteArray pagesAround(const QByteArray &content, const QByteArray &before, const QByteArray &after)
+{
+    return build({ "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R 5 0 R 7 0 R] /Count 3 >>", page(2, 4), textContent(before),
+        page(2, 6), content, page(2, 8), textContent(after) });
+}
+
 } // namespace RawPdf

@@ -21,6 +21,11 @@ QByteArray textContent(const QByteArray &word);
 // A zlib stream that inflates to chunk repeated count times, made without holding the inflated
 // bytes: a decompression bomb of any size.
 QByteArray deflatedRepeat(const QByteArray &chunk, qint64 count);
+// A Flate stream object of deflatedRepeat(chunk, count).
+QByteArray inflatingStream(const QByteArray &chunk, qint64 count);
+// Three pages: the word before, a page whose content object is content, the word after.
+QByteArray pagesAround(
+    const QByteArray &content, const QByteArray &before, const QByteArray &after);
 // Offset of the last cross-reference section (what the last startxref names).
 qint64 lastXrefOffset(const QByteArray &pdf);
 // Appends an incremental update that adds an /Info dictionary, whose trailer's /Prev is prev
