@@ -49,17 +49,8 @@ void PDFAnnotationListDelegate::paint(
     painter->setRenderHint(QPainter::Antialiasing);
     const QRect rect = option.rect;
     if (index.data(PDFAnnotationListModel::IsGroupRole).toBool()) {
-        const QString number = index.data(PDFAnnotationListModel::PageNumberRole).toString();
-        QFont font = option.font;
-        font.setBold(true);
-        painter->setFont(font);
-        const int bubbleWidth = qMax(QFontMetrics(font).horizontalAdvance(number) + 16, 28);
-        const QRect bubble(rect.left() + margin, rect.center().y() - 11, bubbleWidth, 22);
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(theme->color(FDTheme::secondaryLabelColor));
-        painter->drawRoundedRect(bubble, 11, 11);
-        painter->setPen(theme->color(FDTheme::tableViewBackgroundColor));
-        painter->drawText(bubble, Qt::AlignCenter, number);
+        paintPageBubble(painter, option, rect.left() + margin,
+            index.data(PDFAnnotationListModel::PageNumberRole).toString());
         painter->restore();
         return;
     }

@@ -62,18 +62,8 @@ void PDFSearchResultDelegate::paint(
     const QRect rect = option.rect;
     if (index.data(PDFSearchResultModel::IsGroupRole).toBool()) {
         // A bubble with the page number, left aligned in the header row.
-        const QString number = index.data(PDFSearchResultModel::PageNumberRole).toString();
-        QFont font = option.font;
-        font.setBold(true);
-        painter->setFont(font);
-        const QFontMetrics metrics(font);
-        const int bubbleWidth = qMax(metrics.horizontalAdvance(number) + 16, 28);
-        const QRect bubble(rect.left() + sideMargin, rect.center().y() - 11, bubbleWidth, 22);
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(theme->color(FDTheme::secondaryLabelColor));
-        painter->drawRoundedRect(bubble, 11, 11);
-        painter->setPen(theme->color(FDTheme::tableViewBackgroundColor));
-        painter->drawText(bubble, Qt::AlignCenter, number);
+        paintPageBubble(painter, option, rect.left() + sideMargin,
+            index.data(PDFSearchResultModel::PageNumberRole).toString());
         painter->restore();
         return;
     }

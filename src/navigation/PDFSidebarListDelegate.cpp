@@ -2,7 +2,11 @@
 
 #include "PDFSidebarTabContents.h"
 
+#include <appearance/FDTheme.h>
+#include <appearance/FDThemeProvider.h>
+
 #include <QAbstractItemView>
+#include <QPainter>
 
 PDFSidebarListDelegate::PDFSidebarListDelegate(int groupRole, int keyRole, QObject *parent)
     : QStyledItemDelegate(parent)
@@ -34,4 +38,20 @@ QSize PDFSidebarListDelegate::sizeHint(
     const int height = measureRowHeight(option, index, width);
     m_heights.insert(key, height);
     return { width, height };
+}
+
+void PDFSidebarListDelegate::paintPageBubble(
+    QPainter *painter, const QStyleOptionViewItem &option, int left, const QString &number)
+{
+    const FDTheme *const theme = FDThemeProvider::current();
+    QFont font = option.font;
+    font.setBold(true);
+    painter->setFont(font);
+    const int bubbleWidth = qMax(QFontMetrics(font).horizontalAdvance(number) + 16, 28);
+    const QRect bubble(left, option.rect.center().y() - 11, bubbleWidth, 22);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(theme->color(FDTheme::secondaryLabelColor));
+    painter->drawRoundedRect(bubble, 11, 11);
+    painter->setPen(theme->color(FDTheme::tableViewBackgroundColor));
+    painter->drawText(bubble, Qt::AlignCenter, number);
 }

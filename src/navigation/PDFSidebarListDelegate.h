@@ -27,6 +27,9 @@ protected:
     // The height of a row that is not a group row, at the given width.
     virtual int measureRowHeight(
         const QStyleOptionViewItem &option, const QModelIndex &index, int width) const = 0;
+    // A group row: the page number in a bubble at left, vertically centred in rect.
+    static void paintPageBubble(
+        QPainter *painter, const QStyleOptionViewItem &option, int left, const QString &number);
 
 private:
     quint64 keyOf(const QModelIndex &index) const;
