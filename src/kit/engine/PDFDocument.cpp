@@ -8,7 +8,6 @@
 #include "PDFPagePrivate.h"
 #include "PageTree.h"
 #include "PageTreeWalk.h"
-#include "SaslPrep.h"
 #include "mupdf/MuOpen.h"
 
 #include <kit/base/NotificationCenter.h>
@@ -17,7 +16,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QSaveFile>
 
 #include <QThreadPool>
 
@@ -40,18 +38,6 @@ namespace {
 // Page trees of at most this many pages are walked whole at opening: it costs about a
 // millisecond, and the page count is then exact from the start.
 constexpr int LazyWalkFrom = 512;
-
-// Full rewrite; garbage collection drops objects nothing refers to any more (removed pages, old
-// outline items) but never renumbers the live document, so pages and handles stay valid.
-// Objects are written spaced out: the compact form runs an empty name into the token after it
-// ("/ 1" becomes the name "/1"), which changes the file or makes it unreadable.
-constexpr const char *WriteOptions = "garbage=1,pretty=yes";
-// A damaged file can name an object number in the millions, and MuPDF's repair then makes its
-// table that long: written as it stands, every unused number costs a line of the saved file
-// (an 800-byte file saved as 56 MB). Such a file is written once more from a scratch copy that
-// numbers its objects afresh; the live document keeps its numbers.
-constexpr const char *CompactingWriteOptions = "garbage=compact,pretty=yes";
-constexpr int SparseTableFrom = 65536;
 
 } // namespace
 
@@ -386,105 +372,6 @@ QString PDFDocumentPrivate::labelForIndex(int index) const
     return labels.labelForIndex(index);
 }
 
-namespace {
-
-// The bytes MuPDF writes go straight into a QByteArray, so the file is never copied whole.
-struct ByteSink
-{
-    QByteArray bytes;
-    bool failed = false;
-};
-
-void appendToSink(fz_context *, void *state, const void *data, size_t size)
-{
-    auto *sink = static_cast<ByteSink *>(state);
-    if (sink->failed)
-        return;
-    try {
-        // Doubling: QByteArray's own growth copies the whole file far too often.
-        const qsizetype needed = sink->bytes.size() + static_cast<qsizetype>(size);
-        if (needed > sink->bytes.capacity())
-            sink->bytes.reserve(std::max(needed, sink->bytes.capacity() * 2));
-        sink->bytes.append(static_cast<const char *>(data), static_cast<qsizetype>(size));
-    } catch (...) {
-        // An exception may not cross MuPDF's frames; the failure is read after writing.
-        sink->failed = true;
-    }
-}
-
-int64_t sinkPosition(fz_context *, void *state)
-{
-    return static_cast<const ByteSink *>(state)->bytes.size();
-}
-
-// Inside a guarded block; output is the caller's, so that it is dropped however this ends.
-void writeInto(fz_context *ctx, pdf_document *doc, const char *writeOptions, ByteSink &sink,
-    mu::Output &output)
-{
-    pdf_write_options options;
-    pdf_parse_write_options(ctx, &options, writeOptions);
-    output.p = fz_new_output(ctx, 64 * 1024, &sink, appendToSink, nullptr, nullptr);
-    output.p->tell = sinkPosition;
-    pdf_write_document(ctx, doc, output.p, &options);
-    fz_close_output(ctx, output.p);
-}
-
-// Mostly unused numbers: the table's lines are at least half of what was written.
-bool isSparse(fz_context *ctx, pdf_document *doc, qsizetype written)
-{
-    const qint64 length = pdf_xref_len(ctx, doc);
-    return length >= SparseTableFrom && written < 40 * length && !doc->crypt;
-}
-
-} // namespace
-
-QByteArray PDFDocumentPrivate::writeLocked(
-    const mu::DocumentHandle &handle, QString *errorText, qsizetype sizeHint)
-{
-    fz_context *ctx = mu::context();
-    pdf_document *const doc = handle.doc();
-    ByteSink sink;
-    sink.bytes.reserve(sizeHint + sizeHint / 8 + 64 * 1024);
-    ByteSink compacted;
-    mu::Output output;
-    mu::Output compactedOutput;
-    mu::Buffer buffer;
-    mu::Stream stream;
-    mu::Document scratch;
-    mu::Error failure;
-    mu::run(ctx, failure, [&] { writeInto(ctx, doc, WriteOptions, sink, output); });
-    if (sink.failed)
-        failure.fail("out of memory while writing the document");
-    if (failure.failed) {
-        if (errorText)
-            *errorText = failure.text();
-        return {};
-    }
-    bool sparse = false;
-    mu::runQuietly(ctx, [&] { sparse = isSparse(ctx, doc, sink.bytes.size()); });
-    if (!sparse)
-        return std::move(sink.bytes);
-    // The first form stays the answer when the scratch copy cannot be made.
-    mu::Error compacting;
-    mu::run(ctx, compacting, [&] {
-        buffer.p = fz_new_buffer_from_shared_data(ctx,
-            reinterpret_cast<const unsigned char *>(sink.bytes.constData()),
-            static_cast<size_t>(sink.bytes.size()));
-        stream.p = fz_open_buffer(ctx, buffer.p);
-        scratch.p = pdf_open_document_with_stream(ctx, stream.p);
-        writeInto(ctx, scratch.p, CompactingWriteOptions, compacted, compactedOutput);
-    });
-    if (compacting.failed || compacted.failed || compacted.bytes.isEmpty())
-        return std::move(sink.bytes);
-    return std::move(compacted.bytes);
-}
-
-QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *errorText)
-{
-    const mu::Lock lock(handle.mutex());
-    return writeLocked(handle, errorText);
-}
-
 PDFDocument::PDFDocument()
     : d(std::make_unique<PDFDocumentPrivate>(*this))
 { }
@@ -611,95 +498,6 @@ int PDFDocument::indexForPage(const std::shared_ptr<PDFPage> &page) const
     return found == d->pages.end() ? -1 : static_cast<int>(found - d->pages.begin());
 }
 
-void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
-{
-    if (!page || !d->handle || d->locked || index < 0)
-        return;
-    // Changing the tree ends the lazy walk; the outline keeps its pages through it.
-    d->loadOutline();
-    d->resolveAll();
-    if (const auto owner = page->document()) {
-        if (owner.get() == this && index > pageCount() - 1)
-            index = pageCount() - 1;
-        // Through the owner's own removal, so that a subclass counts and announces it.
-        owner->removePageAtIndex(owner->indexForPage(page));
-        if (page->document())
-            return;
-    }
-    if (index > pageCount())
-        return;
-    if (!page->d->handle && !page->init())
-        return;
-    fz_context *ctx = mu::context();
-    pdf_document *const doc = d->handle->doc();
-    mu::Error failure;
-    if (page->d->handle == d->handle) {
-        const mu::Lock lock(d->handle->mutex());
-        pdf_obj *const obj = page->d->object;
-        mu::run(ctx, failure, [&] { pdf_insert_page(ctx, doc, index, obj); });
-        if (failure.failed)
-            return;
-        d->pages.insert(d->pages.begin() + index, page);
-        d->renumberLocked();
-    } else {
-        const auto source = page->d->handle;
-        const std::scoped_lock locks(d->handle->mutex(), source->mutex());
-        pdf_obj *grafted
-            = PDFPageInternals::graftPage(ctx, doc, source->doc(), page->d->object, failure);
-        if (!grafted)
-            return;
-        mu::run(ctx, failure, [&] { pdf_insert_page(ctx, doc, index, grafted); });
-        if (failure.failed) {
-            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, grafted); });
-            return;
-        }
-        page->d->bind(d->handle, grafted, true);
-        d->pages.insert(d->pages.begin() + index, page);
-        d->renumberLocked();
-    }
-    page->d->document = weak_from_this();
-    page->noteContentChanged();
-    NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
-}
-
-void PDFDocument::removePageAtIndex(int index)
-{
-    if (d->takePage(index))
-        NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
-}
-
-void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
-{
-    if (index == otherIndex || index < 0 || otherIndex < 0 || index >= pageCount()
-        || otherIndex >= pageCount())
-        return;
-    d->loadOutline();
-    d->resolveAll();
-    const int low = std::min(index, otherIndex);
-    const int high = std::max(index, otherIndex);
-    pdf_obj *const lowObject = d->pages[static_cast<size_t>(low)]->d->object;
-    pdf_obj *const highObject = d->pages[static_cast<size_t>(high)]->d->object;
-    const mu::Lock lock(d->handle->mutex());
-    fz_context *ctx = mu::context();
-    pdf_document *const doc = d->handle->doc();
-    mu::Error failure;
-    mu::run(ctx, failure, [&] {
-        pdf_flatten_inheritable_page_items(ctx, lowObject);
-        pdf_flatten_inheritable_page_items(ctx, highObject);
-        pdf_delete_page(ctx, doc, high);
-        pdf_delete_page(ctx, doc, low);
-        pdf_insert_page(ctx, doc, low, highObject);
-        pdf_insert_page(ctx, doc, high, lowObject);
-    });
-    if (failure.failed) {
-        d->error = failure.text();
-        return;
-    }
-    std::swap(d->pages[static_cast<size_t>(low)], d->pages[static_cast<size_t>(high)]);
-    d->renumberLocked();
-    NotificationCenter::defaultCenter().post(PagesDidChangeNotification, this);
-}
-
 std::shared_ptr<PDFOutline> PDFDocument::outlineRoot() const
 {
     d->loadOutline();
@@ -712,52 +510,6 @@ void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
     d->outlineRoot = root;
     if (root)
         root->m_document = weak_from_this();
-}
-
-QByteArray PDFDocument::dataRepresentation() const
-{
-    if (!d->handle) {
-        d->error = QCoreApplication::translate("PDFDocument", "The document has no content");
-        return {};
-    }
-    if (d->contentLoaded) {
-        d->loadOutline();
-        d->resolveAll();
-    }
-    const mu::Lock lock(d->handle->mutex());
-    if (d->contentLoaded) {
-        fz_context *ctx = mu::context();
-        // Annotations changed since they were last drawn get fresh pictures first.
-        for (size_t i = 0; i < d->pages.size(); ++i) {
-            if (d->pages[i]->d->handle == d->handle)
-                PDFPageInternals::prepareForOutputLocked(*d->pages[i], ctx, static_cast<int>(i));
-        }
-        mu::Error failure;
-        const auto objectForPage = [this](const PDFPage &page) -> pdf_obj * {
-            return page.d->handle == d->handle && page.d->document.lock().get() == this
-                ? page.d->object
-                : nullptr;
-        };
-        if (!OutlineIO::write(
-                ctx, d->handle->doc(), d->outlineRoot.get(), objectForPage, failure)) {
-            d->error = failure.text();
-            return {};
-        }
-    }
-    return PDFDocumentPrivate::writeLocked(*d->handle, &d->error, d->sourceSize);
-}
-
-bool PDFDocument::writeToURL(const QUrl &url) const
-{
-    const QByteArray bytes = dataRepresentation();
-    if (bytes.isEmpty())
-        return false;
-    QSaveFile file(url.toLocalFile());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        d->error = file.errorString();
-        return false;
-    }
-    return true;
 }
 
 bool PDFDocument::releaseCachedContent()
@@ -807,78 +559,4 @@ bool PDFDocument::releaseCachedContent()
         releasing = false;
     });
     return true;
-}
-
-bool PDFDocument::isEncrypted() const
-{
-    return d->encrypted;
-}
-
-bool PDFDocument::isLocked() const
-{
-    return d->locked;
-}
-
-bool PDFDocument::unlockWithPassword(const QString &password)
-{
-    if (!d->handle)
-        return false;
-    int result = 0;
-    {
-        const mu::Lock lock(d->handle->mutex());
-        fz_context *ctx = mu::context();
-        pdf_document *const doc = d->handle->doc();
-        int revision = 0;
-        mu::runQuietly(ctx, [&] {
-            revision = pdf_to_int(ctx, pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Encrypt/R"));
-        });
-        // AES-256 passwords are prepared UTF-8; as typed is tried too, for files made by tools
-        // that stored them unprepared.
-        QList<QByteArray> candidates;
-        if (revision >= 5)
-            candidates.append(SaslPrep::prepared(password).toUtf8());
-        if (!candidates.contains(password.toUtf8()))
-            candidates.append(password.toUtf8());
-        for (const QByteArray &candidate : candidates) {
-            const char *const text = candidate.constData();
-            mu::runQuietly(ctx, [&] { result = fz_authenticate_password(ctx, &doc->super, text); });
-            if (result)
-                break;
-        }
-    }
-    if (!result)
-        return false;
-    if (d->locked) {
-        d->locked = false;
-        if (!d->loadContent())
-            return false;
-    }
-    return true;
-}
-
-namespace {
-
-bool hasPermission(const PDFDocumentPrivate &d, fz_permission permission)
-{
-    if (!d.handle)
-        return false;
-    const mu::Lock lock(d.handle->mutex());
-    fz_context *ctx = mu::context();
-    pdf_document *const doc = d.handle->doc();
-    int allowed = 0;
-    mu::Error failure;
-    mu::run(ctx, failure, [&] { allowed = fz_has_permission(ctx, &doc->super, permission); });
-    return allowed != 0;
-}
-
-} // namespace
-
-bool PDFDocument::allowsPrinting() const
-{
-    return hasPermission(*d, FZ_PERMISSION_PRINT);
-}
-
-bool PDFDocument::allowsCopying() const
-{
-    return hasPermission(*d, FZ_PERMISSION_COPY);
 }
