@@ -2,7 +2,6 @@
 
 #include "AtomicFileWriter.h"
 #include "Common.h"
-#include "FDDocument.h"
 #include "Logger.h"
 #include "SaveReport.h"
 
@@ -111,42 +110,42 @@ void TaskExcutor::schedule()
         m_pendingTasks.takeFirst();
         if (head->kind() == Task::Attributes) {
             m_runningTasks.append(head);
-            postWrite(head, QByteArray());
+            postWrite(head, {});
             continue;
         }
         document->attachBookmarksToOutlineTree();
         if (document->pdfView()) {
-            // The user may go on editing: the bytes are fixed now, on the main thread.
-            QByteArray bytes = document->dataRepresentation();
-            if (bytes.isEmpty()) {
-                document->detachBookmarksFromOutlineTree();
+            // The user may go on editing: the objects are readied now, on the main thread, and
+            // the queue writes them under the document's lock, which edits take too.
+            PDFDocument::DataWriter write = document->prepareDataRepresentation();
+            document->detachBookmarksFromOutlineTree();
+            if (!write) {
                 TaskOutcome outcome;
                 fail(head, failure(outcome, document->errorString()), true);
                 continue;
             }
             m_runningTasks.append(head);
-            postWrite(head, bytes);
-            document->detachBookmarksFromOutlineTree();
+            postWrite(head, std::move(write));
         } else {
             // Nobody looks at a detached document: its bytes are made on the queue, from an
             // outline that a view taking the document back must leave alone until the end.
             document->setIsOutlineInUseBySave(true);
             m_runningTasks.append(head);
-            postWrite(head, QByteArray());
+            postWrite(head, {});
         }
     }
 }
 
-void TaskExcutor::postWrite(std::shared_ptr<Task> task, const QByteArray &bytes)
+void TaskExcutor::postWrite(std::shared_ptr<Task> task, PDFDocument::DataWriter write)
 {
-    m_queue.start([this, task = std::move(task), bytes]() mutable {
-        const TaskOutcome outcome = perform(*task, bytes);
+    m_queue.start([this, task = std::move(task), write = std::move(write)]() mutable {
+        const TaskOutcome outcome = perform(*task, write);
         // The task, and with it perhaps the last hold on the document, is released there.
         MainQueue::sync([this, &task, &outcome] { finish(std::move(task), outcome); });
     });
 }
 
-TaskOutcome TaskExcutor::perform(const Task &task, QByteArray bytes)
+TaskOutcome TaskExcutor::perform(const Task &task, const PDFDocument::DataWriter &write)
 {
     const FDDocument &document = *task.document();
     TaskOutcome outcome;
@@ -164,14 +163,26 @@ TaskOutcome TaskExcutor::perform(const Task &task, QByteArray bytes)
         return outcome;
     }
     AtomicFileWriter::removeLeftovers(outcome.path);
-    if (bytes.isNull()) {
+    QByteArray bytes;
+    QString error;
+    if (write) {
+        PDFDocument::WrittenData written = write();
+        if (written.isStale) {
+            outcome.result = TaskOutcome::Stale;
+            return outcome;
+        }
+        bytes = std::move(written.bytes);
+        error = written.error;
+    } else {
         bytes = document.dataRepresentation();
         if (bytes.isEmpty())
-            return failure(outcome,
-                QCoreApplication::translate(
-                    "TaskExcutor", "The document could not be made into bytes (%1).")
-                    .arg(document.errorString()));
+            error = document.errorString();
     }
+    if (bytes.isEmpty())
+        return failure(outcome,
+            QCoreApplication::translate(
+                "TaskExcutor", "The document could not be made into bytes (%1).")
+                .arg(error));
     outcome.bytes = bytes;
     if (const QString error = checkParses(bytes); !error.isEmpty())
         return failure(outcome, error);
@@ -197,6 +208,9 @@ void TaskExcutor::finish(std::shared_ptr<Task> task, const TaskOutcome &outcome)
             document->setFileIdentity(outcome.path, outcome.written);
         break;
     case TaskOutcome::Skipped:
+        break;
+    case TaskOutcome::Stale:
+        m_pendingTasks.prepend(task);
         break;
     case TaskOutcome::FileChanged:
         // The edits stay the document's until the user says where they go.

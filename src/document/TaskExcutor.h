@@ -2,11 +2,12 @@
 
 // Runs the saving tasks of one size class: pending tasks wait head first, at most `concurrency`
 // run at once on the executor's thread pool, and two tasks for one URL never run together. The
-// task lists are touched on the main thread only; the pool's threads produce bytes for detached
-// documents and write the files.
+// task lists are touched on the main thread only; the pool's threads make the bytes (of a document
+// on screen, from objects readied on the main thread) and write the files.
 
 #include <kit/base/RefArray.h>
 
+#include "FDDocument.h"
 #include "FileIdentity.h"
 #include "Task.h"
 
@@ -18,8 +19,6 @@
 #include <memory>
 #include <optional>
 
-class FDDocument;
-
 // What became of one attempt at a task, handed from the queue to the main thread.
 struct TaskOutcome
 {
@@ -29,7 +28,9 @@ struct TaskOutcome
         // Another program changed the file since the document read or wrote it: not written.
         FileChanged,
         // Nothing to do, nothing to tell.
-        Skipped
+        Skipped,
+        // The document was readied for another write before this one ran: ready it again.
+        Stale
     };
     Result result = Written;
     QString error;
@@ -62,9 +63,9 @@ public:
 
 private:
     void schedule();
-    // bytes is null for a detached document: the queue produces them.
-    void postWrite(std::shared_ptr<Task> task, const QByteArray &bytes);
-    static TaskOutcome perform(const Task &task, QByteArray bytes);
+    // write is null for a detached document and for attributes: the queue makes the bytes itself.
+    void postWrite(std::shared_ptr<Task> task, PDFDocument::DataWriter write);
+    static TaskOutcome perform(const Task &task, const PDFDocument::DataWriter &write);
     void finish(std::shared_ptr<Task> task, const TaskOutcome &outcome);
     // Counts a failed attempt and queues the task again, or reports it after the last attempt:
     // at once, or on the next turn of the main queue when later is set.

@@ -24,6 +24,7 @@ public:
     const Ref &at(qsizetype index) const { return m_items.at(size_t(index)); }
 
     void append(Ref object) { m_items.push_back(std::move(object)); }
+    void prepend(Ref object) { m_items.insert(m_items.begin(), std::move(object)); }
 
     // Removes every occurrence of this very object; returns how many went.
     qsizetype remove(const Ref &object)

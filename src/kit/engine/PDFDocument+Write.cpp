@@ -128,6 +128,17 @@ QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *
 
 QByteArray PDFDocument::dataRepresentation() const
 {
+    const DataWriter write = prepareDataRepresentation();
+    if (!write)
+        return {};
+    WrittenData written = write();
+    if (written.bytes.isEmpty())
+        d->error = written.error;
+    return std::move(written.bytes);
+}
+
+PDFDocument::DataWriter PDFDocument::prepareDataRepresentation() const
+{
     if (!d->handle) {
         d->error = QCoreApplication::translate("PDFDocument", "The document has no content");
         return {};
@@ -136,12 +147,13 @@ QByteArray PDFDocument::dataRepresentation() const
         d->loadOutline();
         d->resolveAll();
     }
-    const mu::Lock lock(d->handle->mutex());
+    const std::shared_ptr<mu::DocumentHandle> handle = d->handle;
+    const mu::Lock lock(handle->mutex());
     if (d->contentLoaded) {
         fz_context *ctx = mu::context();
         // Annotations changed since they were last drawn get fresh pictures first.
         for (size_t i = 0; i < d->pages.size(); ++i) {
-            if (d->pages[i]->d->handle == d->handle)
+            if (d->pages[i]->d->handle == handle)
                 PDFPageInternals::prepareForOutputLocked(*d->pages[i], ctx, static_cast<int>(i));
         }
         mu::Error failure;
@@ -150,13 +162,23 @@ QByteArray PDFDocument::dataRepresentation() const
                 ? page.d->object
                 : nullptr;
         };
-        if (!OutlineIO::write(
-                ctx, d->handle->doc(), d->outlineRoot.get(), objectForPage, failure)) {
+        if (!OutlineIO::write(ctx, handle->doc(), d->outlineRoot.get(), objectForPage, failure)) {
             d->error = failure.text();
             return {};
         }
     }
-    return PDFDocumentPrivate::writeLocked(*d->handle, &d->error, d->sourceSize);
+    const quint64 preparation = ++handle->writePreparations;
+    return [handle, preparation, sizeHint = d->sourceSize] {
+        WrittenData written;
+        const mu::Lock writeLock(handle->mutex());
+        // Another preparation since has written another outline into the objects.
+        if (handle->writePreparations != preparation) {
+            written.isStale = true;
+            return written;
+        }
+        written.bytes = PDFDocumentPrivate::writeLocked(*handle, &written.error, sizeHint);
+        return written;
+    };
 }
 
 bool PDFDocument::writeToURL(const QUrl &url) const

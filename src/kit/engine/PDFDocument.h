@@ -12,6 +12,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -71,6 +72,20 @@ public:
     // The bytes of the current state: pages, rotations, outline. Empty on failure (see
     // errorString()). Main thread, or a worker when no other thread uses the document.
     QByteArray dataRepresentation() const;
+
+    // What a write made ahead by prepareDataRepresentation() gives.
+    struct WrittenData
+    {
+        QByteArray bytes; // empty when the write failed or came too late
+        QString error;
+        bool isStale = false; // the objects were prepared again since: prepare once more
+    };
+    using DataWriter = std::function<WrittenData()>;
+    // The two halves of dataRepresentation(), so that the long one leaves the main thread: this
+    // readies the objects (annotation pictures, the outline) on the main thread and returns the
+    // write, which may run on any thread. It holds the document lock while it runs, so an edit
+    // made meanwhile waits for it or comes after it. Null on failure (see errorString()).
+    DataWriter prepareDataRepresentation() const;
     // Writes atomically (a temporary file in the same folder, then a rename).
     bool writeToURL(const QUrl &url) const;
 

@@ -18,6 +18,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <future>
+
 namespace {
 
 // "label(child, child)" for a tree, to compare whole shapes at once.
@@ -190,6 +192,40 @@ private slots:
         doc->setOutlineRoot(nullptr);
         QVERIFY(reread->initWithData(doc->dataRepresentation()));
         QVERIFY(!reread->outlineRoot());
+    }
+
+    // A save readies the objects on the main thread and writes them on another: the write holds
+    // what was readied even while the main thread edits, and gives way once another was readied.
+    void aWriteReadiedAheadKeepsItsOutline()
+    {
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::build(PdfFixtures::textPages(40))));
+        auto root = std::make_shared<PDFOutline>();
+        auto mark = std::make_shared<PDFOutline>();
+        mark->setLabel("Readied");
+        mark->setDestination(std::make_shared<PDFDestination>(doc->pageAtIndex(1), QPointF()));
+        root->insertChild(mark, 0);
+        doc->setOutlineRoot(root);
+
+        const PDFDocument::DataWriter write = doc->prepareDataRepresentation();
+        QVERIFY(write);
+        mark->setLabel("Renamed after");
+        std::future<PDFDocument::WrittenData> running = std::async(std::launch::async, write);
+        for (int i = 0; i < 20; ++i)
+            doc->exchangePageAtIndex(i, 39 - i);
+        const PDFDocument::WrittenData written = running.get();
+        QVERIFY(!written.isStale);
+        auto reread = std::make_shared<PDFDocument>();
+        QVERIFY2(reread->initWithData(written.bytes), qPrintable(written.error));
+        QCOMPARE(reread->pageCount(), 40);
+        QCOMPARE(shape(*reread->outlineRoot()), QString("(Readied)"));
+
+        const PDFDocument::DataWriter late = doc->prepareDataRepresentation();
+        QVERIFY(reread->initWithData(doc->dataRepresentation())); // a print copy, say
+        QCOMPARE(shape(*reread->outlineRoot()), QString("(Renamed after)"));
+        const PDFDocument::WrittenData refused = late();
+        QVERIFY(refused.isStale);
+        QVERIFY(refused.bytes.isEmpty());
     }
 
     void actionsOfOtherKindsRoundTrip()

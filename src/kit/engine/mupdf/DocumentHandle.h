@@ -5,6 +5,8 @@
 
 #include "MuOwned.h"
 
+#include <QtGlobal>
+
 #include <memory>
 #include <mutex>
 
@@ -21,6 +23,10 @@ public:
 
     pdf_document *doc() const { return m_doc; }
     std::mutex &mutex() const { return m_mutex; }
+
+    // How often the objects were readied for a write; the write made ahead of time checks it.
+    // Read and written under mutex().
+    quint64 writePreparations = 0;
 
     // A new, empty document of the calling thread's context; null when MuPDF fails.
     static std::shared_ptr<DocumentHandle> createEmpty(QString *error = nullptr);
