@@ -16,18 +16,16 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
+#include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
 
 #include <cxxabi.h>
 #include <limits>
-
-#include <unistd.h>
 
 using namespace AnnotationTestKit;
 
@@ -41,23 +39,6 @@ QString className(const PDFAnnotation &annotation)
     const QString text = QString::fromLatin1(name ? name : "?");
     std::free(name);
     return text;
-}
-
-// What the process writes on standard error, where warnings go, while body runs.
-template <typename Body> QByteArray standardErrorOf(Body body)
-{
-    QTemporaryFile capture;
-    if (!capture.open())
-        return {};
-    std::fflush(stderr);
-    const int saved = ::dup(STDERR_FILENO);
-    ::dup2(capture.handle(), STDERR_FILENO);
-    body();
-    std::fflush(stderr);
-    ::dup2(saved, STDERR_FILENO);
-    ::close(saved);
-    capture.seek(0);
-    return capture.readAll();
 }
 
 } // namespace
@@ -300,28 +281,6 @@ private slots:
         QCOMPARE(target->point(), QPointF(30, 100));
     }
 
-    void undoKeysByType()
-    {
-        const QStringList common { "bounds", "contents", "color", "border", "modificationDate",
-            "userName" };
-        const QStringList lineKeys { "startLineStyle", "endLineStyle", "startPoint", "endPoint",
-            "border.lineWidth", "border.style" };
-        const auto keys = [](const char *type) {
-            const QStringList *found = keysForValuesToObserveForUndo(
-                *engineAnnotation(QLatin1String(type), QRectF(0, 0, 10, 10)));
-            return found ? *found : QStringList { "none" };
-        };
-        QCOMPARE(keys("Underline"), common);
-        QCOMPARE(keys("Text"), common);
-        QCOMPARE(keys("Line"), common + lineKeys);
-        QCOMPARE(keys("Square"),
-            common + QStringList({ "interiorColor", "border.lineWidth", "border.style" }));
-        QCOMPARE(keys("FreeText"), common + QStringList({ "font", "fontColor", "alignment" }));
-        // A stamp or a link takes no part in undo.
-        QCOMPARE(keys("Stamp"), QStringList(QStringLiteral("none")));
-        QCOMPARE(keys("Link"), QStringList(QStringLiteral("none")));
-    }
-
     void registerUserNameStampsAuthorAndTime()
     {
         const auto note = appAnnotation(QStringLiteral("Text"), QRectF(0, 0, 0, 0));
@@ -376,11 +335,12 @@ private slots:
     {
         QIcon icon;
         const QByteArray log
-            = standardErrorOf([&] { icon = iconForType(QStringLiteral("Polygon")); });
+            = TestTools::standardErrorOf([&] { icon = iconForType(QStringLiteral("Polygon")); });
         QVERIFY(icon.isNull());
         QVERIFY2(log.contains(">>> Not found image for: Ann_Polygon_18pt"), log.constData());
         // Nothing was cached: it is looked for, and reported, again.
-        const QByteArray again = standardErrorOf([] { iconForType(QStringLiteral("Polygon")); });
+        const QByteArray again
+            = TestTools::standardErrorOf([] { iconForType(QStringLiteral("Polygon")); });
         QVERIFY(again.contains(">>> Not found image for: Ann_Polygon_18pt"));
     }
 

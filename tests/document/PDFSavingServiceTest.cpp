@@ -174,10 +174,7 @@ void PDFSavingServiceTest::bigAndSmallFilesRunAtOnce()
 void PDFSavingServiceTest::refusedWriteGivesThreeAttemptsAndOneAlert()
 {
     const QString path = fixture(QStringLiteral("refused.pdf"), 1);
-    const QByteArray original = [&path] {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }();
+    const QByteArray original = bytesOf(path);
     Unprivileged::giveAway(m_dir->path());
     Unprivileged::giveAway(path);
     QVERIFY(QFile::setPermissions(m_dir->path(), QFile::ReadOwner | QFile::ExeOwner));
@@ -202,9 +199,7 @@ void PDFSavingServiceTest::refusedWriteGivesThreeAttemptsAndOneAlert()
     QTRY_VERIFY(settled);
     QCOMPARE(m_alerts.size(), 1);
 
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), original);
+    QCOMPARE(bytesOf(path), original);
     QCOMPARE(folderEntries(), QStringList { QStringLiteral("refused.pdf") });
     QFile::setPermissions(m_dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }

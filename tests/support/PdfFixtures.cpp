@@ -45,6 +45,11 @@ QByteArray textString(const QString &text)
     return out + ")";
 }
 
+QByteArray ref(int n)
+{
+    return QByteArray::number(n) + " 0 R";
+}
+
 class Writer
 {
 public:
@@ -61,7 +66,8 @@ public:
         return add("<< " + dict + " /Length " + QByteArray::number(data.size()) + " >>\nstream\n"
             + data + "\nendstream");
     }
-    QByteArray finish(int root) const
+    QByteArray finish(int root) const { return finish("/Root " + ref(root)); }
+    QByteArray finish(const QByteArray &trailer) const
     {
         QByteArray out = "%PDF-1.7\n%\xe2\xe3\xcf\xd3\n";
         QList<qsizetype> offsets(m_count + 1, 0);
@@ -73,9 +79,8 @@ public:
         out += "xref\n0 " + QByteArray::number(m_count + 1) + "\n0000000000 65535 f \n";
         for (int n = 1; n <= m_count; ++n)
             out += QByteArray::number(offsets[n]).rightJustified(10, '0') + " 00000 n \n";
-        out += "trailer\n<< /Size " + QByteArray::number(m_count + 1) + " /Root "
-            + QByteArray::number(root) + " 0 R >>\nstartxref\n" + QByteArray::number(xref)
-            + "\n%%EOF\n";
+        out += "trailer\n<< /Size " + QByteArray::number(m_count + 1) + " " + trailer
+            + " >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
         return out;
     }
 
@@ -83,11 +88,6 @@ private:
     int m_count = 0;
     QHash<int, QByteArray> m_bodies;
 };
-
-QByteArray ref(int n)
-{
-    return QByteArray::number(n) + " 0 R";
-}
 
 QByteArray destination(int pageObject, const QPointF &point, double zoom)
 {
@@ -346,12 +346,12 @@ Document textPages(int count, int linesPerPage, int needleEvery)
     return doc;
 }
 
-QByteArray fromObjects(const QList<QByteArray> &objects)
+QByteArray fromObjects(const QList<QByteArray> &objects, const QByteArray &trailer)
 {
     Writer writer;
     for (const QByteArray &object : objects)
         writer.add(object);
-    return writer.finish(1);
+    return writer.finish(trailer);
 }
 
 QByteArray withoutXref(const QByteArray &pdf)

@@ -108,8 +108,9 @@ Document textPages(int count, int linesPerPage = 40, int needleEvery = 1);
 Image photo(int width, int height, quint32 seed);
 
 // A file of the objects as written (object n is objects[n - 1], the catalog is object 1), with a
-// correct cross-reference table: for structures the description above cannot say.
-QByteArray fromObjects(const QList<QByteArray> &objects);
+// correct cross-reference table and the trailer's entries besides /Size: for structures the
+// description above cannot say.
+QByteArray fromObjects(const QList<QByteArray> &objects, const QByteArray &trailer = "/Root 1 0 R");
 
 // The same file with its cross-reference table destroyed, so that a reader has to repair it.
 QByteArray withoutXref(const QByteArray &pdf);

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace TestTools {
 
 // Full path of a command on PATH (Debian's python3 is preferred for pikepdf), or empty.
@@ -23,6 +25,9 @@ RunResult run(const QString &program, const QStringList &arguments, int timeoutM
 // The process's peak resident memory since the last reset, in bytes (0 where unknown).
 qint64 peakResident();
 void resetPeakResident();
+
+// What the process writes on standard error, where warnings go, while body runs.
+QByteArray standardErrorOf(const std::function<void()> &body);
 
 } // namespace TestTools
 

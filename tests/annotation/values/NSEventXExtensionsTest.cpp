@@ -10,30 +10,6 @@ class NSEventXExtensionsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void modifiersMapToCommandOptionControlFlags_data()
-    {
-        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-        QTest::addColumn<quint32>("standard");
-        QTest::addColumn<quint32>("deviceIndependent");
-        QTest::newRow("Control is Command")
-            << Qt::KeyboardModifiers(Qt::ControlModifier) << 0x100000u << 0x100000u;
-        QTest::newRow("Meta is Control")
-            << Qt::KeyboardModifiers(Qt::MetaModifier) << 0x40000u << 0x40000u;
-        QTest::newRow("Command-Shift")
-            << (Qt::ControlModifier | Qt::ShiftModifier) << 0x120000u << 0x120000u;
-        QTest::newRow("keypad is not standard")
-            << (Qt::KeypadModifier | Qt::AltModifier) << 0x80000u << 0x280000u;
-    }
-    void modifiersMapToCommandOptionControlFlags()
-    {
-        QFETCH(Qt::KeyboardModifiers, modifiers);
-        QFETCH(quint32, standard);
-        QFETCH(quint32, deviceIndependent);
-        const QKeyEvent event(QEvent::KeyPress, Qt::Key_A, modifiers, QStringLiteral("a"));
-        QCOMPARE(standardModifierFlags(event), standard);
-        QCOMPARE(deviceIndependentModifierFlags(event), deviceIndependent);
-    }
-
     void firstCharacter_data()
     {
         QTest::addColumn<int>("key");

@@ -1,5 +1,7 @@
 #include <kit/base/Workspace.h>
 
+#include <support/DesktopPortal.h>
+#include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
 #include <QBuffer>
@@ -8,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -22,19 +23,7 @@ QByteArray minimalPdf()
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>",
     };
-    QByteArray pdf("%PDF-1.4\n%\xe2\xe3\xcf\xd3\n");
-    QList<qsizetype> offsets;
-    for (qsizetype i = 0; i < objects.size(); ++i) {
-        offsets.append(pdf.size());
-        pdf += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const qsizetype xref = pdf.size();
-    pdf += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
-    for (const qsizetype offset : std::as_const(offsets))
-        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    pdf += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
-        + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    return pdf;
+    return PdfFixtures::fromObjects(objects);
 }
 
 } // namespace
@@ -69,17 +58,18 @@ private slots:
     {
         QVERIFY(m_dir.isValid());
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_recorder, "open");
-        startPrivateBus();
+        // A bus of our own, without service activation, so no real file manager can start; the
+        // portal's bus is one such, and the portal is not published on it.
+        m_busAddress = m_bus.busAddress();
+        if (m_busAddress.isEmpty()) {
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+            return;
+        }
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_busAddress.toUtf8());
+        QVERIFY(QDBusConnection::sessionBus().isConnected());
     }
 
-    void cleanupTestCase()
-    {
-        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-        if (m_bus.state() != QProcess::NotRunning) {
-            m_bus.terminate();
-            m_bus.waitForFinished(5000);
-        }
-    }
+    void cleanupTestCase() { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
 
     void init() { m_recorder.opened.clear(); }
 
@@ -160,35 +150,6 @@ private slots:
     }
 
 private:
-    // A bus of our own, without service activation, so no real file manager can start.
-    void startPrivateBus()
-    {
-        const QString daemon = TestTools::findTool(QStringLiteral("dbus-daemon"));
-        if (daemon.isEmpty()) {
-            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
-            return;
-        }
-        const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
-        QFile file(config);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
-                   "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-                   "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
-                   "<auth>EXTERNAL</auth><policy context=\"default\">"
-                   "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-                   "<allow own=\"*\"/></policy></busconfig>\n");
-        file.close();
-        m_bus.start(daemon,
-            { QStringLiteral("--config-file=") + config, QStringLiteral("--nofork"),
-                QStringLiteral("--print-address=1") });
-        QVERIFY(m_bus.waitForStarted(10000));
-        while (!m_bus.canReadLine() && m_bus.waitForReadyRead(10000)) { }
-        m_busAddress = QString::fromUtf8(m_bus.readLine()).trimmed();
-        QVERIFY2(!m_busAddress.isEmpty(), m_bus.readAllStandardError().constData());
-        qputenv("DBUS_SESSION_BUS_ADDRESS", m_busAddress.toUtf8());
-        QVERIFY(QDBusConnection::sessionBus().isConnected());
-    }
-
     QString writeFile(const QString &relativePath, const QByteArray &bytes)
     {
         const QString path = m_dir.filePath(relativePath);
@@ -212,7 +173,7 @@ private:
 
     QTemporaryDir m_dir;
     UrlRecorder m_recorder;
-    QProcess m_bus;
+    DesktopPortal m_bus;
     QString m_busAddress;
 };
 

@@ -3,8 +3,8 @@
 // annotations of kinds the application does not make survive a save untouched.
 
 #include "support/AnnotationFixtures.h"
+#include "support/RawPdf.h"
 
-#include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
 #include <kit/base/BezierPath.h>
@@ -270,10 +270,7 @@ QString shown(const QJsonValue &value)
 // a square of the application's kinds.
 QByteArray handWrittenFile()
 {
-    const auto stream = [](const QByteArray &dict, const QByteArray &data) {
-        return "<< " + dict + " /Length " + QByteArray::number(data.size()) + " >>\nstream\n" + data
-            + "\nendstream";
-    };
+    using RawPdf::stream;
     const QList<QByteArray> objects = {
         "<< /Type /Catalog /Pages 2 0 R /AcroForm << /Fields [7 0 R] /DA (/Helv 0 Tf 0 g) "
         "/DR << /Font << /Helv 12 0 R >> >> >> >>",
@@ -307,7 +304,7 @@ QByteArray handWrittenFile()
         stream("/Type /XObject /Subtype /Form /BBox [150 20 250 80]",
             "1 0 0 RG 2 w 151 21 98 58 re S"),
     };
-    return PdfFixtures::fromObjects(objects);
+    return RawPdf::build(objects);
 }
 
 // An annotation's keys as readers take them: /BS's entries as "/BS/W" and so on, text strings

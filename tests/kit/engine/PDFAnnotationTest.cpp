@@ -97,18 +97,18 @@ class PDFAnnotationTest : public QObject
     Q_OBJECT
 
 private slots:
-    void kindsRoundTripThroughAnIndependentReader_data()
+    void kindsComeBackFromTheFile_data()
     {
         QTest::addColumn<QString>("type");
         for (const char *type : { "Highlight", "Underline", "StrikeOut", "Ink", "Line", "Circle",
                  "Square", "FreeText", "Text" })
             QTest::newRow(type) << QString::fromLatin1(type);
     }
-    void kindsRoundTripThroughAnIndependentReader()
+    void kindsComeBackFromTheFile()
     {
+        // What other readers take from the file is checked key by key in AnnotationInteropTest;
+        // here the engine reads back its own kind, contents and geometry.
         QFETCH(QString, type);
-        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-        FOLIDOC_REQUIRE_TOOL(python, "python3");
         auto doc = textDocument();
         const auto page = doc->pageAtIndex(0);
         const QRectF bounds(100, 500, 120, 60);
@@ -117,52 +117,23 @@ private slots:
         QCOMPARE(annotation->page(), page);
         QCOMPARE(page->annotations().back(), annotation);
 
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("out.pdf"));
-        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(path)));
-        QCOMPARE(TestTools::run(qpdf, { QStringLiteral("--check"), path }).exitCode, 0);
-        QString error;
-        const QJsonArray listed = listWithPikepdf(python, path, &error);
-        QVERIFY2(error.isEmpty(), qPrintable(error));
-        QCOMPARE(listed.size(), 1);
-        const QJsonObject entry = listed[0].toObject();
-        QCOMPARE(entry[QStringLiteral("subtype")].toString(), QLatin1Char('/') + type);
-        QCOMPARE(entry[QStringLiteral("contents")].toString(), type + QStringLiteral(" note é"));
-        const QJsonArray rect = entry[QStringLiteral("rect")].toArray();
-        QCOMPARE(rect.size(), 4);
-        if (type == QLatin1String("Square") || type == QLatin1String("Circle")
-            || type == QLatin1String("FreeText")) {
-            // Kinds whose rect is their shape keep it exactly.
-            QCOMPARE(rect[0].toDouble(), 100.0);
-            QCOMPARE(rect[1].toDouble(), 500.0);
-            QCOMPARE(rect[2].toDouble(), 220.0);
-            QCOMPARE(rect[3].toDouble(), 560.0);
-        } else {
-            // Others may grow to hold their drawing, but stay around the bounds.
-            QVERIFY(QRectF(QPointF(rect[0].toDouble(), rect[1].toDouble()),
-                QPointF(rect[2].toDouble(), rect[3].toDouble()))
-                        .intersects(bounds));
-        }
-        const QColor color = annotation->color();
-        if (color.alpha() > 0) {
-            const QJsonArray c = entry[QStringLiteral("color")].toArray();
-            QCOMPARE(c.size(), 3);
-            QCOMPARE(qRound(c[0].toDouble() * 255), color.red());
-            QCOMPARE(qRound(c[2].toDouble() * 255), color.blue());
-        }
-        QVERIFY(!entry[QStringLiteral("appearance")].isNull());
-
-        // The engine reads back the same kind, contents and geometry.
         const auto again = reopen(*doc);
         QVERIFY(again);
         const auto read = only(again->pageAtIndex(0), type);
         QVERIFY(read);
         QCOMPARE(read->contents(), annotation->contents());
+        QVERIFY(read->hasAppearanceStream());
+        // Kinds whose rect is their shape keep it exactly; others may grow to hold their drawing.
+        if (type == QLatin1String("Square") || type == QLatin1String("Circle")
+            || type == QLatin1String("FreeText"))
+            QCOMPARE(read->bounds(), bounds);
+        else
+            QVERIFY(read->bounds().intersects(bounds));
+        if (annotation->color().alpha() > 0)
+            QCOMPARE(read->color().rgb(), annotation->color().rgb());
         if (auto line = std::dynamic_pointer_cast<PDFAnnotationLine>(read)) {
-            const QPointF start = line->bounds().topLeft() + line->startPoint();
-            const QPointF end = line->bounds().topLeft() + line->endPoint();
-            QCOMPARE(start, bounds.topLeft());
-            QCOMPARE(end, bounds.bottomRight());
+            QCOMPARE(line->bounds().topLeft() + line->startPoint(), bounds.topLeft());
+            QCOMPARE(line->bounds().topLeft() + line->endPoint(), bounds.bottomRight());
             QCOMPARE(line->endLineStyle(), int(PDFAnnotationLine::OpenArrow));
         }
         if (type == QLatin1String("FreeText"))
@@ -216,31 +187,20 @@ private slots:
         square->setContents(QStringLiteral("unseen"));
         QCOMPARE(recorder.changes.size(), 4);
 
-        const auto again = reopen(*doc);
+        // The bytes are made on a worker, as a save makes them.
+        QByteArray bytes;
+        std::thread worker([&] { bytes = doc->dataRepresentation(); });
+        worker.join();
         const auto read = std::dynamic_pointer_cast<PDFAnnotationSquare>(
-            only(again->pageAtIndex(0), QStringLiteral("Square")));
+            only(open(bytes)->pageAtIndex(0), QStringLiteral("Square")));
         QVERIFY(read);
+        QVERIFY(read->hasAppearanceStream());
         QCOMPARE(read->bounds(), QRectF(60, 70, 80, 90));
         QVERIFY(!read->color().isValid());
         QCOMPARE(read->interiorColor(), QColor(0, 255, 0));
         QCOMPARE(read->border()->lineWidth(), 3.0);
         QCOMPARE(read->border()->style(), int(PDFBorder::Dashed));
         QCOMPARE(read->contents(), QStringLiteral("unseen"));
-    }
-
-    void changesReachBytesSerialisedOnAWorker()
-    {
-        auto doc = textDocument();
-        const auto square = makeAnnotation(QStringLiteral("Square"), QRectF(50, 50, 100, 100));
-        doc->pageAtIndex(0)->addAnnotation(square);
-        square->setContents(QStringLiteral("from a worker"));
-        QByteArray bytes;
-        std::thread worker([&] { bytes = doc->dataRepresentation(); });
-        worker.join();
-        const auto read = only(open(bytes)->pageAtIndex(0), QStringLiteral("Square"));
-        QVERIFY(read);
-        QCOMPARE(read->contents(), QStringLiteral("from a worker"));
-        QVERIFY(read->hasAppearanceStream());
     }
 
     void editsDoNotWaitForAWorkerInTheDocument()
@@ -341,10 +301,7 @@ private slots:
         QCOMPARE(read->color(), QColor(0, 128, 0));
     }
 
-    void archivedAnnotationsComeBackAsTheyWere_data()
-    {
-        kindsRoundTripThroughAnIndependentReader_data();
-    }
+    void archivedAnnotationsComeBackAsTheyWere_data() { kindsComeBackFromTheFile_data(); }
     void archivedAnnotationsComeBackAsTheyWere()
     {
         QFETCH(QString, type);

@@ -4,6 +4,7 @@
 // mark and a warning, and the cache stays within its pixel budget.
 
 #include "support/PdfFixtures.h"
+#include "support/TestTools.h"
 
 #include <kit/engine/PDFAnnotationSquare.h>
 #include <kit/engine/PDFDocument.h>
@@ -17,10 +18,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -38,19 +35,7 @@ QByteArray brokenPdf()
         "/BitsPerComponent 8 /Length 3 >>\nstream\nabc\nendstream",
         "<< /Length 28 >>\nstream\nq 200 0 0 200 0 0 cm /X Do Q\nendstream",
     };
-    QByteArray out = "%PDF-1.7\n";
-    QList<qsizetype> offsets;
-    for (int i = 0; i < objects.size(); ++i) {
-        offsets.append(out.size());
-        out += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const qsizetype xref = out.size();
-    out += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
-    for (const qsizetype offset : offsets)
-        out += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    out += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1)
-        + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    return out;
+    return PdfFixtures::fromObjects(objects);
 }
 
 QImage viewImage(PDFView &view)
@@ -67,41 +52,6 @@ bool hasDarkPixel(const QImage &image, const QRect &rect)
                 return true;
     return false;
 }
-
-// Standard error into a file while alive, for the view's warnings.
-class CapturedOutput
-{
-public:
-    explicit CapturedOutput(const QString &path)
-        : m_path(path)
-    {
-        std::fflush(stderr);
-        m_saved = dup(STDERR_FILENO);
-        const int file = ::open(path.toLocal8Bit().constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        dup2(file, STDERR_FILENO);
-        ::close(file);
-    }
-    ~CapturedOutput() { restore(); }
-    QByteArray text()
-    {
-        restore();
-        QFile file(m_path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-private:
-    void restore()
-    {
-        if (m_saved < 0)
-            return;
-        std::fflush(stderr);
-        dup2(m_saved, STDERR_FILENO);
-        ::close(m_saved);
-        m_saved = -1;
-    }
-    QString m_path;
-    int m_saved = -1;
-};
 
 } // namespace
 
@@ -251,11 +201,12 @@ private slots:
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
         QCOMPARE(document->pageCount(), 2);
 
-        CapturedOutput output(m_dir.filePath(QStringLiteral("log.txt")));
         PDFView view;
-        show(view, document, 1.0);
-        QTRY_VERIFY(view.isVisibleAreaRendered());
-        const QByteArray log = output.text();
+        const QByteArray log = TestTools::standardErrorOf([&] {
+            show(view, document, 1.0);
+            QTRY_VERIFY(view.isVisibleAreaRendered());
+        });
+        QVERIFY(!QTest::currentTestFailed());
         QCOMPARE(log.count("[WARN] "), 1);
         QVERIFY(log.contains("Page 2"));
 

@@ -10,7 +10,7 @@ endif()
 find_program(FOLIDOC_XVFB_RUN xvfb-run)
 if(TARGET PDFViewTest AND FOLIDOC_XVFB_RUN)
     add_test(NAME PDFViewTest_X11 COMMAND ${FOLIDOC_XVFB_RUN} -a $<TARGET_FILE:PDFViewTest>
-        selectingTextOffersItForMiddleClickPaste)
+        mouseAndKeysSelectText)
     set_tests_properties(PDFViewTest_X11 PROPERTIES
         ENVIRONMENT "QT_QPA_PLATFORM=xcb;FOLIDOC_TEST_TOOLS=1" TIMEOUT 120 LABELS kit_pdfview)
 endif()

@@ -1,9 +1,7 @@
-// The view helpers as the application's views use them: filling subviews, the view life cycle,
-// hairline widths and colours from 0-255 components.
+// The view helpers as the application's views use them: filling subviews and the view life
+// cycle.
 
 #include <kit/base/NotificationCenter.h>
-#include <kit/tabs/QKColor.h>
-#include <kit/tabs/QKDrawing.h>
 #include <kit/tabs/QKSubview.h>
 #include <kit/tabs/QKThemeProvider.h>
 #include <kit/tabs/QKView.h>
@@ -97,33 +95,6 @@ private slots:
         QKThemeProvider::sharedInstance().setCurrent(QKThemeProvider::sharedInstance().day());
         const QString theme = "theme " + QKThemeProvider::QKThemeDidChangeNotification;
         QCOMPARE(view.calls, QStringList({ "init", "show", "hide", "show", theme, theme }));
-    }
-
-    void lineWidthIsOneDevicePixel()
-    {
-        QCOMPARE(qk_lineWidth(nullptr), 1.0);
-        QWidget unshown;
-        QCOMPARE(qk_lineWidth(&unshown), 1.0);
-        QWidget window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(qk_lineWidth(&window), 1.0 / window.windowHandle()->devicePixelRatio());
-    }
-
-    void colourFromComponents_data()
-    {
-        QTest::addColumn<QColor>("made");
-        QTest::addColumn<QColor>("expected");
-        QTest::newRow("opaque") << QKColor(58, 123, 226) << QColor(58, 123, 226, 255);
-        QTest::newRow("alpha on 0-255") << QKColor(0, 0, 0, 51) << QColor(0, 0, 0, 51);
-        QTest::newRow("out of range clamps") << QKColor(300, -4, 128) << QColor(255, 0, 128);
-        QTest::newRow("gray") << QKGray(0.5, 0.5) << QColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f);
-    }
-    void colourFromComponents()
-    {
-        QFETCH(QColor, made);
-        QFETCH(QColor, expected);
-        QCOMPARE(made.toRgb().rgba(), expected.toRgb().rgba());
     }
 };
 

@@ -1,7 +1,6 @@
 #include "AnnotationFixtures.h"
 
 #include <support/PdfFixtures.h>
-#include <support/TestTools.h>
 
 #include <kit/base/BezierPath.h>
 #include <kit/engine/PDFAnnotationCircle.h>
@@ -13,8 +12,6 @@
 #include <kit/engine/PDFAnnotationText.h>
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDocument.h>
-
-#include <QJsonDocument>
 
 namespace AnnotationFixtures {
 
@@ -98,39 +95,6 @@ std::shared_ptr<PDFAnnotation> makeAnnotation(const QString &type, const QRectF 
     if (annotation)
         annotation->setContents(QStringLiteral("%1 note é").arg(type));
     return annotation;
-}
-
-QJsonArray listWithPikepdf(const QString &python, const QString &path, QString *error)
-{
-    static const char *const script = R"(
-import json, sys, pikepdf
-pdf = pikepdf.open(sys.argv[1])
-out = []
-for i, page in enumerate(pdf.pages):
-    for a in page.obj.get('/Annots', []):
-        bs = a.get('/BS')
-        ap = a.get('/AP')
-        n = ap.get('/N') if ap is not None else None
-        out.append({
-            'page': i,
-            'subtype': str(a.get('/Subtype')),
-            'rect': [float(x) for x in a.get('/Rect', [])],
-            'color': [float(x) for x in a.get('/C', [])],
-            'contents': str(a.Contents) if '/Contents' in a else None,
-            'borderStyle': str(bs.get('/S')) if bs is not None and '/S' in bs else None,
-            'appearance': n.read_bytes()[:300].decode('latin-1')
-                if isinstance(n, pikepdf.Stream) else None,
-        })
-print(json.dumps(out))
-)";
-    const TestTools::RunResult result
-        = TestTools::run(python, { QStringLiteral("-c"), QString::fromLatin1(script), path });
-    if (result.exitCode != 0) {
-        if (error)
-            *error = QString::fromUtf8(result.err);
-        return {};
-    }
-    return QJsonDocument::fromJson(result.out).array();
 }
 
 } // namespace AnnotationFixtures

@@ -1,10 +1,8 @@
 #pragma once
 
 // Helpers for the annotation tests: documents from fixture bytes, a save-and-reopen through the
-// engine, and an independent listing of a file's annotations by Debian's pikepdf.
+// engine, and annotations of each kind the application makes.
 
-#include <QJsonArray>
-#include <QJsonObject>
 #include <QRectF>
 #include <QString>
 
@@ -25,11 +23,5 @@ std::shared_ptr<PDFDocument> textDocument();
 // contents and geometry set: "Highlight", "Underline", "StrikeOut", "Ink", "Line", "Circle",
 // "Square", "FreeText", "Text".
 std::shared_ptr<PDFAnnotation> makeAnnotation(const QString &type, const QRectF &bounds);
-
-// Each annotation of the file at path, in page order: "page", "subtype" ("/Square"), "rect",
-// "color" (arrays of numbers), "contents" (string or null), "borderStyle" ("/D" or null),
-// "appearance" (start of the normal appearance stream or null). Empty with *error set when the
-// reader fails.
-QJsonArray listWithPikepdf(const QString &python, const QString &path, QString *error);
 
 } // namespace AnnotationFixtures

@@ -1,24 +1,14 @@
 #include "RawPdf.h"
 
+#include <support/PdfFixtures.h>
+
 #include <zlib.h>
 
 namespace RawPdf {
 
 QByteArray build(const QList<QByteArray> &objects, const QByteArray &trailer)
 {
-    QByteArray out("%PDF-1.7\n%\xE2\xE3\xCF\xD3\n");
-    QList<qint64> offsets;
-    for (qsizetype i = 0; i < objects.size(); ++i) {
-        offsets.append(out.size());
-        out += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const qint64 xref = out.size();
-    out += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
-    for (const qint64 offset : offsets)
-        out += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    out += "trailer\n<< /Size " + QByteArray::number(objects.size() + 1) + " " + trailer
-        + " >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    return out;
+    return PdfFixtures::fromObjects(objects, trailer);
 }
 
 QByteArray stream(const QByteArray &entries, const QByteArray &data)
