@@ -1,5 +1,5 @@
 #include "support/AppFixtures.h"
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
@@ -59,8 +59,7 @@ private:
 
 void PDFWindowControllerTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_window = TabWindowController::create<PDFWindowController>();
     m_window->openNewTab();
     m_window->show();
@@ -392,13 +391,6 @@ void PDFWindowControllerTest::fullScreenKeyAndItemToggleFullScreen()
     QTRY_VERIFY(!m_window->isFullScreen());
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContents::registerAsDocumentContents();
-    PDFWindowControllerTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFWindowControllerTest)
 
 #include "PDFWindowControllerTest.moc"

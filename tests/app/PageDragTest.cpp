@@ -1,7 +1,5 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
-#include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDBookmark.h>
@@ -125,29 +123,19 @@ private:
 void PageDragTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PageDragTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
-    for (int index = 0; index < 2; ++index) {
-        m_windows << TabWindowController::create<PDFWindowController>();
-        m_windows.last()->resize(900, 700);
-        m_windows.last()->openNewTab();
-        m_windows.last()->show();
-    }
+    AppWindow::reset();
+    m_windows = { AppWindow::makeWindow(), AppWindow::makeWindow() };
 }
 
 void PageDragTest::cleanup()
 {
-    for (const QPointer<PDFWindowController> &window : std::as_const(m_windows))
-        delete window.data();
+    for (QPointer<PDFWindowController> &window : m_windows)
+        QVERIFY(AppWindow::closeWindow(window));
     m_windows.clear();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
 }
 
 PDFContents *PageDragTest::openTab(int window, const QString &name, const QByteArray &bytes)
@@ -156,11 +144,9 @@ PDFContents *PageDragTest::openTab(int window, const QString &name, const QByteA
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         return nullptr;
     file.close();
-    auto *const tab = qobject_cast<PDFContents *>(m_windows[window]->openPDFDocumentWithURL(
-        QUrl::fromLocalFile(file.fileName()), true, true));
-    if (!tab || !QTest::qWaitFor([tab] {
-            return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-        }))
+    PDFContents *const tab
+        = AppWindow::openTab(m_windows[window], QUrl::fromLocalFile(file.fileName()));
+    if (!tab)
         return nullptr;
     tab->setIsPagesEditingMode(true);
     return QTest::qWaitFor([&] { return editorOf(tab)->collectionView()->isVisible(); }) ? tab
@@ -437,12 +423,6 @@ void PageDragTest::pasteTakesFilesBeforeCopiedPages()
     QCOMPARE(savedOrder(tab), expected.isEmpty() ? QStringLiteral("a1 a2 a3") : expected);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PageDragTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PageDragTest)
 
 #include "PageDragTest.moc"

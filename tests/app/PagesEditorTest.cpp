@@ -1,7 +1,6 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
@@ -126,7 +125,6 @@ private slots:
     void extractNamesUseZeroBasedIndexes();
     void theEditorOpensWithTheKeyAndLeavesWithEscape_data();
     void theEditorOpensWithTheKeyAndLeavesWithEscape();
-    void ctrlRRotatesTheSelection();
     void keysAndClicksSelectPages_data();
     void keysAndClicksSelectPages();
     void aRightClickActsOnOneItemOrNone();
@@ -157,13 +155,11 @@ private:
 void PagesEditorTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PagesEditorTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_alerts.clear();
     m_answer = Alert::SecondButtonReturn;
     Alert::setHandlerForTesting([this](const AlertRequest &request) {
@@ -171,26 +167,13 @@ void PagesEditorTest::init()
                 + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
         return m_answer;
     });
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 700);
-    m_window->openNewTab();
-    m_window->show();
+    m_window = AppWindow::makeWindow();
 }
 
 void PagesEditorTest::cleanup()
 {
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
     FDFilePanel::setHandlerForTesting({});
-    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            if (const auto document = tab->primaryPDFView()->fdDocument())
-                document->setNumberOfChanges(0);
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 PDFContents *PagesEditorTest::openTab(const QString &name)
@@ -199,12 +182,7 @@ PDFContents *PagesEditorTest::openTab(const QString &name)
     QFile::remove(path);
     if (!PdfFixtures::write(markedPages(), path))
         return nullptr;
-    auto *const tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
+    return AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
 }
 
 PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const
@@ -345,22 +323,6 @@ void PagesEditorTest::keysAndClicksSelectPages()
             QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
     }
     QCOMPARE(grid->selectedRows(), expected);
-}
-
-void PagesEditorTest::ctrlRRotatesTheSelection()
-{
-    PDFContents *const tab = openTab(QStringLiteral("CtrlR.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-    grid->selectRows({ 2 });
-    QTest::keySequence(grid, QKeySequence(Qt::CTRL | Qt::Key_R));
-    const auto document = tab->primaryPDFView()->fdDocument();
-    QCOMPARE(document->pageAtIndex(2)->rotation(), 90);
-    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
-    // The selection stays for the next turn.
-    QCOMPARE(grid->selectedRows(), rows({ 2 }));
 }
 
 void PagesEditorTest::theEditBarFollowsTheSelection()
@@ -705,12 +667,6 @@ void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
     QCOMPARE(editor->selectedCollectionView(), left);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PagesEditorTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PagesEditorTest)
 
 #include "PagesEditorTest.moc"

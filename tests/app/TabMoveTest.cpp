@@ -1,13 +1,11 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
 #include <kit/tabs/TabStripModel.h>
 #include <support/PdfFixtures.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -19,8 +17,7 @@ class TabMoveTest : public QObject
 private slots:
     void movedTabKeepsItsDocumentAndTakesTheNewWindowsUndo()
     {
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
+        AppWindow::reset();
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("moved.pdf"));
         QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 10, 0), path));
@@ -51,13 +48,6 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContents::registerAsDocumentContents();
-    TabMoveTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(TabMoveTest)
 
 #include "TabMoveTest.moc"
