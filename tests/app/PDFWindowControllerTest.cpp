@@ -39,6 +39,7 @@ private slots:
     void newTabAndCloseTabCommands();
     void closingTheLastTabClosesTheWindowAndSavesFirst();
     void closingTheWindowClosesEveryTab();
+    void aMovedTabKeepsItsDocumentAndTakesTheNewWindowsUndo();
     void aCancelledOpenPanelOpensNothing();
     void createdWindowAnnouncesItselfOnTheNextTurn();
     void documentCommandsFollowTheDocumentTab();
@@ -60,15 +61,13 @@ private:
 void PDFWindowControllerTest::init()
 {
     AppWindow::reset();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->openNewTab();
-    m_window->show();
+    m_window = AppWindow::makeWindow();
 }
 
 void PDFWindowControllerTest::cleanup()
 {
     FDFilePanel::setHandlerForTesting({});
-    delete m_window.data();
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
@@ -186,6 +185,33 @@ void PDFWindowControllerTest::closingTheWindowClosesEveryTab()
     QCOMPARE(notices, 1);
     QVERIFY(m_window->isClosingTabByUser());
     QTRY_VERIFY(window.isNull());
+}
+
+// A document tab moved to another window is the same document there, with that window's undo.
+void PDFWindowControllerTest::aMovedTabKeepsItsDocumentAndTakesTheNewWindowsUndo()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("moved.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
+    m_window->openNewTab();
+    TabStripModel *const from = m_window->tabStripModel();
+    auto *const contents = qobject_cast<PDFContents *>(from->getTabContentsAtIndex(0));
+    QVERIFY(contents);
+    from->selectTabContentsAt(0, true);
+    QTRY_VERIFY(contents->primaryPDFView()->fdDocument());
+    const auto document = contents->primaryPDFView()->fdDocument();
+    document->setNumberOfAnnotationChanges(1);
+
+    QPointer<PDFWindowController> to = AppWindow::makeWindow();
+    to->adoptTabContents(from->detachTabContentsAt(0), 0);
+    QCOMPARE(to->tabStripModel()->getTabContentsAtIndex(0), contents);
+    QCOMPARE(contents->primaryPDFView()->fdDocument(), document);
+    QVERIFY(document->numberOfChanges() > 0);
+    QCOMPARE(contents->undoManager(), to->undoManager());
+    QVERIFY(to->isAncestorOf(contents->primaryPDFView()));
+    QCOMPARE(from->count(), 1);
+    QVERIFY(AppWindow::closeWindow(to));
 }
 
 void PDFWindowControllerTest::aCancelledOpenPanelOpensNothing()
