@@ -57,7 +57,7 @@ void DocumentReloaderTest::cleanup()
 {
     m_reloader.reset();
     m_view.reset();
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
 }
 
 void DocumentReloaderTest::open()

@@ -385,7 +385,7 @@ void FDPDFViewTest::unreadableFileAlertsOnceAndStaysEmpty()
     view->show();
     QCoreApplication::processEvents();
     QCOMPARE(messages.size(), 1);
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
 }
 
 void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes_data()

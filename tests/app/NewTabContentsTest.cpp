@@ -314,8 +314,7 @@ void NewTabContentsTest::mergeAndConvertOpenANewDocumentOfTheFilesPages()
         texts << (text.isEmpty() ? QStringLiteral("picture") : text);
     }
     QCOMPARE(texts, pages);
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+    AppWindow::answerAlertsWithTheSecondButton();
     document->setNumberOfChanges(0);
 }
 

@@ -344,7 +344,7 @@ void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst()
         return answer;
     });
     const bool closed = m_window->windowShouldClose(nullptr);
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
     QCOMPARE(closed, tabsLeft == 0);
     QCOMPARE(prompts.size(), 1);
     QVERIFY(prompts.first().first.contains(QStringLiteral("\"middle\"")));

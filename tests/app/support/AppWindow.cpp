@@ -16,6 +16,11 @@ void reset()
     AppTestEnvironment::clearStore();
     FDDefaults::registerDefaults();
     PDFContents::registerAsDocumentContents();
+    answerAlertsWithTheSecondButton();
+}
+
+void answerAlertsWithTheSecondButton()
+{
     Alert::setHandlerForTesting(
         [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
 }

@@ -17,8 +17,11 @@ class PDFWindowController;
 
 namespace AppWindow {
 
-// Empties the store, registers the defaults, and answers every alert with its second button.
+// Empties the store, registers the defaults, and answers alerts as below.
 void reset();
+// Answers every alert with its second button (Cancel, Don't Save): no one is there to click, and a
+// real dialog would wait for ever.
+void answerAlertsWithTheSecondButton();
 // A window of this size with a start tab, shown.
 PDFWindowController *makeWindow(QSize size = { 900, 700 });
 // Opens url in the window and waits until its primary view shows the document; null if not.
