@@ -1,6 +1,5 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <app/FDRecentDocuments.h>
 #include <app/NewTabContents.h>
 #include <app/PDFContents.h>
@@ -13,7 +12,6 @@
 #include <support/PdfFixtures.h>
 
 #include <QAccessible>
-#include <QApplication>
 #include <QListWidget>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -44,8 +42,7 @@ private:
 
 void AccessibilityTest::initTestCase()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_path = m_dir.filePath(QStringLiteral("standard.pdf"));
     QVERIFY(PdfFixtures::write(PdfFixtures::standard(), m_path));
     m_window = TabWindowController::create<PDFWindowController>();
@@ -195,13 +192,6 @@ void AccessibilityTest::startTabListsRecentDocumentsByName()
     QCOMPARE(list->child(0)->text(QAccessible::Name), QStringLiteral("standard"));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContents::registerAsDocumentContents();
-    AccessibilityTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(AccessibilityTest)
 
 #include "AccessibilityTest.moc"

@@ -14,7 +14,6 @@ class AlertTest : public QObject
 private slots:
     void answersByButtonPosition_data();
     void answersByButtonPosition();
-    void testHandlerReplacesTheDialog();
 
 private:
     // Presses the button titled title on the next modal box and notes what the box showed.
@@ -70,20 +69,6 @@ void AlertTest::answersByButtonPosition()
     const FDError error = FDError::writeFileErrorWithLocalizedDescription("Disk full.");
     QCOMPARE(Alert::runModal(Alert::requestWithError(error)), 1000);
     QCOMPARE(m_shown.first(), QStringLiteral("Disk full."));
-}
-
-void AlertTest::testHandlerReplacesTheDialog()
-{
-    QStringList seen;
-    Alert::setHandlerForTesting([&seen](const AlertRequest &request) {
-        seen.append(request.messageText);
-        return 1001;
-    });
-    const int response
-        = Alert::runModal({ AlertRequest::Warning, "Quit?", {}, { "Quit", "Cancel" } });
-    Alert::setHandlerForTesting({});
-    QCOMPARE(response, 1001);
-    QCOMPARE(seen, QStringList { QStringLiteral("Quit?") });
 }
 
 QTEST_MAIN(AlertTest)

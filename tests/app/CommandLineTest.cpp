@@ -2,7 +2,7 @@
 // path or URL, what it says on standard error, and which running Folidoc gets the files.
 
 #include "support/AppFixtures.h"
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/FDFileDiagnosis.h>
 #include <app/FDSingleInstance.h>
@@ -211,12 +211,6 @@ private:
     QTemporaryDir m_folder;
 };
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    CommandLineTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(CommandLineTest)
 
 #include "CommandLineTest.moc"

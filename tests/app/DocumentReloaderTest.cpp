@@ -1,14 +1,12 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/FDDocumentReloader.h>
 #include <document/FDDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -44,8 +42,7 @@ private:
 
 void DocumentReloaderTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_asked.clear();
     Alert::setHandlerForTesting([this](const AlertRequest &request) {
         m_asked.append(request);
@@ -60,7 +57,7 @@ void DocumentReloaderTest::cleanup()
 {
     m_reloader.reset();
     m_view.reset();
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
 }
 
 void DocumentReloaderTest::open()
@@ -184,12 +181,6 @@ void DocumentReloaderTest::reloadByHandReadsTheFileAgain()
     QCOMPARE(m_view->fdDocument(), mine);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    DocumentReloaderTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(DocumentReloaderTest)
 
 #include "DocumentReloaderTest.moc"

@@ -3,21 +3,18 @@
 // reach its saved bytes, cut as one undo step, markup and plain text travelling as text, the
 // context menu's groups, and the area selection as PDF, TIFF and PNG.
 
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <annotation/PDFAnnotation+XExtensions.h>
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
 #include <document/FDPage.h>
-#include <document/PDFSavingService.h>
 #include <kit/base/UndoManager.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
-#include <kit/tabs/TabStripModel.h>
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 #include <view/FDPDFView.h>
@@ -101,33 +98,18 @@ private:
 void EditingCommandsTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void EditingCommandsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     QGuiApplication::clipboard()->clear();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 1000);
-    m_window->openNewTab();
-    m_window->show();
+    m_window = AppWindow::makeWindow({ 900, 1000 });
 }
 
 void EditingCommandsTest::cleanup()
 {
-    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            for (FDPDFView *const view : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
-                if (const auto document = view->fdDocument())
-                    document->setNumberOfChanges(0);
-            }
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 PDFContents *EditingCommandsTest::openTab(const PdfFixtures::Document &document)
@@ -136,14 +118,10 @@ PDFContents *EditingCommandsTest::openTab(const PdfFixtures::Document &document)
     const QString path = m_dir.filePath(QStringLiteral("document%1.pdf").arg(++files));
     if (!PdfFixtures::write(document, path))
         return nullptr;
-    auto *const tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    if (loaded)
+    PDFContents *const tab = AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
+    if (tab)
         tab->primaryPDFView()->goToPage(tab->primaryPDFView()->document()->pageAtIndex(0));
-    return loaded ? tab : nullptr;
+    return tab;
 }
 
 void EditingCommandsTest::pointAt(FDPDFView *view, const QPointF &pagePoint)
@@ -439,10 +417,7 @@ void EditingCommandsTest::areaCopyGivesPDFAndImages()
         QVERIFY(PdfFixtures::write(PdfFixtures::textPages(1, 5, 0), plain));
         TestTools::run(
             qpdf, { "--encrypt", "", "owner", "256", "--print=none", "--", plain, locked });
-        tab = qobject_cast<PDFContents *>(
-            m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(locked), true, true));
-        QVERIFY(tab);
-        QTRY_VERIFY(tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading());
+        tab = AppWindow::openTab(m_window, QUrl::fromLocalFile(locked));
     }
     QVERIFY(tab);
     FDPDFView *const view = tab->primaryPDFView();
@@ -473,5 +448,5 @@ void EditingCommandsTest::areaCopyGivesPDFAndImages()
     QCOMPARE(tiffSize(data->data(QStringLiteral("image/tiff"))), QSize(201, 150));
 }
 
-QTEST_MAIN(EditingCommandsTest)
+FOLIDOC_APP_TEST_MAIN(EditingCommandsTest)
 #include "EditingCommandsTest.moc"

@@ -22,9 +22,7 @@ private slots:
 
     void newUserGetsTheTable_data();
     void newUserGetsTheTable();
-    void tableHasThirtyOneKeysInOrder();
     void storedValueWinsAtEveryLaunch();
-    void readersSeeAChangeAtTheirNextReading();
     void impossibleEnumerationValueStopsTheProcess_data();
     void impossibleEnumerationValueStopsTheProcess();
 };
@@ -88,22 +86,6 @@ void FDDefaultsTest::newUserGetsTheTable()
     }
 }
 
-void FDDefaultsTest::tableHasThirtyOneKeysInOrder()
-{
-    const auto table = FDDefaults::defaultTable();
-    QCOMPARE(table.size(), 31);
-    QCOMPARE(table.first().first, FDDefaults::UserName);
-    QCOMPARE(table.at(9).first, AnnotationDefaultsKeys::HighlightColor);
-    QCOMPARE(table.last().first, AnnotationDefaultsKeys::SquareLineType);
-    QSet<QString> keys;
-    for (const auto &entry : table)
-        keys.insert(entry.first);
-    QCOMPARE(keys.size(), 31);
-    QVERIFY(!keys.contains(FDDefaults::LastOpenedWindows));
-    QVERIFY(!keys.contains(AnnotationDefaultsKeys::Width));
-    QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
-}
-
 void FDDefaultsTest::storedValueWinsAtEveryLaunch()
 {
     UserDefaults &store = UserDefaults::standard();
@@ -119,21 +101,6 @@ void FDDefaultsTest::storedValueWinsAtEveryLaunch()
     QCOMPARE(FDDefaults::userName(), QStringLiteral("Ada"));
     store.removeObjectForKey(FDDefaults::LaunchWith);
     QCOMPARE(FDDefaults::launchWith(), FDLaunchWith::lastOpenedWindows);
-}
-
-void FDDefaultsTest::readersSeeAChangeAtTheirNextReading()
-{
-    UserDefaults &store = UserDefaults::standard();
-    QCOMPARE(FDDefaults::disableHistory(), 0);
-    QCOMPARE(FDDefaults::rememberLastPosition(), 1);
-    store.setInteger(1, FDDefaults::DisableHistory);
-    store.setInteger(0, FDDefaults::RememberLastPosition);
-    store.setInteger(1, FDDefaults::AlwaysShowSidebar);
-    store.setInteger(0, FDDefaults::RememberCurrentTheme);
-    QCOMPARE(FDDefaults::disableHistory(), 1);
-    QCOMPARE(FDDefaults::rememberLastPosition(), 0);
-    QCOMPARE(FDDefaults::alwaysShowSidebar(), 1);
-    QCOMPARE(FDDefaults::rememberCurrentTheme(), 0);
 }
 
 void FDDefaultsTest::impossibleEnumerationValueStopsTheProcess_data()

@@ -1,4 +1,4 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
@@ -16,7 +16,6 @@
 #include <view/FDPDFView.h>
 #include <view/PDFViewDelegate2.h>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -47,7 +46,6 @@ private slots:
     void unchangedDocumentKeepsItsPositionWithoutARewrite();
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
-    void fragmentPageWinsOverStoredPosition();
     void aNewWindowIsOnScreenBeforeItsDocumentIsRead();
     void placesHoldWhileLatePageSizesArrive_data();
     void placesHoldWhileLatePageSizesArrive();
@@ -86,8 +84,7 @@ void FDPDFViewTest::initTestCase()
 
 void FDPDFViewTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     UserDefaults::standard().setInteger(1, FDDefaults::RememberLastPosition);
 }
 
@@ -216,27 +213,6 @@ void FDPDFViewTest::storedStatusIsParsedStrictly()
         QCOMPARE(view->scaleFactor(), view->scaleFactorByMode());
 }
 
-void FDPDFViewTest::fragmentPageWinsOverStoredPosition()
-{
-    const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("fragment.pdf")));
-    const QVariantMap status {
-        { QStringLiteral("Destination"), QStringLiteral("2,0,0,2") },
-        { QStringLiteral("ScaleMode"), qint64(0) },
-        { QStringLiteral("ScaleFactor"), 2.0 },
-        { QStringLiteral("DisplayMode"), qint64(1) },
-    };
-    FDSetXAttr(url, FDPDFView::LastPositionAttributeName, Archiver::archivedData(status));
-    QUrl withPage = url;
-    withPage.setFragment(QStringLiteral("6"));
-
-    auto view = openView(withPage);
-    QTRY_VERIFY(!view->isLoading());
-    QCOMPARE(view->fileURL(), url);
-    QTRY_COMPARE(currentIndex(*view), 6);
-    QCOMPARE(view->scaleFactor(), 1.0);
-    QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), url);
-}
-
 void FDPDFViewTest::aNewWindowIsOnScreenBeforeItsDocumentIsRead()
 {
     const QUrl url = QUrl::fromLocalFile(writeFixture(QStringLiteral("first.pdf")));
@@ -265,7 +241,7 @@ void FDPDFViewTest::placesHoldWhileLatePageSizesArrive_data()
     QTest::addColumn<int>("displayMode");
     QTest::newRow("stored position, continuous") << false << 1;
     QTest::newRow("stored position, two-up continuous") << false << 3;
-    QTest::newRow("page fragment") << true << 1;
+    QTest::newRow("page fragment, the stored two-up left aside") << true << 3;
 }
 
 // A long document whose first pages are landscape: the sizes the layout estimates for the
@@ -296,6 +272,9 @@ void FDPDFViewTest::placesHoldWhileLatePageSizesArrive()
     auto view = openView(url);
     QTRY_VERIFY(!view->isLoading());
     QTRY_COMPARE(currentIndex(*view), expected);
+    // The page named in the URL is no part of the file's address.
+    QCOMPARE(view->fileURL(), QUrl::fromLocalFile(path));
+    QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), QUrl::fromLocalFile(path));
     const auto page = view->document()->pageAtIndex(expected);
     const QPointF point(72, 400);
     const QPointF shown = view->convertPointFromPage(point, page);
@@ -307,8 +286,7 @@ void FDPDFViewTest::placesHoldWhileLatePageSizesArrive()
     }
     QCOMPARE(view->documentView().bounds().height(), height);
     QCOMPARE(currentIndex(*view), expected);
-    if (!fragment)
-        QCOMPARE(view->displayMode(), displayMode);
+    QCOMPARE(view->displayMode(), fragment ? int(PDFView::SinglePageContinuous) : displayMode);
     QVERIFY((view->convertPointFromPage(point, page) - shown).manhattanLength() <= 1);
 }
 
@@ -407,7 +385,7 @@ void FDPDFViewTest::unreadableFileAlertsOnceAndStaysEmpty()
     view->show();
     QCoreApplication::processEvents();
     QCOMPARE(messages.size(), 1);
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
 }
 
 void FDPDFViewTest::jumpsPauseTheScreenOnlyUnderTintedThemes_data()
@@ -569,12 +547,6 @@ void FDPDFViewTest::printCopyShowsOrHidesAnnotationsAndLeavesTheLiveDocument()
     QCOMPARE(view->fdDocument()->numberOfChanges(), 0);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    FDPDFViewTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(FDPDFViewTest)
 
 #include "FDPDFViewTest.moc"

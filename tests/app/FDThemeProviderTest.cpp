@@ -27,10 +27,7 @@ private slots:
     void firstReadChoosesTheTheme();
     void settingWritesTheIdAndTheFrameFollows();
     void nullThemeChangesNothing();
-    void onlyNightIsDark();
-    void selectedBackgroundFollowsPrimaryExceptAtNight();
     void sameAsRoleKeepsTheValueItTook();
-    void lineWidthWithoutMainWindowIsOne();
     void firstReadFromAWorkerHopsToTheMainThread();
     void systemFollowsTheDesktopWhileRunning();
     void everyThemeGivesMenusTheWindowsPalette();
@@ -126,36 +123,6 @@ void FDThemeProviderTest::nullThemeChangesNothing()
     QCOMPARE(FDThemeProvider::themeFor(-1), nullptr);
 }
 
-void FDThemeProviderTest::onlyNightIsDark()
-{
-    for (int id = 0; id < 5; ++id) {
-        const FDTheme *theme = FDThemeProvider::themeFor(id);
-        QVERIFY(theme);
-        QCOMPARE(theme->id(), id);
-        QCOMPARE(theme->isDark(), id == FDTheme::night);
-        for (int role = 0; role < FDTheme::RoleCount; ++role)
-            QVERIFY2(
-                theme->color(FDTheme::Role(role)).isValid(), qPrintable(QString::number(role)));
-    }
-}
-
-void FDThemeProviderTest::selectedBackgroundFollowsPrimaryExceptAtNight()
-{
-    for (const FDTheme *theme : { FDThemeProvider::red(), FDThemeProvider::green(),
-             FDThemeProvider::blue(), FDThemeProvider::sunset() }) {
-        QCOMPARE(
-            theme->color(FDTheme::selectedBackgroundColor), theme->color(FDTheme::primaryColor));
-        QCOMPARE(theme->color(FDTheme::selectedBackgroundTintColor),
-            theme->color(FDTheme::secondaryColor));
-    }
-    QCOMPARE(FDThemeProvider::red()->color(FDTheme::primaryColor), QColor(255, 68, 60));
-    const FDTheme *night = FDThemeProvider::night();
-    QVERIFY(night->color(FDTheme::selectedBackgroundColor) != night->color(FDTheme::primaryColor));
-    QCOMPARE(
-        night->color(FDTheme::primaryColor), FDThemeProvider::blue()->color(FDTheme::primaryColor));
-    QCOMPARE(night->color(FDTheme::textFieldBackgroundColor), QColor(78, 78, 78));
-}
-
 void FDThemeProviderTest::sameAsRoleKeepsTheValueItTook()
 {
     // Sunset recolours the table background after the divider took the base value.
@@ -165,12 +132,6 @@ void FDThemeProviderTest::sameAsRoleKeepsTheValueItTook()
         FDThemeProvider::blue()->color(FDTheme::tableViewBackgroundColor));
     QCOMPARE(sunset->color(FDTheme::tableViewGroupBackgroundColor), QColor(242, 236, 212));
     QCOMPARE(sunset->color(FDTheme::pageBackgroundColor), QColor(237, 232, 205));
-}
-
-void FDThemeProviderTest::lineWidthWithoutMainWindowIsOne()
-{
-    for (int id = 0; id < 5; ++id)
-        QCOMPARE(FDThemeProvider::themeFor(id)->lineWidth(), 1.0);
 }
 
 void FDThemeProviderTest::firstReadFromAWorkerHopsToTheMainThread()

@@ -1,8 +1,7 @@
 #include "support/AppFixtures.h"
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/FDRecentDocuments.h>
 #include <app/FDThumbnailCache.h>
@@ -52,8 +51,7 @@ private:
 
 void NewTabContentsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_window = TabWindowController::create<PDFWindowController>();
     m_window->resize(900, 700);
     m_window->show();
@@ -316,18 +314,10 @@ void NewTabContentsTest::mergeAndConvertOpenANewDocumentOfTheFilesPages()
         texts << (text.isEmpty() ? QStringLiteral("picture") : text);
     }
     QCOMPARE(texts, pages);
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+    AppWindow::answerAlertsWithTheSecondButton();
     document->setNumberOfChanges(0);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContents::registerAsDocumentContents();
-    NewTabContentsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(NewTabContentsTest)
 
 #include "NewTabContentsTest.moc"

@@ -1,5 +1,6 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
+#include <annotation/FDAnnotationSquare.h>
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
@@ -63,7 +64,6 @@ private:
 void PDFContentsTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
     const QUrl probe = fixture(QStringLiteral("probe.pdf"));
     FDSetXAttr(probe, QStringLiteral("probe"), "1");
     m_hasXAttrs = FDGetXAttr(probe, QStringLiteral("probe")).has_value();
@@ -71,17 +71,13 @@ void PDFContentsTest::initTestCase()
 
 void PDFContentsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_alerts.clear();
     Alert::setHandlerForTesting([this](const AlertRequest &request) {
         m_alerts << request.messageText;
         return int(Alert::SecondButtonReturn);
     });
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 700);
-    m_window->openNewTab();
-    m_window->show();
+    m_window = AppWindow::makeWindow();
 }
 
 void PDFContentsTest::cleanup()
@@ -93,19 +89,8 @@ void PDFContentsTest::cleanup()
     });
     FDFilePanel::setHandlerForTesting({});
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
-    // Closing its last tab closes the window.
-    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
     // Whatever a test left changed is dropped, so no prompt or save outlives it.
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            for (FDPDFView *const view : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
-                if (const auto document = view->fdDocument())
-                    document->setNumberOfChanges(0);
-            }
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 QUrl PDFContentsTest::fixture(const QString &name)
@@ -117,19 +102,13 @@ QUrl PDFContentsTest::fixture(const QString &name)
 
 PDFContents *PDFContentsTest::openTab(const QUrl &url)
 {
-    auto *const tab
-        = qobject_cast<PDFContents *>(m_window->openPDFDocumentWithURL(url, true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
+    return AppWindow::openTab(m_window, url);
 }
 
 void PDFContentsTest::openingAURLMakesOneDocumentTab()
 {
     const QUrl url = fixture(QStringLiteral("Once.pdf"));
     PDFContents *const tab = openTab(url);
-    QVERIFY(tab);
     QVERIFY(tab);
     TabStripModel *const model = m_window->tabStripModel();
     // The start tab was replaced, and a second opening selects the same tab.
@@ -155,7 +134,9 @@ void PDFContentsTest::titleMarkComesWithTheFirstChangeAndGoesWhenTheSaveIsQueued
     QVERIFY(tab);
     const auto document = tab->primaryPDFView()->fdDocument();
     QCOMPARE(tab->title(), QStringLiteral("Marked"));
-    addPage(document);
+    auto square = std::make_shared<FDAnnotationSquare>();
+    QVERIFY(square->initWithBounds(QRectF(100, 100, 50, 50)));
+    tab->primaryPDFView()->addAnnotation(square, document->pageAtIndex(0));
     QCOMPARE(tab->title(), QStringLiteral("* Marked"));
     addPage(document);
     QCOMPARE(tab->title(), QStringLiteral("* Marked"));
@@ -165,6 +146,12 @@ void PDFContentsTest::titleMarkComesWithTheFirstChangeAndGoesWhenTheSaveIsQueued
     QVERIFY(PDFSavingService::shared().numberOfTasks() > 0);
     QCOMPARE(tab->title(), QStringLiteral("Marked"));
     QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QCoreApplication::processEvents();
+    // Undoing is a change of its own: the document differs from the file again.
+    QVERIFY(m_window->undoManager()->canUndo());
+    m_window->undoManager()->undo();
+    QVERIFY(!square->page());
+    QCOMPARE(tab->title(), QStringLiteral("* Marked"));
 }
 
 void PDFContentsTest::namedChangedFileClosesSilentlyAndIsWritten()
@@ -414,12 +401,6 @@ void PDFContentsTest::nightThemeTintsThePage()
     QVERIFY2(near(seenInk, ink), qPrintable(seenInk.name()));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContentsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFContentsTest)
 
 #include "PDFContentsTest.moc"

@@ -1,4 +1,4 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <annotation/FDAnnotationSquare.h>
 #include <app/FDDefaults.h>
@@ -81,8 +81,7 @@ private slots:
     void editCommandsGoToTheFocusAndUpItsParents_data();
     void editCommandsGoToTheFocusAndUpItsParents();
     void undoItemsAreNamedByTheStepAndShowItsTab();
-    void undoStepsOfAViewGoWithItsDocument_data();
-    void undoStepsOfAViewGoWithItsDocument();
+    void undoStepsOfAClosedTabGoWithIt();
 
 private:
     QAction *item(const QString &command, int tag = -1) const
@@ -118,20 +117,15 @@ private:
 void PDFWindowCommandsTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PDFWindowCommandsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     value = 0;
     const QString path = m_dir.filePath(QStringLiteral("Commands.pdf"));
     QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 20, 0), path));
-    window = TabWindowController::create<PDFWindowController>();
-    window->resize(900, 700);
-    window->openNewTab();
-    window->show();
+    window = AppWindow::makeWindow();
     tab = qobject_cast<PDFContents *>(
         window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), false, true));
     QVERIFY(tab);
@@ -144,14 +138,7 @@ void PDFWindowCommandsTest::init()
 
 void PDFWindowCommandsTest::cleanup()
 {
-    if (tab) {
-        for (FDPDFView *const pdfView : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
-            if (const auto document = pdfView->fdDocument())
-                document->setNumberOfChanges(0);
-        }
-    }
-    delete window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(window));
 }
 
 void PDFWindowCommandsTest::commandsAreValidatedWhenTriggered_data()
@@ -412,43 +399,22 @@ void PDFWindowCommandsTest::undoItemsAreNamedByTheStepAndShowItsTab()
     QVERIFY(item(QStringLiteral("redo:"))->isEnabled());
 }
 
-void PDFWindowCommandsTest::undoStepsOfAViewGoWithItsDocument_data()
+void PDFWindowCommandsTest::undoStepsOfAClosedTabGoWithIt()
 {
-    QTest::addColumn<QString>("change");
-    QTest::newRow("the view shows another document") << "another document";
-    QTest::newRow("the tab closes") << "close";
-}
-
-void PDFWindowCommandsTest::undoStepsOfAViewGoWithItsDocument()
-{
-    QFETCH(QString, change);
     UndoManager *const undo = window->undoManager();
     QCOMPARE(tab->undoManager(), undo);
     setValue(1);
     finishTurn();
     QVERIFY(undo->canUndo());
-    if (change == QLatin1String("close")) {
-        window->tabStripModel()->closeTabContentsAtIndex(
-            window->tabStripModel()->getIndexOfTabContents(tab), TabStripModel::CloseUserGesture);
-        QVERIFY(!tab || window->tabStripModel()->getIndexOfTabContents(tab) < 0);
-    } else {
-        const QString other = m_dir.filePath(QStringLiteral("Other.pdf"));
-        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(1, 5, 0), other));
-        view()->loadDocument(QUrl::fromLocalFile(other));
-        QTRY_COMPARE(view()->fileURL(), QUrl::fromLocalFile(other));
-    }
+    window->tabStripModel()->closeTabContentsAtIndex(
+        window->tabStripModel()->getIndexOfTabContents(tab), TabStripModel::CloseUserGesture);
+    QVERIFY(!tab || window->tabStripModel()->getIndexOfTabContents(tab) < 0);
     // Nothing is left that could reach the document the view let go of.
     QVERIFY(!undo->canUndo());
     undo->undo();
     QCOMPARE(value, 1);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFWindowCommandsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFWindowCommandsTest)
 
 #include "PDFWindowCommandsTest.moc"

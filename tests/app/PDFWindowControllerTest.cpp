@@ -1,5 +1,5 @@
 #include "support/AppFixtures.h"
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
@@ -39,6 +39,7 @@ private slots:
     void newTabAndCloseTabCommands();
     void closingTheLastTabClosesTheWindowAndSavesFirst();
     void closingTheWindowClosesEveryTab();
+    void aMovedTabKeepsItsDocumentAndTakesTheNewWindowsUndo();
     void aCancelledOpenPanelOpensNothing();
     void createdWindowAnnouncesItselfOnTheNextTurn();
     void documentCommandsFollowTheDocumentTab();
@@ -59,17 +60,14 @@ private:
 
 void PDFWindowControllerTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->openNewTab();
-    m_window->show();
+    AppWindow::reset();
+    m_window = AppWindow::makeWindow();
 }
 
 void PDFWindowControllerTest::cleanup()
 {
     FDFilePanel::setHandlerForTesting({});
-    delete m_window.data();
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 void PDFWindowControllerTest::documentCommandsAreOffWithoutADocument()
@@ -187,6 +185,33 @@ void PDFWindowControllerTest::closingTheWindowClosesEveryTab()
     QCOMPARE(notices, 1);
     QVERIFY(m_window->isClosingTabByUser());
     QTRY_VERIFY(window.isNull());
+}
+
+// A document tab moved to another window is the same document there, with that window's undo.
+void PDFWindowControllerTest::aMovedTabKeepsItsDocumentAndTakesTheNewWindowsUndo()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("moved.pdf"));
+    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+    m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
+    m_window->openNewTab();
+    TabStripModel *const from = m_window->tabStripModel();
+    auto *const contents = qobject_cast<PDFContents *>(from->getTabContentsAtIndex(0));
+    QVERIFY(contents);
+    from->selectTabContentsAt(0, true);
+    QTRY_VERIFY(contents->primaryPDFView()->fdDocument());
+    const auto document = contents->primaryPDFView()->fdDocument();
+    document->setNumberOfAnnotationChanges(1);
+
+    QPointer<PDFWindowController> to = AppWindow::makeWindow();
+    to->adoptTabContents(from->detachTabContentsAt(0), 0);
+    QCOMPARE(to->tabStripModel()->getTabContentsAtIndex(0), contents);
+    QCOMPARE(contents->primaryPDFView()->fdDocument(), document);
+    QVERIFY(document->numberOfChanges() > 0);
+    QCOMPARE(contents->undoManager(), to->undoManager());
+    QVERIFY(to->isAncestorOf(contents->primaryPDFView()));
+    QCOMPARE(from->count(), 1);
+    QVERIFY(AppWindow::closeWindow(to));
 }
 
 void PDFWindowControllerTest::aCancelledOpenPanelOpensNothing()
@@ -319,7 +344,7 @@ void PDFWindowControllerTest::closingAWindowAsksForTheChangedTabFirst()
         return answer;
     });
     const bool closed = m_window->windowShouldClose(nullptr);
-    Alert::setHandlerForTesting({});
+    AppWindow::answerAlertsWithTheSecondButton();
     QCOMPARE(closed, tabsLeft == 0);
     QCOMPARE(prompts.size(), 1);
     QVERIFY(prompts.first().first.contains(QStringLiteral("\"middle\"")));
@@ -392,13 +417,6 @@ void PDFWindowControllerTest::fullScreenKeyAndItemToggleFullScreen()
     QTRY_VERIFY(!m_window->isFullScreen());
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFContents::registerAsDocumentContents();
-    PDFWindowControllerTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFWindowControllerTest)
 
 #include "PDFWindowControllerTest.moc"

@@ -1,7 +1,7 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppFixtures.h"
+#include "support/AppWindow.h"
 
 #include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
@@ -30,45 +30,6 @@
 #include <QtTest>
 
 namespace {
-
-// Five pages, each with "Page N" as its first words and a square whose contents name the page,
-// so that a file read back tells where every page and its annotation went.
-PdfFixtures::Document markedPages()
-{
-    PdfFixtures::Document document = PdfFixtures::textPages(5, 3, 0);
-    for (int index = 0; index < document.pages.size(); ++index) {
-        document.pages[index].annotations.append({ "/Subtype /Square /Rect [100 100 200 200] "
-                                                   "/C [1 0 0] /Contents (note "
-                + QByteArray::number(index + 1) + ")",
-            {}, {} });
-    }
-    return document;
-}
-
-// Each page of a file as "first-word-number/rotation/annotation contents".
-QStringList pagesOf(const QString &path)
-{
-    const auto document = std::make_shared<PDFDocument>();
-    if (!document->initWithURL(QUrl::fromLocalFile(path)))
-        return { document->errorString() };
-    QStringList pages;
-    for (int index = 0; index < document->pageCount(); ++index) {
-        const auto page = document->pageAtIndex(index);
-        QStringList notes;
-        for (const auto &annotation : page->annotations())
-            notes << annotation->contents();
-        if (page->string().isEmpty()) {
-            const QSizeF size = page->boundsForBox(PDFDisplayBox::MediaBox).size();
-            // The shape, as the resolution a picture states (or lacks) sets its size.
-            pages << QStringLiteral("image %1:1").arg(size.width() / size.height());
-            continue;
-        }
-        pages << page->string().section(QLatin1Char(' '), 1, 1) + QLatin1Char('/')
-                + QString::number(page->rotation()) + QLatin1Char('/')
-                + notes.join(QLatin1Char(','));
-    }
-    return pages;
-}
 
 // Files to add, by name: "*.png", "*.gif", "*.jpg" real pictures of 200 by 100 pixels, "bad.png"
 // bytes of no image, "two.pdf" pages "Page 71" and "Page 72", "empty.pdf" a PDF without pages,
@@ -126,7 +87,6 @@ private slots:
     void extractNamesUseZeroBasedIndexes();
     void theEditorOpensWithTheKeyAndLeavesWithEscape_data();
     void theEditorOpensWithTheKeyAndLeavesWithEscape();
-    void ctrlRRotatesTheSelection();
     void keysAndClicksSelectPages_data();
     void keysAndClicksSelectPages();
     void aRightClickActsOnOneItemOrNone();
@@ -157,13 +117,11 @@ private:
 void PagesEditorTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PagesEditorTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_alerts.clear();
     m_answer = Alert::SecondButtonReturn;
     Alert::setHandlerForTesting([this](const AlertRequest &request) {
@@ -171,40 +129,22 @@ void PagesEditorTest::init()
                 + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
         return m_answer;
     });
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 700);
-    m_window->openNewTab();
-    m_window->show();
+    m_window = AppWindow::makeWindow();
 }
 
 void PagesEditorTest::cleanup()
 {
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
     FDFilePanel::setHandlerForTesting({});
-    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            if (const auto document = tab->primaryPDFView()->fdDocument())
-                document->setNumberOfChanges(0);
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 PDFContents *PagesEditorTest::openTab(const QString &name)
 {
     const QString path = m_dir.filePath(name);
     QFile::remove(path);
-    if (!PdfFixtures::write(markedPages(), path))
+    if (!PdfFixtures::write(AppFixtures::taggedPages("p", 5), path))
         return nullptr;
-    auto *const tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
+    return AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
 }
 
 PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const
@@ -347,22 +287,6 @@ void PagesEditorTest::keysAndClicksSelectPages()
     QCOMPARE(grid->selectedRows(), expected);
 }
 
-void PagesEditorTest::ctrlRRotatesTheSelection()
-{
-    PDFContents *const tab = openTab(QStringLiteral("CtrlR.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-    grid->selectRows({ 2 });
-    QTest::keySequence(grid, QKeySequence(Qt::CTRL | Qt::Key_R));
-    const auto document = tab->primaryPDFView()->fdDocument();
-    QCOMPARE(document->pageAtIndex(2)->rotation(), 90);
-    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
-    // The selection stays for the next turn.
-    QCOMPARE(grid->selectedRows(), rows({ 2 }));
-}
-
 void PagesEditorTest::theEditBarFollowsTheSelection()
 {
     PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
@@ -412,18 +336,15 @@ void PagesEditorTest::operationsAreSavedIntoTheFile_data()
     QTest::addColumn<QString>("operation");
     QTest::addColumn<int>("answer");
     QTest::addColumn<QStringList>("expected");
-    const QStringList untouched { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4",
-        "5/0/note 5" };
+    const QStringList untouched { "p1", "p2", "p3", "p4", "p5" };
     QTest::newRow("rotate right") << rows({ 1 }) << "right" << 0
-                                  << QStringList { "1/0/note 1", "2/90/note 2", "3/0/note 3",
-                                         "4/0/note 4", "5/0/note 5" };
-    QTest::newRow("rotate left twice over")
-        << rows({ 0, 4 }) << "left,left" << 0
-        << QStringList { "1/180/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/180/note 5" };
+                                  << QStringList { "p1", "p2/90", "p3", "p4", "p5" };
+    QTest::newRow("rotate left twice over") << rows({ 0, 4 }) << "left,left" << 0
+                                            << QStringList { "p1/180", "p2", "p3", "p4", "p5/180" };
     QTest::newRow("delete confirmed") << rows({ 0, 2 }) << "delete" << int(Alert::FirstButtonReturn)
-                                      << QStringList { "2/0/note 2", "4/0/note 4", "5/0/note 5" };
+                                      << QStringList { "p2", "p4", "p5" };
     QTest::newRow("delete by key") << rows({ 4, 3 }) << "key" << int(Alert::FirstButtonReturn)
-                                   << QStringList { "1/0/note 1", "2/0/note 2", "3/0/note 3" };
+                                   << QStringList { "p1", "p2", "p3" };
     QTest::newRow("delete cancelled")
         << rows({ 0, 2 }) << "delete" << int(Alert::SecondButtonReturn) << untouched;
     QTest::newRow("delete with nothing selected")
@@ -463,7 +384,7 @@ void PagesEditorTest::operationsAreSavedIntoTheFile()
     }
     QVERIFY(everythingSaved());
     QCOMPARE(grid->model()->rowCount(), expected.size());
-    QCOMPARE(pagesOf(path), expected);
+    QCOMPARE(AppFixtures::pageTags(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
     QVERIFY2(check.exitCode == 0, check.out.constData());
     const auto json = TestTools::run(
@@ -489,7 +410,7 @@ void PagesEditorTest::extractWritesTheSelectedPages()
     });
     editor->extractSelection();
     QCOMPARE(proposed, QStringLiteral("Source-1,3.pdf"));
-    QCOMPARE(pagesOf(target), (QStringList { "2/0/note 2", "4/0/note 4" }));
+    QCOMPARE(AppFixtures::pageTags(target), (QStringList { "p2", "p4" }));
     // The source is left as it was.
     QCOMPARE(tab->primaryPDFView()->fdDocument()->pageCount(), 5);
     QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
@@ -501,13 +422,9 @@ void PagesEditorTest::copiedPagesArePastedAfterTheSelection_data()
     QTest::addColumn<QList<int>>("target");
     QTest::addColumn<QStringList>("expected");
     QTest::newRow("same document, after page 2")
-        << false << rows({ 1 })
-        << QStringList { "1/0/note 1", "2/0/note 2", "1/0/note 1", "4/0/note 4", "3/0/note 3",
-               "4/0/note 4", "5/0/note 5" };
+        << false << rows({ 1 }) << QStringList { "p1", "p2", "p1", "p4", "p3", "p4", "p5" };
     QTest::newRow("other tab, nothing selected: the end")
-        << true << QList<int>()
-        << QStringList { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5",
-               "1/0/note 1", "4/0/note 4" };
+        << true << QList<int>() << QStringList { "p1", "p2", "p3", "p4", "p5", "p1", "p4" };
 }
 
 void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
@@ -541,7 +458,7 @@ void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
     QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
     QVERIFY(everythingSaved());
     const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-    QCOMPARE(pagesOf(path), expected);
+    QCOMPARE(AppFixtures::pageTags(path), expected);
     // The source keeps its pages.
     QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
 }
@@ -554,12 +471,12 @@ void PagesEditorTest::addedFilesGoInAtARunningIndex_data()
     QTest::addColumn<QStringList>("added"); // at the insertion point, in this order
     QTest::newRow("images and a PDF at the end")
         << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
-        << QStringList { "image 2:1", "71/0/", "72/0/", "image 2:1", "image 2:1" };
-    QTest::newRow("after the highest selected page")
-        << QStringList { "two.pdf" } << rows({ 3, 0 }) << -1 << QStringList { "71/0/", "72/0/" };
+        << QStringList { "image 2:1", "Page 71", "Page 72", "image 2:1", "image 2:1" };
+    QTest::newRow("after the highest selected page") << QStringList { "two.pdf" } << rows({ 3, 0 })
+                                                     << -1 << QStringList { "Page 71", "Page 72" };
     QTest::newRow("unreadable files keep the place")
         << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
-        << rows({ 1 }) << -1 << QStringList { "image 2:1", "71/0/", "72/0/" };
+        << rows({ 1 }) << -1 << QStringList { "image 2:1", "Page 71", "Page 72" };
     QTest::newRow("at the front") << QStringList { "a.png" } << QList<int>() << 0
                                   << QStringList { "image 2:1" };
     QTest::newRow("nothing readable")
@@ -608,7 +525,7 @@ void PagesEditorTest::addedFilesGoInAtARunningIndex()
         QCOMPARE(editor->insertURLs(urls, index), int(added.size()));
     }
 
-    QStringList expected { "1/0/note 1", "2/0/note 2", "3/0/note 3", "4/0/note 4", "5/0/note 5" };
+    QStringList expected { "p1", "p2", "p3", "p4", "p5" };
     QList<int> inserted;
     for (int k = 0; k < added.size(); ++k) {
         expected.insert(at + k, added[k]);
@@ -618,7 +535,7 @@ void PagesEditorTest::addedFilesGoInAtARunningIndex()
     if (!added.isEmpty())
         QCOMPARE(grid->selectedRows(), inserted);
     QVERIFY(everythingSaved());
-    QCOMPARE(pagesOf(path), expected);
+    QCOMPARE(AppFixtures::pageTags(path), expected);
     const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
     QVERIFY2(check.exitCode == 0, check.out.constData());
 }
@@ -695,9 +612,10 @@ void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
     QCOMPARE(left->selectedRows(), rows({ 1 }));
     QCOMPARE(other->model()->rowCount(), 3);
     QVERIFY(everythingSaved());
-    QCOMPARE(pagesOf(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
-        QStringLiteral("2/90/"));
-    QCOMPARE(pagesOf(right).at(1), QStringLiteral("2/90/"));
+    QCOMPARE(
+        AppFixtures::pageTags(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
+        QStringLiteral("Page 2/90"));
+    QCOMPARE(AppFixtures::pageTags(right).at(1), QStringLiteral("Page 2/90"));
 
     // Back to one pane: the primary one.
     tab->setSplitMode(PDFSplitViewMode::none);
@@ -705,12 +623,6 @@ void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
     QCOMPARE(editor->selectedCollectionView(), left);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PagesEditorTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PagesEditorTest)
 
 #include "PagesEditorTest.moc"

@@ -1,4 +1,4 @@
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <app/FDDefaults.h>
 #include <app/PrefWindowController.h>
@@ -37,8 +37,7 @@ private:
 
 void PrefWindowControllerTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     window().showWindow();
     QVERIFY(QTest::qWaitForWindowExposed(&window()));
 }
@@ -178,12 +177,6 @@ void PrefWindowControllerTest::windowFollowsTheTheme()
     }
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PrefWindowControllerTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PrefWindowControllerTest)
 
 #include "PrefWindowControllerTest.moc"

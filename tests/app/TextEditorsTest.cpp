@@ -3,10 +3,9 @@
 // closing the tab), the text in the saved file, the removal of boxes left empty as one undo step,
 // Tab and Return in the field, and the field following the annotation bar's changes.
 
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
 #include <annotation/PDFAnnotation+XExtensions.h>
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
@@ -96,32 +95,19 @@ private:
 void TextEditorsTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void TextEditorsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 900);
-    m_window->openNewTab();
-    m_window->show();
+    AppWindow::reset();
+    m_window = AppWindow::makeWindow({ 900, 900 });
     QApplication::setActiveWindow(m_window);
     openTab();
 }
 
 void TextEditorsTest::cleanup()
 {
-    TabStripModel *const model = m_window ? m_window->tabStripModel() : nullptr;
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            if (const auto document = tab->primaryPDFView()->fdDocument())
-                document->setNumberOfChanges(0);
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 void TextEditorsTest::openTab()
@@ -129,11 +115,9 @@ void TextEditorsTest::openTab()
     static int files = 0;
     m_path = m_dir.filePath(QStringLiteral("notes%1.pdf").arg(++files));
     QVERIFY(PdfFixtures::write(PdfFixtures::textPages(1, 5, 0), m_path));
-    m_tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(m_path), true, true));
+    m_tab = AppWindow::openTab(m_window, QUrl::fromLocalFile(m_path));
     QVERIFY(m_tab);
     m_view = m_tab->primaryPDFView();
-    QTRY_VERIFY(m_view->document() && !m_view->isLoading());
     m_view->goToPage(m_view->document()->pageAtIndex(0));
     turn();
 }
@@ -334,5 +318,5 @@ void TextEditorsTest::openFieldFollowsTheAnnotationBar()
     m_view->commitEditing();
 }
 
-QTEST_MAIN(TextEditorsTest)
+FOLIDOC_APP_TEST_MAIN(TextEditorsTest)
 #include "TextEditorsTest.moc"

@@ -3,9 +3,8 @@
 // button and a drop opening a second document in view B, the page indicator fading, and the page
 // field it turns into.
 
-#include "support/AppTestEnvironment.h"
+#include "support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFContentsConainer.h>
@@ -57,7 +56,6 @@ private:
 void ViewContainersTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 QUrl ViewContainersTest::fixture(const QString &name, int pages)
@@ -69,27 +67,20 @@ QUrl ViewContainersTest::fixture(const QString &name, int pages)
 
 void ViewContainersTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(1000, 800);
-    m_window->openNewTab();
-    m_window->show();
+    AppWindow::reset();
+    m_window = AppWindow::makeWindow({ 1000, 800 });
     QApplication::setActiveWindow(m_window);
     // A file of its own each time: a file read before reopens where it was left.
     static int files = 0;
     const QString name = QStringLiteral("First%1.pdf").arg(++files);
-    m_tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(fixture(name, 5), true, true));
+    m_tab = AppWindow::openTab(m_window, fixture(name, 5));
     QVERIFY(m_tab);
-    QTRY_VERIFY(m_tab->primaryPDFView()->document() && !m_tab->primaryPDFView()->isLoading());
 }
 
 void ViewContainersTest::cleanup()
 {
     FDFilePanel::setHandlerForTesting({});
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 void ViewContainersTest::placesAndBarsFollowTheSplitMode_data()
@@ -240,5 +231,5 @@ void ViewContainersTest::indicatorShowsThePageAndFades()
     QTRY_COMPARE_WITH_TIMEOUT(indicator->alphaValue(), 0.0, 6000);
 }
 
-QTEST_MAIN(ViewContainersTest)
+FOLIDOC_APP_TEST_MAIN(ViewContainersTest)
 #include "ViewContainersTest.moc"

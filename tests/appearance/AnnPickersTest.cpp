@@ -2,11 +2,10 @@
 // line picks that change the selected annotation (one undo step, and in the saved bytes) or,
 // with nothing selected, the default of the tab's tool.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
 #include <annotation/AnnotationDefaultsKeys.h>
 #include <annotation/values/NSUserDefaults+XExtensions.h>
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <appearance/AnnColorPicker.h>
@@ -28,7 +27,6 @@
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -72,17 +70,12 @@ private:
 void AnnPickersTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void AnnPickersTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(1000, 700);
-    m_window->openNewTab();
-    m_window->show();
+    AppWindow::reset();
+    m_window = AppWindow::makeWindow({ 1000, 700 });
     m_tab = openTab();
     QVERIFY(m_tab);
     m_tab->setIsAnnBarPinned(true);
@@ -92,14 +85,7 @@ void AnnPickersTest::init()
 void AnnPickersTest::cleanup()
 {
     FDPopoverController::shared().hide();
-    if (m_tab) {
-        for (FDPDFView *const pdfView : { m_tab->primaryPDFView(), m_tab->secondaryPDFView() }) {
-            if (const auto document = pdfView->fdDocument())
-                document->setNumberOfChanges(0);
-        }
-    }
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 PDFContents *AnnPickersTest::openTab()
@@ -107,12 +93,7 @@ PDFContents *AnnPickersTest::openTab()
     const QString path = m_dir.filePath(QStringLiteral("pickers.pdf"));
     if (!PdfFixtures::write(PdfFixtures::textPages(3, 30, 0), path))
         return nullptr;
-    auto *const tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
+    return AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
 }
 
 PDFAnnBar *AnnPickersTest::bar() const
@@ -364,12 +345,6 @@ void AnnPickersTest::lineAspectWithoutSelectionWritesIntegersForTheTool()
     QCOMPARE(line->endLineStyle(), int(PDFAnnotationLine::None));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    AnnPickersTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(AnnPickersTest)
 
 #include "AnnPickersTest.moc"

@@ -2,9 +2,8 @@
 // popovers act on the views and close on Escape with their hook, the second row never moves the
 // page under the reader, and Ctrl+F reaches the search field.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <app/PDFWindowMenus.h>
@@ -57,17 +56,12 @@ private:
 void ToolbarsTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void ToolbarsTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(1000, 700);
-    m_window->openNewTab();
-    m_window->show();
+    AppWindow::reset();
+    m_window = AppWindow::makeWindow({ 1000, 700 });
     m_tab = openTab(QStringLiteral("bars.pdf"), 6);
     QVERIFY(m_tab);
     QVERIFY(mainToolbar());
@@ -76,8 +70,7 @@ void ToolbarsTest::init()
 void ToolbarsTest::cleanup()
 {
     FDPopoverController::shared().hide();
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 PDFContents *ToolbarsTest::openTab(const QString &name, int pages)
@@ -85,12 +78,7 @@ PDFContents *ToolbarsTest::openTab(const QString &name, int pages)
     const QString path = m_dir.filePath(name);
     if (!PdfFixtures::write(PdfFixtures::textPages(pages, 30, 0), path))
         return nullptr;
-    auto *const tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
+    return AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
 }
 
 void ToolbarsTest::zoomTextTruncates_data()
@@ -260,12 +248,6 @@ void ToolbarsTest::findKeyFocusesTheSearchFieldAndClearingEndsTheSearch()
     QVERIFY(!m_tab->queryString().has_value());
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    ToolbarsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(ToolbarsTest)
 
 #include "ToolbarsTest.moc"

@@ -1,11 +1,9 @@
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <navigation/FDCommonImageProvider.h>
 
-#include <QApplication>
 #include <QtTest>
 
 // The markers of a split's views: the two letters differ, the states differ, and a theme change
@@ -40,8 +38,7 @@ QColor centreFill(const QIcon &icon)
 
 void FDCommonImageProviderTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
 }
 
@@ -83,12 +80,6 @@ void FDCommonImageProviderTest::themeChangeRedrawsTheMarkers()
     QVERIFY(pixels(provider.secondaryIndicatorOnStateIcon()) != before);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    FDCommonImageProviderTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(FDCommonImageProviderTest)
 
 #include "FDCommonImageProviderTest.moc"

@@ -1,11 +1,10 @@
 // The annotations tab over a real window: dates in the design's week-year pattern, rows that
 // follow additions and removals with headers in page order, selection both ways, and Delete.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"
 
 #include <annotation/FDAnnotationText.h>
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
@@ -32,15 +31,10 @@ class PDFSidebarAnnTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        PDFContents::registerAsDocumentContents();
-    }
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
     void init()
     {
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
+        AppWindow::reset();
         m_window = makeWindow();
     }
     void cleanup()
@@ -316,5 +310,5 @@ private:
     std::shared_ptr<FDDocument> m_document;
 };
 
-QTEST_MAIN(PDFSidebarAnnTest)
+FOLIDOC_APP_TEST_MAIN(PDFSidebarAnnTest)
 #include "PDFSidebarAnnTest.moc"

@@ -2,10 +2,9 @@
 // the document's notifications, titles are edited in place, a deletion from the list reaches the
 // document, and the list is saved into the file and read back when it opens again.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDBookmark.h>
@@ -22,7 +21,6 @@
 #include <view/FDPDFView.h>
 
 #include <QAction>
-#include <QApplication>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QTemporaryDir>
@@ -59,7 +57,6 @@ private:
 void PDFSidebarBookmarkTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
     PdfFixtures::Document document = PdfFixtures::textPages(8, 4, 0);
     // Pages i, ii, then 1, 2...: the list shows labels.
     document.labels = { { 0, 'r', QString(), 1 }, { 2, 'D', QString(), 1 } };
@@ -68,8 +65,7 @@ void PDFSidebarBookmarkTest::initTestCase()
 
 void PDFSidebarBookmarkTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_window = makeWindow();
 }
 
@@ -232,12 +228,6 @@ void PDFSidebarBookmarkTest::pageColumnFollowsTheLastBookmark()
     QVERIFY(m_list->tableView()->columnWidth(1) >= int(width));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFSidebarBookmarkTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFSidebarBookmarkTest)
 
 #include "PDFSidebarBookmarkTest.moc"

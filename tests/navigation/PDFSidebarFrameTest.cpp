@@ -3,10 +3,9 @@
 // its thumbnails follow the reader while shown, are drawn on workers for the rows in view only,
 // and change one row when an annotation of a page changes.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
@@ -26,7 +25,6 @@
 #include <view/FDPDFView.h>
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QLabel>
 #include <QListView>
 #include <QScrollBar>
@@ -98,13 +96,11 @@ QImage marker(bool primary)
 void PDFSidebarFrameTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PDFSidebarFrameTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_window = makeWindow();
     FDPageThumbnailCache::shared().clear();
 }
@@ -318,12 +314,6 @@ void PDFSidebarFrameTest::annotationChangeRedrawsOneThumbnail()
     QVERIFY(after != before);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFSidebarFrameTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFSidebarFrameTest)
 
 #include "PDFSidebarFrameTest.moc"

@@ -3,10 +3,9 @@
 // drag with the design's drop rules. Every edit is saved into the file, where qpdf, poppler and
 // MuPDF read the same tree back.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
@@ -90,13 +89,11 @@ PdfFixtures::OutlineItem item(
 void PDFSidebarOutlineTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PDFSidebarOutlineTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_window = makeWindow();
 }
 
@@ -455,12 +452,6 @@ void PDFSidebarOutlineTest::outlineWithALoopShowsOnceAndSavesWithout()
     saveAndReadBack(treeOf(m_document->outlineRoot()));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PDFSidebarOutlineTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PDFSidebarOutlineTest)
 
 #include "PDFSidebarOutlineTest.moc"

@@ -3,11 +3,10 @@
 // from a real text selection; what is made is in the saved file, and what is not touched stays as
 // the file had it; undo entries never outlive the view's document.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
 #include <annotation/FDAnnotationInk.h>
 #include <annotation/PDFAnnotationInk+XExtensions.h>
-#include <app/FDDefaults.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
 #include <kit/base/BezierPath.h>
@@ -18,7 +17,6 @@
 #include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTemporaryDir>
@@ -122,8 +120,7 @@ void AnnotationUndoTest::open(const PdfFixtures::Document &document)
 
 void AnnotationUndoTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     PdfFixtures::Document document = PdfFixtures::textPages(3, 10, 0);
     // A link, which can never be selected.
     document.pages[0].links.append({ QRectF(72, 40, 100, 20), "https://example.org", -1, {} });
@@ -421,12 +418,6 @@ void AnnotationUndoTest::savingKeepsUntouchedAnnotations()
         QCOMPARE(after[index] == before[index], index != edited);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    AnnotationUndoTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(AnnotationUndoTest)
 
 #include "AnnotationUndoTest.moc"

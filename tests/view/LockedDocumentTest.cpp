@@ -2,9 +2,8 @@
 // a wrong password is said plainly and changes nothing, the right one finishes the load; an
 // edit saved afterwards keeps the file's encryption and permissions for every other reader.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFAnnotation.h>
@@ -15,7 +14,6 @@
 #include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -66,8 +64,7 @@ private:
 
 void LockedDocumentTest::initTestCase()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     m_qpdf = TestTools::findTool(QStringLiteral("qpdf"));
 }
 
@@ -176,12 +173,6 @@ print(' '.join(str(a.Subtype) for a in pdf.pages[1].obj.get('/Annots', [])))
     QCOMPARE(reread->pageAtIndex(1)->annotations().size(), size_t(1));
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    LockedDocumentTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(LockedDocumentTest)
 
 #include "LockedDocumentTest.moc"

@@ -1,16 +1,13 @@
 // The overlay over each page of a real view: what it draws (read back from the screen's pixels),
 // that changing what only it draws renders no page again, that a growing ink stroke repaints only
-// its new segment, the ribbon's hover from the view's own mouse moves, the area selection's
-// dimming, and the tab's "* " mark through a change and its undo.
+// its new segment, the ribbon's hover from the view's own mouse moves, and the area selection's
+// dimming.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
 #include <annotation/AnnotationDefaultsKeys.h>
 #include <annotation/FDAnnotationSquare.h>
 #include <annotation/values/NSUserDefaults+XExtensions.h>
-#include <app/FDDefaults.h>
-#include <app/PDFContents.h>
-#include <app/PDFWindowController.h>
 #include <appearance/FDTheme.h>
 #include <appearance/FDThemeProvider.h>
 #include <document/FDDocument.h>
@@ -131,7 +128,6 @@ private slots:
     void inkRepaintsOnlyItsNewSegment();
     void ribbonShowsBookmarksAndPreviewsOnHover();
     void areaSelectionDimsEverythingElse();
-    void titleMarkFollowsChangesAndTheirUndo();
 
 private:
     QImage screen();
@@ -151,8 +147,7 @@ private:
 
 void OverlayViewTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
+    AppWindow::reset();
     FDThemeProvider::setCurrent(FDThemeProvider::blue());
     const QString path = m_dir.filePath(QStringLiteral("overlay.pdf"));
     QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 10, 0), path));
@@ -408,44 +403,6 @@ void OverlayViewTest::areaSelectionDimsEverythingElse()
     QVERIFY(near(screen().pixelColor(onScreen(QPointF(400, 300))), Qt::white, 10));
 }
 
-void OverlayViewTest::titleMarkFollowsChangesAndTheirUndo()
-{
-    PDFContents::registerAsDocumentContents();
-    QPointer<PDFWindowController> window = TabWindowController::create<PDFWindowController>();
-    window->resize(900, 700);
-    window->openNewTab();
-    window->show();
-    const QString path = m_dir.filePath(QStringLiteral("Marked.pdf"));
-    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(2, 10, 0), path));
-    auto *const tab = qobject_cast<PDFContents *>(
-        window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
-    QVERIFY(tab);
-    FDPDFView *const view = tab->primaryPDFView();
-    QTRY_VERIFY(view->document() && !view->isLoading());
-    QCOMPARE(tab->title(), QStringLiteral("Marked"));
-    auto square = std::make_shared<FDAnnotationSquare>();
-    QVERIFY(square->initWithBounds(QRectF(100, 100, 50, 50)));
-    view->addAnnotation(square, view->document()->pageAtIndex(0));
-    QCOMPARE(tab->title(), QStringLiteral("* Marked"));
-    view->fdDocument()->save();
-    QCOMPARE(tab->title(), QStringLiteral("Marked"));
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
-    QCoreApplication::processEvents();
-    // Undoing is a change of its own: the document differs from the file again.
-    QVERIFY(window->undoManager()->canUndo());
-    window->undoManager()->undo();
-    QVERIFY(!square->page());
-    QCOMPARE(tab->title(), QStringLiteral("* Marked"));
-    view->fdDocument()->setNumberOfChanges(0);
-    delete window.data();
-}
-
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    OverlayViewTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(OverlayViewTest)
 
 #include "OverlayViewTest.moc"

