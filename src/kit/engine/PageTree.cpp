@@ -150,6 +150,11 @@ bool isSpace(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0';
 }
 
+bool isDelimiter(char c)
+{
+    return std::strchr("()<>[]{}/%", c) != nullptr && c != '\0';
+}
+
 // Reads a decimal number at pos of the size bytes at data, moving past it; -1 when there is none.
 long long readNumber(const char *data, qsizetype size, qsizetype &pos)
 {
@@ -212,10 +217,59 @@ bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
             return false;
         while (pos < size && isSpace(data[pos]))
             ++pos;
-        if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0)
+        // The keyword ends where MuPDF's lexer ends it: "obju" is another word, not "obj".
+        if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0
+            || (pos + 3 < size && !isSpace(data[pos + 3]) && !isDelimiter(data[pos + 3])))
             return false;
     }
     return true;
+}
+
+struct HeldPage
+{
+    int number = 0;
+    pdf_obj *dict = nullptr; // kept
+};
+
+// The page dictionaries the tree reaches as the file stands, each with its object number.
+std::vector<HeldPage> pagesBeforeRepair(fz_context *ctx, pdf_document *doc)
+{
+    Walker walker(ctx);
+    pdf_obj *root = nullptr;
+    int rootNumber = 0;
+    mu::runQuietly(ctx, [&] {
+        root = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
+        rootNumber = pdf_is_dict(ctx, root) ? pdf_to_num(ctx, root) : 0;
+    });
+    if (rootNumber > 0) {
+        walker.markSeen(rootNumber);
+        walker.walk(root, 0);
+    }
+    std::vector<HeldPage> held;
+    for (pdf_obj *page : walker.pages) {
+        mu::runQuietly(ctx, [&] {
+            const int number = pdf_to_num(ctx, page);
+            pdf_obj *dict = pdf_resolve_indirect(ctx, page);
+            if (number > 0 && pdf_is_dict(ctx, dict))
+                held.push_back({ number, pdf_keep_obj(ctx, dict) });
+        });
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page); });
+    }
+    return held;
+}
+
+// Whether the object table holds a dictionary under that number (not free, missing or null).
+bool holdsDict(fz_context *ctx, pdf_document *doc, int number)
+{
+    bool dict = false;
+    mu::runQuietly(ctx, [&] {
+        if (number >= pdf_xref_len(ctx, doc))
+            return;
+        pdf_obj *obj = pdf_load_object(ctx, doc, number);
+        dict = pdf_is_dict(ctx, obj);
+        pdf_drop_obj(ctx, obj);
+    });
+    return dict;
 }
 
 bool wasRepaired(fz_context *ctx, pdf_document *doc)
@@ -237,8 +291,19 @@ bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file)
     // place has nothing to repair; any other file meets every object now.
     if (!file.isEmpty() && objectsInPlace(ctx, doc, file))
         return false;
+    // The rescan can lose a sound page: a broken object before it is read on into its bytes.
+    // Pages the tree reaches now, before the repair, are put back where the rescan lost them.
+    const std::vector<HeldPage> held = pagesBeforeRepair(ctx, doc);
     touchEveryObject(ctx, doc);
-    return wasRepaired(ctx, doc);
+    const bool repaired = wasRepaired(ctx, doc);
+    for (const HeldPage &page : held) {
+        mu::runQuietly(ctx, [&] {
+            if (repaired && !holdsDict(ctx, doc, page.number))
+                pdf_update_object(ctx, doc, page.number, page.dict);
+        });
+        mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page.dict); });
+    }
+    return repaired;
 }
 
 Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)

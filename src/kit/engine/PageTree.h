@@ -22,7 +22,8 @@ struct Result
 
 // Makes MuPDF meet now, before any page is listed, an object that is not where the
 // cross-reference says (file: the bytes MuPDF reads; empty when they cannot be had, and then
-// every object is loaded). Answers whether MuPDF repaired the file. The caller holds the lock.
+// every object is loaded). Pages the tree reaches before the repair and its rescan loses are put
+// back under their numbers. Answers whether MuPDF repaired the file. The caller holds the lock.
 bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file);
 
 // Every page object under the tree, walked whole. The caller holds the document's lock. With scan
