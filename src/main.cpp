@@ -2,6 +2,7 @@
 #include <app/FDTranslations.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
 
 #include <QApplication>
 #include <QDir>
@@ -14,6 +15,10 @@ int main(int argc, char *argv[])
         return commandLine.finish();
     for (const QString &problem : commandLine.problems())
         FDCommandLine::complain(problem);
+
+    // The document shown first is read while the window is made.
+    const PDFDocumentPrefetch prefetch(
+        commandLine.paths().isEmpty() ? QString() : commandLine.paths().first());
 
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
