@@ -7,7 +7,10 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+
+class QObject;
 
 struct PDFDocumentPrefetchState;
 
@@ -23,6 +26,12 @@ public:
 
     // Whether a PDFDocument opened the file from what was read here.
     bool taken() const;
+
+    // When the file at path is being read ahead, calls done on the main thread once the reading,
+    // first page included, has ended (unless receiver is gone by then), and answers true; false
+    // when nothing is being read for path, so that opening it now waits for nothing.
+    static bool notifyWhenRead(
+        const QString &path, QObject *receiver, const std::function<void()> &done);
 
 private:
     std::shared_ptr<PDFDocumentPrefetchState> m_state;
