@@ -31,4 +31,9 @@ function(folidoc_layer name kind)
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_compile_options(${name} PRIVATE ${FOLIDOC_WARNINGS})
     target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+    if(kind STREQUAL "SHARED")
+        # Calls inside a library go straight to its own functions, without the dynamic linker
+        # looking each one up at start-up; the smaller symbol table is faster to search.
+        target_link_options(${name} PRIVATE -Wl,-O1 -Wl,-Bsymbolic-functions)
+    endif()
 endfunction()

@@ -4,7 +4,7 @@ FOLIDOC_BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-l10n-tools qt6-translations-l10n
     libmupdf-dev libharfbuzz-dev libfreetype-dev libjbig2dec0-dev libopenjp2-7-dev
-    libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev
+    libjpeg-dev zlib1g-dev libgumbo-dev libmujs-dev libfontconfig-dev
 )
 FOLIDOC_RUN_PACKAGES=(xvfb xauth cups-client)
 # Only the fuzz targets (scripts/fuzz) are built with clang and its libFuzzer runtime.

@@ -2,9 +2,14 @@
 #include <app/FDTranslations.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
 
 #include <QApplication>
 #include <QDir>
+
+#include <fontconfig/fontconfig.h>
+
+#include <thread>
 
 int main(int argc, char *argv[])
 {
@@ -15,11 +20,19 @@ int main(int argc, char *argv[])
     for (const QString &problem : commandLine.problems())
         FDCommandLine::complain(problem);
 
+    // The document shown first is read while the window is made, and the system's font
+    // configuration, which the first window's texts need, is read while Qt starts.
+    const PDFDocumentPrefetch prefetch(
+        commandLine.paths().isEmpty() ? QString() : commandLine.paths().first());
+    std::thread fonts([] { FcInit(); });
+
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
     FDTranslations::install();
     PDFContents::registerAsDocumentContents();
     GlobalService service(commandLine.paths());
     service.setLaunchInNewWindow(commandLine.newWindow());
+    // Qt reads the configuration again if asked before this thread has made it.
+    fonts.join();
     return service.run();
 }

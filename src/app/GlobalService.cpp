@@ -186,12 +186,7 @@ void GlobalService::applicationDidFinishLaunching()
     FDDefaults::registerDefaults();
     FDDefaults::migrateDefaultsFromOlderVersion();
     createFirstContent();
-    // The installed icon of the desktop's theme, else the copy inside the program. Finding it
-    // reads the icon themes' indexes, so it waits until the first window is on its way.
-    QTimer::singleShot(0, this, [] {
-        QApplication::setWindowIcon(QIcon::fromTheme(
-            QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
-    });
+    setWindowIconAfterFirstScreen();
     m_lastOpenedWindowsSavingTimer = new QTimer(this);
     m_lastOpenedWindowsSavingTimer->setInterval(int(savingInterval * 1000));
     connect(m_lastOpenedWindowsSavingTimer, &QTimer::timeout, this,
@@ -218,6 +213,31 @@ void GlobalService::createFirstContent()
     auto *const window = TabWindowController::create<PDFWindowController>();
     window->show();
     window->openNewTab();
+}
+
+void GlobalService::setWindowIconAfterFirstScreen()
+{
+    // The installed icon of the desktop's theme, else the copy inside the program. Finding it
+    // reads the icon themes' indexes, so it waits until the first screen of the first document
+    // is drawn, or a moment when there is none.
+    const auto setIcon = [] {
+        static bool set = false;
+        if (std::exchange(set, true))
+            return;
+        QApplication::setWindowIcon(QIcon::fromTheme(
+            QStringLiteral("org.folidoc.Folidoc"), QIcon(QStringLiteral(":/icons/folidoc.svg"))));
+    };
+    const QList<TabWindowController *> windows = TabWindowController::allControllers();
+    TabStripModel *const tabs = windows.isEmpty() ? nullptr : windows.first()->tabStripModel();
+    const auto *const contents = tabs && tabs->selectedIndex() >= 0
+        ? qobject_cast<PDFContents *>(tabs->getTabContentsAtIndex(tabs->selectedIndex()))
+        : nullptr;
+    if (FDPDFView *const view = contents ? contents->selectedPDFView() : nullptr) {
+        connect(
+            view, &PDFView::visibleAreaRendered, this, [setIcon] { MainQueue::async(setIcon); },
+            Qt::SingleShotConnection);
+    }
+    QTimer::singleShot(windowIconLatestDelay, this, setIcon);
 }
 
 bool GlobalService::openFile(const QString &path)

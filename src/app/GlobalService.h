@@ -32,6 +32,8 @@ public:
     static constexpr double savingInterval = 5.0;
     // Delay between the repeats of the termination question while saves run, in seconds.
     static constexpr double terminationPollInterval = 0.2;
+    // Longest wait for the first screen before the window icon is looked up, in milliseconds.
+    static constexpr int windowIconLatestDelay = 1500;
 
     // paths: the files named on the command line.
     explicit GlobalService(const QStringList &paths = {}, QObject *parent = nullptr);
@@ -97,6 +99,7 @@ protected:
 private:
     static void complainAbout(const QString &path, const QString &problem);
     void createFirstContent();
+    void setWindowIconAfterFirstScreen();
     void restoreWindow(const QVariantMap &record);
     void watchForLastWindow();
 

@@ -282,11 +282,11 @@ QString keyFor(const QString &name, double devicePixelRatio)
     return name + QLatin1Char('@') + QString::number(devicePixelRatio);
 }
 
+// Files the recipe: the image is drawn when it is first asked for, at the density asked, so that
+// start-up draws none of the pictures the first screen does not show.
 void file(const QString &name, const Recipe &recipe)
 {
     recipes().insert(name, recipe);
-    for (const double ratio : { 1.0, 2.0 })
-        catalogue().insert(keyFor(name, ratio), draw(recipe, ratio));
 }
 
 const QStringList NoteNames = { QStringLiteral("TextNote"), QStringLiteral("AnchoredNote"),

@@ -13,7 +13,8 @@
 
 class QPainter;
 
-// Draws and files every named image, once; runs before the first window.
+// Files how to draw every named image, once; runs before the first window. Each image is drawn
+// on its first use.
 void makeImages();
 void makeNoteImages();
 void makeCursorImages();

@@ -13,6 +13,7 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/tabs/TabStripModel.h>
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QToolButton>
@@ -32,7 +33,13 @@ PDFMainToolbar::PDFMainToolbar(PDFContents *contents, QWidget *parent)
     m_searchField->setAccessibleName(
         titleWithKey(tr("Search"), QKeySequence(Qt::CTRL | Qt::Key_F)));
     m_searchField->setToolTip(m_searchField->accessibleName());
-    m_searchField->setClearButtonEnabled(true);
+    // The clear button shows only over text, and making it looks its icon up in the desktop's
+    // icon themes: it is made when the field is first used, not with the window.
+    m_searchField->installEventFilter(this);
+    connect(m_searchField, &QLineEdit::textChanged, m_searchField, [field = m_searchField] {
+        if (!field->isClearButtonEnabled())
+            field->setClearButtonEnabled(true);
+    });
     m_searchField->setFixedWidth(220);
     m_annBarButton = makeButton(tr("Annotation Tools"), {}, true);
     m_layoutButton = makeButton(tr("Page Layout"));
@@ -200,6 +207,14 @@ void PDFMainToolbar::onSearchCancel()
     PDFContents *const tab = contents();
     if (tab && tab->queryString().has_value())
         tab->setQueryString(QString());
+}
+
+bool PDFMainToolbar::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_searchField && event->type() == QEvent::FocusIn
+        && !m_searchField->isClearButtonEnabled())
+        m_searchField->setClearButtonEnabled(true);
+    return PDFContentsBar::eventFilter(watched, event);
 }
 
 void PDFMainToolbar::refreshIcons()

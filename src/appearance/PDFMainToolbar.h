@@ -44,6 +44,7 @@ public:
 
 protected:
     void refreshIcons() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     QToolButton *m_sidebarButton = nullptr;

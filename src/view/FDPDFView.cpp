@@ -16,6 +16,7 @@
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFDestination.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
 #include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 
@@ -194,6 +195,17 @@ void FDPDFView::runLoadStep()
         m_isLoading = true;
         const QUrl requested = m_pendingURL;
         const QUrl fileURL = requested.adjusted(QUrl::RemoveFragment);
+        // A file being read ahead is opened once the reading, its first page's fonts included,
+        // has ended: taking it sooner would stop that reading and leave the rest to the first
+        // render. The view counts as loading meanwhile, and the window paints without waiting.
+        if (!m_waitedForReadAhead && fileURL.isLocalFile()) {
+            m_waitedForReadAhead = true;
+            const auto load = [this] { runLoadStep(); };
+            if (PDFDocumentPrefetch::notifyWhenRead(fileURL.toLocalFile(), this, load)) {
+                MainQueue::asyncAfter(readAheadLongestWait, this, load);
+                return;
+            }
+        }
         // A document still being written is taken back alive, not read from a file in writing.
         loaded = PDFSavingService::shared().getDocumentByURL(fileURL);
         if (loaded) {

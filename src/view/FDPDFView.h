@@ -47,6 +47,8 @@ public:
     static constexpr double navigationPause = 0.0835;
     // Room left below a page in fit-page mode while page breaks show, in points.
     static constexpr double pageBreakAllowance = 8.0;
+    // Longest wait for a file being read ahead before it is opened anyway, in seconds.
+    static constexpr double readAheadLongestWait = 1.0;
 
     explicit FDPDFView(QWidget *parent = nullptr);
     ~FDPDFView() override;
@@ -229,6 +231,7 @@ private:
     bool m_isLoading = false;
     // The first showing of the window put the read on the next turn of the event loop.
     bool m_loadQueued = false;
+    bool m_waitedForReadAhead = false; // a file read ahead is waited for once
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
     int m_pageAskedWhileLocked = -1;

@@ -9,6 +9,7 @@
 #include "PageTree.h"
 #include "PageTreeWalk.h"
 #include "mupdf/MuOpen.h"
+#include "mupdf/Prefetched.h"
 
 #include <kit/base/NotificationCenter.h>
 
@@ -117,7 +118,9 @@ bool PDFDocumentPrivate::loadContent()
     bool walkedWhole = false;
     {
         const mu::Lock lock(handle->mutex());
-        if (!repaired && repairIfDamagedLocked())
+        if (std::exchange(objectsChecked, false))
+            mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
+        else if (!repaired && repairIfDamagedLocked())
             repaired = true;
         // A long sound file's tree is walked as its pages are asked for. A short one is walked
         // whole now, and so is a repaired file's, or one that claims more pages than the file
@@ -416,6 +419,12 @@ bool PDFDocument::initWithURL(const QUrl &url)
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
+    // A file read ahead at start-up is taken as it was read.
+    const mu::Prefetched prefetched = mu::takePrefetched(path);
+    if (prefetched.doc) {
+        d->objectsChecked = prefetched.objectsInPlace;
+        return d->adopt(prefetched.doc);
+    }
     fz_context *ctx = mu::context();
     pdf_document *doc = nullptr;
     mu::Error failure;

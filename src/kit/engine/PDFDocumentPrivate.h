@@ -88,6 +88,8 @@ struct PDFDocumentPrivate
     bool encrypted = false;
     bool locked = false;
     bool contentLoaded = false;
+    // The file was read ahead and every object found in place: the first load skips the check.
+    bool objectsChecked = false;
     qsizetype sourceSize = 0;
     // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
     std::function<QByteArray()> sourceBytes;

@@ -1,0 +1,223 @@
+#include "PDFDocumentPrefetch.h"
+
+#include "PDFCancellation.h"
+#include "PDFRenderPrivate.h"
+#include "PageTree.h"
+#include "mupdf/MuOwned.h"
+#include "mupdf/Prefetched.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QMetaObject>
+#include <QPointer>
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+struct PDFDocumentPrefetchState
+{
+    QString path;
+    qint64 size = -1;
+    QDateTime modified;
+    PDFCancellation cancel; // ends the first page's reading when the document is wanted
+    std::thread thread;
+    std::mutex joinMutex;
+    pdf_document *doc = nullptr;
+    bool objectsInPlace = false;
+    std::atomic<bool> taken { false };
+    bool finished = false; // guarded by prefetchMutex, as waiting is
+    std::vector<std::pair<QPointer<QObject>, std::function<void()>>> waiting;
+
+    void read();
+    // Loads the page's fonts and images into MuPDF's store, unless cancelled first.
+    void readPage(fz_context *ctx, int index);
+    // The pages after the first that a first screen may show, read until the document is taken.
+    void readNextPages();
+    // Stops the first page's reading and waits for the thread. The reading thread locks
+    // prefetchMutex as it ends, so this is never called with it held.
+    void finish();
+    void drop();
+};
+
+namespace {
+
+// The most pages a first screen shows: a window of small pages at its default zoom.
+constexpr int FirstScreenPages = 3;
+
+std::mutex prefetchMutex;
+std::weak_ptr<PDFDocumentPrefetchState> current;
+
+} // namespace
+
+void PDFDocumentPrefetchState::read()
+{
+    fz_context *ctx = mu::context();
+    const QByteArray name = QFile::encodeName(path);
+    mu::Error failure;
+    mu::run(ctx, failure, [&] { doc = pdf_open_document(ctx, name.constData()); });
+    if (failure.failed || !doc)
+        return;
+    bool locked = true;
+    mu::runQuietly(ctx, [&] { locked = fz_needs_password(ctx, &doc->super); });
+    // A locked document's objects can be read only once the password is known.
+    if (locked)
+        return;
+    QFile file(path);
+    const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
+    if (!mapped)
+        return;
+    PageTree::repairIfDamaged(ctx, doc, QByteArrayView(mapped, file.size()));
+    file.unmap(const_cast<uchar *>(mapped));
+    bool repaired = true;
+    mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
+    objectsInPlace = !repaired;
+    if (objectsInPlace)
+        readPage(ctx, 0);
+}
+
+void PDFDocumentPrefetchState::readPage(fz_context *ctx, int index)
+{
+    if (cancel.isCancelled())
+        return;
+    // Running the page's contents loads its fonts and images into MuPDF's store, where the
+    // first render finds them; the bounds computed are stored with each font.
+    mu::CookieScope scope(&cancel);
+    pdf_page *page = nullptr;
+    mu::Device device;
+    mu::Error failure;
+    mu::run(ctx, failure, [&] {
+        page = pdf_load_page(ctx, doc, index);
+        fz_rect bounds = fz_empty_rect;
+        device.p = fz_new_bbox_device(ctx, &bounds);
+        mu::checkContentLength(ctx, page, scope.cookie(), scope.contentLimit());
+        pdf_run_page_contents(ctx, page, device.p, fz_identity, scope.cookie());
+        fz_close_device(ctx, device.p);
+    });
+    device.reset();
+    if (page)
+        mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
+}
+
+void PDFDocumentPrefetchState::readNextPages()
+{
+    if (!doc || !objectsInPlace)
+        return;
+    fz_context *ctx = mu::context();
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_count_pages(ctx, doc); });
+    for (int index = 1; index < std::min(count, FirstScreenPages); ++index)
+        readPage(ctx, index);
+}
+
+void PDFDocumentPrefetchState::finish()
+{
+    cancel.cancel();
+    const std::lock_guard lock(joinMutex);
+    if (thread.joinable())
+        thread.join();
+}
+
+void PDFDocumentPrefetchState::drop()
+{
+    if (!doc)
+        return;
+    fz_context *ctx = mu::context();
+    pdf_document *const dropped = std::exchange(doc, nullptr);
+    mu::runQuietly(ctx, [&] { pdf_drop_document(ctx, dropped); });
+}
+
+PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
+{
+    const QFileInfo info(path);
+    if (path.isEmpty() || !info.isFile())
+        return;
+    const std::lock_guard lock(prefetchMutex);
+    if (current.lock())
+        return;
+    m_state = std::make_shared<PDFDocumentPrefetchState>();
+    m_state->path = info.canonicalFilePath();
+    m_state->size = info.size();
+    m_state->modified = info.lastModified();
+    // The context is made here, on the calling thread, before the reading thread clones it.
+    mu::context();
+    m_state->thread = std::thread([state = m_state.get()] {
+        state->read();
+        // The first page is what a waiting opener needs; the next ones are read on while
+        // nobody has taken the document.
+        decltype(state->waiting) waiting;
+        {
+            const std::lock_guard finishing(prefetchMutex);
+            state->finished = true;
+            waiting.swap(state->waiting);
+        }
+        // Told on the main thread, where a receiver gone meanwhile is seen to be gone.
+        QCoreApplication *const application = QCoreApplication::instance();
+        for (const auto &[receiver, done] : waiting) {
+            if (application) {
+                QMetaObject::invokeMethod(
+                    application,
+                    [receiver, done] {
+                        if (receiver)
+                            done();
+                    },
+                    Qt::QueuedConnection);
+            }
+        }
+        state->readNextPages();
+    });
+    current = m_state;
+}
+
+PDFDocumentPrefetch::~PDFDocumentPrefetch()
+{
+    if (!m_state)
+        return;
+    m_state->finish();
+    m_state->drop();
+    const std::lock_guard lock(prefetchMutex);
+    current.reset();
+}
+
+bool PDFDocumentPrefetch::notifyWhenRead(
+    const QString &path, QObject *receiver, const std::function<void()> &done)
+{
+    const std::lock_guard lock(prefetchMutex);
+    const auto state = current.lock();
+    if (!state || state->finished || state->taken
+        || state->path != QFileInfo(path).canonicalFilePath())
+        return false;
+    state->waiting.emplace_back(receiver, done);
+    return true;
+}
+
+bool PDFDocumentPrefetch::taken() const
+{
+    return m_state && m_state->taken;
+}
+
+mu::Prefetched mu::takePrefetched(const QString &path)
+{
+    std::shared_ptr<PDFDocumentPrefetchState> state;
+    {
+        const std::lock_guard lock(prefetchMutex);
+        state = current.lock();
+    }
+    if (!state || state->path != QFileInfo(path).canonicalFilePath())
+        return {};
+    state->finish();
+    // A file changed since it was read is read again: the document is the file as it is now.
+    const QFileInfo info(path);
+    if (info.size() != state->size || info.lastModified() != state->modified) {
+        state->drop();
+        return {};
+    }
+    Prefetched taken { std::exchange(state->doc, nullptr), state->objectsInPlace };
+    state->taken = taken.doc != nullptr;
+    return taken;
+}

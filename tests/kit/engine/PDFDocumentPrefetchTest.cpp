@@ -1,0 +1,146 @@
+// A document read ahead opens as the same document as one read at once, and a file changed or
+// locked in between is still opened the way it is.
+
+#include <support/PdfFixtures.h>
+#include <support/TestTools.h>
+
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
+#include <kit/engine/PDFPage.h>
+
+#include <QDateTime>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+struct Opened
+{
+    int pages = -1;
+    bool repaired = false;
+    QString first;
+    QString last;
+};
+
+Opened open(const QString &path)
+{
+    auto document = std::make_shared<PDFDocument>();
+    if (!document->initWithURL(QUrl::fromLocalFile(path)))
+        return {};
+    const int count = document->pageCount();
+    return { count, document->wasRepaired(), document->pageAtIndex(0)->string(),
+        document->pageAtIndex(count - 1)->string() };
+}
+
+bool writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+class PDFDocumentPrefetchTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void opensTheSameDocument_data();
+    void opensTheSameDocument();
+    void changedFileIsReadAgain();
+    void lockedFileStaysLocked();
+    void otherFileIsNotTaken();
+};
+
+void PDFDocumentPrefetchTest::opensTheSameDocument_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    const QByteArray standard = PdfFixtures::build(PdfFixtures::standard());
+    QTest::newRow("six pages") << standard;
+    // Long enough for the page tree to be walked as pages are asked for.
+    QTest::newRow("long") << PdfFixtures::build(PdfFixtures::textPages(700, 3));
+    QTest::newRow("damaged") << PdfFixtures::withoutXref(standard);
+}
+
+void PDFDocumentPrefetchTest::opensTheSameDocument()
+{
+    QFETCH(QByteArray, bytes);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("read.pdf"));
+    QVERIFY(writeBytes(path, bytes));
+    const Opened direct = open(path);
+    QVERIFY(direct.pages > 0);
+
+    const PDFDocumentPrefetch prefetch(path);
+    const Opened ahead = open(path);
+    QVERIFY(prefetch.taken());
+    QCOMPARE(ahead.pages, direct.pages);
+    QCOMPARE(ahead.repaired, direct.repaired);
+    QCOMPARE(ahead.first, direct.first);
+    QCOMPARE(ahead.last, direct.last);
+}
+
+void PDFDocumentPrefetchTest::changedFileIsReadAgain()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("changed.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::standard(), path));
+    const PDFDocumentPrefetch prefetch(path);
+    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3), path));
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(
+            QDateTime::currentDateTime().addSecs(10), QFileDevice::FileModificationTime));
+    }
+    const Opened opened = open(path);
+    QVERIFY(!prefetch.taken());
+    QCOMPARE(opened.pages, 3);
+    QVERIFY(opened.first.contains(QStringLiteral("Page 1 line")));
+}
+
+void PDFDocumentPrefetchTest::lockedFileStaysLocked()
+{
+    const QString qpdf = TestTools::findTool(QStringLiteral("qpdf"));
+    if (qpdf.isEmpty())
+        QSKIP("qpdf is not installed");
+    QTemporaryDir dir;
+    const QString plain = dir.filePath(QStringLiteral("plain.pdf"));
+    const QString locked = dir.filePath(QStringLiteral("locked.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::standard(), plain));
+    QString error;
+    QVERIFY2(PdfFixtures::encryptWithQpdf(qpdf, plain, locked, QStringLiteral("user"),
+                 QStringLiteral("owner"), true, true, &error),
+        qPrintable(error));
+
+    const PDFDocumentPrefetch prefetch(locked);
+    auto document = std::make_shared<PDFDocument>();
+    QVERIFY(document->initWithURL(QUrl::fromLocalFile(locked)));
+    QVERIFY(prefetch.taken());
+    QVERIFY(document->isLocked());
+    QVERIFY(!document->unlockWithPassword(QStringLiteral("wrong")));
+    QVERIFY(document->unlockWithPassword(QStringLiteral("user")));
+    QCOMPARE(document->pageCount(), 6);
+    QVERIFY(document->pageAtIndex(0)->string().contains(QStringLiteral("quick brown fox")));
+}
+
+void PDFDocumentPrefetchTest::otherFileIsNotTaken()
+{
+    QTemporaryDir dir;
+    const QString first = dir.filePath(QStringLiteral("first.pdf"));
+    const QString second = dir.filePath(QStringLiteral("second.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::standard(), first));
+    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(2), second));
+    const PDFDocumentPrefetch prefetch(first);
+    // One read ahead at a time: a second one reads nothing and its file opens as usual.
+    const PDFDocumentPrefetch another(second);
+    QCOMPARE(open(second).pages, 2);
+    QVERIFY(!prefetch.taken());
+    QVERIFY(!another.taken());
+    QCOMPARE(open(first).pages, 6);
+    QVERIFY(prefetch.taken());
+}
+
+QTEST_GUILESS_MAIN(PDFDocumentPrefetchTest)
+#include "PDFDocumentPrefetchTest.moc"
