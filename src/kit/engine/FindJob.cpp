@@ -157,8 +157,8 @@ std::vector<PDFTextRange> FindJob::matches(
 
 fz_stext_page *FindJob::extractPage(size_t slot)
 {
-    // A page gives way to the main thread a few times at most; then it is read through.
-    constexpr int MaxGiveWays = 4;
+    // A page gives way to the main thread sixteen times at most; then it is read through.
+    constexpr int MaxGiveWays = 16;
     for (int attempt = 0;; ++attempt) {
         m_handle->mutex().waitForMainThread();
         bool gaveWay = false;

@@ -31,6 +31,11 @@ bool DocumentMutex::offerToGiveWay(int *abort)
     const bool asked = m_asked;
     m_abort = abort;
     m_asked = false;
+    // A worker that won the lock while the main thread waited for it stops at once too.
+    if (abort && m_mainWaiting.load() > 0) {
+        std::atomic_ref<int>(*abort).store(1);
+        m_asked = true;
+    }
     return asked;
 }
 
