@@ -73,9 +73,16 @@ namespace {
 // Page contents, then the shown annotations and form fields (unfiltered: all of them; an empty
 // filter shows none). Plain MuPDF calls: runs inside a guarded block.
 void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, bool filtered,
-    const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit)
+    const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit,
+    std::atomic<qint64> *contentWithin)
 {
-    mu::checkContentLength(ctx, page, cookie, contentLimit);
+    // Content found within a limit is within any larger one.
+    const qint64 within = contentWithin ? contentWithin->load() : 0;
+    if (within <= 0 || within > contentLimit) {
+        mu::checkContentLength(ctx, page, cookie, contentLimit);
+        if (contentWithin && contentLimit > 0 && !std::atomic_ref<int>(cookie->abort).load())
+            contentWithin->store(contentLimit);
+    }
     pdf_run_page_contents(ctx, page, device, ctm, cookie);
     for (int pass = 0; pass < 2; ++pass) {
         for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
@@ -198,7 +205,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             list.p = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list.p);
             runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, scope.cookie(),
-                scope.contentLimit());
+                scope.contentLimit(), d->contentWithin.get());
             fz_close_device(ctx, device.p);
         });
         device.reset();
@@ -228,7 +235,7 @@ bool PDFPageRenderSource::render(
         return drawInto(target, scope.cookie(),
             [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
                 runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
-                    shown, shownCount, cookie, contentLimit);
+                    shown, shownCount, cookie, contentLimit, d->contentWithin.get());
             });
     });
 }
