@@ -22,6 +22,12 @@ extern "C" {
 #include <algorithm>
 #include <vector>
 
+#include <linux/perf_event.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr int PagesToRender = 20;
@@ -32,20 +38,96 @@ double msSince(const QElapsedTimer &timer)
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
+// Instructions the calling thread retires in user space: on a machine others load, the work of
+// the two sides compares where their wall times compare luck. -1 where the kernel refuses.
+class InstructionCounter
+{
+public:
+    InstructionCounter()
+    {
+        perf_event_attr attr {};
+        attr.type = PERF_TYPE_HARDWARE;
+        attr.size = sizeof attr;
+        attr.config = PERF_COUNT_HW_INSTRUCTIONS;
+        attr.exclude_kernel = 1;
+        attr.exclude_hv = 1;
+        m_fd = static_cast<int>(syscall(SYS_perf_event_open, &attr, 0, -1, -1, 0));
+    }
+    ~InstructionCounter()
+    {
+        if (m_fd >= 0)
+            close(m_fd);
+    }
+    InstructionCounter(const InstructionCounter &) = delete;
+    InstructionCounter &operator=(const InstructionCounter &) = delete;
+
+    double now() const
+    {
+        long long count = 0;
+        if (m_fd < 0 || read(m_fd, &count, sizeof count) != sizeof count)
+            return -1;
+        return static_cast<double>(count);
+    }
+
+private:
+    int m_fd = -1;
+};
+
+double threadCpuMs()
+{
+    timespec t {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
+}
+
+// Wall time, processor time of the thread and instructions of one piece of work.
+struct Cost
+{
+    double ms = 0;
+    double cpuMs = 0;
+    double instructions = -1;
+};
+
+class CostTimer
+{
+public:
+    CostTimer()
+    {
+        m_timer.start();
+        m_cpuStart = threadCpuMs();
+        m_start = counter().now();
+    }
+    Cost elapsed() const
+    {
+        const double end = counter().now();
+        return { msSince(m_timer), threadCpuMs() - m_cpuStart,
+            m_start >= 0 && end >= 0 ? end - m_start : -1 };
+    }
+
+private:
+    static const InstructionCounter &counter()
+    {
+        thread_local const InstructionCounter instance;
+        return instance;
+    }
+    QElapsedTimer m_timer;
+    double m_cpuStart = 0;
+    double m_start = -1;
+};
+
 // One full page rendered once through the engine: the page's render source drawn straight into
 // an image, as thumbnails and printing do (the reading view records a display list instead and
 // reuses it for every tile). The first call on a page of a fresh document loads the page too.
-double enginePageMs(const PDFPage &page, double scale)
+Cost enginePageCost(const PDFPage &page, double scale)
 {
-    QElapsedTimer timer;
-    timer.start();
+    const CostTimer timer;
     const auto source = page.renderSource(PDFDisplayBox::CropBox);
     if (source) {
         QImage image(
             source->geometry().viewSize(scale).toSize(), QImage::Format_ARGB32_Premultiplied);
         source->render(image, source->geometry().pageToView(scale));
     }
-    return msSince(timer);
+    return timer.elapsed();
 }
 
 // Each page through the engine, cold (the page loaded inside the timer, as MuPDF does below) and
@@ -54,6 +136,18 @@ struct RenderTimes
 {
     std::vector<double> cold;
     std::vector<double> warm;
+    double coldCpu = 0; // processor time and instructions summed over the pages
+    double warmCpu = 0;
+    double coldInstructions = 0;
+    double warmInstructions = 0;
+
+    void add(bool warmPass, const Cost &cost)
+    {
+        (warmPass ? warm : cold).push_back(cost.ms);
+        (warmPass ? warmCpu : coldCpu) += cost.cpuMs;
+        double &sum = warmPass ? warmInstructions : coldInstructions;
+        sum = cost.instructions < 0 || sum < 0 ? -1 : sum + cost.instructions;
+    }
 };
 
 RenderTimes engineRenderMs(const QString &path, int pages, double scale)
@@ -64,8 +158,8 @@ RenderTimes engineRenderMs(const QString &path, int pages, double scale)
         return times;
     for (int i = 0; i < pages && i < doc->pageCount(); ++i) {
         const auto page = doc->pageAtIndex(i);
-        times.cold.push_back(enginePageMs(*page, scale));
-        times.warm.push_back(enginePageMs(*page, scale));
+        times.add(false, enginePageCost(*page, scale));
+        times.add(true, enginePageCost(*page, scale));
     }
     return times;
 }
@@ -125,10 +219,9 @@ RenderTimes rawRenderMs(const QString &path, int pages, double scale)
     for (int i = 0; doc && i < pages; ++i) {
         fz_page *page = nullptr;
         for (int pass = 0; pass < 2; ++pass) {
-            QElapsedTimer timer;
-            timer.start();
+            const CostTimer timer;
             rawDraw(ctx, doc, i, &page, scale);
-            (pass ? times.warm : times.cold).push_back(msSince(timer));
+            times.add(pass != 0, timer.elapsed());
         }
         fz_drop_page(ctx, page);
     }
@@ -185,6 +278,8 @@ int runEngineBench(const QStringList &arguments)
     // Kit and plain MuPDF in turns, each on a document of its own, so that both meet the same
     // load on the machine; medians over the rounds' medians.
     std::vector<double> kitCold, kitWarm, rawCold, rawWarm, twoX;
+    std::vector<double> coldWork, warmWork; // instructions kit / plain, per round
+    std::vector<double> coldCpu, warmCpu; // processor time kit / plain, per round
     for (int round = 0; round < RenderRounds; ++round) {
         const RenderTimes kit = engineRenderMs(path, pages, 1.0);
         const RenderTimes raw = rawRenderMs(path, pages, 1.0);
@@ -192,9 +287,17 @@ int runEngineBench(const QStringList &arguments)
         kitWarm.push_back(median(kit.warm));
         rawCold.push_back(median(raw.cold));
         rawWarm.push_back(median(raw.warm));
+        if (raw.coldCpu > 0 && raw.warmCpu > 0) {
+            coldCpu.push_back(kit.coldCpu / raw.coldCpu);
+            warmCpu.push_back(kit.warmCpu / raw.warmCpu);
+        }
+        if (raw.coldInstructions > 0 && kit.coldInstructions >= 0)
+            coldWork.push_back(kit.coldInstructions / raw.coldInstructions);
+        if (raw.warmInstructions > 0 && kit.warmInstructions >= 0)
+            warmWork.push_back(kit.warmInstructions / raw.warmInstructions);
     }
     for (int i = 0; i < pages; ++i)
-        twoX.push_back(enginePageMs(*doc->pageAtIndex(i), 2.0));
+        twoX.push_back(enginePageCost(*doc->pageAtIndex(i), 2.0).ms);
 
     const double search = searchMs(doc, searchWord(*doc));
 
@@ -215,6 +318,17 @@ int runEngineBench(const QStringList &arguments)
     benchPrint(QStringLiteral("render_page_warm_ms_1x"), warm);
     benchPrint(QStringLiteral("render_page_raw_mupdf_warm_ms_1x"), plainWarm);
     benchPrint(QStringLiteral("render_page_warm_ratio_1x"), plainWarm > 0 ? warm / plainWarm : 0);
+    // The same comparison by processor time of the rendering thread, which waits for the
+    // processor do not inflate.
+    benchPrint(QStringLiteral("render_page_cpu_ratio_1x"), coldCpu.empty() ? -1 : median(coldCpu));
+    benchPrint(
+        QStringLiteral("render_page_warm_cpu_ratio_1x"), warmCpu.empty() ? -1 : median(warmCpu));
+    // And by instructions, which the machine's load does not change; -1 where
+    // the kernel does not count them.
+    benchPrint(QStringLiteral("render_page_instructions_ratio_1x"),
+        coldWork.empty() ? -1 : median(coldWork));
+    benchPrint(QStringLiteral("render_page_warm_instructions_ratio_1x"),
+        warmWork.empty() ? -1 : median(warmWork));
     benchPrint(QStringLiteral("render_page_ms_2x"), median(twoX));
     benchPrint(QStringLiteral("search_ms"), search);
     benchPrint(QStringLiteral("serialise_ms"), serialise);

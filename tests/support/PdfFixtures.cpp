@@ -171,9 +171,15 @@ QByteArray build(const Document &document)
             content += "BT /F1 " + number(page.fontSize) + " Tf " + number(page.textStart.x()) + " "
                 + number(page.textStart.y()) + " Td\n";
             for (int l = 0; l < page.lines.size(); ++l) {
-                if (l > 0)
+                if (l > 0 && page.textObjectPerLine)
+                    content += "BT /F1 " + number(page.fontSize) + " Tf "
+                        + number(page.textStart.x()) + " "
+                        + number(page.textStart.y() - l * page.leading) + " Td\n";
+                else if (l > 0)
                     content += "0 " + number(-page.leading) + " Td\n";
                 content += textString(page.lines[l]) + " Tj\n";
+                if (page.textObjectPerLine && l + 1 < page.lines.size())
+                    content += "ET\n";
             }
             content += "ET\n";
         }

@@ -56,6 +56,7 @@ struct Page
     QPointF textStart { 72, 720 };
     double fontSize = 12;
     double leading = 16;
+    bool textObjectPerLine = false; // each line a text object of its own, as long pages have
     Image image;
     QRectF imageRect; // where the image is drawn
     QList<Link> links;

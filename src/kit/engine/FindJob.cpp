@@ -157,9 +157,23 @@ std::vector<PDFTextRange> FindJob::matches(
 
 fz_stext_page *FindJob::extractPage(size_t slot)
 {
+    // A page gives way to the main thread sixteen times at most; then it is read through.
+    constexpr int MaxGiveWays = 16;
+    for (int attempt = 0;; ++attempt) {
+        m_handle->mutex().waitForMainThread();
+        bool gaveWay = false;
+        fz_stext_page *const stext = extractPageOnce(slot, attempt < MaxGiveWays, &gaveWay);
+        if (!gaveWay)
+            return stext;
+    }
+}
+
+fz_stext_page *FindJob::extractPageOnce(size_t slot, bool mayGiveWay, bool *gaveWay)
+{
     fz_context *ctx = mu::context();
     pdf_document *const doc = m_handle->doc();
-    const mu::Lock lock(m_handle->mutex());
+    mu::DocumentMutex &mutex = m_handle->mutex();
+    const mu::Lock lock(mutex);
     pdf_obj *const wanted = m_pages[slot];
     const int hint = m_indexes[slot];
     mu::CookieScope scope(&m_cancellation);
@@ -174,10 +188,16 @@ fz_stext_page *FindJob::extractPage(size_t slot)
     });
     if (error.failed)
         return nullptr;
+    if (mayGiveWay)
+        mutex.offerToGiveWay(&scope.cookie()->abort);
     fz_stext_page *const stext
         = TextLayout::readContents(ctx, doc, wanted, scope.cookie(), error, scope.contentLimit());
-    if (stext && scope.aborted()) {
-        mu::runQuietly(ctx, [&] { fz_drop_stext_page(ctx, stext); });
+    const bool asked = mayGiveWay && mutex.offerToGiveWay(nullptr);
+    if (scope.aborted()) {
+        if (stext)
+            mu::runQuietly(ctx, [&] { fz_drop_stext_page(ctx, stext); });
+        // Stopped for the main thread, not by a cancel or a limit: read the page again.
+        *gaveWay = asked && !m_cancelled;
         return nullptr;
     }
     return stext;

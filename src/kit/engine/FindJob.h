@@ -44,7 +44,9 @@ public:
 private:
     // The page's structured text, read under the lock straight from its content streams (no
     // page is loaded, no annotation run); null when the page is gone or unreadable.
+    // The main thread waiting for the lock stops a read, which starts over once it is through.
     fz_stext_page *extractPage(size_t slot);
+    fz_stext_page *extractPageOnce(size_t slot, bool mayGiveWay, bool *gaveWay);
 
     std::shared_ptr<mu::DocumentHandle> m_handle;
     std::vector<pdf_obj *> m_pages;

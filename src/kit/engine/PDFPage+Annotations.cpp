@@ -381,7 +381,7 @@ void scheduleWrite(const PDFPage &page)
         later.writeScheduled = false;
         if (!later.writesPending || !later.handle)
             return;
-        std::unique_lock<std::mutex> lock(later.handle->mutex(), std::try_to_lock);
+        std::unique_lock<mu::DocumentMutex> lock(later.handle->mutex(), std::try_to_lock);
         if (!lock.owns_lock()) {
             scheduleWrite(*alive);
             return;
@@ -443,10 +443,10 @@ void PDFPage::addAnnotation(const std::shared_ptr<PDFAnnotation> &annotation)
     if (d->handle) {
         const int index = PDFPageInternals::treeIndex(*this);
         const auto other = ad.handle && ad.handle != d->handle ? ad.handle : nullptr;
-        std::unique_lock<std::mutex> lock(d->handle->mutex(), std::defer_lock);
-        std::unique_lock<std::mutex> otherLock;
+        std::unique_lock<mu::DocumentMutex> lock(d->handle->mutex(), std::defer_lock);
+        std::unique_lock<mu::DocumentMutex> otherLock;
         if (other) {
-            otherLock = std::unique_lock<std::mutex>(other->mutex(), std::defer_lock);
+            otherLock = std::unique_lock<mu::DocumentMutex>(other->mutex(), std::defer_lock);
             std::lock(lock, otherLock);
         } else {
             lock.lock();

@@ -107,6 +107,7 @@ void PDFPagePrivate::bind(
     text.reset();
     ++revision;
     ++contentRevision;
+    contentWithin = std::make_shared<std::atomic<qint64>>(0);
 }
 
 void PDFPagePrivate::didLoadAnnotations(PDFPage &page)
@@ -537,6 +538,7 @@ std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
     data->displayBox = box;
     data->geometry = PageGeometry(boundsForBox(box), rotation());
     data->revision = d->revision;
+    data->contentWithin = d->contentWithin;
     const int index = PDFPageInternals::treeIndex(*this);
     {
         const mu::Lock lock(d->handle->mutex());
@@ -562,5 +564,6 @@ void PDFPage::noteContentChanged()
 {
     ++d->revision;
     ++d->contentRevision;
+    d->contentWithin = std::make_shared<std::atomic<qint64>>(0);
     d->boxesValid = false;
 }

@@ -12,6 +12,7 @@
 
 #include <QRectF>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -52,6 +53,10 @@ struct PDFPagePrivate
     // Rises only with the page's own content (binding, boxes, rotation), not its annotations:
     // the text layout is kept across annotation edits.
     quint64 contentRevision = 1;
+    // The content limit the page's content streams were last found within (0: not checked),
+    // shared with the render sources of this content revision: a page is decoded once to be
+    // measured, not before every drawing.
+    std::shared_ptr<std::atomic<qint64>> contentWithin = std::make_shared<std::atomic<qint64>>(0);
     bool boxesValid = false;
     QRectF mediaBox;
     QRectF cropBox;

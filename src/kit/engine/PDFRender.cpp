@@ -73,9 +73,16 @@ namespace {
 // Page contents, then the shown annotations and form fields (unfiltered: all of them; an empty
 // filter shows none). Plain MuPDF calls: runs inside a guarded block.
 void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, bool filtered,
-    const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit)
+    const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit,
+    std::atomic<qint64> *contentWithin)
 {
-    mu::checkContentLength(ctx, page, cookie, contentLimit);
+    // Content found within a limit is within any larger one.
+    const qint64 within = contentWithin ? contentWithin->load() : 0;
+    if (within <= 0 || within > contentLimit) {
+        mu::checkContentLength(ctx, page, cookie, contentLimit);
+        if (contentWithin && contentLimit > 0 && !std::atomic_ref<int>(cookie->abort).load())
+            contentWithin->store(contentLimit);
+    }
     pdf_run_page_contents(ctx, page, device, ctm, cookie);
     for (int pass = 0; pass < 2; ++pass) {
         for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
@@ -116,6 +123,35 @@ template <class Draw> bool drawInto(QImage &target, fz_cookie *cookie, Draw &&dr
     return !error.failed;
 }
 
+// Runs work(scope) under the document's lock, as the main thread's lock waits allow: a main
+// thread asking for the lock stops the work through its cookie, and the work starts over once
+// the main thread is through (sixteen times at most, then it runs through). True when the work
+// succeeded and was neither cancelled nor stopped by a limit.
+template <class Work>
+bool giveWayToMainThread(mu::DocumentHandle &handle, PDFCancellation *cancel, Work &&work)
+{
+    constexpr int MaxGiveWays = 16;
+    mu::DocumentMutex &mutex = handle.mutex();
+    for (int attempt = 0;; ++attempt) {
+        mutex.waitForMainThread();
+        const bool mayGiveWay = attempt < MaxGiveWays && !mu::isMainThread();
+        mu::CookieScope scope(cancel);
+        bool done = false;
+        bool asked = false;
+        {
+            const mu::Lock lock(mutex);
+            if (mayGiveWay)
+                mutex.offerToGiveWay(&scope.cookie()->abort);
+            done = work(scope);
+            asked = mayGiveWay && mutex.offerToGiveWay(nullptr);
+        }
+        if (!scope.aborted())
+            return done;
+        if (!asked || (cancel && cancel->isCancelled()))
+            return false;
+    }
+}
+
 } // namespace
 
 PDFPageRenderSourcePrivate::~PDFPageRenderSourcePrivate()
@@ -153,36 +189,34 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
 {
     if (!d->page || (cancel && cancel->isCancelled()))
         return nullptr;
-    auto data = std::make_unique<PDFDisplayListPrivate>();
-    data->geometry = d->geometry;
-    data->revision = d->revision;
-    mu::CookieScope cookieScope(cancel);
-    fz_cookie *const cookie = cookieScope.cookie();
-    const qint64 contentLimit = cookieScope.contentLimit();
     const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
-    mu::Error error;
-    {
-        const mu::Lock lock(d->handle->mutex());
+    mu::DisplayList list;
+    const bool recorded = giveWayToMainThread(*d->handle, cancel, [&](mu::CookieScope &scope) {
         fz_context *ctx = mu::context();
         mu::Device device;
-        fz_display_list *list = nullptr;
+        mu::Error error;
+        list.reset();
         mu::run(ctx, error, [&] {
             const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
             const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
-            list = fz_new_display_list(ctx, bounds);
-            device.p = fz_new_list_device(ctx, list);
-            runShown(
-                ctx, page, device.p, toPage, filtered, shown, shownCount, cookie, contentLimit);
+            list.p = fz_new_display_list(ctx, bounds);
+            device.p = fz_new_list_device(ctx, list.p);
+            runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, scope.cookie(),
+                scope.contentLimit(), d->contentWithin.get());
             fz_close_device(ctx, device.p);
         });
-        data->list.p = list;
         device.reset();
-    }
-    if (error.failed || cookieScope.aborted())
+        return !error.failed;
+    });
+    if (!recorded)
         return nullptr;
+    auto data = std::make_unique<PDFDisplayListPrivate>();
+    data->geometry = d->geometry;
+    data->revision = d->revision;
+    data->list = std::move(list);
     return std::make_shared<PDFDisplayList>(std::move(data));
 }
 
@@ -191,20 +225,19 @@ bool PDFPageRenderSource::render(
 {
     if (!d->page || (cancel && cancel->isCancelled()))
         return false;
-    mu::CookieScope cookieScope(cancel);
-    const qint64 contentLimit = cookieScope.contentLimit();
     const bool filtered = d->annotations.has_value();
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
     const fz_matrix ctm = mu::toFz(pageToDevice);
-    const mu::Lock lock(d->handle->mutex());
-    const bool drawn = drawInto(target, cookieScope.cookie(),
-        [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
-            runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
-                shown, shownCount, cookie, contentLimit);
-        });
-    return drawn && !cookieScope.aborted();
+    return giveWayToMainThread(*d->handle, cancel, [&](mu::CookieScope &scope) {
+        const qint64 contentLimit = scope.contentLimit();
+        return drawInto(target, scope.cookie(),
+            [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
+                runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
+                    shown, shownCount, cookie, contentLimit, d->contentWithin.get());
+            });
+    });
 }
 
 PDFDisplayList::PDFDisplayList(std::unique_ptr<PDFDisplayListPrivate> data)

@@ -7,6 +7,8 @@
 #include "mupdf/DocumentHandle.h"
 #include "mupdf/WorkBudget.h"
 
+#include <atomic>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -21,6 +23,7 @@ struct PDFPageRenderSourcePrivate
     quint64 revision = 0;
     // Object numbers of the annotations to run; nullopt runs every annotation of the page.
     std::optional<std::vector<int>> annotations;
+    std::shared_ptr<std::atomic<qint64>> contentWithin; // the page's, for its content revision
 };
 
 struct PDFDisplayListPrivate

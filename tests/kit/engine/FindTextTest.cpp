@@ -5,13 +5,17 @@
 #include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
 #include <kit/engine/PDFSelection.h>
+#include <support/PdfFixtures.h>
 
 #include <QFontDatabase>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -123,6 +127,66 @@ private slots:
         if (normalized != hits)
             qWarning() << "page text:" << document->pageAtIndex(0)->string();
         QCOMPARE(normalized, hits);
+    }
+
+    // A page whose text takes long to read holds the document's lock only until the main thread
+    // wants it: the read starts over afterwards, and every hit still arrives, in page order.
+    void mainThreadDoesNotWaitOutAPageRead()
+    {
+        constexpr int Pages = 3;
+        constexpr int Lines = 6000;
+        PdfFixtures::Document description;
+        for (int p = 0; p < Pages; ++p) {
+            PdfFixtures::Page page;
+            page.fontSize = 2;
+            page.leading = 0.1;
+            page.textObjectPerLine = true;
+            for (int l = 0; l < Lines; ++l)
+                page.lines.append(QStringLiteral("line %1 of page %2 with a needle").arg(l).arg(p));
+            description.pages.append(page);
+        }
+        const QString path = m_dir.filePath(QStringLiteral("heavy.pdf"));
+        QVERIFY(PdfFixtures::write(description, path));
+        const auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        // What one page's read costs on this machine now, under its present load.
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(document->pageAtIndex(Pages - 1)->string().count(QStringLiteral("needle")), Lines);
+        const double pageRead = double(timer.nsecsElapsed()) / 1e6;
+
+        std::vector<int> hitPages;
+        bool ended = false;
+        int observer = 0;
+        NotificationCenter &center = NotificationCenter::defaultCenter();
+        center.addObserver(&observer, PDFDocument::DidFindMatchNotification, document.get(),
+            [&](const Notification &notification) {
+                const auto selection = notification.userInfo.value(PDFDocument::FoundSelectionKey)
+                                           .value<std::shared_ptr<PDFSelection>>();
+                hitPages.push_back(document->indexForPage(selection->pages().front()));
+            });
+        center.addObserver(&observer, PDFDocument::DidEndFindNotification, document.get(),
+            [&](const Notification &) { ended = true; });
+        document->beginFindString(QStringLiteral("needle"), PDFDocument::CaseInsensitiveSearch);
+        double longestWait = 0;
+        // Twice in a page read, as a busy main thread might, while the find runs.
+        for (int ask = 0; ask < 2 * Pages && !ended; ++ask) {
+            QTest::qWait(std::max(3, int(pageRead / 2)));
+            // Drawing a page asks for the lock on the main thread.
+            timer.restart();
+            QVERIFY(document->pageAtIndex(ask % Pages)->renderSource(PDFDisplayBox::CropBox));
+            longestWait = std::max(longestWait, double(timer.nsecsElapsed()) / 1e6);
+        }
+        QVERIFY(QTest::qWaitFor([&] { return ended; }, 60000));
+        center.removeObserver(&observer);
+        QCOMPARE(int(hitPages.size()), Pages * Lines);
+        QVERIFY(std::is_sorted(hitPages.begin(), hitPages.end()));
+        QCOMPARE(hitPages.front(), 0);
+        QCOMPARE(hitPages.back(), Pages - 1);
+        QVERIFY2(longestWait < pageRead / 2,
+            qPrintable(QStringLiteral("waited %1 ms, a page read takes %2 ms")
+                           .arg(longestWait)
+                           .arg(pageRead)));
     }
 
 private:

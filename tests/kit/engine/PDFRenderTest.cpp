@@ -14,6 +14,8 @@
 #include <QPainter>
 #include <QtTest>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace {
@@ -154,6 +156,63 @@ private slots:
             QCOMPARE(images[i],
                 doc->pageAtIndex(static_cast<int>(i))
                     ->imageForBox(PDFDisplayBox::CropBox, QSize(306, 396)));
+        }
+    }
+
+    // A worker recording or drawing a heavy page gives the lock up when the main thread asks
+    // for it, and the page it hands back after starting over is whole.
+    void workersGiveWayToTheMainThread()
+    {
+        PdfFixtures::Page heavy;
+        heavy.fontSize = 2;
+        heavy.leading = 0.12;
+        heavy.textObjectPerLine = true;
+        for (int l = 0; l < 6000; ++l)
+            heavy.lines.append(QStringLiteral("line %1 of a long page").arg(l));
+        heavy.fills = { { QRectF(20, 30, 40, 40), 0, 0, 0 } };
+        PdfFixtures::Document spec;
+        spec.pages = { heavy, PdfFixtures::Page() };
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::build(spec)));
+        const auto source = doc->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        const QSize size = source->geometry().viewSize().toSize();
+        QElapsedTimer timer;
+        timer.start();
+        const QImage expected = source->buildDisplayList()->renderTile(QRect(QPoint(), size), 1);
+        const double recording = double(timer.nsecsElapsed()) / 1e6;
+        QVERIFY(!expected.isNull());
+
+        for (const bool straight : { false, true }) {
+            std::atomic<bool> done { false };
+            QImage image;
+            std::thread worker([&] {
+                if (straight) {
+                    image = QImage(size, QImage::Format_ARGB32_Premultiplied);
+                    if (!source->render(image, source->geometry().pageToView()))
+                        image = QImage();
+                } else if (const auto list = source->buildDisplayList()) {
+                    image = list->renderTile(QRect(QPoint(), size), 1);
+                }
+                done = true;
+            });
+            double longestWait = 0;
+            // Three times in a recording, as a busy main thread might; then the worker is left
+            // to finish.
+            for (int ask = 0; ask < 3 && !done; ++ask) {
+                std::this_thread::sleep_for(
+                    std::chrono::duration<double, std::milli>(recording / 3));
+                // Drawing another page takes the lock on the main thread.
+                timer.restart();
+                QVERIFY(doc->pageAtIndex(1)->renderSource(PDFDisplayBox::CropBox));
+                longestWait = std::max(longestWait, double(timer.nsecsElapsed()) / 1e6);
+            }
+            worker.join();
+            QVERIFY(!image.isNull());
+            QCOMPARE(image, expected);
+            QVERIFY2(longestWait < recording / 2,
+                qPrintable(QStringLiteral("waited %1 ms, recording the page takes %2 ms")
+                               .arg(longestWait)
+                               .arg(recording)));
         }
     }
 

@@ -1,6 +1,50 @@
 #include "DocumentHandle.h"
 
+#include <chrono>
+#include <thread>
+
 namespace mu {
+
+void DocumentMutex::lock()
+{
+    if (m_mutex.try_lock())
+        return;
+    if (!isMainThread()) {
+        m_mutex.lock();
+        return;
+    }
+    ++m_mainWaiting;
+    {
+        const std::lock_guard offer(m_offerMutex);
+        if (m_abort) {
+            std::atomic_ref<int>(*m_abort).store(1);
+            m_asked = true;
+        }
+    }
+    m_mutex.lock();
+    --m_mainWaiting;
+}
+
+bool DocumentMutex::offerToGiveWay(int *abort)
+{
+    const std::lock_guard offer(m_offerMutex);
+    const bool asked = m_asked;
+    m_abort = abort;
+    m_asked = false;
+    // A worker that won the lock while the main thread waited for it stops at once too.
+    if (abort && m_mainWaiting.load() > 0) {
+        std::atomic_ref<int>(*abort).store(1);
+        m_asked = true;
+    }
+    return asked;
+}
+
+void DocumentMutex::waitForMainThread() const
+{
+    // A plain mutex is not fair: unlocking and locking again at once would often win it back.
+    while (m_mainWaiting.load() > 0)
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+}
 
 DocumentHandle::DocumentHandle(pdf_document *doc)
     : m_doc(doc)

@@ -7,10 +7,35 @@
 
 #include <QtGlobal>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
 namespace mu {
+
+// The lock around one document. A worker whose piece of work under it can start over (the text
+// of a page for the find) offers to give way while it holds the lock; the main thread, finding
+// the lock taken, asks such a holder to stop at once instead of waiting out the whole piece.
+class DocumentMutex
+{
+public:
+    void lock();
+    bool try_lock() { return m_mutex.try_lock(); }
+    void unlock() { m_mutex.unlock(); }
+
+    // Called by the holder: while abort is set, a waiting main thread stores 1 into it. Clearing
+    // it (null) tells whether the main thread asked.
+    bool offerToGiveWay(int *abort);
+    // The holder, having stopped and unlocked, waits until the main thread that asked is through.
+    void waitForMainThread() const;
+
+private:
+    std::mutex m_mutex;
+    std::mutex m_offerMutex;
+    int *m_abort = nullptr; // guarded by m_offerMutex
+    bool m_asked = false; // guarded by m_offerMutex
+    std::atomic<int> m_mainWaiting { 0 };
+};
 
 class DocumentHandle
 {
@@ -22,7 +47,7 @@ public:
     DocumentHandle &operator=(const DocumentHandle &) = delete;
 
     pdf_document *doc() const { return m_doc; }
-    std::mutex &mutex() const { return m_mutex; }
+    DocumentMutex &mutex() const { return m_mutex; }
 
     // How often the objects were readied for a write; the write made ahead of time checks it.
     // Read and written under mutex().
@@ -33,9 +58,9 @@ public:
 
 private:
     pdf_document *m_doc;
-    mutable std::mutex m_mutex;
+    mutable DocumentMutex m_mutex;
 };
 
-using Lock = std::lock_guard<std::mutex>;
+using Lock = std::lock_guard<DocumentMutex>;
 
 } // namespace mu

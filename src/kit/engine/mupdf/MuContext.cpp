@@ -101,6 +101,11 @@ thread_local ThreadContext t_context;
 
 } // namespace
 
+bool isMainThread()
+{
+    return std::this_thread::get_id() == g_mainThread;
+}
+
 fz_context *context()
 {
     if (std::this_thread::get_id() == g_mainThread)

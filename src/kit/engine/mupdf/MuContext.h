@@ -12,5 +12,7 @@ namespace mu {
 
 // The context every MuPDF call of this thread must use.
 fz_context *context();
+// Whether the calling thread is the one that loaded the library, the application's main thread.
+bool isMainThread();
 
 } // namespace mu
