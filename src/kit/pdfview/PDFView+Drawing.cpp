@@ -299,6 +299,7 @@ void PDFView::updateRenderRequests()
     for (auto &entry : ranked)
         requests.push_back(std::move(entry.second));
     m_scheduler->setRequests(std::move(requests));
+    m_scheduler->keepListsOf({ nearby.begin(), nearby.end() });
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
     m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
         return !item.second.failed
