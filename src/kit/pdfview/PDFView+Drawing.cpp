@@ -306,8 +306,11 @@ void PDFView::updateRenderRequests()
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
     // What the engine kept of the pages passed is given back once the reader has moved on by
-    // a good stretch, so that memory stays near what the pages in view need.
-    if (m_pagesLeftBehind >= ReleaseAfterPages && !m_releaseTimer.isActive())
+    // a good stretch, or sooner past pages rich in fonts, so that memory stays near what the
+    // pages in view need.
+    const bool grown
+        = m_pagesLeftBehind > 0 && PDFDocument::cachedContentGrowth() > ReleaseAfterBytes;
+    if ((m_pagesLeftBehind >= ReleaseAfterPages || grown) && !m_releaseTimer.isActive())
         m_releaseTimer.start();
     noteRenderProgress();
 }

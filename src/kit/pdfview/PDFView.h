@@ -333,6 +333,7 @@ private:
     // Pages whose sources were let go since the engine last gave back their memory.
     int m_pagesLeftBehind = 0;
     static constexpr int ReleaseAfterPages = 16;
+    static constexpr qint64 ReleaseAfterBytes = 16 << 20;
     QTimer m_releaseTimer;
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;
