@@ -1,7 +1,8 @@
 // folidoc-bench view FILE.pdf: the reading view's first sharp paint (median of cold processes,
 // against the command-line tool drawing page 1 in the same rounds), main-thread stalls while a
 // scripted scroll runs through the first 200 pages at scale 2, and memory before and after
-// scrolling the whole document. folidoc-bench view-first-paint FILE.pdf: one cold first paint.
+// scrolling the whole document. folidoc-bench view-memory FILE.pdf: the same pages read, memory
+// alone. folidoc-bench view-first-paint FILE.pdf: one cold first paint.
 // folidoc-bench view-fixtures DIR writes the two test documents.
 
 #include "BenchCommand.h"
@@ -207,15 +208,18 @@ FirstPaintRounds firstPaintRounds(const QString &path, int rounds)
     return { median(ours), median(theirs) };
 }
 
-int runViewBench(const QStringList &arguments)
+// timed: the cold first paints and the stalls too; else memory alone, which the load of the
+// machine does not disturb.
+int viewBench(const QStringList &arguments, bool timed)
 {
     QTextStream err(stderr);
     if (arguments.size() != 1) {
-        err << "usage: folidoc-bench view FILE.pdf\n";
+        err << "usage: folidoc-bench " << (timed ? "view" : "view-memory") << " FILE.pdf\n";
         return 2;
     }
     const QString path = arguments.first();
-    const FirstPaintRounds rounds = firstPaintRounds(path, FirstPaintRoundCount);
+    const FirstPaintRounds rounds
+        = timed ? firstPaintRounds(path, FirstPaintRoundCount) : FirstPaintRounds {};
 
     auto document = std::make_shared<PDFDocument>();
     if (!document->initWithURL(QUrl::fromLocalFile(path))) {
@@ -233,6 +237,8 @@ int runViewBench(const QStringList &arguments)
     view.setScaleFactor(ScrollScale);
     view.goToPage(document->pageAtIndex(0));
     QScrollBar *bar = view.verticalScrollBar();
+    // FOLIDOC_BENCH_TRACE=1: the memory at every screen, on standard error.
+    const bool trace = qEnvironmentVariableIntValue("FOLIDOC_BENCH_TRACE") != 0;
     // Screen by screen, each shown sharp before moving on, until the view shows the given page.
     const auto readTo = [&](int last) {
         waitRendered(view, 30000);
@@ -242,10 +248,17 @@ int runViewBench(const QStringList &arguments)
                 break;
             bar->setValue(bar->value() + bar->pageStep());
             waitRendered(view, 30000);
+            if (trace) {
+                err << "page " << (current ? document->indexForPage(current) : -1) << " rss "
+                    << processMegabytes("VmRSS:") << " peak " << processMegabytes("VmHWM:")
+                    << " tiles " << double(view.tileCache().pixelCount()) * 4 / (1024 * 1024)
+                    << Qt::endl;
+            }
         }
     };
     readTo(std::min(20, document->pageCount() - 1));
     const double rss20 = processMegabytes("VmHWM:");
+    const double now20 = processMegabytes("VmRSS:");
     // Rendered tiles are part of both peaks: they show how much of them is the view's own cache.
     const double tiles20 = double(view.tileCache().pixelCount()) * 4 / (1024 * 1024);
 
@@ -269,16 +282,20 @@ int runViewBench(const QStringList &arguments)
         });
         tick.start();
         loop.exec();
-        benchPrint(QStringLiteral("first_paint_ms"), rounds.folidoc);
-        if (rounds.mutool > 0) {
-            benchPrint(QStringLiteral("mutool_draw_page1_ms"), rounds.mutool);
-            benchPrint(QStringLiteral("first_paint_ratio_mutool"), rounds.folidoc / rounds.mutool);
+        if (timed) {
+            benchPrint(QStringLiteral("first_paint_ms"), rounds.folidoc);
+            if (rounds.mutool > 0) {
+                benchPrint(QStringLiteral("mutool_draw_page1_ms"), rounds.mutool);
+                benchPrint(
+                    QStringLiteral("first_paint_ratio_mutool"), rounds.folidoc / rounds.mutool);
+            }
+            benchPrint(QStringLiteral("scroll_max_stall_ms"), stalls.max());
+            benchPrint(QStringLiteral("scroll_p99_stall_ms"), stalls.percentile(0.99));
+            benchPrint(QStringLiteral("scroll_frames"), frames);
         }
-        benchPrint(QStringLiteral("scroll_max_stall_ms"), stalls.max());
-        benchPrint(QStringLiteral("scroll_p99_stall_ms"), stalls.percentile(0.99));
-        benchPrint(QStringLiteral("scroll_frames"), frames);
     }
     benchPrint(QStringLiteral("peak_rss_mb_20"), rss20);
+    benchPrint(QStringLiteral("rss_mb_20"), now20);
     benchPrint(QStringLiteral("tile_cache_mb_20"), tiles20);
 
     // The rest of the document.
@@ -293,6 +310,16 @@ int runViewBench(const QStringList &arguments)
     benchPrint(QStringLiteral("tile_cache_mb_at_end"),
         double(view.tileCache().pixelCount()) * 4 / (1024 * 1024));
     return 0;
+}
+
+int runViewBench(const QStringList &arguments)
+{
+    return viewBench(arguments, true);
+}
+
+int runViewMemory(const QStringList &arguments)
+{
+    return viewBench(arguments, false);
 }
 
 // Raw PDF syntax with a correct cross-reference table.
@@ -433,6 +460,8 @@ int runFixtures(const QStringList &arguments)
 
 const BenchRegistration registration(
     QStringLiteral("view"), QStringLiteral("FILE.pdf"), runViewBench);
+const BenchRegistration memory(
+    QStringLiteral("view-memory"), QStringLiteral("FILE.pdf"), runViewMemory);
 const BenchRegistration firstPaint(
     QStringLiteral("view-first-paint"), QStringLiteral("FILE.pdf"), runFirstPaint);
 const BenchRegistration fixtures(

@@ -10,6 +10,7 @@
 #include "PageTreeWalk.h"
 #include "mupdf/MuOpen.h"
 #include "mupdf/Prefetched.h"
+#include "mupdf/WorkBudget.h"
 
 #include <kit/base/NotificationCenter.h>
 
@@ -521,6 +522,15 @@ void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
         root->m_document = weak_from_this();
 }
 
+namespace {
+std::atomic<qint64> g_heldAfterRelease { 0 };
+}
+
+qint64 PDFDocument::cachedContentGrowth()
+{
+    return mu::liveBytes() - g_heldAfterRelease.load();
+}
+
 bool PDFDocument::releaseCachedContent()
 {
     if (!d->handle || d->locked)
@@ -562,6 +572,7 @@ bool PDFDocument::releaseCachedContent()
                 // keeps what the pages in view hold through their display lists.
                 fz_empty_store(ctx);
             });
+            g_heldAfterRelease = mu::liveBytes();
         }
         // Freed pages of the heap go back to the system.
         malloc_trim(0);

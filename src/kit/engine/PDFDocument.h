@@ -107,6 +107,9 @@ public:
     // a worker is inside the document or a release still runs: it never waits. Main thread; the
     // view calls it as the reader moves on through a long document.
     bool releaseCachedContent();
+    // What the engine holds for all documents beyond what it held after the last release, in
+    // bytes: fonts count little in MuPDF's store, so pages rich in fonts grow it past its limit.
+    static qint64 cachedContentGrowth();
 
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,

@@ -266,6 +266,23 @@ void PDFRenderScheduler::invalidatePage(const void *page)
     }
 }
 
+void PDFRenderScheduler::keepListsOf(const std::vector<const void *> &pages)
+{
+    // Dropped outside the lock: the last reference frees the fonts and pictures.
+    std::vector<State::List> dropped;
+    {
+        const std::lock_guard lock(m_state->mutex);
+        for (auto it = m_state->lists.begin(); it != m_state->lists.end();) {
+            if (std::find(pages.begin(), pages.end(), it->page) == pages.end()) {
+                dropped.push_back(std::move(*it));
+                it = m_state->lists.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    }
+}
+
 void PDFRenderScheduler::cancelAll()
 {
     const std::lock_guard lock(m_state->mutex);

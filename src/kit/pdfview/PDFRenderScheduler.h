@@ -41,6 +41,9 @@ public:
     void setRequests(std::vector<PDFTileRequest> requests);
     // Forgets the page's display lists and cancels its work (its content changed).
     void invalidatePage(const void *page);
+    // Forgets the display lists of every other page: a list holds the fonts and pictures of
+    // its page, so only the pages around the view keep theirs.
+    void keepListsOf(const std::vector<const void *> &pages);
     void cancelAll();
     // No tile waits or renders.
     bool isIdle() const;

@@ -259,6 +259,7 @@ void PDFView::updateRenderRequests()
     const QPointF middle = visible.center();
     std::vector<std::pair<double, PDFTileRequest>> ranked;
     std::vector<const PDFPage *> nearby;
+    qint64 wantedPixels = 0;
     const QRectF aheadLayout(ahead.topLeft() / m_scale, ahead.size() / m_scale);
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
         const auto page = pageAt(index);
@@ -281,9 +282,10 @@ void PDFView::updateRenderRequests()
             for (int column = firstColumn; column <= lastColumn; ++column) {
                 const PDFTileKey key { page.get(), revision, PDFTileKey::scaleKey(scale), column,
                     row };
+                const QRect tile = key.pixelRect(pixels);
+                wantedPixels += qint64(tile.width()) * tile.height();
                 if (m_tiles.contains(key))
                     continue;
-                const QRect tile = key.pixelRect(pixels);
                 const QRectF inDocument(
                     pageRect.topLeft() + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr);
                 const bool shown = inDocument.intersects(visible);
@@ -293,20 +295,27 @@ void PDFView::updateRenderRequests()
             }
         }
     }
+    // Room for every tile wanted and as much again, so that the cache never drops a wanted
+    // tile for another, and the tiles of the previous scale stand in while a zoom renders.
+    m_tiles.setPixelBudget(std::max(m_screenTileBudget, 2 * wantedPixels));
     std::stable_sort(ranked.begin(), ranked.end(),
         [](const auto &a, const auto &b) { return a.first < b.first; });
     requests.reserve(ranked.size());
     for (auto &entry : ranked)
         requests.push_back(std::move(entry.second));
     m_scheduler->setRequests(std::move(requests));
+    m_scheduler->keepListsOf({ nearby.begin(), nearby.end() });
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
     m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
         return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
     // What the engine kept of the pages passed is given back once the reader has moved on by
-    // a good stretch, so that memory stays near what the pages in view need.
-    if (m_pagesLeftBehind >= ReleaseAfterPages && !m_releaseTimer.isActive())
+    // a good stretch, or sooner past pages rich in fonts, so that memory stays near what the
+    // pages in view need.
+    const bool grown
+        = m_pagesLeftBehind > 0 && PDFDocument::cachedContentGrowth() > ReleaseAfterBytes;
+    if ((m_pagesLeftBehind >= ReleaseAfterPages || grown) && !m_releaseTimer.isActive())
         m_releaseTimer.start();
     noteRenderProgress();
 }

@@ -307,10 +307,12 @@ void PDFView::updateScrollBars()
         0, std::max(0, int(std::ceil(document.height())) - view.height()));
     horizontalScrollBar()->setPageStep(view.width());
     verticalScrollBar()->setPageStep(view.height());
-    // Keep the cache able to hold a few screens of tiles at the current density.
+    // The cache holds a few screens of tiles at the current density; the tiles the view asks
+    // for may need more (see updateRenderRequests).
     const double dpr = devicePixelRatioF();
     const qint64 screen = qint64(view.width() * dpr) * qint64(view.height() * dpr);
-    m_tiles.setPixelBudget(std::max<qint64>(32LL * 1024 * 1024, 6 * screen));
+    m_screenTileBudget = std::max<qint64>(MinimumTileBudget, TileBudgetScreens * screen);
+    m_tiles.setPixelBudget(std::max(m_screenTileBudget, m_tiles.pixelBudget()));
 }
 
 QPoint PDFView::documentOrigin() const

@@ -333,6 +333,12 @@ private:
     // Pages whose sources were let go since the engine last gave back their memory.
     int m_pagesLeftBehind = 0;
     static constexpr int ReleaseAfterPages = 16;
+    static constexpr qint64 ReleaseAfterBytes = 16 << 20;
+    // Rendered tiles kept, in screens of pixels, and at least twice what the pages around the
+    // view need: more would only grow memory with the pages passed.
+    static constexpr qint64 TileBudgetScreens = 8;
+    static constexpr qint64 MinimumTileBudget = 4LL * 1024 * 1024;
+    qint64 m_screenTileBudget = MinimumTileBudget;
     QTimer m_releaseTimer;
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;

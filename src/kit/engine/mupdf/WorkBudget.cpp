@@ -22,6 +22,30 @@ thread_local qint64 t_base = 0; // t_live when the innermost scope began
 thread_local qint64 t_limit = 0; // 0: no limit
 thread_local bool t_exceeded = false;
 
+// Bytes MuPDF holds in all threads. Each thread adds its changes in steps of at least
+// PublishStep, so that allocating costs no shared write; what a thread has not added yet is added
+// when it ends.
+constexpr qint64 PublishStep = 64 << 10;
+std::atomic<qint64> g_live { 0 };
+
+struct Unpublished
+{
+    qint64 bytes = 0;
+    ~Unpublished() { g_live.fetch_add(bytes, std::memory_order_relaxed); }
+};
+thread_local Unpublished t_unpublished;
+
+void count(qint64 change)
+{
+    t_live += change;
+    qint64 &pending = t_unpublished.bytes;
+    pending += change;
+    if (pending >= PublishStep || pending <= -PublishStep) {
+        g_live.fetch_add(pending, std::memory_order_relaxed);
+        pending = 0;
+    }
+}
+
 bool refuses(qint64 growth)
 {
     if (t_limit <= 0 || t_live - t_base + growth <= t_limit)
@@ -38,7 +62,7 @@ void *budgetMalloc(void *, size_t size)
     if (!header)
         return nullptr;
     header->size = size;
-    t_live += static_cast<qint64>(size);
+    count(static_cast<qint64>(size));
     return header + 1;
 }
 
@@ -54,7 +78,7 @@ void *budgetRealloc(void *, void *old, size_t size)
     if (!moved)
         return nullptr;
     moved->size = size;
-    t_live += growth;
+    count(growth);
     return moved + 1;
 }
 
@@ -63,7 +87,7 @@ void budgetFree(void *, void *block)
     if (!block)
         return;
     Header *header = static_cast<Header *>(block) - 1;
-    t_live -= static_cast<qint64>(header->size);
+    count(-static_cast<qint64>(header->size));
     std::free(header);
 }
 
@@ -126,6 +150,11 @@ const fz_alloc_context *budgetAllocator()
 {
     static const fz_alloc_context allocator { nullptr, budgetMalloc, budgetRealloc, budgetFree };
     return &allocator;
+}
+
+qint64 liveBytes()
+{
+    return g_live.load(std::memory_order_relaxed);
 }
 
 BudgetScope::BudgetScope(int *abortWord, qint64 memoryLimit, int milliseconds)

@@ -14,6 +14,8 @@
 namespace mu {
 
 const fz_alloc_context *budgetAllocator();
+// The bytes MuPDF holds now, in all threads (each may lag by 64 KB).
+qint64 liveBytes();
 
 class BudgetScope
 {
