@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QThread>
 
 #include <fontconfig/fontconfig.h>
 
@@ -20,6 +21,9 @@ int main(int argc, char *argv[])
     for (const QString &problem : commandLine.problems())
         FDCommandLine::complain(problem);
 
+    // Qt takes the first thread that asks for its thread data as the main one: this one, before
+    // the threads below start.
+    QThread::currentThread();
     // The document shown first is read while the window is made, and the system's font
     // configuration, which the first window's texts need, is read while Qt starts.
     const PDFDocumentPrefetch prefetch(

@@ -164,7 +164,7 @@ TaskOutcome TaskExcutor::perform(const Task &task, const PDFDocument::DataWriter
     }
     AtomicFileWriter::removeLeftovers(outcome.path);
     QByteArray bytes;
-    QString error;
+    QString writeError;
     if (write) {
         PDFDocument::WrittenData written = write();
         if (written.isStale) {
@@ -172,17 +172,17 @@ TaskOutcome TaskExcutor::perform(const Task &task, const PDFDocument::DataWriter
             return outcome;
         }
         bytes = std::move(written.bytes);
-        error = written.error;
+        writeError = written.error;
     } else {
         bytes = document.dataRepresentation();
         if (bytes.isEmpty())
-            error = document.errorString();
+            writeError = document.errorString();
     }
     if (bytes.isEmpty())
         return failure(outcome,
             QCoreApplication::translate(
                 "TaskExcutor", "The document could not be made into bytes (%1).")
-                .arg(error));
+                .arg(writeError));
     outcome.bytes = bytes;
     if (const QString error = checkParses(bytes); !error.isEmpty())
         return failure(outcome, error);
