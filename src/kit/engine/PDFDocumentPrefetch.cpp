@@ -158,11 +158,11 @@ PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
         }
         // Told on the main thread, where a receiver gone meanwhile is seen to be gone.
         QCoreApplication *const application = QCoreApplication::instance();
-        for (const auto &[receiver, done] : waiting) {
+        for (const auto &waiter : waiting) {
             if (application) {
                 QMetaObject::invokeMethod(
                     application,
-                    [receiver, done] {
+                    [receiver = waiter.first, done = waiter.second] {
                         if (receiver)
                             done();
                     },
