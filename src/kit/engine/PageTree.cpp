@@ -225,6 +225,22 @@ bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
     return true;
 }
 
+// Walks the tree from the catalog's /Pages; false when there is no such dictionary.
+bool walkFromRoot(fz_context *ctx, pdf_document *doc, Walker &walker)
+{
+    pdf_obj *root = nullptr;
+    int rootNumber = 0;
+    mu::runQuietly(ctx, [&] {
+        root = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
+        rootNumber = pdf_is_dict(ctx, root) ? pdf_to_num(ctx, root) : 0;
+    });
+    if (rootNumber <= 0)
+        return false;
+    walker.markSeen(rootNumber);
+    walker.walk(root, 0);
+    return true;
+}
+
 struct HeldPage
 {
     int number = 0;
@@ -235,16 +251,7 @@ struct HeldPage
 std::vector<HeldPage> pagesBeforeRepair(fz_context *ctx, pdf_document *doc)
 {
     Walker walker(ctx);
-    pdf_obj *root = nullptr;
-    int rootNumber = 0;
-    mu::runQuietly(ctx, [&] {
-        root = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
-        rootNumber = pdf_is_dict(ctx, root) ? pdf_to_num(ctx, root) : 0;
-    });
-    if (rootNumber > 0) {
-        walker.markSeen(rootNumber);
-        walker.walk(root, 0);
-    }
+    walkFromRoot(ctx, doc, walker);
     std::vector<HeldPage> held;
     for (pdf_obj *page : walker.pages) {
         mu::runQuietly(ctx, [&] {
@@ -310,18 +317,8 @@ Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)
 {
     Result result;
     Walker walker(ctx);
-    pdf_obj *root = nullptr;
-    int rootNumber = 0;
-    mu::runQuietly(ctx, [&] {
-        root = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
-        rootNumber = pdf_is_dict(ctx, root) ? pdf_to_num(ctx, root) : 0;
-    });
-    if (rootNumber > 0) {
-        walker.markSeen(rootNumber);
-        walker.walk(root, 0);
-    } else {
+    if (!walkFromRoot(ctx, doc, walker))
         walker.sound = false;
-    }
     result.pages = std::move(walker.pages);
     if (result.pages.empty() && scan) {
         result.pages = scanObjects(ctx, doc);
