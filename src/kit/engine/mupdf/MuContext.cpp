@@ -2,8 +2,6 @@
 
 #include "WorkBudget.h"
 
-#include <malloc.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -73,18 +71,10 @@ const std::thread::id g_mainThread = std::this_thread::get_id();
 // quarter of MuPDF's default is enough and keeps memory flat through photo documents.
 constexpr size_t StoreBytes = 64 << 20;
 
-// Decoded pictures, font files and page buffers are megabytes each and short-lived. glibc raises
-// its threshold for mapping a block of its own to the size of the largest block freed, so after
-// the first picture they would all come from the heaps, where the holes they leave stay resident
-// (in every worker thread's heap). A fixed threshold keeps them in mappings of their own, which
-// go back to the system when freed.
-constexpr int MappedBlockBytes = 256 << 10;
-
 fz_context *baseContext()
 {
     // Never dropped: objects may still be released while the process ends.
     static fz_context *const base = [] {
-        mallopt(M_MMAP_THRESHOLD, MappedBlockBytes);
         static const fz_locks_context locks { nullptr, lockTable, unlockTable };
         fz_context *ctx = fz_new_context(budgetAllocator(), &locks, StoreBytes);
         if (!ctx) {
