@@ -131,6 +131,7 @@ FDPDFView::FDPDFView(QWidget *parent)
 
 FDPDFView::~FDPDFView()
 {
+    notePendingRecent();
     NotificationCenter::defaultCenter().removeObserver(this);
     NotificationCenter::qkCenter().removeObserver(this);
 }
@@ -225,7 +226,7 @@ void FDPDFView::runLoadStep()
             }
         }
         if (FDDefaults::disableHistory() != 1)
-            FDRecentDocuments::noteNewRecentDocumentURL(fileURL);
+            noteRecentAfterFirstPaint(fileURL);
         static const QRegularExpression decimal(QStringLiteral("^[0-9]+$"));
         const QString fragment = requested.fragment();
         if (decimal.match(fragment).hasMatch()) {
@@ -270,6 +271,21 @@ void FDPDFView::finishLoading(int askedPage)
     } else {
         m_isLoading = false;
     }
+}
+
+void FDPDFView::noteRecentAfterFirstPaint(const QUrl &url)
+{
+    notePendingRecent();
+    m_unnotedRecent = url;
+    connect(this, &PDFView::visibleAreaRendered, this, &FDPDFView::notePendingRecent,
+        Qt::SingleShotConnection);
+    MainQueue::asyncAfter(readAheadLongestWait, this, [this] { notePendingRecent(); });
+}
+
+void FDPDFView::notePendingRecent()
+{
+    if (!m_unnotedRecent.isEmpty())
+        FDRecentDocuments::noteNewRecentDocumentURL(std::exchange(m_unnotedRecent, QUrl()));
 }
 
 void FDPDFView::documentDidUnlock()

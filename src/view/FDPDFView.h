@@ -217,6 +217,11 @@ private:
     // The load's steps after the document is readable: the page asked for by the URL's
     // fragment (-1 for none), the scale rule and the saved reading position.
     void finishLoading(int askedPage);
+    // Adds the file to the recent documents once the view shows it sharp, or after a second,
+    // another load or the view's end at the latest: writing those lists reads the type
+    // database and syncs two files, which the first paint need not wait for.
+    void noteRecentAfterFirstPaint(const QUrl &url);
+    void notePendingRecent();
     void applyScaleMode();
     void fitWidth();
     void fitPage();
@@ -232,6 +237,7 @@ private:
     // The first showing of the window put the read on the next turn of the event loop.
     bool m_loadQueued = false;
     bool m_waitedForReadAhead = false; // a file read ahead is waited for once
+    QUrl m_unnotedRecent; // opened, not yet in the recent documents
     QUrl m_pendingURL;
     bool m_pendingNewDocument = false;
     int m_pageAskedWhileLocked = -1;

@@ -47,6 +47,7 @@ private slots:
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
     void aNewWindowIsOnScreenBeforeItsDocumentIsRead();
+    void recentDocumentsKeepTheOrderOfOpeningWhenAViewClosesBeforeItsFirstPaint();
     void placesHoldWhileLatePageSizesArrive_data();
     void placesHoldWhileLatePageSizesArrive();
     void fitWidthFollowsResizeUntilAManualZoom_data();
@@ -235,6 +236,22 @@ void FDPDFViewTest::aNewWindowIsOnScreenBeforeItsDocumentIsRead()
     QCOMPARE(view.document()->pageCount(), 3);
 }
 
+void FDPDFViewTest::recentDocumentsKeepTheOrderOfOpeningWhenAViewClosesBeforeItsFirstPaint()
+{
+    FDRecentDocuments::clearRecentDocuments();
+    const QUrl first = QUrl::fromLocalFile(writeFixture(QStringLiteral("recent-first.pdf")));
+    const QUrl second = QUrl::fromLocalFile(writeFixture(QStringLiteral("recent-second.pdf")));
+    // Read, then closed at once: no page was shown sharp.
+    openView(first).reset();
+    QCOMPARE(FDRecentDocuments::recentDocumentURLs(), QList<QUrl> { first });
+    auto view = openView(second);
+    QTRY_VERIFY(view->isVisibleAreaRendered());
+    QTRY_COMPARE(FDRecentDocuments::recentDocumentURLs(), (QList<QUrl> { second, first }));
+    // Nothing noted late reorders them.
+    QTest::qWait(int(FDPDFView::readAheadLongestWait * 1000) + 200);
+    QCOMPARE(FDRecentDocuments::recentDocumentURLs(), (QList<QUrl> { second, first }));
+}
+
 void FDPDFViewTest::placesHoldWhileLatePageSizesArrive_data()
 {
     QTest::addColumn<bool>("fragment");
@@ -274,7 +291,7 @@ void FDPDFViewTest::placesHoldWhileLatePageSizesArrive()
     QTRY_COMPARE(currentIndex(*view), expected);
     // The page named in the URL is no part of the file's address.
     QCOMPARE(view->fileURL(), QUrl::fromLocalFile(path));
-    QCOMPARE(FDRecentDocuments::recentDocumentURLs().value(0), QUrl::fromLocalFile(path));
+    QTRY_COMPARE(FDRecentDocuments::recentDocumentURLs().value(0), QUrl::fromLocalFile(path));
     const auto page = view->document()->pageAtIndex(expected);
     const QPointF point(72, 400);
     const QPointF shown = view->convertPointFromPage(point, page);
