@@ -198,7 +198,8 @@ bool PDFDocumentPrivate::repairIfDamagedLocked()
         const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
         bytes = mapped ? QByteArrayView(mapped, file.size()) : QByteArrayView();
     }
-    const bool repairedNow = PageTree::repairIfDamaged(ctx, doc, bytes);
+    const bool repairedNow
+        = PageTree::repairIfDamaged(ctx, doc, bytes, PageTree::CheckSharing::Shared);
     objectCount = 0;
     mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
     return repairedNow;

@@ -1,6 +1,8 @@
 #include "PageTree.h"
 
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <unordered_set>
 #include <vector>
 
@@ -8,6 +10,8 @@ namespace PageTree {
 namespace {
 
 constexpr int MaxDepth = 64;
+// Below this many objects the check takes under a millisecond: a thread would cost more.
+constexpr int SharedCheckFrom = 16384;
 
 class Walker
 {
@@ -182,7 +186,7 @@ struct PlacedObject
 // parsed, so a long sound file pays a few milliseconds instead of loading all its objects. The
 // entries are read in one pass of MuPDF calls, since a try block per object costs as much as
 // the check itself.
-bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file, CheckSharing share)
 {
     int count = 0;
     mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
@@ -203,26 +207,44 @@ bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file)
     });
     if (error.failed)
         return false;
-    const char *const data = file.data();
-    const qsizetype size = file.size();
-    for (int number = 1; number < count; ++number) {
-        const PlacedObject &entry = table[number];
-        if (entry.held || entry.type != 'n')
-            continue;
-        if (entry.offset <= 0 || entry.offset >= size)
-            return false;
-        qsizetype pos = qsizetype(entry.offset);
-        if (readNumber(data, size, pos) != number
-            || readNumber(data, size, pos) != entry.generation)
-            return false;
-        while (pos < size && isSpace(data[pos]))
-            ++pos;
-        // The keyword ends where MuPDF's lexer ends it: "obju" is another word, not "obj".
-        if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0
-            || (pos + 3 < size && !isSpace(data[pos + 3]) && !isDelimiter(data[pos + 3])))
-            return false;
+    // Objects numbered [first, last) start where the table says.
+    const auto placed = [table, file](int first, int last) {
+        const char *const data = file.data();
+        const qsizetype size = file.size();
+        for (int number = first; number < last; ++number) {
+            const PlacedObject &entry = table[number];
+            if (entry.held || entry.type != 'n')
+                continue;
+            if (entry.offset <= 0 || entry.offset >= size)
+                return false;
+            qsizetype pos = qsizetype(entry.offset);
+            if (readNumber(data, size, pos) != number
+                || readNumber(data, size, pos) != entry.generation)
+                return false;
+            while (pos < size && isSpace(data[pos]))
+                ++pos;
+            // The keyword ends where MuPDF's lexer ends it: "obju" is another word, not "obj".
+            if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0
+                || (pos + 3 < size && !isSpace(data[pos + 3]) && !isDelimiter(data[pos + 3])))
+                return false;
+        }
+        return true;
+    };
+    // Most of the time goes into mapping in the file's pages, one fault per few pages: a
+    // caller that waits for the answer has the second half read on another thread.
+    if (share != CheckSharing::Shared || count < SharedCheckFrom)
+        return placed(1, count);
+    const int middle = count / 2;
+    bool secondHalf = false;
+    std::thread helper;
+    try {
+        helper = std::thread([&] { secondHalf = placed(middle, count); });
+    } catch (const std::system_error &) {
+        return placed(1, count); // no thread to be had: the caller reads it all
     }
-    return true;
+    const bool firstHalf = placed(1, middle);
+    helper.join();
+    return firstHalf && secondHalf;
 }
 
 // Walks the tree from the catalog's /Pages; false when there is no such dictionary.
@@ -288,7 +310,7 @@ bool wasRepaired(fz_context *ctx, pdf_document *doc)
 
 } // namespace
 
-bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file)
+bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file, CheckSharing share)
 {
     if (wasRepaired(ctx, doc))
         return false;
@@ -296,7 +318,7 @@ bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file)
     // cross-reference says, and drops every change made before: were that the next save, it
     // would write the repaired file's pages, not those shown. A file whose objects are all in
     // place has nothing to repair; any other file meets every object now.
-    if (!file.isEmpty() && objectsInPlace(ctx, doc, file))
+    if (!file.isEmpty() && objectsInPlace(ctx, doc, file, share))
         return false;
     // The rescan can lose a sound page: a broken object before it is read on into its bytes.
     // Pages the tree reaches now, before the repair, are put back where the rescan lost them.

@@ -20,11 +20,16 @@ struct Result
     bool rebuilt = false; // and has been replaced by one holding the pages found
 };
 
+// Whether the check of a file's objects may take a second thread: for a caller waiting on it,
+// not for one reading ahead while other threads build the window.
+enum class CheckSharing { Alone, Shared };
+
 // Makes MuPDF meet now, before any page is listed, an object that is not where the
 // cross-reference says (file: the bytes MuPDF reads; empty when they cannot be had, and then
 // every object is loaded). Pages the tree reaches before the repair and its rescan loses are put
 // back under their numbers. Answers whether MuPDF repaired the file. The caller holds the lock.
-bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file);
+bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file,
+    CheckSharing share = CheckSharing::Alone);
 
 // Every page object under the tree, walked whole. The caller holds the document's lock. With scan
 // set, a tree without pages is replaced by the page objects found among all the file's objects (in

@@ -23,6 +23,7 @@
 
 #include <cmath>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -194,6 +195,54 @@ private slots:
         QCOMPARE(doc->pageCount(), pages);
         QCOMPARE(doc->wasRepaired(), repaired);
         QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick brown fox")));
+    }
+
+    // Files of many objects, their check shared between two threads: an object out of place in
+    // either half is found and repaired before any page is listed.
+    void objectsOutOfPlaceAreFoundInLongFiles_data()
+    {
+        QTest::addColumn<int>("misplaced"); // object number whose offset is off by one; 0: none
+        QTest::addColumn<bool>("repaired");
+        QTest::newRow("sound") << 0 << false;
+        QTest::newRow("early object") << 5000 << true;
+        QTest::newRow("late object") << 39000 << true;
+        QTest::newRow("last object") << 39999 << true;
+    }
+    void objectsOutOfPlaceAreFoundInLongFiles()
+    {
+        QFETCH(int, misplaced);
+        QFETCH(bool, repaired);
+        constexpr int Objects = 40000;
+        QByteArray bytes("%PDF-1.7\n");
+        std::vector<qsizetype> offsets(Objects, 0);
+        const auto add = [&](int number, const QByteArray &body) {
+            offsets[size_t(number)] = bytes.size();
+            bytes += QByteArray::number(number) + " 0 obj\n" + body + "\nendobj\n";
+        };
+        add(1, "<</Type/Catalog/Pages 2 0 R>>");
+        add(2, "<</Type/Pages/Kids[3 0 R]/Count 1>>");
+        add(3, "<</Type/Page/Parent 2 0 R/MediaBox[0 0 200 300]>>");
+        for (int number = 4; number < Objects; ++number)
+            add(number, "<</N " + QByteArray::number(number) + ">>");
+        const qsizetype xref = bytes.size();
+        bytes += "xref\n0 " + QByteArray::number(Objects) + "\n0000000000 65535 f \n";
+        for (int number = 1; number < Objects; ++number) {
+            const qsizetype offset = offsets[size_t(number)] + (number == misplaced ? 1 : 0);
+            bytes += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+        }
+        bytes += "trailer\n<</Size " + QByteArray::number(Objects) + "/Root 1 0 R>>\nstartxref\n"
+            + QByteArray::number(xref) + "\n%%EOF\n";
+        const QString path = dir.filePath(QStringLiteral("long-%1.pdf").arg(misplaced));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(path)));
+        QCOMPARE(doc->wasRepaired(), repaired);
+        QCOMPARE(doc->pageCount(), 1);
+        QCOMPARE(
+            doc->pageAtIndex(0)->boundsForBox(PDFDisplayBox::MediaBox).size(), QSizeF(200, 300));
     }
 
     // Bytes damaged anywhere: the document opens (repaired) or refuses with a message, and
