@@ -126,10 +126,12 @@ public:
             std::shared_ptr<PDFDisplayList> list;
             {
                 const std::lock_guard lock(s.mutex);
-                // The first request of this worker's kind whose list is not being built by
-                // another worker.
+                // The first request this worker may take whose list is not being built by
+                // another worker. The other workers take shown tiles too, first since they rank
+                // first: at a lower priority they leave the main thread its core, and a screen
+                // of two pages, or of a page's tiles, renders side by side.
                 auto chosen = std::find_if(s.pending.begin(), s.pending.end(), [&](const auto &r) {
-                    return r.shown == m_shownOnly
+                    return (r.shown || !m_shownOnly)
                         && !s.building.count({ r.key.page, r.key.revision });
                 });
                 if (chosen == s.pending.end()) {
@@ -313,7 +315,9 @@ void PDFRenderScheduler::pump()
             [](const PDFTileRequest &r) { return r.shown; }));
         startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);
         m_state->shownWorkers += startShown;
-        const int wanted = std::min<int>(m_state->maxWorkers, int(m_state->pending.size()) - shown);
+        // What the shown workers cannot take at once goes to the others.
+        const int wanted = std::min<int>(m_state->maxWorkers,
+            int(m_state->pending.size()) - std::min(shown, m_state->maxShownWorkers));
         start = std::max(0, wanted - m_state->workers);
         m_state->workers += start;
     }
