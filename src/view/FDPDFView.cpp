@@ -161,9 +161,15 @@ void FDPDFView::showEvent(QShowEvent *event)
     // A window showing for the first time goes on screen before the document is read, which
     // for a long one takes longer than everything else the window needs. The view counts as
     // loading meanwhile.
+    // A file read ahead meanwhile is taken at once: its pages then render while the window
+    // paints for the first time.
     const QWindow *const handle = window()->windowHandle();
-    if (handle && handle->isExposed()) {
+    const QUrl file = m_pendingURL.adjusted(QUrl::RemoveFragment);
+    if ((handle && handle->isExposed())
+        || (file.isLocalFile() && PDFDocumentPrefetch::isReadToTake(file.toLocalFile()))) {
         runLoadStep();
+        if (document())
+            requestTilesNow();
         return;
     }
     m_isLoading = true;

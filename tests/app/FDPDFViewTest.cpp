@@ -10,6 +10,8 @@
 #include <kit/base/Archiver.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFAnnotation.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
 #include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
@@ -47,6 +49,8 @@ private slots:
     void storedStatusIsParsedStrictly_data();
     void storedStatusIsParsedStrictly();
     void aNewWindowIsOnScreenBeforeItsDocumentIsRead();
+    void aFileReadAheadIsTakenBeforeTheFirstPaint_data();
+    void aFileReadAheadIsTakenBeforeTheFirstPaint();
     void recentDocumentsKeepTheOrderOfOpeningWhenAViewClosesBeforeItsFirstPaint();
     void placesHoldWhileLatePageSizesArrive_data();
     void placesHoldWhileLatePageSizesArrive();
@@ -234,6 +238,38 @@ void FDPDFViewTest::aNewWindowIsOnScreenBeforeItsDocumentIsRead()
     view.loadDocument(second);
     QVERIFY(view.document());
     QCOMPARE(view.document()->pageCount(), 3);
+}
+
+void FDPDFViewTest::aFileReadAheadIsTakenBeforeTheFirstPaint_data()
+{
+    QTest::addColumn<bool>("sameFile");
+    QTest::addColumn<QString>("fragment");
+    QTest::newRow("the file read ahead") << true << QString();
+    QTest::newRow("the file read ahead, at a page") << true << QStringLiteral("6");
+    QTest::newRow("another file") << false << QString();
+}
+
+void FDPDFViewTest::aFileReadAheadIsTakenBeforeTheFirstPaint()
+{
+    QFETCH(bool, sameFile);
+    QFETCH(QString, fragment);
+    const QString path = writeFixture(QStringLiteral("ahead-%1.pdf").arg(QTest::currentDataTag()));
+    const QString other = writeFixture(QStringLiteral("other-%1.pdf").arg(QTest::currentDataTag()));
+    const PDFDocumentPrefetch prefetch(path);
+    QTRY_VERIFY(PDFDocumentPrefetch::isReadToTake(path));
+    QUrl url = QUrl::fromLocalFile(sameFile ? path : other);
+    if (!fragment.isEmpty())
+        url.setFragment(fragment);
+    FDPDFView view;
+    view.resize(700, 600);
+    view.loadDocument(url);
+    view.show();
+    // Before the window is on screen: the document read ahead is already the view's.
+    QCOMPARE(bool(view.document()), sameFile);
+    QCOMPARE(prefetch.taken(), sameFile);
+    QTRY_VERIFY(!view.isLoading());
+    QCOMPARE(view.document()->pageCount(), 8);
+    QTRY_COMPARE(currentIndex(view), fragment.isEmpty() ? 0 : fragment.toInt());
 }
 
 void FDPDFViewTest::recentDocumentsKeepTheOrderOfOpeningWhenAViewClosesBeforeItsFirstPaint()

@@ -196,6 +196,14 @@ bool PDFDocumentPrefetch::notifyWhenRead(
     return true;
 }
 
+bool PDFDocumentPrefetch::isReadToTake(const QString &path)
+{
+    const std::lock_guard lock(prefetchMutex);
+    const auto state = current.lock();
+    return state && state->finished && !state->taken && state->doc && state->objectsInPlace
+        && state->path == QFileInfo(path).canonicalFilePath();
+}
+
 bool PDFDocumentPrefetch::taken() const
 {
     return m_state && m_state->taken;

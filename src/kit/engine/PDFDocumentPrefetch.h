@@ -33,6 +33,10 @@ public:
     static bool notifyWhenRead(
         const QString &path, QObject *receiver, const std::function<void()> &done);
 
+    // Whether the file at path has been read ahead, first page included, and waits to be
+    // taken: opening it now costs next to nothing.
+    static bool isReadToTake(const QString &path);
+
 private:
     std::shared_ptr<PDFDocumentPrefetchState> m_state;
 };

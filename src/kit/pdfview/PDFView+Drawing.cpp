@@ -235,6 +235,13 @@ void PDFView::drawErrorMark(QPainter &painter, const QRect &pageRect) const
     painter.restore();
 }
 
+void PDFView::requestTilesNow()
+{
+    m_renderTimer.stop();
+    m_visibleComplete = false;
+    updateRenderRequests();
+}
+
 void PDFView::scheduleRendering()
 {
     // Every change that needs tiles announces the next time the view is sharp again.

@@ -192,6 +192,9 @@ signals:
     void visibleAreaRendered();
 
 protected:
+    // Asks for the visible area's tiles now rather than on the next turn of the event loop: a
+    // window that has yet to paint for the first time has them rendering meanwhile.
+    void requestTilesNow();
     // Draws one page into painter, whose coordinates are the view's, clipped to the page's rect
     // there. The default draws the rendered tiles; overrides may paint around a call to it.
     virtual void drawPage(const std::shared_ptr<PDFPage> &page, QPainter &painter);
