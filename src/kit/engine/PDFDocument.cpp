@@ -563,6 +563,17 @@ bool PDFDocument::releaseCachedContent()
             const mu::Lock lock(handle->mutex());
             fz_context *ctx = mu::context();
             pdf_document *const doc = handle->doc();
+            // Appearances MuPDF makes up for fields and annotations that have none pile up in
+            // a section of their own with every page loaded, and it never drops them while the
+            // document is read: dropped here, then made again at once for the pages still open
+            // (updating one page updates them all), so that they keep drawing.
+            mu::runQuietly(ctx, [&] {
+                if (doc->local_xref) {
+                    pdf_drop_local_xref_and_resources(ctx, doc);
+                    if (doc->super.open)
+                        pdf_update_page(ctx, reinterpret_cast<pdf_page *>(doc->super.open));
+                }
+            });
             mu::runQuietly(ctx, [&] {
                 // An edited object may be held by the cross-reference table alone: it stays.
                 if (!pdf_has_unsaved_changes(ctx, doc))

@@ -102,10 +102,11 @@ public:
 
     // Gives back what reading pages left behind: loaded pages whose annotations were never asked
     // for and their text at once; then, on a pool thread, parsed objects nothing refers to any
-    // more (only while nothing is unsaved), rendered glyphs and MuPDF's store of fonts and images
-    // (shared by every document). Pages reload on their next use. False, doing nothing, while
-    // a worker is inside the document or a release still runs: it never waits. Main thread; the
-    // view calls it as the reader moves on through a long document.
+    // more (only while nothing is unsaved), the appearances made up for fields and annotations
+    // that have none (made again for the pages still open), rendered glyphs and MuPDF's store of
+    // fonts and images (shared by every document). Pages reload on their next use. False, doing
+    // nothing, while a worker is inside the document or a release still runs: it never waits. Main
+    // thread; the view calls it as the reader moves on through a long document.
     bool releaseCachedContent();
     // What the engine holds for all documents beyond what it held after the last release, in
     // bytes: fonts count little in MuPDF's store, so pages rich in fonts grow it past its limit.

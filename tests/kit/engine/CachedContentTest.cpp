@@ -1,0 +1,120 @@
+// What the engine keeps of the pages read and gives back when asked: reading a long document
+// page by page, with releases as the view makes them, holds no more at the end than after the
+// first pages, and what is still on screen draws the same after a release.
+
+#include <support/PdfFixtures.h>
+
+#include <kit/engine/PDFDisplayList.h>
+#include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+
+#include <QTemporaryDir>
+#include <QThreadPool>
+#include <QtTest>
+
+#include <malloc.h>
+
+namespace {
+
+constexpr int Pages = 160;
+constexpr int FieldsPerPage = 24;
+// The view releases once the reader has left this many pages behind.
+constexpr int ReleaseEvery = 16;
+
+// Text fields with no appearance of their own, as forms made by typesetting tools come: every
+// reader has to make one up to show them.
+PdfFixtures::Document formPages()
+{
+    PdfFixtures::Document document = PdfFixtures::textPages(Pages, 4, 0);
+    for (int i = 0; i < Pages; ++i) {
+        for (int f = 0; f < FieldsPerPage; ++f) {
+            const double y = 60 + f * 26;
+            const QByteArray name = "p" + QByteArray::number(i) + "f" + QByteArray::number(f);
+            document.pages[i].annotations.append({ "/Subtype /Widget /FT /Tx /T (" + name
+                    + ") /V (Field " + name + " holds a value) /F 4 /Rect [300 "
+                    + QByteArray::number(y) + " 560 " + QByteArray::number(y + 20)
+                    + "] /DA (/Helv 11 Tf 0 g) /MK << /BG [0.55 0.75 1] /BC [0 0 0.5] >>",
+                {}, {} });
+        }
+    }
+    return document;
+}
+
+// Bytes the allocator hands out now: what the engine holds, whatever the heap's fragments.
+qint64 heapInUse()
+{
+    return qint64(mallinfo2().uordblks);
+}
+
+QImage draw(const PDFPageRenderSource &source)
+{
+    const std::shared_ptr<PDFDisplayList> list = source.buildDisplayList();
+    if (!list)
+        return {};
+    QImage image(153, 198, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    return list->render(image, source.geometry().pageToView(0.25)) ? image : QImage();
+}
+
+bool release(PDFDocument &document)
+{
+    if (!document.releaseCachedContent())
+        return false;
+    QThreadPool::globalInstance()->waitForDone();
+    return true;
+}
+
+} // namespace
+
+class CachedContentTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        path = dir.filePath(QStringLiteral("form.pdf"));
+        QVERIFY(PdfFixtures::write(formPages(), path));
+    }
+
+    // Every page is drawn once, as scrolling through does, while the page in view stays open
+    // across the releases; the appearances made up for the fields of the pages passed are
+    // given back, and those of the page in view are made again.
+    void readingEveryPageKeepsNoMoreThanTheFirstPages()
+    {
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto inView = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(inView);
+        const QImage shown = draw(*inView);
+        QVERIFY(!shown.isNull());
+        // The fields are drawn: their light blue background is on the page.
+        QCOMPARE(shown.pixelColor(120, 180).rgb(), QColor(140, 191, 255).rgb());
+
+        qint64 afterFirstPages = 0;
+        for (int i = 1; i < Pages; ++i) {
+            QVERIFY(
+                !draw(*document->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox)).isNull());
+            if (i % ReleaseEvery == 0) {
+                QVERIFY(release(*document));
+                if (i == ReleaseEvery)
+                    afterFirstPages = heapInUse();
+                // The page in view draws as it did, fields and all.
+                QCOMPARE(draw(*inView), shown);
+            }
+        }
+        QVERIFY(release(*document));
+        // Made-up appearances of every field read would hold several megabytes here.
+        const qint64 growth = heapInUse() - afterFirstPages;
+        QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+
+private:
+    QTemporaryDir dir;
+    QString path;
+};
+
+QTEST_MAIN(CachedContentTest)
+#include "CachedContentTest.moc"
