@@ -133,6 +133,11 @@ thread_local ThreadContext t_context;
 
 } // namespace
 
+size_t storeBytes()
+{
+    return StoreBytes;
+}
+
 bool isMainThread()
 {
     return std::this_thread::get_id() == g_mainThread;
