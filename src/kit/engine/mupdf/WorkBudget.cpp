@@ -9,14 +9,19 @@
 #include <thread>
 #include <utility>
 
+#include <malloc.h>
+
 namespace mu {
 namespace {
 
-// Each block carries its size in front, so frees and reallocations keep the count exact.
-struct alignas(16) Header
+// A block counts as the bytes the C library gives it, which it tells for every block it made,
+// so that frees and reallocations keep the count exact without a size stored in front of each
+// block (MuPDF's blocks are mostly a few dozen bytes, which such a header makes half as large
+// again).
+qint64 blockBytes(void *block)
 {
-    size_t size;
-};
+    return static_cast<qint64>(malloc_usable_size(block));
+}
 
 // Bytes MuPDF holds in all threads. Each thread adds its changes in steps of at least
 // PublishStep, so that allocating costs no shared write; what a thread has not added yet is added
@@ -62,38 +67,35 @@ void *budgetMalloc(void *, size_t size)
     ThreadBudget &budget = t_budget;
     if (refuses(budget, static_cast<qint64>(size)))
         return nullptr;
-    auto *header = static_cast<Header *>(std::malloc(size + sizeof(Header)));
-    if (!header)
-        return nullptr;
-    header->size = size;
-    count(budget, static_cast<qint64>(size));
-    return header + 1;
+    void *block = std::malloc(size);
+    if (block)
+        count(budget, blockBytes(block));
+    return block;
 }
 
+// MuPDF never reallocates to zero bytes (it frees instead), so a null result is a failure that
+// left the old block as it was.
 void *budgetRealloc(void *, void *old, size_t size)
 {
     if (!old)
         return budgetMalloc(nullptr, size);
     ThreadBudget &budget = t_budget;
-    Header *header = static_cast<Header *>(old) - 1;
-    const qint64 growth = static_cast<qint64>(size) - static_cast<qint64>(header->size);
+    const qint64 before = blockBytes(old);
+    const qint64 growth = static_cast<qint64>(size) - before;
     if (growth > 0 && refuses(budget, growth))
         return nullptr;
-    auto *moved = static_cast<Header *>(std::realloc(header, size + sizeof(Header)));
-    if (!moved)
-        return nullptr;
-    moved->size = size;
-    count(budget, growth);
-    return moved + 1;
+    void *moved = std::realloc(old, size);
+    if (moved)
+        count(budget, blockBytes(moved) - before);
+    return moved;
 }
 
 void budgetFree(void *, void *block)
 {
     if (!block)
         return;
-    Header *header = static_cast<Header *>(block) - 1;
-    count(t_budget, -static_cast<qint64>(header->size));
-    std::free(header);
+    count(t_budget, -blockBytes(block));
+    std::free(block);
 }
 
 // Raises abort words at their deadlines, from one thread that sleeps until the next one. Work
