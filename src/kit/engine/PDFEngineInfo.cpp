@@ -1,8 +1,15 @@
 #include "PDFEngineInfo.h"
 
+#include "mupdf/MuContext.h"
+
 #include <mupdf/fitz/version.h>
 
 QString PDFEngineInfo::libraryVersion()
 {
     return QStringLiteral(FZ_VERSION);
+}
+
+size_t PDFEngineInfo::storeBytes()
+{
+    return mu::storeBytes();
 }

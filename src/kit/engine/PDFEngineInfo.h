@@ -1,12 +1,17 @@
 #pragma once
 
-// What the engine is built on, for an about box: the version of the PDF library inside it.
+// What the engine is built on, for an about box: the version of the PDF library inside it, and
+// how it is set up, for benchmarks that compare it with the library used directly.
 
 #include <QString>
+
+#include <cstddef>
 
 namespace PDFEngineInfo {
 
 // The version of the PDF library the engine was built with, as "1.21.1".
 QString libraryVersion();
+// The most the library's cache of decoded fonts, images and resources holds, in bytes.
+size_t storeBytes();
 
 } // namespace PDFEngineInfo

@@ -12,6 +12,8 @@ namespace mu {
 
 // The context every MuPDF call of this thread must use.
 fz_context *context();
+// The most MuPDF's store (its cache of decoded fonts and images) holds, in bytes.
+size_t storeBytes();
 // Whether the calling thread is the one that loaded the library, the application's main thread.
 bool isMainThread();
 

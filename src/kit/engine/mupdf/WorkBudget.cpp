@@ -7,91 +7,101 @@
 #include <map>
 #include <mutex>
 #include <thread>
+#include <utility>
+
+#include <malloc.h>
 
 namespace mu {
 namespace {
 
-// Each block carries its size in front, so frees and reallocations keep the count exact.
-struct alignas(16) Header
+// A block counts as the bytes the C library gives it, which it tells for every block it made,
+// so that frees and reallocations keep the count exact without a size stored in front of each
+// block (MuPDF's blocks are mostly a few dozen bytes, which such a header makes half as large
+// again).
+qint64 blockBytes(void *block)
 {
-    size_t size;
-};
-
-thread_local qint64 t_live = 0; // bytes allocated minus bytes freed by this thread
-thread_local qint64 t_base = 0; // t_live when the innermost scope began
-thread_local qint64 t_limit = 0; // 0: no limit
-thread_local bool t_exceeded = false;
+    return static_cast<qint64>(malloc_usable_size(block));
+}
 
 // Bytes MuPDF holds in all threads. Each thread adds its changes in steps of at least
 // PublishStep, so that allocating costs no shared write; what a thread has not added yet is added
-// when it ends.
+// when its MuPDF context ends.
 constexpr qint64 PublishStep = 64 << 10;
 std::atomic<qint64> g_live { 0 };
 
-struct Unpublished
+// One thread's count and scope. Every MuPDF allocation reads it, so it is one plain struct in the
+// static TLS block (the library is linked, never loaded later): a read is one instruction, with
+// no TLS lookup call and no guard of a destructor.
+struct ThreadBudget
 {
-    qint64 bytes = 0;
-    ~Unpublished() { g_live.fetch_add(bytes, std::memory_order_relaxed); }
+    qint64 live; // bytes allocated minus bytes freed by this thread
+    qint64 base; // live when the innermost scope began
+    qint64 limit; // 0: no limit
+    qint64 unpublished; // live changes not yet added to g_live
+    bool exceeded;
 };
-thread_local Unpublished t_unpublished;
+__attribute__((tls_model("initial-exec"))) thread_local constinit ThreadBudget t_budget {};
 
-void count(qint64 change)
+void count(ThreadBudget &budget, qint64 change)
 {
-    t_live += change;
-    qint64 &pending = t_unpublished.bytes;
-    pending += change;
+    budget.live += change;
+    const qint64 pending = budget.unpublished + change;
     if (pending >= PublishStep || pending <= -PublishStep) {
         g_live.fetch_add(pending, std::memory_order_relaxed);
-        pending = 0;
+        budget.unpublished = 0;
+    } else {
+        budget.unpublished = pending;
     }
 }
 
-bool refuses(qint64 growth)
+bool refuses(ThreadBudget &budget, qint64 growth)
 {
-    if (t_limit <= 0 || t_live - t_base + growth <= t_limit)
+    if (budget.limit <= 0 || budget.live - budget.base + growth <= budget.limit)
         return false;
-    t_exceeded = true;
+    budget.exceeded = true;
     return true;
 }
 
 void *budgetMalloc(void *, size_t size)
 {
-    if (refuses(static_cast<qint64>(size)))
+    ThreadBudget &budget = t_budget;
+    if (refuses(budget, static_cast<qint64>(size)))
         return nullptr;
-    auto *header = static_cast<Header *>(std::malloc(size + sizeof(Header)));
-    if (!header)
-        return nullptr;
-    header->size = size;
-    count(static_cast<qint64>(size));
-    return header + 1;
+    void *block = std::malloc(size);
+    if (block)
+        count(budget, blockBytes(block));
+    return block;
 }
 
+// MuPDF never reallocates to zero bytes (it frees instead), so a null result is a failure that
+// left the old block as it was.
 void *budgetRealloc(void *, void *old, size_t size)
 {
     if (!old)
         return budgetMalloc(nullptr, size);
-    Header *header = static_cast<Header *>(old) - 1;
-    const qint64 growth = static_cast<qint64>(size) - static_cast<qint64>(header->size);
-    if (growth > 0 && refuses(growth))
+    ThreadBudget &budget = t_budget;
+    const qint64 before = blockBytes(old);
+    const qint64 growth = static_cast<qint64>(size) - before;
+    if (growth > 0 && refuses(budget, growth))
         return nullptr;
-    auto *moved = static_cast<Header *>(std::realloc(header, size + sizeof(Header)));
-    if (!moved)
-        return nullptr;
-    moved->size = size;
-    count(growth);
-    return moved + 1;
+    void *moved = std::realloc(old, size);
+    if (moved)
+        count(budget, blockBytes(moved) - before);
+    return moved;
 }
 
 void budgetFree(void *, void *block)
 {
     if (!block)
         return;
-    Header *header = static_cast<Header *>(block) - 1;
-    count(-static_cast<qint64>(header->size));
-    std::free(header);
+    count(t_budget, -blockBytes(block));
+    std::free(block);
 }
 
-// Raises abort words at their deadlines, from one thread that sleeps until the next one.
+// Raises abort words at their deadlines, from one thread that sleeps until the next one. Work
+// that ends in time only takes its entry out: the thread, woken at that deadline for nothing,
+// looks for the next one. So adding an entry wakes it only when it sleeps past the new deadline,
+// and a page rendered costs no wake-up of another thread.
 class Watchdog
 {
 public:
@@ -110,7 +120,8 @@ public:
             m_started = true;
             std::thread([this] { loop(); }).detach();
         }
-        m_wake.notify_one();
+        if (deadline < m_wakeAt)
+            m_wake.notify_one();
     }
 
     void remove(int *word)
@@ -124,23 +135,26 @@ private:
     {
         std::unique_lock lock(m_mutex);
         for (;;) {
+            const auto now = std::chrono::steady_clock::now();
+            while (!m_entries.empty() && m_entries.begin()->first <= now) {
+                std::atomic_ref<int>(*m_entries.begin()->second).store(1);
+                m_entries.erase(m_entries.begin());
+            }
             if (m_entries.empty()) {
+                m_wakeAt = std::chrono::steady_clock::time_point::max();
                 m_wake.wait(lock);
-                continue;
+            } else {
+                m_wakeAt = m_entries.begin()->first;
+                m_wake.wait_until(lock, m_wakeAt);
             }
-            const auto next = m_entries.begin()->first;
-            if (std::chrono::steady_clock::now() < next) {
-                m_wake.wait_until(lock, next);
-                continue;
-            }
-            std::atomic_ref<int>(*m_entries.begin()->second).store(1);
-            m_entries.erase(m_entries.begin());
         }
     }
 
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::multimap<std::chrono::steady_clock::time_point, int *> m_entries;
+    // When the thread looks next (max: only when woken); guarded by m_mutex.
+    std::chrono::steady_clock::time_point m_wakeAt = std::chrono::steady_clock::time_point::max();
     bool m_started = false;
 };
 
@@ -157,21 +171,27 @@ qint64 liveBytes()
     return g_live.load(std::memory_order_relaxed);
 }
 
+void publishThreadBytes()
+{
+    g_live.fetch_add(std::exchange(t_budget.unpublished, 0), std::memory_order_relaxed);
+}
+
 BudgetScope::BudgetScope(int *abortWord, qint64 memoryLimit, int milliseconds)
     : m_abortWord(abortWord)
-    , m_savedBase(t_base)
-    , m_savedLimit(t_limit)
-    , m_savedExceeded(t_exceeded)
+    , m_savedBase(t_budget.base)
+    , m_savedLimit(t_budget.limit)
+    , m_savedExceeded(t_budget.exceeded)
     , m_hasDeadline(abortWord && milliseconds > 0)
 {
+    ThreadBudget &budget = t_budget;
     qint64 limit = memoryLimit > 0 ? memoryLimit : 0;
-    if (t_limit > 0) {
-        const qint64 left = std::max<qint64>(1, t_limit - (t_live - t_base));
+    if (budget.limit > 0) {
+        const qint64 left = std::max<qint64>(1, budget.limit - (budget.live - budget.base));
         limit = limit > 0 ? std::min(limit, left) : left;
     }
-    t_base = t_live;
-    t_limit = limit;
-    t_exceeded = false;
+    budget.base = budget.live;
+    budget.limit = limit;
+    budget.exceeded = false;
     if (m_hasDeadline) {
         m_deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
         Watchdog::instance().add(m_abortWord, m_deadline);
@@ -183,14 +203,15 @@ BudgetScope::~BudgetScope()
     if (m_hasDeadline)
         Watchdog::instance().remove(m_abortWord);
     // Usage of the inner scope counts against the outer one: its base stays where it was.
-    t_base = m_savedBase;
-    t_limit = m_savedLimit;
-    t_exceeded = m_savedExceeded || t_exceeded;
+    ThreadBudget &budget = t_budget;
+    budget.base = m_savedBase;
+    budget.limit = m_savedLimit;
+    budget.exceeded = m_savedExceeded || budget.exceeded;
 }
 
 bool BudgetScope::memoryExceeded() const
 {
-    return t_exceeded;
+    return t_budget.exceeded;
 }
 
 bool BudgetScope::timedOut() const

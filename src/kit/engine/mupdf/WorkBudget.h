@@ -16,6 +16,9 @@ namespace mu {
 const fz_alloc_context *budgetAllocator();
 // The bytes MuPDF holds now, in all threads (each may lag by 64 KB).
 qint64 liveBytes();
+// Adds what the calling thread has not yet added to liveBytes(); called as a thread with a
+// MuPDF context ends.
+void publishThreadBytes();
 
 class BudgetScope
 {
