@@ -41,6 +41,15 @@ namespace {
 // millisecond, and the page count is then exact from the start.
 constexpr int LazyWalkFrom = 512;
 
+QString openingError(bool fromFile, const mu::Error &failure)
+{
+    return (fromFile ? QCoreApplication::translate(
+                "PDFDocument", "The file is not a readable PDF document: %1")
+                     : QCoreApplication::translate(
+                         "PDFDocument", "The data is not a readable PDF document: %1"))
+        .arg(failure.text());
+}
+
 } // namespace
 
 PDFDocumentPrivate::~PDFDocumentPrivate()
@@ -121,8 +130,8 @@ bool PDFDocumentPrivate::loadContent()
         const mu::Lock lock(handle->mutex());
         if (std::exchange(objectsChecked, false))
             mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
-        else if (!repaired && repairIfDamagedLocked())
-            repaired = true;
+        else if (!repaired && !repairIfDamagedLocked())
+            return false;
         // A long sound file's tree is walked as its pages are asked for. A short one is walked
         // whole now, and so is a repaired file's, or one that claims more pages than the file
         // has objects; scanning every object is for files MuPDF has had to repair. Only a long
@@ -198,11 +207,16 @@ bool PDFDocumentPrivate::repairIfDamagedLocked()
         const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
         bytes = mapped ? QByteArrayView(mapped, file.size()) : QByteArrayView();
     }
-    const bool repairedNow
-        = PageTree::repairIfDamaged(ctx, doc, bytes, PageTree::CheckSharing::Shared);
+    const mu::OpeningScope opening(sourceSize);
+    repaired = PageTree::repairIfDamaged(ctx, doc, bytes, PageTree::CheckSharing::Shared);
+    mu::Error refusal;
+    if (opening.refused(refusal)) {
+        error = openingError(!sourcePath.isEmpty(), refusal);
+        return false;
+    }
     objectCount = 0;
     mu::runQuietly(ctx, [&] { objectCount = pdf_xref_len(ctx, doc); });
-    return repairedNow;
+    return true;
 }
 
 void PDFDocumentPrivate::resolveThrough(int index)
@@ -415,7 +429,6 @@ bool PDFDocument::initWithURL(const QUrl &url)
     }
     d->sourceSize = QFileInfo(path).size();
     const QByteArray name = QFile::encodeName(path);
-    const char *const filename = name.constData();
     d->sourcePath = path;
     d->sourceBytes = [path] {
         QFile file(path);
@@ -427,14 +440,10 @@ bool PDFDocument::initWithURL(const QUrl &url)
         d->objectsChecked = prefetched.objectsInPlace;
         return d->adopt(prefetched.doc);
     }
-    fz_context *ctx = mu::context();
-    pdf_document *doc = nullptr;
     mu::Error failure;
-    mu::run(ctx, failure, [&] { doc = pdf_open_document(ctx, filename); });
+    pdf_document *const doc = mu::openDocumentFromFile(name, d->sourceSize, failure);
     if (failure.failed) {
-        d->error = QCoreApplication::translate(
-            "PDFDocument", "The file is not a readable PDF document: %1")
-                       .arg(failure.text());
+        d->error = openingError(true, failure);
         return false;
     }
     return d->adopt(doc);
@@ -452,9 +461,7 @@ bool PDFDocument::initWithData(const QByteArray &data)
     mu::Error failure;
     pdf_document *const doc = mu::openDocumentFromBytes(data, failure);
     if (failure.failed) {
-        d->error = QCoreApplication::translate(
-            "PDFDocument", "The data is not a readable PDF document: %1")
-                       .arg(failure.text());
+        d->error = openingError(false, failure);
         return false;
     }
     return d->adopt(doc);

@@ -3,6 +3,7 @@
 #include "PDFCancellation.h"
 #include "PDFRenderPrivate.h"
 #include "PageTree.h"
+#include "mupdf/MuOpen.h"
 #include "mupdf/MuOwned.h"
 #include "mupdf/Prefetched.h"
 
@@ -58,10 +59,9 @@ std::weak_ptr<PDFDocumentPrefetchState> current;
 void PDFDocumentPrefetchState::read()
 {
     fz_context *ctx = mu::context();
-    const QByteArray name = QFile::encodeName(path);
     mu::Error failure;
-    mu::run(ctx, failure, [&] { doc = pdf_open_document(ctx, name.constData()); });
-    if (failure.failed || !doc)
+    doc = mu::openDocumentFromFile(QFile::encodeName(path), size, failure);
+    if (!doc)
         return;
     bool locked = true;
     mu::runQuietly(ctx, [&] { locked = fz_needs_password(ctx, &doc->super); });
@@ -72,8 +72,18 @@ void PDFDocumentPrefetchState::read()
     const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
     if (!mapped)
         return;
-    PageTree::repairIfDamaged(ctx, doc, QByteArrayView(mapped, file.size()));
+    bool refused = false;
+    {
+        const mu::OpeningScope opening(file.size());
+        PageTree::repairIfDamaged(ctx, doc, QByteArrayView(mapped, file.size()));
+        refused = opening.refused(failure);
+    }
     file.unmap(const_cast<uchar *>(mapped));
+    // The document opens again when it is wanted, and says then why it cannot be read.
+    if (refused) {
+        drop();
+        return;
+    }
     bool repaired = true;
     mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
     objectsInPlace = !repaired;

@@ -57,8 +57,9 @@ struct PDFDocumentPrivate
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
-    // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened;
-    // answers whether it repaired the file. The lock is held.
+    // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened,
+    // setting repaired when it repaired the file. False, with error set, when the repair took
+    // more memory than a file of this size warrants. The lock is held.
     bool repairIfDamagedLocked();
     // The page list becomes the page objects found (new references); the lock is held.
     void adoptPagesLocked(const std::vector<pdf_obj *> &found);

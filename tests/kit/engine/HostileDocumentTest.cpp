@@ -6,6 +6,7 @@
 #include <support/TestTools.h>
 
 #include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFDocumentPrefetch.h>
 #include <kit/engine/PDFPage.h>
 
 #include <QElapsedTimer>
@@ -65,6 +66,46 @@ int independentPageCount(const QString &qpdf, const QString &path)
     return -1;
 }
 
+// One page whose object carries the given number, in a sound file: the table has a section for
+// objects 0-2 and one for that number alone.
+QByteArray pageNumbered(int number)
+{
+    const QList<QByteArray> objects { Catalog,
+        "<< /Type /Pages /Kids [" + QByteArray::number(number) + " 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 300] >>" };
+    QByteArray pdf = "%PDF-1.7\n";
+    QList<qsizetype> offsets;
+    for (int i = 0; i < objects.size(); ++i) {
+        offsets.append(pdf.size());
+        pdf += QByteArray::number(i < 2 ? i + 1 : number) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const qsizetype table = pdf.size();
+    const auto entry = [](qsizetype offset) {
+        return QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    };
+    pdf += "xref\n0 3\n0000000000 65535 f \n" + entry(offsets[0]) + entry(offsets[1]);
+    pdf += QByteArray::number(number) + " 1\n" + entry(offsets[2]);
+    pdf += "trailer\n<< /Size " + QByteArray::number(number + 1) + " /Root 1 0 R >>\nstartxref\n"
+        + QByteArray::number(table) + "\n%%EOF\n";
+    return pdf;
+}
+
+// A sound-looking table whose second object is three bytes off, and past the objects it lists
+// one more, numbered 8000000: MuPDF meets the damage, and the number, only when it repairs.
+QByteArray misplacedBesideHighNumber()
+{
+    QByteArray pdf = RawPdf::build({ Catalog, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 300] >>" });
+    const qint64 table = RawPdf::lastXrefOffset(pdf);
+    const QByteArray extra = "8000000 0 obj\nnull\nendobj\n";
+    pdf.insert(table, extra);
+    const qsizetype start = pdf.lastIndexOf("startxref\n") + 10;
+    pdf.replace(start, pdf.indexOf('\n', start) - start, QByteArray::number(table + extra.size()));
+    const qsizetype second = pdf.indexOf(" 00000 n \n", table) + 20 - 10;
+    pdf.replace(second, 10,
+        QByteArray::number(pdf.mid(second, 10).toLongLong() + 3).rightJustified(10, '0'));
+    return pdf;
+}
 } // namespace
 
 class HostileDocumentTest : public QObject
@@ -240,6 +281,52 @@ private slots:
         QVERIFY2(doc->writeToURL(QUrl::fromLocalFile(saved)), qPrintable(doc->errorString()));
         QCOMPARE(TestTools::run(qpdf, { QStringLiteral("--check"), saved }).exitCode, 0);
         QCOMPARE(qpdfPageCount(qpdf, saved), doc->pageCount());
+    }
+
+    // MuPDF makes its object table as long as the highest object number a file names: a file
+    // of a few hundred bytes numbering one object near MuPDF's highest took 350 MB to open, and
+    // 700 MB once damaged. Such numbers are refused with a message; moderately sparse ones open.
+    void objectNumbersFarBeyondTheFileAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("opens");
+        QTest::newRow("sound, object 8000000") << pageNumbered(8000000) << false;
+        QTest::newRow("damaged, object 8000000")
+            << PdfFixtures::withoutXref(pageNumbered(8000000)) << false;
+        QTest::newRow("misplaced object, object 8000000 met by the repair")
+            << misplacedBesideHighNumber() << false;
+        QTest::newRow("sound, object 100000") << pageNumbered(100000) << true;
+        QTest::newRow("damaged, object 100000")
+            << PdfFixtures::withoutXref(pageNumbered(100000)) << true;
+    }
+
+    void objectNumbersFarBeyondTheFileAreRefused()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, opens);
+        const QString path = dir.filePath(fileNameFor(QTest::currentDataTag()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.close();
+        const auto check = [&](PDFDocument &doc, bool opened) {
+            if (opens) {
+                QVERIFY2(opened, qPrintable(doc.errorString()));
+                QCOMPARE(doc.pageCount(), 1);
+                QCOMPARE(doc.pageAtIndex(0)->boundsForBox(PDFDisplayBox::MediaBox).height(), 300);
+            } else {
+                QVERIFY(!opened);
+                QVERIFY2(doc.errorString().contains(u"numbered far beyond"),
+                    qPrintable(doc.errorString()));
+            }
+        };
+        auto fromData = std::make_shared<PDFDocument>();
+        check(*fromData, fromData->initWithData(bytes));
+        auto fromFile = std::make_shared<PDFDocument>();
+        check(*fromFile, fromFile->initWithURL(QUrl::fromLocalFile(path)));
+        // As at start-up, when the file is read ahead on another thread.
+        const PDFDocumentPrefetch prefetch(path);
+        auto readAhead = std::make_shared<PDFDocument>();
+        check(*readAhead, readAhead->initWithURL(QUrl::fromLocalFile(path)));
     }
 
     void passwordsArePreparedBeforeTrying_data()
