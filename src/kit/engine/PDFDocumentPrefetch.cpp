@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -72,13 +73,29 @@ void PDFDocumentPrefetchState::read()
     const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
     if (!mapped)
         return;
-    PageTree::repairIfDamaged(ctx, doc, QByteArrayView(mapped, file.size()));
-    file.unmap(const_cast<uchar *>(mapped));
+    const QByteArrayView bytes(mapped, file.size());
     bool repaired = true;
     mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
-    objectsInPlace = !repaired;
-    if (objectsInPlace)
+    // The check of the objects' places, a pass over the whole file, runs beside the first page's
+    // reading, which only reads: a file that fails it is repaired after, as if checked first.
+    bool placed = true;
+    if (!repaired) {
+        const PageTree::ObjectPlaces places(ctx, doc);
+        std::thread checker;
+        try {
+            checker = std::thread([&] { placed = places.inFile(bytes); });
+        } catch (const std::system_error &) {
+            placed = places.inFile(bytes);
+        }
         readPage(ctx, 0);
+        if (checker.joinable())
+            checker.join();
+    }
+    if (!placed)
+        PageTree::repairIfDamaged(ctx, doc, QByteArrayView());
+    file.unmap(const_cast<uchar *>(mapped));
+    mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
+    objectsInPlace = !repaired;
 }
 
 void PDFDocumentPrefetchState::readPage(fz_context *ctx, int index)

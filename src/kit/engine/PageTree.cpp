@@ -187,14 +187,6 @@ inline long long readNumber(const char *data, qsizetype size, qsizetype &pos)
     return pos == first ? -1 : value;
 }
 
-struct PlacedObject
-{
-    int64_t offset = 0;
-    int generation = 0;
-    char type = 0;
-    bool held = false;
-};
-
 // The entries of a file read from one cross-reference section that MuPDF holds as a single table
 // from object 0 on, as it does for most files once opened; null for any other shape (updates
 // appended, a section with gaps, a local table active), which is asked object by object.
@@ -279,16 +271,8 @@ bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file, Che
     if (const pdf_xref_entry *const solid = solidTable(doc, count))
         return allPlaced(
             [solid](int number) { return placedObject(solid[number]); }, file, count, share);
-    std::vector<PlacedObject> entries(static_cast<size_t>(count));
-    PlacedObject *const table = entries.data();
-    mu::Error error;
-    mu::run(ctx, error, [&] {
-        for (int number = 1; number < count; ++number)
-            table[number] = placedObject(*pdf_get_xref_entry_no_null(ctx, doc, number));
-    });
-    if (error.failed)
-        return false;
-    return allPlaced([table](int number) { return table[number]; }, file, count, share);
+    const ObjectPlaces places(ctx, doc);
+    return places.inFile(file, share);
 }
 
 // Walks the tree from the catalog's /Pages; false when there is no such dictionary.
@@ -353,6 +337,38 @@ bool wasRepaired(fz_context *ctx, pdf_document *doc)
 }
 
 } // namespace
+
+ObjectPlaces::ObjectPlaces(fz_context *ctx, pdf_document *doc)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    if (count <= 1)
+        return;
+    m_entries.resize(static_cast<size_t>(count));
+    PlacedObject *const table = m_entries.data();
+    if (const pdf_xref_entry *const solid = solidTable(doc, count)) {
+        for (int number = 1; number < count; ++number)
+            table[number] = placedObject(solid[number]);
+        return;
+    }
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        for (int number = 1; number < count; ++number)
+            table[number] = placedObject(*pdf_get_xref_entry_no_null(ctx, doc, number));
+    });
+    m_readable = !error.failed;
+}
+
+bool ObjectPlaces::inFile(QByteArrayView file, CheckSharing share) const
+{
+    if (!m_readable || file.isEmpty())
+        return false;
+    if (m_entries.size() <= 1)
+        return true;
+    const PlacedObject *const table = m_entries.data();
+    return allPlaced(
+        [table](int number) { return table[number]; }, file, int(m_entries.size()), share);
+}
 
 bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file, CheckSharing share)
 {

@@ -39,6 +39,17 @@ bool writeBytes(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
+// The file with the cross-reference's entry of object number pointing one byte past its start.
+QByteArray withObjectOutOfPlace(QByteArray bytes, int number)
+{
+    const qsizetype table = bytes.lastIndexOf("\nxref\n");
+    const qsizetype entries = bytes.indexOf('\n', table + 6) + 1;
+    const qsizetype entry = entries + 20 * number;
+    const qlonglong offset = bytes.mid(entry, 10).toLongLong();
+    bytes.replace(entry, 10, QByteArray::number(offset + 1).rightJustified(10, '0'));
+    return bytes;
+}
+
 } // namespace
 
 class PDFDocumentPrefetchTest : public QObject
@@ -56,21 +67,28 @@ private slots:
 void PDFDocumentPrefetchTest::opensTheSameDocument_data()
 {
     QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("repaired");
     const QByteArray standard = PdfFixtures::build(PdfFixtures::standard());
-    QTest::newRow("six pages") << standard;
+    QTest::newRow("six pages") << standard << false;
     // Long enough for the page tree to be walked as pages are asked for.
-    QTest::newRow("long") << PdfFixtures::build(PdfFixtures::textPages(700, 3));
-    QTest::newRow("damaged") << PdfFixtures::withoutXref(standard);
+    QTest::newRow("long") << PdfFixtures::build(PdfFixtures::textPages(700, 3)) << false;
+    QTest::newRow("damaged") << PdfFixtures::withoutXref(standard) << true;
+    // Found out of place while the first page is read ahead, and repaired as if found first.
+    QTest::newRow("object out of place") << withObjectOutOfPlace(standard, 4) << true;
+    QTest::newRow("long, last object out of place")
+        << withObjectOutOfPlace(PdfFixtures::build(PdfFixtures::textPages(700, 3)), 1400) << true;
 }
 
 void PDFDocumentPrefetchTest::opensTheSameDocument()
 {
     QFETCH(QByteArray, bytes);
+    QFETCH(bool, repaired);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("read.pdf"));
     QVERIFY(writeBytes(path, bytes));
     const Opened direct = open(path);
     QVERIFY(direct.pages > 0);
+    QCOMPARE(direct.repaired, repaired);
 
     const PDFDocumentPrefetch prefetch(path);
     const Opened ahead = open(path);
