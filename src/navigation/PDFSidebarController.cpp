@@ -112,14 +112,6 @@ PDFSidebarController::PDFSidebarController(PDFContents *contents, QWidget *paren
             qFatal("sidebar tab button with tag %d, which is no PDFSidebarMode", tag);
         m_tabButtons.insert(PDFSidebarMode(tag), button);
     }
-    for (const TabInfo &tab : tabs) {
-        PDFSidebarTabContents *const controller = makeTab(tab.mode);
-        controller->setDelegate(this);
-        m_tabContentsArea->addWidget(controller);
-        m_controllers.insert(tab.mode, controller);
-        controller->setContents(contents);
-    }
-
     NotificationCenter &center = NotificationCenter::defaultCenter();
     const void *const tab = contents;
     center.addObserver(this, PDFContents::SelectedPDFViewDidChangeNotification, tab,
@@ -130,9 +122,10 @@ PDFSidebarController::PDFSidebarController(PDFContents *contents, QWidget *paren
         [this](const Notification &) { updateIndicator(); });
     center.addObserver(this, PDFContents::SidebarModeDidChangeNotification, tab,
         [this](const Notification &) { onSidebarModeChanged(); });
+    // A sidebar hidden at the start, as most are, makes its tabs and pictures when first shown:
+    // none of them is needed for the document's first screen.
     onSidebarModeChanged();
     updateIndicator();
-    applyTheme();
 }
 
 PDFSidebarController::~PDFSidebarController()
@@ -145,9 +138,40 @@ void PDFSidebarController::setTabContentsMaker(PDFSidebarMode mode, TabContentsM
     makers().insert(mode, std::move(maker));
 }
 
-PDFSidebarTabContents *PDFSidebarController::currentController() const
+PDFSidebarTabContents *PDFSidebarController::controller(PDFSidebarMode mode)
 {
-    return qobject_cast<PDFSidebarTabContents *>(m_tabContentsArea->currentWidget());
+    if (PDFSidebarTabContents *const made = m_controllers.value(mode))
+        return made;
+    PDFSidebarTabContents *const controller = makeTab(mode);
+    controller->setDelegate(this);
+    m_tabContentsArea->addWidget(controller);
+    m_controllers.insert(mode, controller);
+    // A tab made late reads the view's document as it is now, and follows it from here on.
+    controller->setContents(contents());
+    return controller;
+}
+
+PDFSidebarTabContents *PDFSidebarController::currentController()
+{
+    PDFContents *const tab = contents();
+    return tab ? controller(tab->sidebarMode()) : nullptr;
+}
+
+void PDFSidebarController::showEvent(QShowEvent *event)
+{
+    PDFContentsBar::showEvent(event);
+    if (!m_iconsDrawn)
+        applyTheme();
+    showCurrentController();
+}
+
+void PDFSidebarController::showCurrentController()
+{
+    PDFSidebarTabContents *const controller = currentController();
+    if (!controller)
+        return;
+    m_tabContentsArea->setCurrentWidget(controller);
+    m_titleTextField->setText(controller->title());
 }
 
 void PDFSidebarController::onTabBarButtonClickedWithButton(QAbstractButton *button)
@@ -174,11 +198,10 @@ void PDFSidebarController::onSidebarModeChanged()
     m_selectedTabButton = m_tabButtons.value(mode);
     if (m_selectedTabButton)
         m_selectedTabButton->setChecked(true);
-    PDFSidebarTabContents *const controller = m_controllers.value(mode);
-    if (!controller)
-        return;
-    m_tabContentsArea->setCurrentWidget(controller);
-    m_titleTextField->setText(controller->title());
+    // A hidden sidebar makes the tab when it shows; one made before is brought to the front. A
+    // sidebar the tab asks to show makes it now, so that what follows the change finds it.
+    if (isVisible() || !tab->isSidebarHidden() || m_controllers.contains(mode))
+        showCurrentController();
 }
 
 void PDFSidebarController::updateSidebarTitleWithController(PDFSidebarTabContents *controller)
@@ -207,6 +230,7 @@ void PDFSidebarController::updateIndicator()
 
 void PDFSidebarController::refreshIcons()
 {
+    m_iconsDrawn = true;
     const FDTheme *const theme = FDThemeProvider::current();
     QPalette palette = this->palette();
     palette.setColor(QPalette::WindowText, theme->color(FDTheme::labelColor));

@@ -1,9 +1,10 @@
 #pragma once
 
 // Runs a document tab's sidebar: the column of tab buttons, the title line with the marker of
-// the split view it follows, and the area that shows the tab in front. Every tab is made at
-// once and keeps following the tab's selected view while hidden. The tab in front changes only
-// through the tab's "PDFContents_SidebarModeDidChange", a click included. Main thread only.
+// the split view it follows, and the area that shows the tab in front. A tab is made when it is
+// first shown or asked for, and from then on follows the tab's selected view while hidden. The
+// tab in front changes only through the tab's "PDFContents_SidebarModeDidChange", a click
+// included. Main thread only.
 
 #include "PDFSidebarTabContentsDelegate.h"
 
@@ -39,12 +40,15 @@ public:
     QLabel *titleTextField() const { return m_titleTextField; }
     QLabel *indicatorIconView() const { return m_indicatorIconView; }
     QAbstractButton *tabButton(PDFSidebarMode mode) const { return m_tabButtons.value(mode); }
-    PDFSidebarTabContents *controller(PDFSidebarMode mode) const
+    // A mode's tab, made now if it was not yet.
+    PDFSidebarTabContents *controller(PDFSidebarMode mode);
+    // A mode's tab if it was made; null while it has never been shown or asked for.
+    PDFSidebarTabContents *madeController(PDFSidebarMode mode) const
     {
         return m_controllers.value(mode);
     }
-    // The tab now in front.
-    PDFSidebarTabContents *currentController() const;
+    // The tab of the tab's mode, made now if it was not yet.
+    PDFSidebarTabContents *currentController();
 
     void updateSidebarTitleWithController(PDFSidebarTabContents *controller) override;
 
@@ -52,8 +56,11 @@ protected:
     // The tab buttons' pictures, the marker and the colours, at each theme change.
     void refreshIcons() override;
     void paintEvent(QPaintEvent *event) override;
+    // The tab in front and the pictures are made at the first showing.
+    void showEvent(QShowEvent *event) override;
 
 private:
+    void showCurrentController();
     void onTabBarButtonClickedWithButton(QAbstractButton *button);
     void onSidebarModeChanged();
     void updateIndicator();
@@ -65,4 +72,5 @@ private:
     QHash<PDFSidebarMode, QAbstractButton *> m_tabButtons;
     QHash<PDFSidebarMode, PDFSidebarTabContents *> m_controllers;
     QPointer<QAbstractButton> m_selectedTabButton;
+    bool m_iconsDrawn = false;
 };

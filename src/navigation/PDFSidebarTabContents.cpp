@@ -27,6 +27,9 @@ void PDFSidebarTabContents::setContents(PDFContents *contents)
 {
     m_contents = contents;
     resetObservers();
+    // A tab made after its view has a document reads it now: no notification will tell.
+    if (document())
+        onPDFViewChanged();
 }
 
 FDPDFView *PDFSidebarTabContents::selectedPDFView() const

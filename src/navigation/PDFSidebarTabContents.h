@@ -26,7 +26,8 @@ public:
     ~PDFSidebarTabContents() override;
 
     PDFContents *contents() const;
-    // Starts following the tab; the frame calls this once, before the first showing.
+    // Starts following the tab, reading the document its view has now; the frame calls this
+    // once, before the first showing.
     void setContents(PDFContents *contents);
     PDFSidebarTabContentsDelegate *delegate() const { return m_delegate; }
     void setDelegate(PDFSidebarTabContentsDelegate *delegate) { m_delegate = delegate; }

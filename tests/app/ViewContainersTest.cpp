@@ -1,5 +1,6 @@
 // The places of a tab's two views over generated PDFs: which place and which information bar
-// shows in each split mode, the A and B markers following the selected view and a swap, the bar's
+// shows in each split mode, the A and B markers (drawn once a bar unfolds) following the
+// selected view and a swap, the bar's
 // button and a drop opening a second document in view B, the page indicator fading, and the page
 // field it turns into.
 
@@ -17,6 +18,7 @@
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <navigation/FDCommonImageProvider.h>
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
@@ -118,19 +120,34 @@ void ViewContainersTest::placesAndBarsFollowTheSplitMode()
 void ViewContainersTest::markersFollowTheSelectedViewAndTheSwap()
 {
     PDFContentsConainer *const root = m_tab->container();
-    m_tab->setSplitMode(PDFSplitViewMode::horizontal);
     PDFViewInfoBarContainer *const left = root->topLeftContainer()->infoBarContainer();
+    const auto marker = [](const QLabel *label) {
+        return label->pixmap().toImage().convertToFormat(QImage::Format_ARGB32);
+    };
+    const auto expected = [](const QIcon &icon) {
+        const int edge = FDCommonImageProvider::iconSize;
+        return icon.pixmap(QSize(edge, edge), 1.0).toImage().convertToFormat(QImage::Format_ARGB32);
+    };
+    FDCommonImageProvider &images = FDCommonImageProvider::shared();
+    // Folded away outside a split, the bar has drawn no marker yet.
+    QVERIFY(left->indicatorImgView()->pixmap().isNull());
+    m_tab->setSplitMode(PDFSplitViewMode::horizontal);
     PDFViewInfoBarContainer *const right = root->rightContainer()->infoBarContainer();
     QCOMPARE(left->pdfView(), m_tab->primaryPDFView());
     QCOMPARE(right->pdfView(), m_tab->secondaryPDFView());
     QVERIFY(left->isIndicatorOn());
     QVERIFY(!right->isIndicatorOn());
     QVERIFY(left->titleTextField()->text().startsWith(QStringLiteral("First")));
+    QTRY_COMPARE(marker(left->indicatorImgView()), expected(images.primaryIndicatorOnStateIcon()));
+    QTRY_COMPARE(
+        marker(right->indicatorImgView()), expected(images.secondaryIndicatorOffStateIcon()));
 
     m_tab->secondaryPDFView()->setFocus();
     QTRY_COMPARE(m_tab->selectedPDFView(), m_tab->secondaryPDFView());
     QVERIFY(!left->isIndicatorOn());
     QVERIFY(right->isIndicatorOn());
+    QCOMPARE(marker(left->indicatorImgView()), expected(images.primaryIndicatorOffStateIcon()));
+    QCOMPARE(marker(right->indicatorImgView()), expected(images.secondaryIndicatorOnStateIcon()));
 
     // After a swap each bar speaks of the view now below it: the left one of B.
     m_tab->swapPDFViews();

@@ -1,7 +1,8 @@
 // The sidebar of a real document tab: it follows the selected view of a split (with the "A"/"B"
 // marker), shows a tab only through the tab's notification, keeps following while hidden, and
 // its thumbnails follow the reader while shown, are drawn on workers for the rows in view only,
-// and change one row when an annotation of a page changes.
+// and change one row when an annotation of a page changes. A tab is made when first shown and
+// then shows what changed before.
 
 #include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"
@@ -14,7 +15,9 @@
 #include <navigation/FDBookmarkCommands.h>
 #include <navigation/FDCommonImageProvider.h>
 #include <navigation/FDPageThumbnailCache.h>
+#include <navigation/PDFBookmarkModel.h>
 #include <navigation/PDFOutlineModel.h>
+#include <navigation/PDFSidebarBookmarkContents.h>
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarController.h>
 #include <navigation/PDFSidebarOutlineContents.h>
@@ -46,6 +49,7 @@ private slots:
     void tabsChangeOnlyThroughTheNotification();
     void titleLineShowsOnlyTheTabInFront();
     void hiddenSidebarStillFollowsItsView();
+    void tabsAreMadeWhenFirstShown();
     void thumbnailsFollowTheReaderWhileShown();
     void thumbnailsArriveForRowsInViewOnly();
     void annotationChangeRedrawsOneThumbnail_data();
@@ -223,6 +227,49 @@ void PDFSidebarFrameTest::hiddenSidebarStillFollowsItsView()
     QTRY_COMPARE(m_tab->primaryPDFView()->document()->pageCount(), 7);
     QCOMPARE(thumbnails()->model()->rowCount(), 7);
     QCOMPARE(outline()->model()->index(0, 0).data().toString(), QStringLiteral("later0"));
+}
+
+void PDFSidebarFrameTest::tabsAreMadeWhenFirstShown()
+{
+    // Without an outline the sidebar starts hidden, and no tab is made for the first screen.
+    m_tab = openTab(m_window, write(QStringLiteral("lazy"), 5, false));
+    QVERIFY(m_tab);
+    QVERIFY(m_tab->isSidebarHidden());
+    const PDFSidebarMode modes[] = { PDFSidebarMode::thumbnails, PDFSidebarMode::toc,
+        PDFSidebarMode::annotations, PDFSidebarMode::bookmarks };
+    for (const PDFSidebarMode mode : modes)
+        QVERIFY(!sidebar()->madeController(mode));
+
+    // A bookmark added while no tab exists is listed when the tab first shows.
+    FDPDFView *const view = m_tab->primaryPDFView();
+    view->goToPage(view->document()->pageAtIndex(2));
+    QTRY_COMPARE(view->document()->indexForPage(view->currentPage()), 2);
+    QVERIFY(FDBookmarkCommands::toggleBookmarkOfCurrentPage(*view));
+    m_tab->setSidebarMode(PDFSidebarMode::bookmarks);
+    auto *const bookmarks = qobject_cast<PDFSidebarBookmarkContents *>(
+        sidebar()->madeController(PDFSidebarMode::bookmarks));
+    QVERIFY(bookmarks);
+    QTRY_VERIFY(bookmarks->isVisible());
+    QCOMPARE(bookmarks->model()->rowCount(), 1);
+    QCOMPARE(sidebar()->titleTextField()->text(), QStringLiteral("Bookmarks ( 1 )"));
+    QVERIFY(!sidebar()->madeController(PDFSidebarMode::thumbnails));
+
+    // Thumbnails made late list every page and select the one the reader is on.
+    m_tab->setSidebarMode(PDFSidebarMode::thumbnails);
+    QTRY_VERIFY(sidebar()->madeController(PDFSidebarMode::thumbnails)
+        && sidebar()->madeController(PDFSidebarMode::thumbnails)->isVisible());
+    QCOMPARE(thumbnails()->model()->rowCount(), 5);
+    QTRY_COMPARE(selectedThumbnail(), 2);
+
+    // A document with an outline, loaded while the outline tab was never made, opens the
+    // sidebar on it; a tab never shown is still not made.
+    m_tab->setIsSidebarHidden(true);
+    view->loadDocument(write(QStringLiteral("outlined"), 7, true));
+    QTRY_VERIFY(view->document() && view->document()->pageCount() == 7);
+    QTRY_VERIFY(outline() && outline()->isVisible());
+    QCOMPARE(outline()->model()->index(0, 0).data().toString(), QStringLiteral("outlined0"));
+    QCOMPARE(bookmarks->model()->rowCount(), 0);
+    QVERIFY(!sidebar()->madeController(PDFSidebarMode::annotations));
 }
 
 void PDFSidebarFrameTest::thumbnailsFollowTheReaderWhileShown()

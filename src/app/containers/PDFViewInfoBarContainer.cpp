@@ -84,14 +84,12 @@ void PDFViewInfoBarContainer::update_()
     const FDTheme *const theme = FDThemeProvider::current();
     const bool primary = m_contents && m_pdfView && m_pdfView == m_contents->primaryPDFView();
     m_isIndicatorOn = m_contents && m_pdfView && m_pdfView == m_contents->selectedPDFView();
-    FDCommonImageProvider &images = FDCommonImageProvider::shared();
-    const QIcon icon = primary ? (m_isIndicatorOn ? images.primaryIndicatorOnStateIcon()
-                                                  : images.primaryIndicatorOffStateIcon())
-                               : (m_isIndicatorOn ? images.secondaryIndicatorOnStateIcon()
-                                                  : images.secondaryIndicatorOffStateIcon());
-    m_indicatorImgView->setPixmap(
-        icon.pixmap(QSize(FDCommonImageProvider::iconSize, FDCommonImageProvider::iconSize),
-            devicePixelRatioF()));
+    m_isPrimary = primary;
+    // A bar folded away, as it is outside a split, draws its marker when it unfolds: drawing
+    // the letters is a font lookup of its own that the first window can do without.
+    m_markerStale = true;
+    if (height() > 0)
+        drawMarker();
     m_titleTextField->setText(m_pdfView ? m_pdfView->title() : QString());
     QPalette palette = this->palette();
     palette.setColor(QPalette::WindowText,
@@ -102,6 +100,26 @@ void PDFViewInfoBarContainer::update_()
     m_titleTextField->setPalette(palette);
     m_changeButton->setPalette(palette);
     update();
+}
+
+void PDFViewInfoBarContainer::drawMarker()
+{
+    m_markerStale = false;
+    FDCommonImageProvider &images = FDCommonImageProvider::shared();
+    const QIcon icon = m_isPrimary ? (m_isIndicatorOn ? images.primaryIndicatorOnStateIcon()
+                                                      : images.primaryIndicatorOffStateIcon())
+                                   : (m_isIndicatorOn ? images.secondaryIndicatorOnStateIcon()
+                                                      : images.secondaryIndicatorOffStateIcon());
+    m_indicatorImgView->setPixmap(
+        icon.pixmap(QSize(FDCommonImageProvider::iconSize, FDCommonImageProvider::iconSize),
+            devicePixelRatioF()));
+}
+
+void PDFViewInfoBarContainer::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_markerStale && height() > 0)
+        drawMarker();
 }
 
 void PDFViewInfoBarContainer::onChangeButtonClickedWithButton()

@@ -41,12 +41,14 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
     QUrl droppedPDF(const class QMimeData *mime) const;
     void openInView(const QUrl &url);
+    void drawMarker();
 
     QPointer<PDFContents> m_contents;
     QPointer<FDPDFView> m_pdfView;
@@ -54,4 +56,6 @@ private:
     QLabel *m_indicatorImgView = nullptr;
     QPushButton *m_changeButton = nullptr;
     bool m_isIndicatorOn = false;
+    bool m_isPrimary = false;
+    bool m_markerStale = true; // the marker waits for the bar to unfold
 };

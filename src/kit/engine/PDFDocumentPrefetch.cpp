@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -72,23 +73,36 @@ void PDFDocumentPrefetchState::read()
     const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
     if (!mapped)
         return;
-    bool refused = false;
-    {
-        const mu::OpeningScope opening(file.size());
-        PageTree::repairIfDamaged(ctx, doc, QByteArrayView(mapped, file.size()));
-        refused = opening.refused(failure);
+    const QByteArrayView bytes(mapped, file.size());
+    // Reading the first page may be what meets a misplaced object and makes MuPDF repair.
+    const mu::OpeningScope opening(size);
+    bool repaired = true;
+    mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
+    // The check of the objects' places, a pass over the whole file, runs beside the first page's
+    // reading, which only reads: a file that fails it is repaired after, as if checked first.
+    bool placed = true;
+    if (!repaired) {
+        const PageTree::ObjectPlaces places(ctx, doc);
+        std::thread checker;
+        try {
+            checker = std::thread([&] { placed = places.inFile(bytes); });
+        } catch (const std::system_error &) {
+            placed = places.inFile(bytes);
+        }
+        readPage(ctx, 0);
+        if (checker.joinable())
+            checker.join();
     }
+    if (!placed)
+        PageTree::repairIfDamaged(ctx, doc, QByteArrayView());
     file.unmap(const_cast<uchar *>(mapped));
     // The document opens again when it is wanted, and says then why it cannot be read.
-    if (refused) {
+    if (opening.refused(failure)) {
         drop();
         return;
     }
-    bool repaired = true;
     mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
     objectsInPlace = !repaired;
-    if (objectsInPlace)
-        readPage(ctx, 0);
 }
 
 void PDFDocumentPrefetchState::readPage(fz_context *ctx, int index)

@@ -1,5 +1,6 @@
 #include "PageTree.h"
 
+#include <array>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -149,9 +150,17 @@ void touchEveryObject(fz_context *ctx, pdf_document *doc)
         mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, pdf_load_object(ctx, doc, number)); });
 }
 
-bool isSpace(char c)
+// PDF white space: the bytes MuPDF's lexer skips between tokens.
+constexpr std::array<bool, 256> spaceBytes = [] {
+    std::array<bool, 256> table {};
+    for (const unsigned char c : { ' ', '\n', '\r', '\t', '\f', '\0' })
+        table[c] = true;
+    return table;
+}();
+
+inline bool isSpace(char c)
 {
-    return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0';
+    return spaceBytes[static_cast<unsigned char>(c)];
 }
 
 bool isDelimiter(char c)
@@ -160,91 +169,110 @@ bool isDelimiter(char c)
 }
 
 // Reads a decimal number at pos of the size bytes at data, moving past it; -1 when there is none.
-long long readNumber(const char *data, qsizetype size, qsizetype &pos)
+// Called twice for every object of a long file before its first page shows, so it stays inline.
+inline long long readNumber(const char *data, qsizetype size, qsizetype &pos)
 {
     while (pos < size && isSpace(data[pos]))
         ++pos;
-    long long value = -1;
-    for (int digits = 0; pos < size && data[pos] >= '0' && data[pos] <= '9'; ++digits) {
-        if (digits > 12)
+    const qsizetype first = pos;
+    long long value = 0;
+    for (; pos < size; ++pos) {
+        const unsigned digit = static_cast<unsigned char>(data[pos]) - unsigned('0');
+        if (digit > 9)
+            break;
+        if (pos - first > 12)
             return -1;
-        value = (value < 0 ? 0 : value * 10) + (data[pos++] - '0');
+        value = value * 10 + digit;
     }
-    return value;
+    return pos == first ? -1 : value;
 }
 
-struct PlacedObject
+// The entries of a file read from one cross-reference section that MuPDF holds as a single table
+// from object 0 on, as it does for most files once opened; null for any other shape (updates
+// appended, a section with gaps, a local table active), which is asked object by object.
+const pdf_xref_entry *solidTable(pdf_document *doc, int count)
 {
-    int64_t offset = 0;
-    int generation = 0;
-    char type = 0;
-    bool held = false;
-};
+    if (doc->num_xref_sections != 1 || doc->xref_base != 0 || doc->local_xref
+        || !doc->xref_sections)
+        return nullptr;
+    const pdf_xref &xref = doc->xref_sections[0];
+    const pdf_xref_subsec *const sub = xref.subsec;
+    if (!sub || sub->next || sub->start != 0 || sub->len < count || xref.num_objects < count
+        || !sub->table)
+        return nullptr;
+    return sub->table;
+}
+
+// Whether objects numbered [first, last) start where entryOf(number) places them in the file.
+template <typename EntryOf>
+bool placedRange(const EntryOf &entryOf, QByteArrayView file, int first, int last)
+{
+    const char *const data = file.data();
+    const qsizetype size = file.size();
+    for (int number = first; number < last; ++number) {
+        const PlacedObject entry = entryOf(number);
+        if (entry.held || entry.type != 'n')
+            continue;
+        if (entry.offset <= 0 || entry.offset >= size)
+            return false;
+        qsizetype pos = qsizetype(entry.offset);
+        if (readNumber(data, size, pos) != number
+            || readNumber(data, size, pos) != entry.generation)
+            return false;
+        while (pos < size && isSpace(data[pos]))
+            ++pos;
+        // The keyword ends where MuPDF's lexer ends it: "obju" is another word, not "obj".
+        if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0
+            || (pos + 3 < size && !isSpace(data[pos + 3]) && !isDelimiter(data[pos + 3])))
+            return false;
+    }
+    return true;
+}
+
+// placedRange over objects [1, count), the second half on another thread when asked to share.
+template <typename EntryOf>
+bool allPlaced(const EntryOf &entryOf, QByteArrayView file, int count, CheckSharing share)
+{
+    // Most of the time goes into mapping in the file's pages, one fault per few pages: a
+    // caller that waits for the answer has the second half read on another thread.
+    if (share != CheckSharing::Shared || count < SharedCheckFrom)
+        return placedRange(entryOf, file, 1, count);
+    const int middle = count / 2;
+    bool secondHalf = false;
+    std::thread helper;
+    try {
+        helper = std::thread([&] { secondHalf = placedRange(entryOf, file, middle, count); });
+    } catch (const std::system_error &) {
+        return placedRange(entryOf, file, 1, count); // no thread to be had: the caller reads it all
+    }
+    const bool firstHalf = placedRange(entryOf, file, 1, middle);
+    helper.join();
+    return firstHalf && secondHalf;
+}
+
+PlacedObject placedObject(const pdf_xref_entry &entry)
+{
+    // An object MuPDF already holds (a new one, or one met before) is not read again.
+    return { entry.ofs, entry.gen, entry.type, entry.obj != nullptr };
+}
 
 // Whether every object the cross-reference places in the file starts there with its own number,
 // which is what MuPDF checks before it decides to repair. Reads the header only: no object is
 // parsed, so a long sound file pays a few milliseconds instead of loading all its objects. The
-// entries are read in one pass of MuPDF calls, since a try block per object costs as much as
-// the check itself.
+// table is read where MuPDF keeps it when it is one block; otherwise the entries are copied in
+// one pass of MuPDF calls, since a try block per object costs as much as the check itself.
 bool objectsInPlace(fz_context *ctx, pdf_document *doc, QByteArrayView file, CheckSharing share)
 {
     int count = 0;
     mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
     if (count <= 1)
         return true;
-    std::vector<PlacedObject> entries(static_cast<size_t>(count));
-    PlacedObject *const table = entries.data();
-    mu::Error error;
-    mu::run(ctx, error, [&] {
-        for (int number = 1; number < count; ++number) {
-            pdf_xref_entry *entry = pdf_get_xref_entry_no_null(ctx, doc, number);
-            table[number].type = entry->type;
-            table[number].offset = entry->ofs;
-            table[number].generation = entry->gen;
-            // An object MuPDF already holds (a new one, or one met before) is not read again.
-            table[number].held = entry->obj != nullptr;
-        }
-    });
-    if (error.failed)
-        return false;
-    // Objects numbered [first, last) start where the table says.
-    const auto placed = [table, file](int first, int last) {
-        const char *const data = file.data();
-        const qsizetype size = file.size();
-        for (int number = first; number < last; ++number) {
-            const PlacedObject &entry = table[number];
-            if (entry.held || entry.type != 'n')
-                continue;
-            if (entry.offset <= 0 || entry.offset >= size)
-                return false;
-            qsizetype pos = qsizetype(entry.offset);
-            if (readNumber(data, size, pos) != number
-                || readNumber(data, size, pos) != entry.generation)
-                return false;
-            while (pos < size && isSpace(data[pos]))
-                ++pos;
-            // The keyword ends where MuPDF's lexer ends it: "obju" is another word, not "obj".
-            if (pos + 3 > size || std::memcmp(data + pos, "obj", 3) != 0
-                || (pos + 3 < size && !isSpace(data[pos + 3]) && !isDelimiter(data[pos + 3])))
-                return false;
-        }
-        return true;
-    };
-    // Most of the time goes into mapping in the file's pages, one fault per few pages: a
-    // caller that waits for the answer has the second half read on another thread.
-    if (share != CheckSharing::Shared || count < SharedCheckFrom)
-        return placed(1, count);
-    const int middle = count / 2;
-    bool secondHalf = false;
-    std::thread helper;
-    try {
-        helper = std::thread([&] { secondHalf = placed(middle, count); });
-    } catch (const std::system_error &) {
-        return placed(1, count); // no thread to be had: the caller reads it all
-    }
-    const bool firstHalf = placed(1, middle);
-    helper.join();
-    return firstHalf && secondHalf;
+    // Nothing changes the table meanwhile: the caller has the document to itself.
+    if (const pdf_xref_entry *const solid = solidTable(doc, count))
+        return allPlaced(
+            [solid](int number) { return placedObject(solid[number]); }, file, count, share);
+    const ObjectPlaces places(ctx, doc);
+    return places.inFile(file, share);
 }
 
 // Walks the tree from the catalog's /Pages; false when there is no such dictionary.
@@ -309,6 +337,38 @@ bool wasRepaired(fz_context *ctx, pdf_document *doc)
 }
 
 } // namespace
+
+ObjectPlaces::ObjectPlaces(fz_context *ctx, pdf_document *doc)
+{
+    int count = 0;
+    mu::runQuietly(ctx, [&] { count = pdf_xref_len(ctx, doc); });
+    if (count <= 1)
+        return;
+    m_entries.resize(static_cast<size_t>(count));
+    PlacedObject *const table = m_entries.data();
+    if (const pdf_xref_entry *const solid = solidTable(doc, count)) {
+        for (int number = 1; number < count; ++number)
+            table[number] = placedObject(solid[number]);
+        return;
+    }
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        for (int number = 1; number < count; ++number)
+            table[number] = placedObject(*pdf_get_xref_entry_no_null(ctx, doc, number));
+    });
+    m_readable = !error.failed;
+}
+
+bool ObjectPlaces::inFile(QByteArrayView file, CheckSharing share) const
+{
+    if (!m_readable || file.isEmpty())
+        return false;
+    if (m_entries.size() <= 1)
+        return true;
+    const PlacedObject *const table = m_entries.data();
+    return allPlaced(
+        [table](int number) { return table[number]; }, file, int(m_entries.size()), share);
+}
 
 bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file, CheckSharing share)
 {

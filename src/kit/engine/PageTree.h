@@ -9,6 +9,7 @@
 
 #include <QByteArrayView>
 
+#include <cstdint>
 #include <vector>
 
 namespace PageTree {
@@ -23,6 +24,30 @@ struct Result
 // Whether the check of a file's objects may take a second thread: for a caller waiting on it,
 // not for one reading ahead while other threads build the window.
 enum class CheckSharing { Alone, Shared };
+
+// Where the cross-reference places an object in the file.
+struct PlacedObject
+{
+    int64_t offset = 0;
+    int generation = 0;
+    char type = 0;
+    bool held = false; // MuPDF holds the object already, and does not read it again
+};
+
+// A copy of where the cross-reference places every object, taken while the caller holds the
+// document, to be checked against the file on any thread while the document is used meanwhile.
+class ObjectPlaces
+{
+public:
+    ObjectPlaces(fz_context *ctx, pdf_document *doc);
+    // Whether every object starts where it was placed, with its own number, which is what MuPDF
+    // checks before it decides to repair; false also when the table could not be read.
+    bool inFile(QByteArrayView file, CheckSharing share = CheckSharing::Alone) const;
+
+private:
+    std::vector<PlacedObject> m_entries;
+    bool m_readable = true;
+};
 
 // Makes MuPDF meet now, before any page is listed, an object that is not where the
 // cross-reference says (file: the bytes MuPDF reads; empty when they cannot be had, and then

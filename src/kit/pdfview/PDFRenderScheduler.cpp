@@ -129,9 +129,13 @@ public:
                 // The first request this worker may take whose list is not being built by
                 // another worker. The other workers take shown tiles too, first since they rank
                 // first: at a lower priority they leave the main thread its core, and a screen
-                // of two pages, or of a page's tiles, renders side by side.
+                // of two pages, or of a page's tiles, renders side by side. While shown tiles
+                // wait for their page's list, no worker starts on a tile out of view: it would
+                // still be drawing when the list is done and the shown tiles could be shared.
+                const bool shownWaiting = std::any_of(s.pending.begin(), s.pending.end(),
+                    [](const PDFTileRequest &r) { return r.shown; });
                 auto chosen = std::find_if(s.pending.begin(), s.pending.end(), [&](const auto &r) {
-                    return (r.shown || !m_shownOnly)
+                    return (r.shown || (!m_shownOnly && !shownWaiting))
                         && !s.building.count({ r.key.page, r.key.revision });
                 });
                 if (chosen == s.pending.end()) {
@@ -160,7 +164,8 @@ private:
         State &s = *m_state;
         const std::pair<const void *, quint64> id { request.key.page, request.key.revision };
         bool failed = false;
-        if (!list) {
+        const bool building = !list;
+        if (building) {
             list = request.source ? request.source->buildDisplayList(cancel.get()) : nullptr;
             failed = !list && !cancel->isCancelled();
             const std::lock_guard lock(s.mutex);
@@ -173,6 +178,12 @@ private:
             }
             if (failed)
                 s.failed.insert(id);
+        }
+        // The page's other tiles can start on other workers while this one draws its own.
+        if (building && list) {
+            PDFRenderScheduler *const owner = s.owner;
+            QMetaObject::invokeMethod(
+                owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
         }
         QImage image;
         if (list) {

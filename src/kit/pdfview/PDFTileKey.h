@@ -11,7 +11,7 @@
 struct PDFTileKey
 {
     // Tiles are squares of this many device pixels, except at the right and bottom edges.
-    static constexpr int TileSize = 1024;
+    static constexpr int TileSize = 512;
 
     const void *page = nullptr;
     quint64 revision = 0;

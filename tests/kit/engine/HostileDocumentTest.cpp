@@ -323,8 +323,12 @@ private slots:
         check(*fromData, fromData->initWithData(bytes));
         auto fromFile = std::make_shared<PDFDocument>();
         check(*fromFile, fromFile->initWithURL(QUrl::fromLocalFile(path)));
-        // As at start-up, when the file is read ahead on another thread.
+        // As at start-up, when the file is read ahead on another thread, which meets the
+        // damage as it reads the first page when the window takes its time.
         const PDFDocumentPrefetch prefetch(path);
+        bool read = false;
+        if (PDFDocumentPrefetch::notifyWhenRead(path, this, [&read] { read = true; }))
+            QTRY_VERIFY(read);
         auto readAhead = std::make_shared<PDFDocument>();
         check(*readAhead, readAhead->initWithURL(QUrl::fromLocalFile(path)));
     }

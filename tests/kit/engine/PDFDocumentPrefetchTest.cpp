@@ -39,6 +39,17 @@ bool writeBytes(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
+// The file with the cross-reference's entry of object number pointing one byte past its start.
+QByteArray withObjectOutOfPlace(QByteArray bytes, int number)
+{
+    const qsizetype table = bytes.lastIndexOf("\nxref\n");
+    const qsizetype entries = bytes.indexOf('\n', table + 6) + 1;
+    const qsizetype entry = entries + 20 * number;
+    const qlonglong offset = bytes.mid(entry, 10).toLongLong();
+    bytes.replace(entry, 10, QByteArray::number(offset + 1).rightJustified(10, '0'));
+    return bytes;
+}
+
 } // namespace
 
 class PDFDocumentPrefetchTest : public QObject
@@ -56,29 +67,78 @@ private slots:
 void PDFDocumentPrefetchTest::opensTheSameDocument_data()
 {
     QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("repaired");
     const QByteArray standard = PdfFixtures::build(PdfFixtures::standard());
-    QTest::newRow("six pages") << standard;
+    QTest::newRow("six pages") << standard << false;
     // Long enough for the page tree to be walked as pages are asked for.
-    QTest::newRow("long") << PdfFixtures::build(PdfFixtures::textPages(700, 3));
-    QTest::newRow("damaged") << PdfFixtures::withoutXref(standard);
+    QTest::newRow("long") << PdfFixtures::build(PdfFixtures::textPages(700, 3)) << false;
+    QTest::newRow("damaged") << PdfFixtures::withoutXref(standard) << true;
+    // Found out of place while the first page is read ahead, and repaired as if found first.
+    QTest::newRow("object out of place") << withObjectOutOfPlace(standard, 4) << true;
+    QTest::newRow("long, last object out of place")
+        << withObjectOutOfPlace(PdfFixtures::build(PdfFixtures::textPages(700, 3)), 1400) << true;
+    // A broken first page whose array the repair's rescan reads on into the second page: the
+    // pages reached before the repair are put back, whoever meets the damage first.
+    QTest::newRow("page lost by the rescan") << QByteArray(
+        "%PDF-1.7\n"
+        "1 0 obj\n"
+        "<< /Type /Catalog /Pages 2 0 R >>\n"
+        "endobj\n"
+        "2 0 obj\n"
+        "<< /Type /Pages /Kids [4 0 R 5 0 R] /Count 2 >>\n"
+        "endobj\n"
+        "4 0 obj\n"
+        "<< /Type /Page /Parent 2 0 R /Annots [9 0psh >>\n"
+        "endobj\n"
+        "5 0 obj\n"
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 290 300] /Rotate 90 /Resources 7 0 R >>\n"
+        "endobj\n"
+        "6 0 obj\n"
+        "[ 1 ] ]\n"
+        "endobj\n"
+        "7 0 obju<< >>\n"
+        "endobj\n"
+        "xref\n"
+        "0 8\n"
+        "0000000000 65535 f \n"
+        "0000000009 00000 n \n"
+        "0000000058 00000 n \n"
+        "0000000000 65535 f \n"
+        "0000000121 00000 n \n"
+        "0000000184 00000 n \n"
+        "0000000283 00000 n \n"
+        "0000000306 00000 n \n"
+        "trailer\n"
+        "<< /Size 8 /Root 1 0 R >>\n"
+        "startxref\n"
+        "327\n"
+        "%%EOF\n") << true;
 }
 
 void PDFDocumentPrefetchTest::opensTheSameDocument()
 {
     QFETCH(QByteArray, bytes);
+    QFETCH(bool, repaired);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("read.pdf"));
     QVERIFY(writeBytes(path, bytes));
     const Opened direct = open(path);
     QVERIFY(direct.pages > 0);
+    QCOMPARE(direct.repaired, repaired);
 
-    const PDFDocumentPrefetch prefetch(path);
-    const Opened ahead = open(path);
-    QVERIFY(prefetch.taken());
-    QCOMPARE(ahead.pages, direct.pages);
-    QCOMPARE(ahead.repaired, direct.repaired);
-    QCOMPARE(ahead.first, direct.first);
-    QCOMPARE(ahead.last, direct.last);
+    // Taken at once, and taken once the reading thread has read the first page too.
+    for (const bool waited : { false, true }) {
+        const PDFDocumentPrefetch prefetch(path);
+        bool read = false;
+        if (waited && PDFDocumentPrefetch::notifyWhenRead(path, this, [&read] { read = true; }))
+            QTRY_VERIFY(read);
+        const Opened ahead = open(path);
+        QVERIFY(prefetch.taken());
+        QCOMPARE(ahead.pages, direct.pages);
+        QCOMPARE(ahead.repaired, direct.repaired);
+        QCOMPARE(ahead.first, direct.first);
+        QCOMPARE(ahead.last, direct.last);
+    }
 }
 
 void PDFDocumentPrefetchTest::changedFileIsReadAgain()

@@ -198,19 +198,26 @@ private slots:
     }
 
     // Files of many objects, their check shared between two threads: an object out of place in
-    // either half is found and repaired before any page is listed.
+    // either half is found and repaired before any page is listed, whether the file is one
+    // table of objects or has an update appended that replaces one of them.
     void objectsOutOfPlaceAreFoundInLongFiles_data()
     {
         QTest::addColumn<int>("misplaced"); // object number whose offset is off by one; 0: none
+        QTest::addColumn<int>("update"); // 0: none; 1: object 4 replaced; 2: and out of place
         QTest::addColumn<bool>("repaired");
-        QTest::newRow("sound") << 0 << false;
-        QTest::newRow("early object") << 5000 << true;
-        QTest::newRow("late object") << 39000 << true;
-        QTest::newRow("last object") << 39999 << true;
+        QTest::newRow("sound") << 0 << 0 << false;
+        QTest::newRow("early object") << 5000 << 0 << true;
+        QTest::newRow("late object") << 39000 << 0 << true;
+        QTest::newRow("last object") << 39999 << 0 << true;
+        QTest::newRow("sound, updated") << 0 << 1 << false;
+        QTest::newRow("early object, updated") << 5000 << 1 << true;
+        QTest::newRow("last object, updated") << 39999 << 1 << true;
+        QTest::newRow("replaced object out of place") << 0 << 2 << true;
     }
     void objectsOutOfPlaceAreFoundInLongFiles()
     {
         QFETCH(int, misplaced);
+        QFETCH(int, update);
         QFETCH(bool, repaired);
         constexpr int Objects = 40000;
         QByteArray bytes("%PDF-1.7\n");
@@ -232,7 +239,17 @@ private slots:
         }
         bytes += "trailer\n<</Size " + QByteArray::number(Objects) + "/Root 1 0 R>>\nstartxref\n"
             + QByteArray::number(xref) + "\n%%EOF\n";
-        const QString path = dir.filePath(QStringLiteral("long-%1.pdf").arg(misplaced));
+        if (update > 0) {
+            const qsizetype replaced = bytes.size() + (update == 2 ? 1 : 0);
+            bytes += "4 0 obj\n<</N 4/Replaced true>>\nendobj\n";
+            const qsizetype updateXref = bytes.size();
+            bytes += "xref\n4 1\n" + QByteArray::number(replaced).rightJustified(10, '0')
+                + " 00000 n \ntrailer\n<</Size " + QByteArray::number(Objects) + "/Root 1 0 R/Prev "
+                + QByteArray::number(xref) + ">>\nstartxref\n" + QByteArray::number(updateXref)
+                + "\n%%EOF\n";
+        }
+        const QString path
+            = dir.filePath(QStringLiteral("long-%1-%2.pdf").arg(misplaced).arg(update));
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(bytes);
