@@ -130,6 +130,40 @@ private slots:
         QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
+    // A worker that keeps the document busy, recording one display list after another, does not
+    // put a release off: what the pages passed left behind is given back while it works.
+    void releaseGoesThroughWhileAWorkerIsInside()
+    {
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto inView = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(inView);
+        const QImage shown = draw(*inView);
+        for (int i = 1; i <= 2 * ReleaseEvery; ++i) {
+            QVERIFY(
+                !draw(*document->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox)).isNull());
+        }
+        const qint64 beforeRelease = heapInUse();
+        std::atomic<bool> stop { false };
+        std::atomic<int> recorded { 0 };
+        std::thread worker([&] {
+            while (!stop) {
+                if (inView->buildDisplayList())
+                    ++recorded;
+            }
+        });
+        QTRY_VERIFY(recorded > 0);
+        const bool released = document->releaseCachedContent();
+        QThreadPool::globalInstance()->waitForDone();
+        stop = true;
+        worker.join();
+        QVERIFY(released);
+        // The appearances made up for the fields of the pages passed alone hold megabytes.
+        const qint64 freed = beforeRelease - heapInUse();
+        QVERIFY2(freed > 1024 * 1024, qPrintable(QStringLiteral("%1 bytes freed").arg(freed)));
+        QCOMPARE(draw(*inView), shown);
+    }
+
     // Render workers live side by side and take turns as the pages they are given come and go:
     // each records and draws its pages, holds their display lists while they are near the
     // view, then lets them go. The memory one gave back is what the next one uses, so later
