@@ -8,6 +8,7 @@
 #include "BenchCommand.h"
 
 #include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFEngineInfo.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFView.h>
 
@@ -21,6 +22,7 @@
 #include <QPainter>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -31,9 +33,12 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <thread>
 #include <vector>
+
+#include <malloc.h>
 
 namespace {
 
@@ -100,6 +105,47 @@ private:
     std::atomic<bool> m_stop { false };
     std::thread m_watcher;
 };
+
+// The C library's heaps as "arena:size/free" in megabytes, then the large blocks it mapped
+// apart, for FOLIDOC_BENCH_TRACE: which heap holds memory that is free but not given back.
+QString heapSummary()
+{
+    char *text = nullptr;
+    size_t length = 0;
+    FILE *stream = open_memstream(&text, &length);
+    if (!stream)
+        return {};
+    malloc_info(0, stream);
+    std::fclose(stream);
+    const QString xml = QString::fromUtf8(text, qsizetype(length));
+    std::free(text);
+    const auto mb = [](qint64 bytes) { return QString::number(double(bytes) / (1 << 20), 'f', 1); };
+    QString summary;
+    qint64 allSize = 0;
+    qint64 allFree = 0;
+    for (const QString &heap : xml.split(QStringLiteral("<heap nr="))) {
+        if (!heap.startsWith(u'"'))
+            continue;
+        const QString body = heap.section(QStringLiteral("</heap>"), 0, 0);
+        qint64 free = 0;
+        static const QRegularExpression total(
+            QStringLiteral("<total type=\"(?:fast|rest)\" count=\"\\d+\" size=\"(\\d+)\""));
+        for (auto it = total.globalMatch(body); it.hasNext();)
+            free += it.next().captured(1).toLongLong();
+        static const QRegularExpression current(
+            QStringLiteral("<system type=\"current\" size=\"(\\d+)\""));
+        const qint64 size = current.match(body).captured(1).toLongLong();
+        allSize += size;
+        allFree += free;
+        summary += QStringLiteral(" %1:%2/%3").arg(heap.section(u'"', 1, 1), mb(size), mb(free));
+    }
+    static const QRegularExpression mapped(
+        QStringLiteral("<total type=\"mmap\" count=\"(\\d+)\" size=\"(\\d+)\""));
+    const auto match = mapped.match(xml.section(QStringLiteral("</heap>"), -1));
+    return QStringLiteral("heaps %1/%2 mapped %3x%4 |%5")
+        .arg(mb(allSize), mb(allFree), match.captured(1), mb(match.captured(2).toLongLong()),
+            summary);
+}
 
 // Runs the event loop until the view shows exact tiles everywhere, or the time is up.
 bool waitRendered(PDFView &view, int timeoutMs)
@@ -252,7 +298,8 @@ int viewBench(const QStringList &arguments, bool timed)
                 err << "page " << (current ? document->indexForPage(current) : -1) << " rss "
                     << processMegabytes("VmRSS:") << " peak " << processMegabytes("VmHWM:")
                     << " tiles " << double(view.tileCache().pixelCount()) * 4 / (1024 * 1024)
-                    << Qt::endl;
+                    << " engine " << double(PDFEngineInfo::heldBytes()) / (1 << 20) << ' '
+                    << heapSummary() << Qt::endl;
             }
         }
     };

@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <vector>
 
 #include <malloc.h>
 
@@ -546,30 +547,32 @@ bool PDFDocument::releaseCachedContent()
     static std::atomic<bool> releasing { false };
     if (releasing)
         return false;
-    {
-        const std::unique_lock lock(d->handle->mutex(), std::try_to_lock);
-        if (!lock.owns_lock())
-            return false;
-        fz_context *ctx = mu::context();
-        for (const auto &page : d->pages) {
-            PDFPagePrivate &pd = *page->d;
-            if (pd.handle != d->handle)
-                continue;
-            pd.text.reset();
-            // Annotations point into their loaded page; workers hold their own reference.
-            if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved) {
-                pdf_page *const dropped = std::exchange(pd.page, nullptr);
-                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &dropped->super); });
-            }
-        }
+    // The pages are let go here, where the model lives, and dropped under the lock on the pool
+    // thread: a worker inside the document delays the release there, never the reader here.
+    std::vector<pdf_page *> dropped;
+    for (const auto &page : d->pages) {
+        PDFPagePrivate &pd = *page->d;
+        if (pd.handle != d->handle)
+            continue;
+        pd.text.reset();
+        // Annotations point into their loaded page; workers hold their own reference.
+        if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved)
+            dropped.push_back(std::exchange(pd.page, nullptr));
     }
-    // The rest takes milliseconds: a pool thread does it, so that scrolling never waits.
+    // The rest takes milliseconds: a pool thread does it, so that scrolling never waits. It goes
+    // in pieces, each under the lock no longer than it needs, so that the main thread asking for
+    // the document waits for one piece at most.
     releasing = true;
-    QThreadPool::globalInstance()->start([handle = d->handle] {
+    QThreadPool::globalInstance()->start([handle = d->handle, dropped = std::move(dropped)] {
+        fz_context *ctx = mu::context();
+        pdf_document *const doc = handle->doc();
         {
             const mu::Lock lock(handle->mutex());
-            fz_context *ctx = mu::context();
-            pdf_document *const doc = handle->doc();
+            for (pdf_page *page : dropped)
+                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
+        }
+        {
+            const mu::Lock lock(handle->mutex());
             // Appearances MuPDF makes up for fields and annotations that have none pile up in
             // a section of their own with every page loaded, and it never drops them while the
             // document is read: dropped here, then made again at once for the pages still open
@@ -581,18 +584,25 @@ bool PDFDocument::releaseCachedContent()
                         pdf_update_page(ctx, reinterpret_cast<pdf_page *>(doc->super.open));
                 }
             });
+        }
+        {
+            const mu::Lock lock(handle->mutex());
+            // An edited object may be held by the cross-reference table alone: it stays.
             mu::runQuietly(ctx, [&] {
-                // An edited object may be held by the cross-reference table alone: it stays.
                 if (!pdf_has_unsaved_changes(ctx, doc))
                     pdf_clear_xref(ctx, doc);
-                fz_purge_glyph_cache(ctx);
-                // The store counts a font by its descriptor, not by its file and FreeType face,
-                // so its limit never bites on documents that embed many fonts: emptied here, it
-                // keeps what the pages in view hold through their display lists.
-                fz_empty_store(ctx);
             });
-            g_heldAfterRelease = mu::liveBytes();
         }
+        // The glyph cache and the store have locks of their own: MuPDF empties them from
+        // whatever thread runs short of memory, inside no document.
+        mu::runQuietly(ctx, [&] {
+            fz_purge_glyph_cache(ctx);
+            // The store counts a font by its descriptor, not by its file and FreeType face,
+            // so its limit never bites on documents that embed many fonts: emptied here, it
+            // keeps what the pages in view hold through their display lists.
+            fz_empty_store(ctx);
+        });
+        g_heldAfterRelease = mu::liveBytes();
         // Freed pages of the heap go back to the system.
         malloc_trim(0);
         releasing = false;

@@ -105,8 +105,8 @@ public:
     // more (only while nothing is unsaved), the appearances made up for fields and annotations
     // that have none (made again for the pages still open), rendered glyphs and MuPDF's store of
     // fonts and images (shared by every document). Pages reload on their next use. False, doing
-    // nothing, while a worker is inside the document or a release still runs: it never waits. Main
-    // thread; the view calls it as the reader moves on through a long document.
+    // nothing, while a release still runs: it never waits, for that or for a worker inside the
+    // document. Main thread; the view calls it as the reader moves on through a long document.
     bool releaseCachedContent();
     // What the engine holds for all documents beyond what it held after the last release, in
     // bytes: fonts count little in MuPDF's store, so pages rich in fonts grow it past its limit.

@@ -1,6 +1,7 @@
 #include "PDFEngineInfo.h"
 
 #include "mupdf/MuContext.h"
+#include "mupdf/WorkBudget.h"
 
 #include <mupdf/fitz/version.h>
 
@@ -12,4 +13,9 @@ QString PDFEngineInfo::libraryVersion()
 size_t PDFEngineInfo::storeBytes()
 {
     return mu::storeBytes();
+}
+
+qint64 PDFEngineInfo::heldBytes()
+{
+    return mu::liveBytes();
 }

@@ -4,6 +4,7 @@
 // how it is set up, for benchmarks that compare it with the library used directly.
 
 #include <QString>
+#include <QtGlobal>
 
 #include <cstddef>
 
@@ -13,5 +14,7 @@ namespace PDFEngineInfo {
 QString libraryVersion();
 // The most the library's cache of decoded fonts, images and resources holds, in bytes.
 size_t storeBytes();
+// The bytes the library holds now, in all threads, for benchmarks that tell where memory goes.
+qint64 heldBytes();
 
 } // namespace PDFEngineInfo

@@ -331,7 +331,7 @@ void PDFView::releaseCachedContent()
 {
     if (!m_document)
         return;
-    // A worker inside the document: try again shortly rather than wait for it.
+    // The last release still runs: try again shortly rather than wait for it.
     if (!m_document->releaseCachedContent()) {
         m_releaseTimer.start();
         return;

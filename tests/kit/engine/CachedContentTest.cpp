@@ -1,6 +1,7 @@
 // What the engine keeps of the pages read and gives back when asked: reading a long document
 // page by page, with releases as the view makes them, holds no more at the end than after the
-// first pages, and what is still on screen draws the same after a release.
+// first pages, and what is still on screen draws the same after a release; render threads that
+// take turns reuse the memory the others gave back.
 
 #include <support/PdfFixtures.h>
 
@@ -13,7 +14,12 @@
 #include <QThreadPool>
 #include <QtTest>
 
+#include <QFile>
+
 #include <malloc.h>
+
+#include <semaphore>
+#include <thread>
 
 namespace {
 
@@ -45,6 +51,19 @@ PdfFixtures::Document formPages()
 qint64 heapInUse()
 {
     return qint64(mallinfo2().uordblks);
+}
+
+// The process's resident memory now, in bytes.
+qint64 residentBytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+    }
+    return 0;
 }
 
 QImage draw(const PDFPageRenderSource &source)
@@ -108,6 +127,96 @@ private slots:
         QVERIFY(release(*document));
         // Made-up appearances of every field read would hold several megabytes here.
         const qint64 growth = heapInUse() - afterFirstPages;
+        QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+
+    // A worker that keeps the document busy, recording one display list after another, does not
+    // put a release off: what the pages passed left behind is given back while it works.
+    void releaseGoesThroughWhileAWorkerIsInside()
+    {
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto inView = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(inView);
+        const QImage shown = draw(*inView);
+        for (int i = 1; i <= 2 * ReleaseEvery; ++i) {
+            QVERIFY(
+                !draw(*document->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox)).isNull());
+        }
+        const qint64 beforeRelease = heapInUse();
+        std::atomic<bool> stop { false };
+        std::atomic<int> recorded { 0 };
+        std::thread worker([&] {
+            while (!stop) {
+                if (inView->buildDisplayList())
+                    ++recorded;
+            }
+        });
+        QTRY_VERIFY(recorded > 0);
+        const bool released = document->releaseCachedContent();
+        QThreadPool::globalInstance()->waitForDone();
+        stop = true;
+        worker.join();
+        QVERIFY(released);
+        // The appearances made up for the fields of the pages passed alone hold megabytes.
+        const qint64 freed = beforeRelease - heapInUse();
+        QVERIFY2(freed > 1024 * 1024, qPrintable(QStringLiteral("%1 bytes freed").arg(freed)));
+        QCOMPARE(draw(*inView), shown);
+    }
+
+    // Render workers live side by side and take turns as the pages they are given come and go:
+    // each records and draws its pages, holds their display lists while they are near the
+    // view, then lets them go. The memory one gave back is what the next one uses, so later
+    // turns add nothing to what the first one needed.
+    void renderThreadsTakingTurnsShareWhatTheyGiveBack()
+    {
+        constexpr int Threads = 4;
+        constexpr int PagesPerTurn = 40;
+        QTemporaryDir textDir;
+        const QString textPath = textDir.filePath(QStringLiteral("text.pdf"));
+        PdfFixtures::Document text = PdfFixtures::textPages(Threads * PagesPerTurn, 60, 0);
+        for (PdfFixtures::Page &page : text.pages)
+            page.textObjectPerLine = true;
+        QVERIFY(PdfFixtures::write(text, textPath));
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(textPath)));
+        std::vector<std::shared_ptr<PDFPageRenderSource>> sources;
+        for (int i = 0; i < document->pageCount(); ++i)
+            sources.push_back(document->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox));
+
+        std::binary_semaphore turnDone { 0 };
+        std::vector<std::unique_ptr<std::binary_semaphore>> turns;
+        std::atomic<int> failures { 0 };
+        std::vector<std::thread> workers;
+        for (int t = 0; t < Threads; ++t) {
+            turns.push_back(std::make_unique<std::binary_semaphore>(0));
+            workers.emplace_back([&, t] {
+                turns[size_t(t)]->acquire();
+                std::vector<std::shared_ptr<PDFDisplayList>> near;
+                for (int i = t * PagesPerTurn; i < (t + 1) * PagesPerTurn; ++i) {
+                    near.push_back(sources[size_t(i)]->buildDisplayList());
+                    QImage image(306, 396, QImage::Format_ARGB32_Premultiplied);
+                    if (!near.back()
+                        || !near.back()->render(
+                            image, sources[size_t(i)]->geometry().pageToView(0.5)))
+                        ++failures;
+                }
+                near.clear();
+                turnDone.release();
+            });
+        }
+        qint64 afterFirstTurn = 0;
+        for (int t = 0; t < Threads; ++t) {
+            turns[size_t(t)]->release();
+            turnDone.acquire();
+            if (t == 0)
+                afterFirstTurn = residentBytes();
+        }
+        for (std::thread &worker : workers)
+            worker.join();
+        QCOMPARE(failures.load(), 0);
+        // Each worker keeping the free memory of its own turn would hold several megabytes more.
+        const qint64 growth = residentBytes() - afterFirstTurn;
         QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 

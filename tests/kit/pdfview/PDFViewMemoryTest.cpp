@@ -4,6 +4,7 @@
 #include "support/PdfFixtures.h"
 
 #include <kit/engine/PDFDocument.h>
+#include <kit/engine/PDFEngineInfo.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/pdfview/PDFView.h>
 
@@ -41,6 +42,40 @@ PdfFixtures::Image pagePicture(int page)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "JPEG", 80);
     return { raw.width, raw.height, jpeg, true };
+}
+
+// Pages that each embed two font files of their own, as documents put together from many others
+// do; the fonts are a TrueType file of the system's.
+QByteArray ownFontPages(int count, const QByteArray &font)
+{
+    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>", {} };
+    QByteArray kids;
+    const auto number = [](qint64 n) { return QByteArray::number(n); };
+    for (int i = 0; i < count; ++i) {
+        const int page = int(objects.size()) + 1;
+        const auto ref = [&](int offset) { return number(page + offset) + " 0 R"; };
+        kids += ref(0) + ' ';
+        const QByteArray text = "BT /F0 28 Tf 72 700 Td (Page " + number(i + 1)
+            + " in fonts of its own) Tj /F1 20 Tf 0 -40 Td (and a second one) Tj ET";
+        objects << "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << "
+                   "/F0 "
+                + ref(2) + " /F1 " + ref(5) + " >> >> /Contents " + ref(1) + " >>"
+                << "<< /Length " + number(text.size()) + " >>\nstream\n" + text + "\nendstream";
+        for (int f = 0; f < 2; ++f) {
+            const QByteArray name = "/Own" + number(i) + '-' + number(f);
+            const int at = 2 + 3 * f;
+            objects << "<< /Type /Font /Subtype /TrueType /BaseFont " + name
+                    + " /Encoding /WinAnsiEncoding /FontDescriptor " + ref(at + 1) + " >>"
+                    << "<< /Type /FontDescriptor /FontName " + name
+                    + " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 "
+                      "/Descent -236 /CapHeight 729 /StemV 80 /FontFile2 "
+                    + ref(at + 2) + " >>"
+                    << "<< /Length " + number(font.size()) + " /Length1 " + number(font.size())
+                    + " >>\nstream\n" + font + "\nendstream";
+        }
+    }
+    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + number(count) + " >>";
+    return PdfFixtures::fromObjects(objects);
 }
 
 } // namespace
@@ -85,6 +120,48 @@ private slots:
         // Pictures decoded, pages loaded, display lists and tiles of the pages passed would
         // hold far more than this if any of them grew with the pages visited.
         QTRY_VERIFY_WITH_TIMEOUT(residentBytes() - firstScreens < 40LL * 1024 * 1024, 5000);
+    }
+
+    // MuPDF's store counts a font by its descriptor alone, so its own limit never bites on fonts:
+    // the view gives back what the pages passed left once it adds up, and what the engine holds
+    // stays near what the first pages needed all through the document.
+    void fontsOfThePagesPassedDoNotPileUp()
+    {
+        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+        if (!fontFile.open(QIODevice::ReadOnly))
+            QSKIP("DejaVu Sans is not installed");
+        const QByteArray font = fontFile.readAll();
+        constexpr int Pages = 80;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(ownFontPages(Pages, font));
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+
+        PDFView view;
+        view.resize(800, 600);
+        view.show();
+        view.setDocument(document);
+        QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
+        QScrollBar *bar = view.verticalScrollBar();
+        qint64 firstPages = 0;
+        qint64 most = 0;
+        while (bar->value() < bar->maximum()) {
+            bar->setValue(bar->value() + bar->pageStep());
+            QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
+            if (document->indexForPage(view.currentPage()) < 4)
+                firstPages = PDFEngineInfo::heldBytes();
+            else
+                most = std::max(most, PDFEngineInfo::heldBytes());
+        }
+        QCOMPARE(document->indexForPage(view.currentPage()), Pages - 1);
+        // Each font read costs its file and more; keeping those of a few screens is the bound.
+        const qint64 growth = most - firstPages;
+        QVERIFY2(
+            growth < 15LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 };
 

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <thread>
 
+#include <malloc.h>
+
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <time.h>
@@ -94,6 +96,12 @@ void silence(fz_context *ctx)
     fz_set_error_callback(ctx, quietSink, nullptr);
     fz_set_warning_callback(ctx, quietSink, nullptr);
 }
+
+// MuPDF takes its allocation lock around every malloc and free, so heaps of the C library per
+// thread buy its render workers no speed: each heap only keeps the free memory of its own
+// thread's highest need, and the process holds the sum of those peaks. One heap for all threads
+// reuses whatever any thread freed. Set as the library loads, before any thread starts.
+const bool g_oneHeap = mallopt(M_ARENA_MAX, 1) == 1;
 
 // The library is loaded on the main thread, so this is the main thread's id.
 const std::thread::id g_mainThread = std::this_thread::get_id();
