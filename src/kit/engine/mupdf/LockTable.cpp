@@ -49,6 +49,10 @@ bool membarrierUsable()
         && syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0;
 }
 
+// Registering for the barrier takes a moment's wait for every processor once the process has
+// threads (ten milliseconds here), and nothing before: so it is done as the library loads.
+const bool g_barrierRegistered = membarrierUsable();
+
 std::mutex &biasMutex()
 {
     static std::mutex mutex;
@@ -58,7 +62,7 @@ std::mutex &biasMutex()
 } // namespace
 
 LockTable::LockTable(int biasAfter)
-    : m_mayBias(membarrierUsable())
+    : m_mayBias(g_barrierRegistered)
     , m_biasAfter(biasAfter)
 { }
 
@@ -181,11 +185,13 @@ void LockTable::unlockShared(int index)
         return;
     }
     Slot &slot = m_slots[index];
-    const bool bias = index == 0 && slot.streak >= m_biasAfter && m_mayBias;
+    // Only a thread about to hold no lock may take the bias.
+    const bool bias = index == 0 && t_sharedDepth == 1 && slot.streak >= m_biasAfter && m_mayBias;
     if (bias)
         slot.streak = 0;
     release(slot);
-    if (--t_sharedDepth == 0 && bias)
+    --t_sharedDepth;
+    if (bias)
         tryToBias(selfId());
 }
 
