@@ -40,19 +40,24 @@ class alignas(64) TableLock
 public:
     void lock()
     {
-        if (m_held.exchange(1, std::memory_order_acquire) == 0)
-            return;
-        lockContended();
+        if (m_held.exchange(1, std::memory_order_acquire) != 0) [[unlikely]]
+            lockContended();
     }
     void unlock()
     {
         m_held.store(0, std::memory_order_release);
-        if (m_sleepers.load(std::memory_order_relaxed) > 0)
-            syscall(SYS_futex, &m_held, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+        if (m_sleepers.load(std::memory_order_relaxed) > 0) [[unlikely]]
+            wakeSleeper();
     }
 
 private:
-    void lockContended()
+    // Out of line, so that the uncontended paths need no stack frame.
+    __attribute__((noinline, cold)) void wakeSleeper()
+    {
+        syscall(SYS_futex, &m_held, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+    }
+
+    __attribute__((noinline, cold)) void lockContended()
     {
         for (int spin = 0; spin < 100; ++spin) {
             relax();
@@ -76,14 +81,15 @@ static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_al
 
 TableLock g_locks[FZ_LOCK_MAX];
 
-void lockTable(void *, int lock)
+// MuPDF hands back the table as the callbacks' user pointer, which spares reading its address.
+void lockTable(void *table, int lock)
 {
-    g_locks[lock].lock();
+    static_cast<TableLock *>(table)[lock].lock();
 }
 
-void unlockTable(void *, int lock)
+void unlockTable(void *table, int lock)
 {
-    g_locks[lock].unlock();
+    static_cast<TableLock *>(table)[lock].unlock();
 }
 
 // MuPDF prints every error and warning, handled or not; the engine reports the failures it
@@ -103,8 +109,12 @@ void silence(fz_context *ctx)
 // reuses whatever any thread freed. Set as the library loads, before any thread starts.
 const bool g_oneHeap = mallopt(M_ARENA_MAX, 1) == 1;
 
-// The library is loaded on the main thread, so this is the main thread's id.
-const std::thread::id g_mainThread = std::this_thread::get_id();
+// The library is loaded on the main thread, so this is the main thread's id; the main thread's
+// MuPDF memory counts from then on.
+const std::thread::id g_mainThread = [] {
+    countThreadBytes();
+    return std::this_thread::get_id();
+}();
 
 // MuPDF's cache of decoded images and fonts. The reading view keeps its own tile cache, so a
 // quarter of MuPDF's default is enough and keeps memory flat through photo documents.
@@ -114,7 +124,7 @@ fz_context *baseContext()
 {
     // Never dropped: objects may still be released while the process ends.
     static fz_context *const base = [] {
-        static const fz_locks_context locks { nullptr, lockTable, unlockTable };
+        static const fz_locks_context locks { g_locks, lockTable, unlockTable };
         fz_context *ctx = fz_new_context(budgetAllocator(), &locks, StoreBytes);
         if (!ctx) {
             std::fputs("MuPDF context could not be created\n", stderr);
@@ -133,7 +143,7 @@ struct ThreadContext
     {
         if (ctx)
             fz_drop_context(ctx);
-        publishThreadBytes();
+        endThreadBytes();
     }
 };
 
@@ -156,6 +166,7 @@ fz_context *context()
     if (std::this_thread::get_id() == g_mainThread)
         return baseContext();
     if (!t_context.ctx) {
+        countThreadBytes();
         t_context.ctx = fz_clone_context(baseContext());
         if (!t_context.ctx) {
             std::fputs("MuPDF context could not be cloned\n", stderr);

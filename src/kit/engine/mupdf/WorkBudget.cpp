@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -23,40 +24,48 @@ qint64 blockBytes(void *block)
     return static_cast<qint64>(malloc_usable_size(block));
 }
 
-// Bytes MuPDF holds in all threads. Each thread adds its changes in steps of at least
-// PublishStep, so that allocating costs no shared write; what a thread has not added yet is added
-// when its MuPDF context ends.
-constexpr qint64 PublishStep = 64 << 10;
-std::atomic<qint64> g_live { 0 };
+// The ceiling of a thread outside any limited scope: never reached, and far enough from the
+// type's end that subtracting a count (negative where a thread frees what others allocated) never
+// overflows.
+constexpr qint64 NoCeiling = std::numeric_limits<qint64>::max() / 2;
 
 // One thread's count and scope. Every MuPDF allocation reads it, so it is one plain struct in the
 // static TLS block (the library is linked, never loaded later): a read is one instruction, with
-// no TLS lookup call and no guard of a destructor.
+// no TLS lookup call and no guard of a destructor. Only its thread writes live, which
+// liveBytes() reads from others as it is, so a block costs no shared write.
 struct ThreadBudget
 {
     qint64 live; // bytes allocated minus bytes freed by this thread
-    qint64 base; // live when the innermost scope began
-    qint64 limit; // 0: no limit
-    qint64 unpublished; // live changes not yet added to g_live
+    qint64 ceiling; // what live may reach in the innermost scope; NoCeiling: no limit
     bool exceeded;
+    bool counted; // in the list of threads liveBytes() sums
+    ThreadBudget *next;
 };
-__attribute__((tls_model("initial-exec"))) thread_local constinit ThreadBudget t_budget {};
+__attribute__((tls_model("initial-exec"))) thread_local constinit ThreadBudget t_budget { 0,
+    NoCeiling, false, false, nullptr };
 
-void count(ThreadBudget &budget, qint64 change)
+// The threads with a MuPDF context, and what ended ones left behind.
+constinit std::mutex g_threadsMutex;
+constinit ThreadBudget *g_threads = nullptr; // guarded by g_threadsMutex
+constinit qint64 g_endedBytes = 0; // guarded by g_threadsMutex
+
+qint64 liveOf(const ThreadBudget &budget)
 {
-    budget.live += change;
-    const qint64 pending = budget.unpublished + change;
-    if (pending >= PublishStep || pending <= -PublishStep) {
-        g_live.fetch_add(pending, std::memory_order_relaxed);
-        budget.unpublished = 0;
-    } else {
-        budget.unpublished = pending;
-    }
+    return std::atomic_ref<const qint64>(budget.live).load(std::memory_order_relaxed);
 }
 
-bool refuses(ThreadBudget &budget, qint64 growth)
+// Only the owning thread writes, so a plain load and store: no locked instruction.
+void count(ThreadBudget &budget, qint64 change)
 {
-    if (budget.limit <= 0 || budget.live - budget.base + growth <= budget.limit)
+    std::atomic_ref<qint64>(budget.live).store(budget.live + change, std::memory_order_relaxed);
+}
+
+// Whether growth would take live past the ceiling; notes the refusal. A size_t past the
+// signed range is refused too.
+bool refuses(ThreadBudget &budget, size_t growth)
+{
+    const qint64 room = budget.ceiling - budget.live;
+    if (room >= 0 && growth <= static_cast<size_t>(room)) [[likely]]
         return false;
     budget.exceeded = true;
     return true;
@@ -65,7 +74,7 @@ bool refuses(ThreadBudget &budget, qint64 growth)
 void *budgetMalloc(void *, size_t size)
 {
     ThreadBudget &budget = t_budget;
-    if (refuses(budget, static_cast<qint64>(size)))
+    if (refuses(budget, size))
         return nullptr;
     void *block = std::malloc(size);
     if (block)
@@ -81,8 +90,7 @@ void *budgetRealloc(void *, void *old, size_t size)
         return budgetMalloc(nullptr, size);
     ThreadBudget &budget = t_budget;
     const qint64 before = blockBytes(old);
-    const qint64 growth = static_cast<qint64>(size) - before;
-    if (growth > 0 && refuses(budget, growth))
+    if (size > static_cast<size_t>(before) && refuses(budget, size - static_cast<size_t>(before)))
         return nullptr;
     void *moved = std::realloc(old, size);
     if (moved)
@@ -168,29 +176,53 @@ const fz_alloc_context *budgetAllocator()
 
 qint64 liveBytes()
 {
-    return g_live.load(std::memory_order_relaxed);
+    const std::lock_guard lock(g_threadsMutex);
+    qint64 bytes = g_endedBytes;
+    for (const ThreadBudget *budget = g_threads; budget; budget = budget->next)
+        bytes += liveOf(*budget);
+    return bytes;
 }
 
-void publishThreadBytes()
+void countThreadBytes()
 {
-    g_live.fetch_add(std::exchange(t_budget.unpublished, 0), std::memory_order_relaxed);
+    ThreadBudget &budget = t_budget;
+    if (budget.counted)
+        return;
+    const std::lock_guard lock(g_threadsMutex);
+    budget.counted = true;
+    budget.next = g_threads;
+    g_threads = &budget;
+}
+
+void endThreadBytes()
+{
+    ThreadBudget &budget = t_budget;
+    if (!budget.counted)
+        return;
+    const std::lock_guard lock(g_threadsMutex);
+    for (ThreadBudget **link = &g_threads; *link; link = &(*link)->next) {
+        if (*link == &budget) {
+            *link = budget.next;
+            break;
+        }
+    }
+    g_endedBytes += budget.live;
+    budget.counted = false;
 }
 
 BudgetScope::BudgetScope(int *abortWord, qint64 memoryLimit, int milliseconds)
     : m_abortWord(abortWord)
-    , m_savedBase(t_budget.base)
-    , m_savedLimit(t_budget.limit)
+    , m_savedCeiling(t_budget.ceiling)
     , m_savedExceeded(t_budget.exceeded)
     , m_hasDeadline(abortWord && milliseconds > 0)
 {
     ThreadBudget &budget = t_budget;
     qint64 limit = memoryLimit > 0 ? memoryLimit : 0;
-    if (budget.limit > 0) {
-        const qint64 left = std::max<qint64>(1, budget.limit - (budget.live - budget.base));
+    if (budget.ceiling != NoCeiling) {
+        const qint64 left = std::max<qint64>(1, budget.ceiling - budget.live);
         limit = limit > 0 ? std::min(limit, left) : left;
     }
-    budget.base = budget.live;
-    budget.limit = limit;
+    budget.ceiling = limit > 0 ? budget.live + std::min(limit, NoCeiling / 2) : NoCeiling;
     budget.exceeded = false;
     if (m_hasDeadline) {
         m_deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
@@ -202,10 +234,9 @@ BudgetScope::~BudgetScope()
 {
     if (m_hasDeadline)
         Watchdog::instance().remove(m_abortWord);
-    // Usage of the inner scope counts against the outer one: its base stays where it was.
+    // Usage of the inner scope counts against the outer one: its ceiling stays where it was.
     ThreadBudget &budget = t_budget;
-    budget.base = m_savedBase;
-    budget.limit = m_savedLimit;
+    budget.ceiling = m_savedCeiling;
     budget.exceeded = m_savedExceeded || budget.exceeded;
 }
 

@@ -14,11 +14,12 @@
 namespace mu {
 
 const fz_alloc_context *budgetAllocator();
-// The bytes MuPDF holds now, in all threads (each may lag by 64 KB).
+// The bytes MuPDF holds now, in all threads.
 qint64 liveBytes();
-// Adds what the calling thread has not yet added to liveBytes(); called as a thread with a
-// MuPDF context ends.
-void publishThreadBytes();
+// Makes liveBytes() count the calling thread, before its first MuPDF call; endThreadBytes()
+// keeps what it leaves behind in the count as it ends.
+void countThreadBytes();
+void endThreadBytes();
 
 class BudgetScope
 {
@@ -35,8 +36,7 @@ public:
 
 private:
     int *m_abortWord;
-    qint64 m_savedBase;
-    qint64 m_savedLimit;
+    qint64 m_savedCeiling;
     bool m_savedExceeded;
     std::chrono::steady_clock::time_point m_deadline;
     bool m_hasDeadline;
