@@ -37,15 +37,30 @@ RunResult run(const QString &program, const QStringList &arguments, int timeoutM
     return result;
 }
 
-qint64 peakResident()
+namespace {
+
+// A figure of /proc/self/status, in bytes (0 where unknown).
+qint64 statusBytes(const QByteArray &key)
 {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+        if (line.startsWith(key))
+            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong() * 1024;
     return 0;
+}
+
+} // namespace
+
+qint64 peakResident()
+{
+    return statusBytes("VmHWM:");
+}
+
+qint64 resident()
+{
+    return statusBytes("VmRSS:");
 }
 
 void resetPeakResident()

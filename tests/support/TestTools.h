@@ -25,6 +25,8 @@ RunResult run(const QString &program, const QStringList &arguments, int timeoutM
 // The process's peak resident memory since the last reset, in bytes (0 where unknown).
 qint64 peakResident();
 void resetPeakResident();
+// The process's resident memory now, in bytes (0 where unknown).
+qint64 resident();
 
 // What the process writes on standard error, where warnings go, while body runs.
 QByteArray standardErrorOf(const std::function<void()> &body);

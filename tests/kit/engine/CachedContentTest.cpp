@@ -4,6 +4,7 @@
 // take turns reuse the memory the others gave back.
 
 #include <support/PdfFixtures.h>
+#include <support/TestTools.h>
 
 #include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
@@ -51,19 +52,6 @@ PdfFixtures::Document formPages()
 qint64 heapInUse()
 {
     return qint64(mallinfo2().uordblks);
-}
-
-// The process's resident memory now, in bytes.
-qint64 residentBytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    }
-    return 0;
 }
 
 QImage draw(const PDFPageRenderSource &source)
@@ -210,13 +198,13 @@ private slots:
             turns[size_t(t)]->release();
             turnDone.acquire();
             if (t == 0)
-                afterFirstTurn = residentBytes();
+                afterFirstTurn = TestTools::resident();
         }
         for (std::thread &worker : workers)
             worker.join();
         QCOMPARE(failures.load(), 0);
         // Each worker keeping the free memory of its own turn would hold several megabytes more.
-        const qint64 growth = residentBytes() - afterFirstTurn;
+        const qint64 growth = TestTools::resident() - afterFirstTurn;
         QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 

@@ -2,6 +2,7 @@
 // saves from it is of the input's order of size, reads back with the same pages, and passes
 // qpdf's check.
 
+#include "support/RawPdf.h"
 #include <support/TestTools.h>
 
 #include <kit/engine/PDFDocument.h>
@@ -166,40 +167,8 @@ private slots:
         // A broken page whose array MuPDF's rescan reads on into the next page, and a header
         // ("obju") that passed for "obj": the repair came only when the save reached it, lost
         // the page shown and wrote the old tree of pages it no longer had.
-        QTest::newRow("page lost by the repair's rescan") << QByteArray(
-            "%PDF-1.7\n"
-            "1 0 obj\n"
-            "<< /Type /Catalog /Pages 2 0 R >>\n"
-            "endobj\n"
-            "2 0 obj\n"
-            "<< /Type /Pages /Kids [4 0 R 5 0 R] /Count 2 >>\n"
-            "endobj\n"
-            "4 0 obj\n"
-            "<< /Type /Page /Parent 2 0 R /Annots [9 0psh >>\n"
-            "endobj\n"
-            "5 0 obj\n"
-            "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 290 300] /Rotate 90 /Resources 7 0 R >>\n"
-            "endobj\n"
-            "6 0 obj\n"
-            "[ 1 ] ]\n"
-            "endobj\n"
-            "7 0 obju<< >>\n"
-            "endobj\n"
-            "xref\n"
-            "0 8\n"
-            "0000000000 65535 f \n"
-            "0000000009 00000 n \n"
-            "0000000058 00000 n \n"
-            "0000000000 65535 f \n"
-            "0000000121 00000 n \n"
-            "0000000184 00000 n \n"
-            "0000000283 00000 n \n"
-            "0000000306 00000 n \n"
-            "trailer\n"
-            "<< /Size 8 /Root 1 0 R >>\n"
-            "startxref\n"
-            "327\n"
-            "%%EOF\n") << QStringList { QStringLiteral("290x300@90") };
+        QTest::newRow("page lost by the repair's rescan")
+            << RawPdf::pageLostByRescan() << QStringList { QStringLiteral("290x300@90") };
     }
 
     void savedDocumentReadsBackWithItsPages()

@@ -1,6 +1,7 @@
 // A document read ahead opens as the same document as one read at once, and a file changed or
 // locked in between is still opened the way it is.
 
+#include "support/RawPdf.h"
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
@@ -79,40 +80,7 @@ void PDFDocumentPrefetchTest::opensTheSameDocument_data()
         << withObjectOutOfPlace(PdfFixtures::build(PdfFixtures::textPages(700, 3)), 1400) << true;
     // A broken first page whose array the repair's rescan reads on into the second page: the
     // pages reached before the repair are put back, whoever meets the damage first.
-    QTest::newRow("page lost by the rescan") << QByteArray(
-        "%PDF-1.7\n"
-        "1 0 obj\n"
-        "<< /Type /Catalog /Pages 2 0 R >>\n"
-        "endobj\n"
-        "2 0 obj\n"
-        "<< /Type /Pages /Kids [4 0 R 5 0 R] /Count 2 >>\n"
-        "endobj\n"
-        "4 0 obj\n"
-        "<< /Type /Page /Parent 2 0 R /Annots [9 0psh >>\n"
-        "endobj\n"
-        "5 0 obj\n"
-        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 290 300] /Rotate 90 /Resources 7 0 R >>\n"
-        "endobj\n"
-        "6 0 obj\n"
-        "[ 1 ] ]\n"
-        "endobj\n"
-        "7 0 obju<< >>\n"
-        "endobj\n"
-        "xref\n"
-        "0 8\n"
-        "0000000000 65535 f \n"
-        "0000000009 00000 n \n"
-        "0000000058 00000 n \n"
-        "0000000000 65535 f \n"
-        "0000000121 00000 n \n"
-        "0000000184 00000 n \n"
-        "0000000283 00000 n \n"
-        "0000000306 00000 n \n"
-        "trailer\n"
-        "<< /Size 8 /Root 1 0 R >>\n"
-        "startxref\n"
-        "327\n"
-        "%%EOF\n") << true;
+    QTest::newRow("page lost by the rescan") << RawPdf::pageLostByRescan() << true;
 }
 
 void PDFDocumentPrefetchTest::opensTheSameDocument()

@@ -2,6 +2,7 @@
 // the engine keep stays near what the first screens needed.
 
 #include "support/PdfFixtures.h"
+#include "support/TestTools.h"
 
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFEngineInfo.h>
@@ -17,19 +18,6 @@
 #include <QTest>
 
 namespace {
-
-// The process's resident memory now, in bytes.
-qint64 residentBytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    }
-    return 0;
-}
 
 // A JPEG picture of its own for each page, so that every page decodes new pixels.
 PdfFixtures::Image pagePicture(int page)
@@ -78,6 +66,14 @@ QByteArray ownFontPages(int count, const QByteArray &font)
     return PdfFixtures::fromObjects(objects);
 }
 
+// Shows the document in the view, at a screen's size.
+void showIn(PDFView &view, const std::shared_ptr<PDFDocument> &document)
+{
+    view.resize(800, 600);
+    view.show();
+    view.setDocument(document);
+}
+
 } // namespace
 
 class PDFViewMemoryTest : public QObject
@@ -100,9 +96,7 @@ private slots:
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
 
         PDFView view;
-        view.resize(800, 600);
-        view.show();
-        view.setDocument(document);
+        showIn(view, document);
         QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
         QScrollBar *bar = view.verticalScrollBar();
         // The first screens, then every page, each shown sharp.
@@ -114,12 +108,12 @@ private slots:
             }
         };
         readThrough(10);
-        const qint64 firstScreens = residentBytes();
+        const qint64 firstScreens = TestTools::resident();
         readThrough(Pages);
         QCOMPARE(document->indexForPage(view.currentPage()), Pages - 1);
         // Pictures decoded, pages loaded, display lists and tiles of the pages passed would
         // hold far more than this if any of them grew with the pages visited.
-        QTRY_VERIFY_WITH_TIMEOUT(residentBytes() - firstScreens < 40LL * 1024 * 1024, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(TestTools::resident() - firstScreens < 40LL * 1024 * 1024, 5000);
     }
 
     // MuPDF's store counts a font by its descriptor alone, so its own limit never bites on fonts:
@@ -142,9 +136,7 @@ private slots:
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
 
         PDFView view;
-        view.resize(800, 600);
-        view.show();
-        view.setDocument(document);
+        showIn(view, document);
         QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
         QScrollBar *bar = view.verticalScrollBar();
         qint64 firstPages = 0;

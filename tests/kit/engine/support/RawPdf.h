@@ -32,4 +32,9 @@ qint64 lastXrefOffset(const QByteArray &pdf);
 // (negative: the update's own section, a loop).
 QByteArray withUpdate(const QByteArray &pdf, qint64 prev);
 
+// Two pages under a table that looks sound, the first broken so that a repair's rescan reads its
+// array on into the second, and a header ("obju") that passes for "obj": MuPDF repairs the file
+// only when it meets that object. Read right, the file has one page, 290 by 300, turned 90.
+QByteArray pageLostByRescan();
+
 } // namespace RawPdf
