@@ -174,10 +174,11 @@ private slots:
 
         std::binary_semaphore turnDone { 0 };
         std::vector<std::unique_ptr<std::binary_semaphore>> turns;
+        for (int t = 0; t < Threads; ++t)
+            turns.push_back(std::make_unique<std::binary_semaphore>(0));
         std::atomic<int> failures { 0 };
         std::vector<std::thread> workers;
         for (int t = 0; t < Threads; ++t) {
-            turns.push_back(std::make_unique<std::binary_semaphore>(0));
             workers.emplace_back([&, t] {
                 turns[size_t(t)]->acquire();
                 std::vector<std::shared_ptr<PDFDisplayList>> near;
