@@ -19,14 +19,9 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include <QThreadPool>
-
 #include <algorithm>
-#include <atomic>
 #include <mutex>
 #include <vector>
-
-#include <malloc.h>
 
 const QString PDFDocument::PagesDidChangeNotification
     = QStringLiteral("PDFDocumentPagesDidChangeNotification");
@@ -529,83 +524,4 @@ void PDFDocument::setOutlineRoot(const std::shared_ptr<PDFOutline> &root)
     d->outlineRoot = root;
     if (root)
         root->m_document = weak_from_this();
-}
-
-namespace {
-std::atomic<qint64> g_heldAfterRelease { 0 };
-}
-
-qint64 PDFDocument::cachedContentGrowth()
-{
-    return mu::liveBytes() - g_heldAfterRelease.load();
-}
-
-bool PDFDocument::releaseCachedContent()
-{
-    if (!d->handle || d->locked)
-        return true;
-    static std::atomic<bool> releasing { false };
-    if (releasing)
-        return false;
-    // The pages are let go here, where the model lives, and dropped under the lock on the pool
-    // thread: a worker inside the document delays the release there, never the reader here.
-    std::vector<pdf_page *> dropped;
-    for (const auto &page : d->pages) {
-        PDFPagePrivate &pd = *page->d;
-        if (pd.handle != d->handle)
-            continue;
-        pd.text.reset();
-        // Annotations point into their loaded page; workers hold their own reference.
-        if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved)
-            dropped.push_back(std::exchange(pd.page, nullptr));
-    }
-    // The rest takes milliseconds: a pool thread does it, so that scrolling never waits. It goes
-    // in pieces, each under the lock no longer than it needs, so that the main thread asking for
-    // the document waits for one piece at most.
-    releasing = true;
-    QThreadPool::globalInstance()->start([handle = d->handle, dropped = std::move(dropped)] {
-        fz_context *ctx = mu::context();
-        pdf_document *const doc = handle->doc();
-        {
-            const mu::Lock lock(handle->mutex());
-            for (pdf_page *page : dropped)
-                mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
-        }
-        {
-            const mu::Lock lock(handle->mutex());
-            // Appearances MuPDF makes up for fields and annotations that have none pile up in
-            // a section of their own with every page loaded, and it never drops them while the
-            // document is read: dropped here, then made again at once for the pages still open
-            // (updating one page updates them all), so that they keep drawing.
-            mu::runQuietly(ctx, [&] {
-                if (doc->local_xref) {
-                    pdf_drop_local_xref_and_resources(ctx, doc);
-                    if (doc->super.open)
-                        pdf_update_page(ctx, reinterpret_cast<pdf_page *>(doc->super.open));
-                }
-            });
-        }
-        {
-            const mu::Lock lock(handle->mutex());
-            // An edited object may be held by the cross-reference table alone: it stays.
-            mu::runQuietly(ctx, [&] {
-                if (!pdf_has_unsaved_changes(ctx, doc))
-                    pdf_clear_xref(ctx, doc);
-            });
-        }
-        // The glyph cache and the store have locks of their own: MuPDF empties them from
-        // whatever thread runs short of memory, inside no document.
-        mu::runQuietly(ctx, [&] {
-            fz_purge_glyph_cache(ctx);
-            // The store counts a font by its descriptor, not by its file and FreeType face,
-            // so its limit never bites on documents that embed many fonts: emptied here, it
-            // keeps what the pages in view hold through their display lists.
-            fz_empty_store(ctx);
-        });
-        g_heldAfterRelease = mu::liveBytes();
-        // Freed pages of the heap go back to the system.
-        malloc_trim(0);
-        releasing = false;
-    });
-    return true;
 }
