@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <cstring>
+
 // Writing the document to bytes and to files.
 
 namespace {
@@ -77,6 +79,43 @@ bool isSparse(fz_context *ctx, pdf_document *doc, qsizetype written)
     return length >= SparseTableFrom && written < 40 * length && !doc->crypt;
 }
 
+// MuPDF links the table's free entries into a list headed by entry 0 and raises entry 0's
+// generation past 65535. Poppler reads entry 0's field as an offset and cuts short every string
+// over 128 bytes that lies before that offset ("Unterminated string"): a long note, title or
+// action early in a saved file would reach poppler's readers truncated. Every free entry is
+// written as the list's end instead, the form other writers use and every reader accepts.
+void endFreeEntries(QByteArray &bytes)
+{
+    constexpr qsizetype EntrySize = 20;
+    const qsizetype startxref = bytes.lastIndexOf("startxref");
+    if (startxref < 0)
+        return;
+    bool ok = false;
+    const qsizetype table
+        = bytes.mid(startxref + 9, 24).simplified().split(' ').value(0).toLongLong(&ok);
+    if (!ok || table < 0 || table >= startxref || !bytes.mid(table, 4).startsWith("xref"))
+        return;
+    qsizetype at = bytes.indexOf('\n', table) + 1;
+    while (at > 0 && at < startxref && !bytes.mid(at, 7).startsWith("trailer")) {
+        const qsizetype lineEnd = bytes.indexOf('\n', at);
+        const QList<QByteArray> header = bytes.mid(at, lineEnd - at).simplified().split(' ');
+        const qint64 count = header.size() == 2 ? header[1].toLongLong(&ok) : -1;
+        if (lineEnd < 0 || !ok || count < 0 || count > (startxref - lineEnd) / EntrySize)
+            return;
+        at = lineEnd + 1;
+        for (qint64 i = 0; i < count; ++i, at += EntrySize) {
+            char *entry = bytes.data() + at;
+            if (entry[10] != ' ' || entry[19] != '\n')
+                return;
+            if (entry[17] != 'f')
+                continue;
+            std::memset(entry, '0', 10);
+            if (std::strncmp(entry + 11, "65535", 5) > 0)
+                std::memcpy(entry + 11, "65535", 5);
+        }
+    }
+}
+
 } // namespace
 
 QByteArray PDFDocumentPrivate::writeLocked(
@@ -103,8 +142,10 @@ QByteArray PDFDocumentPrivate::writeLocked(
     }
     bool sparse = false;
     mu::runQuietly(ctx, [&] { sparse = isSparse(ctx, doc, sink.bytes.size()); });
-    if (!sparse)
+    if (!sparse) {
+        endFreeEntries(sink.bytes);
         return std::move(sink.bytes);
+    }
     // The first form stays the answer when the scratch copy cannot be made.
     mu::Error compacting;
     mu::run(ctx, compacting, [&] {
@@ -115,9 +156,11 @@ QByteArray PDFDocumentPrivate::writeLocked(
         scratch.p = pdf_open_document_with_stream(ctx, stream.p);
         writeInto(ctx, scratch.p, CompactingWriteOptions, compacted, compactedOutput);
     });
-    if (compacting.failed || compacted.failed || compacted.bytes.isEmpty())
-        return std::move(sink.bytes);
-    return std::move(compacted.bytes);
+    QByteArray &written = compacting.failed || compacted.failed || compacted.bytes.isEmpty()
+        ? sink.bytes
+        : compacted.bytes;
+    endFreeEntries(written);
+    return std::move(written);
 }
 
 QByteArray PDFDocumentPrivate::write(const mu::DocumentHandle &handle, QString *errorText)

@@ -544,6 +544,37 @@ private slots:
             QRectF(QPointF(10, 20), QPointF(590, 780)));
     }
 
+    // A saved file leaves numbers unused (a removed page, an old outline); poppler must still
+    // read a long string written before the first of them whole.
+    void longStringsBeforeAnUnusedNumberReadWholeInPoppler()
+    {
+        FOLIDOC_REQUIRE_TOOL(pdfinfo, "pdfinfo");
+        const QByteArray title
+            = QByteArray("A title well over a hundred and twenty-eight bytes long, ")
+                  .repeated(4)
+                  .trimmed();
+        QList<QByteArray> objects = { "<< /Type /Catalog /Pages 3 0 R /Filler 6 0 R >>",
+            "<< /Title (" + title + ") >>", "<< /Type /Pages /Kids [4 0 R] /Count 1 >>",
+            RawPdf::page(3, 5), RawPdf::textContent("Filler") };
+        QByteArray filler = "[";
+        for (int number = 7; number < 1000; ++number) {
+            filler += QByteArray::number(number) + " 0 R ";
+            objects.append(QByteArray::number(number));
+        }
+        objects.insert(5, filler + "]");
+        objects.append("(nothing refers to this)");
+        auto doc = openData(RawPdf::build(objects, "/Root 1 0 R /Info 2 0 R"));
+        QVERIFY(doc);
+
+        const QString out = dir.filePath(QStringLiteral("unused-number.pdf"));
+        QVERIFY(doc->writeToURL(QUrl::fromLocalFile(out)));
+        const auto info = TestTools::run(pdfinfo, { out });
+        QCOMPARE(info.exitCode, 0);
+        QVERIFY2(!info.err.contains("Syntax Error"), info.err.constData());
+        const qsizetype line = info.out.indexOf("Title:");
+        QCOMPARE(info.out.mid(line + 6, info.out.indexOf('\n', line) - line - 6).trimmed(), title);
+    }
+
     void removedPageLivesOnAndMovesToAnotherDocument()
     {
         FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
