@@ -207,7 +207,8 @@ PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
     m_state->thread = std::thread([state = m_state.get()] {
         state->read();
         // The first page is what a waiting opener needs; the next ones are read on while
-        // nobody has taken the document.
+        // nobody has taken the document, unless an opener waits: it takes the document at once,
+        // and would wait for the page being read.
         decltype(state->waiting) waiting;
         {
             const std::lock_guard finishing(prefetchMutex);
@@ -227,7 +228,8 @@ PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
                     Qt::QueuedConnection);
             }
         }
-        state->readNextPages();
+        if (waiting.empty())
+            state->readNextPages();
     });
     current = m_state;
 }
