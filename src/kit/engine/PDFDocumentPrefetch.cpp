@@ -99,8 +99,11 @@ void PDFDocumentPrefetchState::read()
         if (checker.joinable())
             checker.join();
     }
-    if (!placed)
+    if (!placed) {
+        // Page 1 as read from the objects before the repair is not kept open through it.
+        dropFirstPage(ctx);
         PageTree::repairIfDamaged(ctx, doc, QByteArrayView());
+    }
     file.unmap(const_cast<uchar *>(mapped));
     // The document opens again when it is wanted, and says then why it cannot be read.
     if (opening.refused(failure)) {
