@@ -36,6 +36,8 @@ bool PDFDocument::releaseCachedContent()
         return false;
     // The pages are let go here, where the model lives, and dropped under the lock on the pool
     // thread: a worker inside the document delays the release there, never the reader here.
+    // The first page's contents read ahead are of no use once the reader has moved on.
+    d->firstPageContents.reset();
     std::vector<pdf_page *> dropped;
     for (const auto &page : d->pages) {
         PDFPagePrivate &pd = *page->d;

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 const QString PDFDocument::PagesDidChangeNotification
@@ -226,6 +227,37 @@ void PDFDocumentPrivate::resolveThrough(int index)
 PDFDocumentPrivate &PDFDocumentPrivate::of(const PDFDocument &document)
 {
     return *document.d;
+}
+
+void PDFDocumentPrivate::adoptFirstPage(pdf_page *loaded, pdf_document *doc)
+{
+    if (!loaded)
+        return;
+    fz_context *ctx = mu::context();
+    std::optional<mu::Lock> lock;
+    if (handle && handle->doc() == doc)
+        lock.emplace(handle->mutex());
+    // The page read ahead becomes the first page's loaded page, as if it had loaded it itself.
+    if (lock && !locked) {
+        resolveThroughLocked(0);
+        PDFPagePrivate *const first = pages.empty() ? nullptr : pages.front()->d.get();
+        int number = 0;
+        mu::runQuietly(ctx, [&] { number = pdf_to_num(ctx, loaded->obj); });
+        if (first && !first->page && first->handle == handle && first->object && number > 0
+            && pdf_to_num(ctx, first->object) == number) {
+            first->page = loaded;
+            return;
+        }
+    }
+    // Else it is let go: it holds a reference to its document, even one a failed opening left.
+    mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &loaded->super); });
+}
+
+mu::DisplayList PDFDocumentPrivate::takeFirstPageContents(int pageObject)
+{
+    if (!firstPageContents || pageObject <= 0 || pageObject != firstPageObject)
+        return {};
+    return std::move(firstPageContents);
 }
 
 void PDFDocumentPrivate::resolveThroughLocked(int index)
@@ -434,7 +466,11 @@ bool PDFDocument::initWithURL(const QUrl &url)
     const mu::Prefetched prefetched = mu::takePrefetched(path);
     if (prefetched.doc) {
         d->objectsChecked = prefetched.objectsInPlace;
-        return d->adopt(prefetched.doc);
+        d->firstPageContents = mu::DisplayList(prefetched.firstPageContents);
+        d->firstPageObject = prefetched.firstPageObject;
+        const bool adopted = d->adopt(prefetched.doc);
+        d->adoptFirstPage(adopted ? prefetched.firstPage : nullptr, prefetched.doc);
+        return adopted;
     }
     mu::Error failure;
     pdf_document *const doc = mu::openDocumentFromFile(name, d->sourceSize, failure);

@@ -32,15 +32,21 @@ struct PDFDocumentPrefetchState
     std::mutex joinMutex;
     pdf_document *doc = nullptr;
     bool objectsInPlace = false;
+    mu::DisplayList firstPageContents; // recorded in page space
+    int firstPageObject = 0;
+    pdf_page *firstPage = nullptr; // kept with its contents
+
     std::atomic<bool> taken { false };
     bool finished = false; // guarded by prefetchMutex, as waiting is
     std::vector<std::pair<QPointer<QObject>, std::function<void()>>> waiting;
 
     void read();
-    // Loads the page's fonts and images into MuPDF's store, unless cancelled first.
+    // Loads the page's fonts and images into MuPDF's store, unless cancelled first; the first
+    // page's contents are kept as a display list for its first render.
     void readPage(fz_context *ctx, int index);
     // The pages after the first that a first screen may show, read until the document is taken.
     void readNextPages();
+    void dropFirstPage(fz_context *ctx);
     // Stops the first page's reading and waits for the thread. The reading thread locks
     // prefetchMutex as it ends, so this is never called with it held.
     void finish();
@@ -93,8 +99,11 @@ void PDFDocumentPrefetchState::read()
         if (checker.joinable())
             checker.join();
     }
-    if (!placed)
+    if (!placed) {
+        // Page 1 as read from the objects before the repair is not kept open through it.
+        dropFirstPage(ctx);
         PageTree::repairIfDamaged(ctx, doc, QByteArrayView());
+    }
     file.unmap(const_cast<uchar *>(mapped));
     // The document opens again when it is wanted, and says then why it cannot be read.
     if (opening.refused(failure)) {
@@ -103,6 +112,16 @@ void PDFDocumentPrefetchState::read()
     }
     mu::runQuietly(ctx, [&] { repaired = pdf_was_repaired(ctx, doc); });
     objectsInPlace = !repaired;
+    // A repaired file's first page is read again from the objects as repaired.
+    if (!objectsInPlace)
+        dropFirstPage(ctx);
+}
+
+void PDFDocumentPrefetchState::dropFirstPage(fz_context *ctx)
+{
+    firstPageContents.reset();
+    if (pdf_page *const page = std::exchange(firstPage, nullptr))
+        mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
 }
 
 void PDFDocumentPrefetchState::readPage(fz_context *ctx, int index)
@@ -110,20 +129,37 @@ void PDFDocumentPrefetchState::readPage(fz_context *ctx, int index)
     if (cancel.isCancelled())
         return;
     // Running the page's contents loads its fonts and images into MuPDF's store, where the
-    // first render finds them; the bounds computed are stored with each font.
+    // first render finds them; the bounds computed are stored with each font. The first page's
+    // are recorded as its first render would record them, which then only adds the page's
+    // annotations.
     mu::CookieScope scope(&cancel);
     pdf_page *page = nullptr;
     mu::Device device;
+    mu::DisplayList list;
+    int object = 0;
     mu::Error failure;
     mu::run(ctx, failure, [&] {
         page = pdf_load_page(ctx, doc, index);
-        fz_rect bounds = fz_empty_rect;
-        device.p = fz_new_bbox_device(ctx, &bounds);
+        object = pdf_to_num(ctx, page->obj);
+        const fz_matrix toPage = mu::fzToPageSpace(ctx, page);
+        if (index == 0) {
+            list.p = fz_new_display_list(ctx, fz_transform_rect(pdf_bound_page(ctx, page), toPage));
+            device.p = fz_new_list_device(ctx, list.p);
+        } else {
+            fz_rect bounds = fz_empty_rect;
+            device.p = fz_new_bbox_device(ctx, &bounds);
+        }
         mu::checkContentLength(ctx, page, scope.cookie(), scope.contentLimit());
-        pdf_run_page_contents(ctx, page, device.p, fz_identity, scope.cookie());
+        pdf_run_page_contents(ctx, page, device.p, toPage, scope.cookie());
         fz_close_device(ctx, device.p);
     });
     device.reset();
+    // Contents cut short by a cancellation or a limit are recorded again when drawn.
+    if (list && !failure.failed && !scope.aborted() && !cancel.isCancelled()) {
+        firstPageContents = std::move(list);
+        firstPageObject = object;
+        firstPage = std::exchange(page, nullptr);
+    }
     if (page)
         mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
 }
@@ -152,6 +188,7 @@ void PDFDocumentPrefetchState::drop()
     if (!doc)
         return;
     fz_context *ctx = mu::context();
+    dropFirstPage(ctx);
     pdf_document *const dropped = std::exchange(doc, nullptr);
     mu::runQuietly(ctx, [&] { pdf_drop_document(ctx, dropped); });
 }
@@ -173,7 +210,8 @@ PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
     m_state->thread = std::thread([state = m_state.get()] {
         state->read();
         // The first page is what a waiting opener needs; the next ones are read on while
-        // nobody has taken the document.
+        // nobody has taken the document, unless an opener waits: it takes the document at once,
+        // and would wait for the page being read.
         decltype(state->waiting) waiting;
         {
             const std::lock_guard finishing(prefetchMutex);
@@ -193,7 +231,8 @@ PDFDocumentPrefetch::PDFDocumentPrefetch(const QString &path)
                     Qt::QueuedConnection);
             }
         }
-        state->readNextPages();
+        if (waiting.empty())
+            state->readNextPages();
     });
     current = m_state;
 }
@@ -249,7 +288,9 @@ mu::Prefetched mu::takePrefetched(const QString &path)
         state->drop();
         return {};
     }
-    Prefetched taken { std::exchange(state->doc, nullptr), state->objectsInPlace };
+    Prefetched taken { std::exchange(state->doc, nullptr), state->objectsInPlace,
+        state->firstPageContents.release(), state->firstPageObject,
+        std::exchange(state->firstPage, nullptr) };
     state->taken = taken.doc != nullptr;
     return taken;
 }

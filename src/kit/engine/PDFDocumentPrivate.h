@@ -7,6 +7,7 @@
 #include "PageLabels.h"
 #include "PageTreeWalk.h"
 #include "mupdf/DocumentHandle.h"
+#include "mupdf/MuOwned.h"
 
 #include <QHash>
 #include <QString>
@@ -42,6 +43,11 @@ struct PDFDocumentPrivate
     void resolveThrough(int index);
     void resolveThroughLocked(int index); // the same, with the lock held
     static PDFDocumentPrivate &of(const PDFDocument &document);
+    // The first page's contents as read ahead, for the page object numbered so, once: the
+    // render source that takes them keeps them.
+    mu::DisplayList takeFirstPageContents(int pageObject);
+    // Makes the first page's loaded page the one read ahead with the document (taking it).
+    void adoptFirstPage(pdf_page *loaded, pdf_document *doc);
     // The page of this document whose object has the number (link targets); the lock is held.
     // The table is built once per page order, not once per page of links.
     std::shared_ptr<PDFPage> pageForObjectNumberLocked(int number);
@@ -91,6 +97,10 @@ struct PDFDocumentPrivate
     bool contentLoaded = false;
     // The file was read ahead and every object found in place: the first load skips the check.
     bool objectsChecked = false;
+    // The first page's contents as read ahead (in page space), for its first render source,
+    // and the number of the page object they belong to.
+    mu::DisplayList firstPageContents;
+    int firstPageObject = 0;
     qsizetype sourceSize = 0;
     // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
     std::function<QByteArray()> sourceBytes;

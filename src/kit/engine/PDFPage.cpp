@@ -551,6 +551,13 @@ std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
         data->annotations = PDFPageInternals::shownAnnotationsLocked(*this, ctx, options);
         data->page
             = static_cast<pdf_page *>(static_cast<void *>(fz_keep_page(ctx, &loaded->super)));
+        // The contents read ahead with the file stand for the page as the file holds it.
+        const auto document = d->document.lock();
+        if (document && d->contentRevision == 1) {
+            int number = 0;
+            mu::runQuietly(ctx, [&] { number = pdf_to_num(ctx, loaded->obj); });
+            data->contents = PDFDocumentPrivate::of(*document).takeFirstPageContents(number);
+        }
     }
     return std::make_shared<PDFPageRenderSource>(std::move(data));
 }

@@ -70,8 +70,26 @@ bool CookieScope::aborted() const
 
 namespace {
 
-// Page contents, then the shown annotations and form fields (unfiltered: all of them; an empty
-// filter shows none). Plain MuPDF calls: runs inside a guarded block.
+// The shown annotations and form fields (unfiltered: all of them; an empty filter shows none).
+// Plain MuPDF calls: runs inside a guarded block.
+void runAnnotations(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm,
+    bool filtered, const int *shown, size_t shownCount, fz_cookie *cookie)
+{
+    for (int pass = 0; pass < 2; ++pass) {
+        for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
+             annot; annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
+            if (filtered) {
+                const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
+                if (std::find(shown, shown + shownCount, number) == shown + shownCount)
+                    continue;
+            }
+            pdf_run_annot(ctx, annot, device, ctm, cookie);
+        }
+    }
+}
+
+// Page contents, then the shown annotations and form fields. Plain MuPDF calls: runs inside a
+// guarded block.
 void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm, bool filtered,
     const int *shown, size_t shownCount, fz_cookie *cookie, qint64 contentLimit,
     std::atomic<qint64> *contentWithin)
@@ -84,17 +102,7 @@ void runShown(fz_context *ctx, pdf_page *page, fz_device *device, fz_matrix ctm,
             contentWithin->store(contentLimit);
     }
     pdf_run_page_contents(ctx, page, device, ctm, cookie);
-    for (int pass = 0; pass < 2; ++pass) {
-        for (pdf_annot *annot = pass ? pdf_first_widget(ctx, page) : pdf_first_annot(ctx, page);
-             annot; annot = pass ? pdf_next_widget(ctx, annot) : pdf_next_annot(ctx, annot)) {
-            if (filtered) {
-                const int number = pdf_to_num(ctx, pdf_annot_obj(ctx, annot));
-                if (std::find(shown, shown + shownCount, number) == shown + shownCount)
-                    continue;
-            }
-            pdf_run_annot(ctx, annot, device, ctm, cookie);
-        }
-    }
+    runAnnotations(ctx, page, device, ctm, filtered, shown, shownCount, cookie);
 }
 
 // Wraps a QImage's pixels (premultiplied ARGB32 is B, G, R, A in memory: MuPDF's BGR with
@@ -193,6 +201,7 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
+    const bool recordedAhead = bool(d->contents);
     mu::DisplayList list;
     const bool recorded = giveWayToMainThread(*d->handle, cancel, [&](mu::CookieScope &scope) {
         fz_context *ctx = mu::context();
@@ -204,8 +213,13 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
             const fz_rect bounds = fz_transform_rect(pdf_bound_page(ctx, page), toPage);
             list.p = fz_new_display_list(ctx, bounds);
             device.p = fz_new_list_device(ctx, list.p);
-            runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, scope.cookie(),
-                scope.contentLimit(), d->contentWithin.get());
+            if (recordedAhead) {
+                runAnnotations(
+                    ctx, page, device.p, toPage, filtered, shown, shownCount, scope.cookie());
+            } else {
+                runShown(ctx, page, device.p, toPage, filtered, shown, shownCount, scope.cookie(),
+                    scope.contentLimit(), d->contentWithin.get());
+            }
             fz_close_device(ctx, device.p);
         });
         device.reset();
@@ -214,6 +228,10 @@ std::shared_ptr<PDFDisplayList> PDFPageRenderSource::buildDisplayList(PDFCancell
     if (!recorded)
         return nullptr;
     auto data = std::make_unique<PDFDisplayListPrivate>();
+    if (recordedAhead) {
+        fz_context *ctx = mu::context();
+        mu::runQuietly(ctx, [&] { data->contents.p = fz_keep_display_list(ctx, d->contents.p); });
+    }
     data->geometry = d->geometry;
     data->revision = d->revision;
     data->list = std::move(list);
@@ -229,13 +247,21 @@ bool PDFPageRenderSource::render(
     const int *const shown = d->annotations ? d->annotations->data() : nullptr;
     const size_t shownCount = d->annotations ? d->annotations->size() : 0;
     pdf_page *const page = d->page;
+    fz_display_list *const contents = d->contents.p;
     const fz_matrix ctm = mu::toFz(pageToDevice);
     return giveWayToMainThread(*d->handle, cancel, [&](mu::CookieScope &scope) {
         const qint64 contentLimit = scope.contentLimit();
         return drawInto(target, scope.cookie(),
-            [&](fz_context *ctx, fz_device *device, fz_rect, fz_cookie *cookie) {
-                runShown(ctx, page, device, fz_concat(mu::fzToPageSpace(ctx, page), ctm), filtered,
-                    shown, shownCount, cookie, contentLimit, d->contentWithin.get());
+            [&](fz_context *ctx, fz_device *device, fz_rect area, fz_cookie *cookie) {
+                const fz_matrix toDevice = fz_concat(mu::fzToPageSpace(ctx, page), ctm);
+                if (contents) {
+                    fz_run_display_list(ctx, contents, device, ctm, area, cookie);
+                    runAnnotations(
+                        ctx, page, device, toDevice, filtered, shown, shownCount, cookie);
+                } else {
+                    runShown(ctx, page, device, toDevice, filtered, shown, shownCount, cookie,
+                        contentLimit, d->contentWithin.get());
+                }
             });
     });
 }
@@ -262,10 +288,13 @@ bool PDFDisplayList::render(
     if (cancel && cancel->isCancelled())
         return false;
     mu::CookieScope cookieScope(cancel);
+    fz_display_list *const contents = d->contents.p;
     fz_display_list *const list = d->list.p;
     const fz_matrix ctm = mu::toFz(pageToDevice);
     const bool drawn = drawInto(target, cookieScope.cookie(),
         [&](fz_context *ctx, fz_device *device, fz_rect area, fz_cookie *cookie) {
+            if (contents)
+                fz_run_display_list(ctx, contents, device, ctm, area, cookie);
             fz_run_display_list(ctx, list, device, ctm, area, cookie);
         });
     return drawn && !cookieScope.aborted();

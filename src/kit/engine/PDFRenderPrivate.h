@@ -24,10 +24,14 @@ struct PDFPageRenderSourcePrivate
     // Object numbers of the annotations to run; nullopt runs every annotation of the page.
     std::optional<std::vector<int>> annotations;
     std::shared_ptr<std::atomic<qint64>> contentWithin; // the page's, for its content revision
+    // The page's contents as read ahead with the file, in page space: only the annotations are
+    // left to record.
+    mu::DisplayList contents;
 };
 
 struct PDFDisplayListPrivate
 {
+    mu::DisplayList contents; // in page space, drawn before list when recorded ahead
     mu::DisplayList list; // in page space
     PageGeometry geometry { {}, 0 };
     quint64 revision = 0;

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <set>
 
 #include <sys/mman.h>
@@ -25,6 +26,11 @@ namespace {
 // Lists of the pages around the view; a text page's list is small, an image page's holds a
 // reference to its compressed image.
 constexpr size_t MaxDisplayLists = 32;
+// A shown tile larger than this many pixels is drawn in bands of about this size by several
+// workers at once: the tiles of a first screen differ in size (a page's edge cuts them), and the
+// largest alone would otherwise keep one core busy while the others wait.
+constexpr int BandPixels = 64 * 1024;
+constexpr int MaxBands = 8;
 
 // Workers yield to the main thread when the processor is busy, so that scrolling and input stay
 // smooth while pages render. Linux keeps a nice value per thread.
@@ -73,6 +79,25 @@ struct PDFRenderScheduler::State
         PDFTileKey key;
         std::shared_ptr<PDFCancellation> cancel;
     };
+    // A shown tile drawn band by band into one image; the worker finishing its last band
+    // delivers it.
+    struct Banded
+    {
+        PDFTileKey key;
+        std::shared_ptr<PDFDisplayList> list;
+        std::shared_ptr<PDFCancellation> cancel;
+        QImage image;
+        uchar *pixels = nullptr; // the image's, taken once: bits() on a shared image copies it
+        QTransform toTile;
+        int left = 0; // bands not finished, guarded by the mutex
+        bool failed = false; // guarded by the mutex
+    };
+    struct Band
+    {
+        std::shared_ptr<Banded> tile;
+        int top = 0;
+        int height = 0;
+    };
     struct List
     {
         const void *page = nullptr;
@@ -82,12 +107,14 @@ struct PDFRenderScheduler::State
 
     std::mutex mutex;
     std::deque<PDFTileRequest> pending;
+    std::deque<Band> bands; // taken before any request: they are shown tiles already started
     std::vector<Running> running;
     std::deque<List> lists; // most recently used at the back
     std::set<std::pair<const void *, quint64>> building;
     std::set<std::pair<const void *, quint64>> failed;
     int workers = 0;
     int shownWorkers = 0;
+    int shownBusy = 0; // workers drawing shown tiles or bands now
     int maxWorkers = 1;
     int maxShownWorkers = 1;
     int built = 0;
@@ -124,18 +151,35 @@ public:
             PDFTileRequest request;
             auto cancel = std::make_shared<PDFCancellation>();
             std::shared_ptr<PDFDisplayList> list;
+            std::optional<State::Band> band;
+            {
+                const std::lock_guard lock(s.mutex);
+                if (!s.bands.empty()) {
+                    band = s.bands.front();
+                    s.bands.pop_front();
+                    ++s.shownBusy;
+                }
+            }
+            if (band) {
+                drawBand(*band);
+                const std::lock_guard lock(s.mutex);
+                --s.shownBusy;
+                continue;
+            }
             {
                 const std::lock_guard lock(s.mutex);
                 // The first request this worker may take whose list is not being built by
                 // another worker. The other workers take shown tiles too, first since they rank
                 // first: at a lower priority they leave the main thread its core, and a screen
                 // of two pages, or of a page's tiles, renders side by side. While shown tiles
-                // wait for their page's list, no worker starts on a tile out of view: it would
-                // still be drawing when the list is done and the shown tiles could be shared.
+                // wait or draw, no worker starts on a tile out of view unless a core is left
+                // over: it would take a core from them, and once their list is done the shown
+                // tiles are shared out band by band.
                 const bool shownWaiting = std::any_of(s.pending.begin(), s.pending.end(),
                     [](const PDFTileRequest &r) { return r.shown; });
+                const bool coresTaken = s.shownBusy + 1 >= s.maxWorkers;
                 auto chosen = std::find_if(s.pending.begin(), s.pending.end(), [&](const auto &r) {
-                    return (r.shown || (!m_shownOnly && !shownWaiting))
+                    return (r.shown || (!m_shownOnly && !shownWaiting && !coresTaken))
                         && !s.building.count({ r.key.page, r.key.revision });
                 });
                 if (chosen == s.pending.end()) {
@@ -149,11 +193,17 @@ public:
                 if (s.failed.count(id))
                     continue;
                 s.running.push_back(State::Running { request.key, cancel });
+                if (request.shown)
+                    ++s.shownBusy;
                 list = s.findList(request.key.page, request.key.revision);
                 if (!list)
                     s.building.insert(id);
             }
             render(request, list, cancel);
+            if (request.shown) {
+                const std::lock_guard lock(s.mutex);
+                --s.shownBusy;
+            }
         }
     }
 
@@ -180,11 +230,8 @@ private:
                 s.failed.insert(id);
         }
         // The page's other tiles can start on other workers while this one draws its own.
-        if (building && list) {
-            PDFRenderScheduler *const owner = s.owner;
-            QMetaObject::invokeMethod(
-                owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
-        }
+        if (building && list)
+            pumpLater();
         QImage image;
         if (list) {
             const QRect tile = request.key.pixelRect(request.pagePixels);
@@ -192,27 +239,96 @@ private:
             const QTransform toTile
                 = list->geometry().pageToView(request.key.devicePixelsPerPoint())
                 * QTransform::fromTranslate(-tile.left(), -tile.top());
+            const int bands = request.shown && !image.isNull()
+                ? std::clamp(int(qint64(tile.width()) * tile.height() / BandPixels), 1, MaxBands)
+                : 1;
+            if (bands > 1) {
+                drawInBands(request.key, list, cancel, std::move(image), toTile, bands);
+                return;
+            }
             if (image.isNull() || !list->render(image, toTile, cancel.get()))
                 image = QImage();
             failed = image.isNull() && !cancel->isCancelled();
         }
+        deliver(request.key, cancel, image, failed);
+    }
+
+    // Queues the tile's bands after the first, for any worker to take, and draws the first.
+    void drawInBands(const PDFTileKey &key, const std::shared_ptr<PDFDisplayList> &list,
+        const std::shared_ptr<PDFCancellation> &cancel, QImage image, const QTransform &toTile,
+        int bands)
+    {
+        State &s = *m_state;
+        uchar *const pixels = image.bits();
+        const int height = image.height();
+        auto tile = std::make_shared<State::Banded>(
+            State::Banded { key, list, cancel, std::move(image), pixels, toTile, bands, false });
+        const int rows = (height + bands - 1) / bands;
         {
             const std::lock_guard lock(s.mutex);
-            s.running.erase(std::find_if(s.running.begin(), s.running.end(),
-                [&](const State::Running &r) { return r.cancel == cancel; }));
+            for (int band = bands - 1; band > 0; --band) {
+                const int top = band * rows;
+                s.bands.push_front(
+                    State::Band { tile, top, std::max(0, std::min(rows, height - top)) });
+            }
         }
-        PDFRenderScheduler *const owner = s.owner;
-        if (failed) {
-            QMetaObject::invokeMethod(
-                owner, [owner, id] { emit owner->pageFailed(id.first, id.second); },
-                Qt::QueuedConnection);
-        } else if (!image.isNull() && !cancel->isCancelled()) {
-            const PDFTileKey key = request.key;
-            QMetaObject::invokeMethod(
-                owner, [owner, key, image] { emit owner->tileFinished(key, image); },
-                Qt::QueuedConnection);
+        pumpLater();
+        drawBand(State::Band { tile, 0, std::min(rows, height) });
+    }
+
+    void drawBand(const State::Band &band)
+    {
+        State::Banded &tile = *band.tile;
+        bool drawn = true;
+        if (band.height > 0 && !tile.cancel->isCancelled()) {
+            // The band's rows of the tile's own pixels.
+            QImage rows(tile.pixels + qsizetype(band.top) * tile.image.bytesPerLine(),
+                tile.image.width(), band.height, tile.image.bytesPerLine(), tile.image.format());
+            drawn = tile.list->render(
+                rows, tile.toTile * QTransform::fromTranslate(0, -band.top), tile.cancel.get());
         }
-        // A finished list may unblock requests that waited for it.
+        bool last = false;
+        bool failed = false;
+        {
+            const std::lock_guard lock(m_state->mutex);
+            tile.failed = tile.failed || (!drawn && !tile.cancel->isCancelled());
+            last = --tile.left == 0;
+            failed = tile.failed;
+        }
+        if (last)
+            deliver(tile.key, tile.cancel, failed ? QImage() : tile.image, failed);
+    }
+
+    // Ends the tile's work: its image goes to the main thread, or its page is reported as one
+    // that could not be drawn.
+    void deliver(const PDFTileKey &key, const std::shared_ptr<PDFCancellation> &cancel,
+        const QImage &image, bool failed)
+    {
+        // The tile stays running until the main thread has it: asked for again meanwhile, it
+        // would be drawn twice.
+        PDFRenderScheduler *const owner = m_state->owner;
+        QMetaObject::invokeMethod(
+            owner,
+            [owner, key, image, failed, cancel] {
+                State &s = *owner->m_state;
+                {
+                    const std::lock_guard lock(s.mutex);
+                    s.running.erase(std::find_if(s.running.begin(), s.running.end(),
+                        [&](const State::Running &r) { return r.cancel == cancel; }));
+                }
+                if (failed)
+                    emit owner->pageFailed(key.page, key.revision);
+                else if (!image.isNull() && !cancel->isCancelled())
+                    emit owner->tileFinished(key, image);
+                // A finished list may unblock requests that waited for it.
+                owner->pump();
+            },
+            Qt::QueuedConnection);
+    }
+
+    void pumpLater()
+    {
+        PDFRenderScheduler *const owner = m_state->owner;
         QMetaObject::invokeMethod(
             owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
     }
@@ -322,13 +438,15 @@ void PDFRenderScheduler::pump()
     int startShown = 0;
     {
         const std::lock_guard lock(m_state->mutex);
-        const int shown = int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
-            [](const PDFTileRequest &r) { return r.shown; }));
+        const int shown = int(m_state->bands.size())
+            + int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
+                [](const PDFTileRequest &r) { return r.shown; }));
         startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);
         m_state->shownWorkers += startShown;
         // What the shown workers cannot take at once goes to the others.
         const int wanted = std::min<int>(m_state->maxWorkers,
-            int(m_state->pending.size()) - std::min(shown, m_state->maxShownWorkers));
+            int(m_state->pending.size() + m_state->bands.size())
+                - std::min(shown, m_state->maxShownWorkers));
         start = std::max(0, wanted - m_state->workers);
         m_state->workers += start;
     }

@@ -58,6 +58,12 @@ QSize PDFView::pagePixels(int index, double devicePixelsPerPoint) const
 
 void PDFView::paintEvent(QPaintEvent *event)
 {
+    // Tiles asked for in this turn go to the workers before the view paints, so that they
+    // render meanwhile rather than after.
+    if (m_renderTimer.isActive()) {
+        m_renderTimer.stop();
+        updateRenderRequests();
+    }
     QPainter painter(viewport());
     const QRegion damaged = event->region();
     std::vector<int> pages;

@@ -1,10 +1,12 @@
-// A document read ahead opens as the same document as one read at once, and a file changed or
-// locked in between is still opened the way it is.
+// A document read ahead opens as the same document as one read at once, its first page draws as
+// it would have (whatever changed before the first drawing), and a file changed or locked in
+// between is still opened the way it is.
 
 #include "support/RawPdf.h"
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
+#include <kit/engine/PDFAnnotationSquare.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentPrefetch.h>
 #include <kit/engine/PDFPage.h>
@@ -13,6 +15,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <optional>
 
 namespace {
 
@@ -60,6 +64,8 @@ class PDFDocumentPrefetchTest : public QObject
 private slots:
     void opensTheSameDocument_data();
     void opensTheSameDocument();
+    void firstPageDrawsAsReadAtOnce_data();
+    void firstPageDrawsAsReadAtOnce();
     void changedFileIsReadAgain();
     void lockedFileStaysLocked();
     void otherFileIsNotTaken();
@@ -106,6 +112,55 @@ void PDFDocumentPrefetchTest::opensTheSameDocument()
         QCOMPARE(ahead.repaired, direct.repaired);
         QCOMPARE(ahead.first, direct.first);
         QCOMPARE(ahead.last, direct.last);
+    }
+}
+
+void PDFDocumentPrefetchTest::firstPageDrawsAsReadAtOnce_data()
+{
+    QTest::addColumn<QString>("change"); // made before the first page is first drawn
+    QTest::newRow("none") << QString();
+    QTest::newRow("annotation added") << QStringLiteral("annotation");
+    QTest::newRow("pages exchanged") << QStringLiteral("exchange");
+    QTest::newRow("page rotated") << QStringLiteral("rotate");
+}
+
+void PDFDocumentPrefetchTest::firstPageDrawsAsReadAtOnce()
+{
+    QFETCH(QString, change);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("drawn.pdf"));
+    QVERIFY(PdfFixtures::write(PdfFixtures::standard(), path));
+    const auto opened = [&](bool readAhead) {
+        std::optional<PDFDocumentPrefetch> prefetch;
+        if (readAhead) {
+            prefetch.emplace(path);
+            bool read = false;
+            if (PDFDocumentPrefetch::notifyWhenRead(path, this, [&read] { read = true; }))
+                QTest::qWaitFor([&read] { return read; }, 10000);
+        }
+        auto document = std::make_shared<PDFDocument>();
+        if (!document->initWithURL(QUrl::fromLocalFile(path)) || (prefetch && !prefetch->taken()))
+            return std::shared_ptr<PDFDocument>();
+        if (change == QStringLiteral("annotation")) {
+            auto square = std::make_shared<PDFAnnotationSquare>();
+            square->initWithBounds(QRectF(100, 500, 200, 100));
+            square->setInteriorColor(Qt::black);
+            document->pageAtIndex(0)->addAnnotation(square);
+        } else if (change == QStringLiteral("exchange")) {
+            document->exchangePageAtIndex(0, 1);
+        } else if (change == QStringLiteral("rotate")) {
+            document->pageAtIndex(0)->setRotation(90);
+        }
+        return document;
+    };
+    const auto direct = opened(false);
+    const auto ahead = opened(true);
+    QVERIFY(direct && ahead);
+    for (int index : { 0, 1 }) {
+        const QSize size(306, 396);
+        const QImage drawn = ahead->pageAtIndex(index)->imageForBox(PDFDisplayBox::MediaBox, size);
+        QVERIFY(!drawn.isNull());
+        QCOMPARE(drawn, direct->pageAtIndex(index)->imageForBox(PDFDisplayBox::MediaBox, size));
     }
 }
 

@@ -1,5 +1,6 @@
 // Tiles as the reader sees them, at device pixel ratios of 2 and 1.5: they arrive from the workers
-// and match the engine's own rendering pixel for pixel, a page edit re-renders that page only, a
+// and match the engine's own rendering pixel for pixel, a shown tile drawn in bands by several
+// workers matches the tile drawn in one piece, a page edit re-renders that page only, a
 // zoom shows stretched tiles until sharp ones come, a page that cannot render shows blank with a
 // mark and a warning, and the cache stays within its pixel budget.
 
@@ -7,8 +8,10 @@
 #include "support/TestTools.h"
 
 #include <kit/engine/PDFAnnotationSquare.h>
+#include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
 #include <kit/pdfview/PDFRenderScheduler.h>
 #include <kit/pdfview/PDFTileCache.h>
 #include <kit/pdfview/PDFView.h>
@@ -34,6 +37,34 @@ QByteArray brokenPdf()
         "<< /Type /XObject /Subtype /Image /Width 100000 /Height 100000 /ColorSpace /DeviceRGB "
         "/BitsPerComponent 8 /Length 3 >>\nstream\nabc\nendstream",
         "<< /Length 28 >>\nstream\nq 200 0 0 200 0 0 cm /X Do Q\nendstream",
+    };
+    return PdfFixtures::fromObjects(objects);
+}
+
+// One page of everything that crosses a band's edge differently: a shading over the whole page,
+// an interpolated picture, thick curves, and text.
+QByteArray mixedPdf()
+{
+    QByteArray pixels;
+    for (int i = 0; i < 16 * 16; ++i)
+        for (const int value : { i * 7, 255 - i, i * 13 })
+            pixels.append(char(value % 256));
+    const QByteArray content = "q /S sh Q q 200 0 0 150 50 100 cm /I Do Q "
+                               "1 0 0 RG 7 w 10 10 m 150 290 290 10 290 290 c S "
+                               "BT /F 31 Tf 20 250 Td (Bands of one tile) Tj ET";
+    const QList<QByteArray> objects = {
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 300] /Contents 4 0 R /Resources << "
+        "/Shading << /S << /ShadingType 2 /ColorSpace /DeviceRGB /Coords [0 0 300 300] "
+        "/Function << /FunctionType 2 /Domain [0 1] /C0 [1 1 0] /C1 [0 0 1] /N 1 >> "
+        "/Extend [true true] >> >> /XObject << /I 5 0 R >> "
+        "/Font << /F << /Type /Font /Subtype /Type1 /BaseFont /Helvetica >> >> >> >>",
+        "<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content
+            + "\nendstream",
+        "<< /Type /XObject /Subtype /Image /Width 16 /Height 16 /ColorSpace /DeviceRGB "
+        "/BitsPerComponent 8 /Interpolate true /Length "
+            + QByteArray::number(pixels.size()) + " >>\nstream\n" + pixels + "\nendstream",
     };
     return PdfFixtures::fromObjects(objects);
 }
@@ -106,6 +137,49 @@ private slots:
                   .convertToFormat(QImage::Format_RGB32)
                   .copy(0, 0, 700, 600);
         QCOMPARE(shown, engine);
+    }
+
+    void bandsOfATileMatchTheTileDrawnWhole()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("mixed.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(mixedPdf());
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        PDFView view;
+        show(view, document, 2.0);
+        view.horizontalScrollBar()->setValue(0);
+        view.verticalScrollBar()->setValue(0);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const auto page = document->pageAtIndex(0);
+        const double ratio = view.viewport()->devicePixelRatioF();
+        const QRect rect = view.convertRectFromPage(QRectF(0, 0, 300, 300), page).toRect();
+        // The page's first tile, whole on screen and drawn in bands, against the same tile drawn
+        // in one piece.
+        const QRect tile(0, 0, PDFTileKey::TileSize, PDFTileKey::TileSize);
+        QImage shown
+            = viewImage(view).copy(tile.translated((QPointF(rect.topLeft()) * ratio).toPoint()));
+        shown.setDevicePixelRatio(1);
+        const auto list = page->renderSource(PDFDisplayBox::CropBox)->buildDisplayList();
+        QVERIFY(list);
+        const QImage whole
+            = list->renderTile(tile, 2 * ratio).convertToFormat(QImage::Format_RGB32);
+        // A shading's colours and a scaled picture's samples may step a few units apart where a
+        // drawing starts, as they do at a tile's edge; a band drawn out of place or not at all
+        // differs by far more.
+        QCOMPARE(shown.size(), whole.size());
+        int largest = 0;
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x) {
+                const QRgb a = shown.pixel(x, y);
+                const QRgb b = whole.pixel(x, y);
+                largest = std::max({ largest, std::abs(qRed(a) - qRed(b)),
+                    std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b)) });
+            }
+        }
+        QVERIFY2(largest <= 4, qPrintable(QStringLiteral("largest difference %1").arg(largest)));
     }
 
     void anEditRendersOnlyWhatTheEngineDraws_data()
