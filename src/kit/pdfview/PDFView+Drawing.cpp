@@ -317,14 +317,21 @@ void PDFView::updateRenderRequests()
         return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
-    // What the engine kept of the pages passed is given back once the reader has moved on by
-    // a good stretch, or sooner past pages rich in fonts, so that memory stays near what the
-    // pages in view need.
-    const bool grown
-        = m_pagesLeftBehind > 0 && PDFDocument::cachedContentGrowth() > ReleaseAfterBytes;
-    if ((m_pagesLeftBehind >= ReleaseAfterPages || grown) && !m_releaseTimer.isActive())
-        m_releaseTimer.start();
+    releaseIfGrown();
     noteRenderProgress();
+}
+
+void PDFView::releaseIfGrown()
+{
+    // What the engine kept of the pages passed is given back once the reader has moved on by
+    // a good stretch, or as soon as it grew by a bound, so that memory stays near what the
+    // pages in view need however fast the reader scrolls. Growth is looked at as tiles arrive
+    // too: the workers grow it between two scrolls.
+    if (m_pagesLeftBehind <= 0 || m_releaseTimer.isActive())
+        return;
+    if (m_pagesLeftBehind >= ReleaseAfterPages
+        || PDFDocument::cachedContentGrowth() > ReleaseAfterBytes)
+        releaseCachedContent();
 }
 
 void PDFView::releaseCachedContent()
@@ -401,6 +408,7 @@ void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
     if (index < 0)
         return;
     m_tiles.insert(key, image);
+    releaseIfGrown();
     if (key.revision == tileRevision(pageAt(index).get())
         && key.scale == PDFTileKey::scaleKey(devicePixelsPerPoint())) {
         const double dpr = viewport()->devicePixelRatioF();

@@ -17,6 +17,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 // A JPEG picture of its own for each page, so that every page decodes new pixels.
@@ -153,6 +156,50 @@ private slots:
         const qint64 growth = most - firstPages;
         QVERIFY2(
             growth < 15LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+
+    // A flick through the same pages, a screen every few milliseconds while the workers draw
+    // behind: what they load is given back as soon as it adds up, not once the reader stops.
+    void aFlickThroughFontsGivesBackAsItGoes()
+    {
+        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+        if (!fontFile.open(QIODevice::ReadOnly))
+            QSKIP("DejaVu Sans is not installed");
+        constexpr int Pages = 120;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(ownFontPages(Pages, fontFile.readAll()));
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+
+        PDFView view;
+        QVERIFY(showSharp(view, document));
+        const qint64 firstScreen = PDFEngineInfo::heldBytes();
+        // What the engine holds, every millisecond, while the flick runs.
+        std::atomic<bool> done { false };
+        std::atomic<qint64> most { 0 };
+        std::thread watcher([&] {
+            while (!done) {
+                most = std::max(most.load(), PDFEngineInfo::heldBytes());
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        });
+        QScrollBar *bar = view.verticalScrollBar();
+        while (bar->value() < bar->maximum()) {
+            bar->setValue(bar->value() + bar->pageStep() / 2);
+            QTest::qWait(8);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
+        done = true;
+        watcher.join();
+        // 8 MB before a release and the fonts of a screen or two; a release left to a timer lets
+        // the workers load half as much again.
+        const qint64 growth = most - firstScreen;
+        QVERIFY2(
+            growth < 14LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 };
 
