@@ -84,6 +84,7 @@ struct PDFRenderScheduler::State
     std::deque<PDFTileRequest> pending;
     std::vector<Running> running;
     std::deque<List> lists; // most recently used at the back
+    std::vector<const void *> kept; // pages whose lists stay while no tile of theirs is wanted
     std::set<std::pair<const void *, quint64>> building;
     std::set<std::pair<const void *, quint64>> failed;
     int workers = 0;
@@ -104,6 +105,29 @@ struct PDFRenderScheduler::State
             }
         }
         return nullptr;
+    }
+
+    // Takes out the lists of pages that are neither kept nor wanted by a tile waiting or
+    // rendering: a list holds its page's fonts, pictures and shadings (megabytes on a page of
+    // charts) and has nothing left to draw. The caller frees them outside the lock.
+    std::vector<List> takeUnwantedLists()
+    {
+        std::vector<List> dropped;
+        for (auto it = lists.begin(); it != lists.end();) {
+            const void *const page = it->page;
+            const bool wanted = std::find(kept.begin(), kept.end(), page) != kept.end()
+                || std::any_of(pending.begin(), pending.end(),
+                    [page](const PDFTileRequest &r) { return r.key.page == page; })
+                || std::any_of(running.begin(), running.end(),
+                    [page](const Running &r) { return r.key.page == page; });
+            if (wanted) {
+                ++it;
+            } else {
+                dropped.push_back(std::move(*it));
+                it = lists.erase(it);
+            }
+        }
+        return dropped;
     }
 };
 
@@ -212,7 +236,8 @@ private:
                 owner, [owner, key, image] { emit owner->tileFinished(key, image); },
                 Qt::QueuedConnection);
         }
-        // A finished list may unblock requests that waited for it.
+        // A finished list may unblock requests that waited for it, and a page whose last tile
+        // this was lets its list go there.
         QMetaObject::invokeMethod(
             owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
     }
@@ -285,14 +310,8 @@ void PDFRenderScheduler::keepListsOf(const std::vector<const void *> &pages)
     std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
-        for (auto it = m_state->lists.begin(); it != m_state->lists.end();) {
-            if (std::find(pages.begin(), pages.end(), it->page) == pages.end()) {
-                dropped.push_back(std::move(*it));
-                it = m_state->lists.erase(it);
-            } else {
-                ++it;
-            }
-        }
+        m_state->kept = pages;
+        dropped = m_state->takeUnwantedLists();
     }
 }
 
@@ -320,8 +339,11 @@ void PDFRenderScheduler::pump()
 {
     int start = 0;
     int startShown = 0;
+    // Lists are let go here, on the main thread, outside the lock, as the view lets them go.
+    std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
+        dropped = m_state->takeUnwantedLists();
         const int shown = int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
             [](const PDFTileRequest &r) { return r.shown; }));
         startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);

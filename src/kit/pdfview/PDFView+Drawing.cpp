@@ -266,6 +266,7 @@ void PDFView::updateRenderRequests()
     const QPointF middle = visible.center();
     std::vector<std::pair<double, PDFTileRequest>> ranked;
     std::vector<const PDFPage *> nearby;
+    std::vector<const void *> shownPages;
     qint64 wantedPixels = 0;
     const QRectF aheadLayout(ahead.topLeft() / m_scale, ahead.size() / m_scale);
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
@@ -276,6 +277,8 @@ void PDFView::updateRenderRequests()
         if (!state.source || (state.failed && state.failedRevision == revision))
             continue;
         const QRectF pageRect = pageRectInDocument(index);
+        if (pageRect.intersects(visible))
+            shownPages.push_back(page.get());
         const QSize pixels = pagePixels(index, scale);
         const QRectF wanted = pageRect.intersected(ahead);
         if (wanted.isEmpty())
@@ -311,7 +314,7 @@ void PDFView::updateRenderRequests()
     for (auto &entry : ranked)
         requests.push_back(std::move(entry.second));
     m_scheduler->setRequests(std::move(requests));
-    m_scheduler->keepListsOf({ nearby.begin(), nearby.end() });
+    m_scheduler->keepListsOf(shownPages);
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
     m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
         return !item.second.failed
