@@ -10,11 +10,13 @@
 #include <QTransform>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <deque>
 #include <mutex>
 #include <set>
 
+#include <malloc.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -62,6 +64,22 @@ QImage mappedTile(const QSize &size)
     std::memcpy(base, &length, sizeof length);
     return QImage(base + MappingHeader, size.width(), size.height(), bytesPerLine,
         QImage::Format_ARGB32_Premultiplied, unmapTile, base);
+}
+
+// Rendering frees pixmaps, decoded streams and display lists all through the heap, whose pages
+// stay resident until something gives them back, so each screen's work would start from the
+// last one's peak. The last worker to go idle has them given back, on a thread of normal
+// priority: the heap's lock is held meanwhile, and a worker of lowered priority holding it could
+// keep the main thread waiting.
+void giveBackFreeHeap()
+{
+    static std::atomic<bool> queued { false };
+    if (queued.exchange(true))
+        return;
+    QThreadPool::globalInstance()->start([] {
+        queued = false;
+        malloc_trim(0);
+    });
 }
 
 } // namespace
@@ -144,6 +162,7 @@ public:
         if (!m_shownOnly)
             lowerThreadPriority();
         State &s = *m_state;
+        bool idle = false;
         for (;;) {
             PDFTileRequest request;
             auto cancel = std::make_shared<PDFCancellation>();
@@ -164,7 +183,8 @@ public:
                 });
                 if (chosen == s.pending.end()) {
                     --(m_shownOnly ? s.shownWorkers : s.workers);
-                    return;
+                    idle = s.pending.empty() && s.running.empty();
+                    break;
                 }
                 request = *chosen;
                 s.pending.erase(chosen);
@@ -179,6 +199,8 @@ public:
             }
             render(request, list, cancel);
         }
+        if (idle)
+            giveBackFreeHeap();
     }
 
 private:
