@@ -37,10 +37,13 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <thread>
 #include <vector>
 
 #include <malloc.h>
+#include <unistd.h>
 
 namespace {
 
@@ -148,6 +151,75 @@ QString heapSummary()
         .arg(mb(allSize), mb(allFree), match.captured(1), mb(match.captured(2).toLongLong()),
             summary);
 }
+
+// For FOLIDOC_BENCH_TRACE: the highest resident memory between two screens, sampled every
+// quarter millisecond, and what made it up at that moment (MuPDF's bytes, mapped files, the
+// heap's size and its part in use, blocks mapped apart), with MuPDF's own highest: a passing
+// peak that no screen's figures show, and which part of the process it was.
+class PeakSampler
+{
+public:
+    PeakSampler()
+        : m_thread([this] { sample(); })
+    { }
+    ~PeakSampler()
+    {
+        m_stop = true;
+        m_thread.join();
+    }
+    // "peak-rss R engine-then E engine-peak P file F heap H used U mapped M" in megabytes, since
+    // the last call.
+    QString take()
+    {
+        const auto mb
+            = [](qint64 bytes) { return QString::number(double(bytes) / (1 << 20), 'f', 1); };
+        const QString text
+            = QStringLiteral("peak-rss %1 engine-then %2 engine-peak %3")
+                  .arg(mb(m_rss.exchange(0)), mb(m_engineThen.load()), mb(m_engine.exchange(0)));
+        std::lock_guard lock(m_mutex);
+        return text + m_detail;
+    }
+
+private:
+    void sample()
+    {
+        const long page = sysconf(_SC_PAGESIZE);
+        while (!m_stop) {
+            long size = 0;
+            long resident = 0;
+            long shared = 0;
+            if (FILE *statm = std::fopen("/proc/self/statm", "r")) {
+                if (std::fscanf(statm, "%ld %ld %ld", &size, &resident, &shared) != 3)
+                    resident = 0;
+                std::fclose(statm);
+            }
+            const qint64 engine = PDFEngineInfo::heldBytes();
+            const qint64 rss = qint64(resident) * page;
+            if (rss > m_rss) {
+                m_rss = rss;
+                m_engineThen = engine;
+                const struct mallinfo2 info = mallinfo2();
+                std::lock_guard lock(m_mutex);
+                m_detail = QStringLiteral(" file %1 heap %2 used %3 mapped %4")
+                               .arg(double(size_t(shared) * page) / (1 << 20), 0, 'f', 1)
+                               .arg(double(info.arena) / (1 << 20), 0, 'f', 1)
+                               .arg(double(info.uordblks) / (1 << 20), 0, 'f', 1)
+                               .arg(double(info.hblkhd) / (1 << 20), 0, 'f', 1);
+            }
+            if (engine > m_engine)
+                m_engine = engine;
+            std::this_thread::sleep_for(std::chrono::microseconds(250));
+        }
+    }
+
+    std::mutex m_mutex;
+    QString m_detail;
+    std::atomic<qint64> m_rss { 0 };
+    std::atomic<qint64> m_engineThen { 0 };
+    std::atomic<qint64> m_engine { 0 };
+    std::atomic<bool> m_stop { false };
+    std::thread m_thread;
+};
 
 // Runs the event loop until the view shows exact tiles everywhere, or the time is up.
 bool waitRendered(PDFView &view, int timeoutMs)
@@ -296,6 +368,9 @@ int viewBench(const QStringList &arguments, bool timed)
     QScrollBar *bar = view.verticalScrollBar();
     // FOLIDOC_BENCH_TRACE=1: the memory at every screen, on standard error.
     const bool trace = qEnvironmentVariableIntValue("FOLIDOC_BENCH_TRACE") != 0;
+    std::unique_ptr<PeakSampler> sampler;
+    if (trace)
+        sampler = std::make_unique<PeakSampler>();
     // Screen by screen, each shown sharp before moving on, until the view shows the given page.
     const auto readTo = [&](int last) {
         waitRendered(view, 30000);
@@ -310,7 +385,7 @@ int viewBench(const QStringList &arguments, bool timed)
                     << processMegabytes("VmRSS:") << " peak " << processMegabytes("VmHWM:")
                     << " tiles " << double(view.tileCache().pixelCount()) * 4 / (1024 * 1024)
                     << " engine " << double(PDFEngineInfo::heldBytes()) / (1 << 20) << ' '
-                    << heapSummary() << Qt::endl;
+                    << heapSummary() << " | " << sampler->take() << Qt::endl;
             }
         }
     };

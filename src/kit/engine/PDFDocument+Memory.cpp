@@ -52,6 +52,8 @@ bool PDFDocument::releaseCachedContent()
     // in pieces, each under the lock no longer than it needs, so that the main thread asking for
     // the document waits for one piece at most.
     releasing = true;
+    // Growth counts from here while the release runs, so that it is not asked for again.
+    g_heldAfterRelease = mu::liveBytes();
     QThreadPool::globalInstance()->start([handle = d->handle, dropped = std::move(dropped)] {
         fz_context *ctx = mu::context();
         pdf_document *const doc = handle->doc();

@@ -10,12 +10,14 @@
 #include <QTransform>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <deque>
 #include <mutex>
 #include <optional>
 #include <set>
 
+#include <malloc.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -70,6 +72,22 @@ QImage mappedTile(const QSize &size)
         QImage::Format_ARGB32_Premultiplied, unmapTile, base);
 }
 
+// Rendering frees pixmaps, decoded streams and display lists all through the heap, whose pages
+// stay resident until something gives them back, so each screen's work would start from the
+// last one's peak. The last worker to go idle has them given back, on a thread of normal
+// priority: the heap's lock is held meanwhile, and a worker of lowered priority holding it could
+// keep the main thread waiting.
+void giveBackFreeHeap()
+{
+    static std::atomic<bool> queued { false };
+    if (queued.exchange(true))
+        return;
+    QThreadPool::globalInstance()->start([] {
+        queued = false;
+        malloc_trim(0);
+    });
+}
+
 } // namespace
 
 struct PDFRenderScheduler::State
@@ -110,6 +128,7 @@ struct PDFRenderScheduler::State
     std::deque<Band> bands; // taken before any request: they are shown tiles already started
     std::vector<Running> running;
     std::deque<List> lists; // most recently used at the back
+    std::vector<const void *> kept; // pages whose lists stay while no tile of theirs is wanted
     std::set<std::pair<const void *, quint64>> building;
     std::set<std::pair<const void *, quint64>> failed;
     int workers = 0;
@@ -132,6 +151,29 @@ struct PDFRenderScheduler::State
         }
         return nullptr;
     }
+
+    // Takes out the lists of pages that are neither kept nor wanted by a tile waiting or
+    // rendering: a list holds its page's fonts, pictures and shadings (megabytes on a page of
+    // charts) and has nothing left to draw. The caller frees them outside the lock.
+    std::vector<List> takeUnwantedLists()
+    {
+        std::vector<List> dropped;
+        for (auto it = lists.begin(); it != lists.end();) {
+            const void *const page = it->page;
+            const bool wanted = std::find(kept.begin(), kept.end(), page) != kept.end()
+                || std::any_of(pending.begin(), pending.end(),
+                    [page](const PDFTileRequest &r) { return r.key.page == page; })
+                || std::any_of(running.begin(), running.end(),
+                    [page](const Running &r) { return r.key.page == page; });
+            if (wanted) {
+                ++it;
+            } else {
+                dropped.push_back(std::move(*it));
+                it = lists.erase(it);
+            }
+        }
+        return dropped;
+    }
 };
 
 class PDFRenderScheduler::Worker : public QRunnable
@@ -147,6 +189,7 @@ public:
         if (!m_shownOnly)
             lowerThreadPriority();
         State &s = *m_state;
+        bool idle = false;
         for (;;) {
             PDFTileRequest request;
             auto cancel = std::make_shared<PDFCancellation>();
@@ -184,7 +227,8 @@ public:
                 });
                 if (chosen == s.pending.end()) {
                     --(m_shownOnly ? s.shownWorkers : s.workers);
-                    return;
+                    idle = s.pending.empty() && s.running.empty();
+                    break;
                 }
                 request = *chosen;
                 s.pending.erase(chosen);
@@ -205,6 +249,8 @@ public:
                 --s.shownBusy;
             }
         }
+        if (idle)
+            giveBackFreeHeap();
     }
 
 private:
@@ -320,7 +366,8 @@ private:
                     emit owner->pageFailed(key.page, key.revision);
                 else if (!image.isNull() && !cancel->isCancelled())
                     emit owner->tileFinished(key, image);
-                // A finished list may unblock requests that waited for it.
+                // A finished list may unblock requests that waited for it, and a page whose
+                // last tile this was lets its list go there.
                 owner->pump();
             },
             Qt::QueuedConnection);
@@ -401,14 +448,8 @@ void PDFRenderScheduler::keepListsOf(const std::vector<const void *> &pages)
     std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
-        for (auto it = m_state->lists.begin(); it != m_state->lists.end();) {
-            if (std::find(pages.begin(), pages.end(), it->page) == pages.end()) {
-                dropped.push_back(std::move(*it));
-                it = m_state->lists.erase(it);
-            } else {
-                ++it;
-            }
-        }
+        m_state->kept = pages;
+        dropped = m_state->takeUnwantedLists();
     }
 }
 
@@ -436,8 +477,11 @@ void PDFRenderScheduler::pump()
 {
     int start = 0;
     int startShown = 0;
+    // Lists are let go here, on the main thread, outside the lock, as the view lets them go.
+    std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
+        dropped = m_state->takeUnwantedLists();
         const int shown = int(m_state->bands.size())
             + int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
                 [](const PDFTileRequest &r) { return r.shown; }));

@@ -41,8 +41,9 @@ public:
     void setRequests(std::vector<PDFTileRequest> requests);
     // Forgets the page's display lists and cancels its work (its content changed).
     void invalidatePage(const void *page);
-    // Forgets the display lists of every other page: a list holds the fonts and pictures of
-    // its page, so only the pages around the view keep theirs.
+    // Keeps the display lists of these pages (those on screen, whose tiles a scroll within them
+    // needs); any other page's list goes as soon as no tile of it waits or renders, since a
+    // list holds the fonts, pictures and shadings of its page.
     void keepListsOf(const std::vector<const void *> &pages);
     void cancelAll();
     // No tile waits or renders.

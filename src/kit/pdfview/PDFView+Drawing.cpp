@@ -272,6 +272,7 @@ void PDFView::updateRenderRequests()
     const QPointF middle = visible.center();
     std::vector<std::pair<double, PDFTileRequest>> ranked;
     std::vector<const PDFPage *> nearby;
+    std::vector<const void *> shownPages;
     qint64 wantedPixels = 0;
     const QRectF aheadLayout(ahead.topLeft() / m_scale, ahead.size() / m_scale);
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
@@ -282,6 +283,8 @@ void PDFView::updateRenderRequests()
         if (!state.source || (state.failed && state.failedRevision == revision))
             continue;
         const QRectF pageRect = pageRectInDocument(index);
+        if (pageRect.intersects(visible))
+            shownPages.push_back(page.get());
         const QSize pixels = pagePixels(index, scale);
         const QRectF wanted = pageRect.intersected(ahead);
         if (wanted.isEmpty())
@@ -317,20 +320,27 @@ void PDFView::updateRenderRequests()
     for (auto &entry : ranked)
         requests.push_back(std::move(entry.second));
     m_scheduler->setRequests(std::move(requests));
-    m_scheduler->keepListsOf({ nearby.begin(), nearby.end() });
+    m_scheduler->keepListsOf(shownPages);
     // Sources of pages far away hold loaded pages: keep only those nearby, and failures.
     m_pagesLeftBehind += int(std::erase_if(m_renderStates, [&](const auto &item) {
         return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
-    // What the engine kept of the pages passed is given back once the reader has moved on by
-    // a good stretch, or sooner past pages rich in fonts, so that memory stays near what the
-    // pages in view need.
-    const bool grown
-        = m_pagesLeftBehind > 0 && PDFDocument::cachedContentGrowth() > ReleaseAfterBytes;
-    if ((m_pagesLeftBehind >= ReleaseAfterPages || grown) && !m_releaseTimer.isActive())
-        m_releaseTimer.start();
+    releaseIfGrown();
     noteRenderProgress();
+}
+
+void PDFView::releaseIfGrown()
+{
+    // What the engine kept of the pages passed is given back once the reader has moved on by
+    // a good stretch, or as soon as it grew by a bound, so that memory stays near what the
+    // pages in view need however fast the reader scrolls. Growth is looked at as tiles arrive
+    // too: the workers grow it between two scrolls.
+    if (m_pagesLeftBehind <= 0 || m_releaseTimer.isActive())
+        return;
+    if (m_pagesLeftBehind >= ReleaseAfterPages
+        || PDFDocument::cachedContentGrowth() > ReleaseAfterBytes)
+        releaseCachedContent();
 }
 
 void PDFView::releaseCachedContent()
@@ -407,6 +417,7 @@ void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
     if (index < 0)
         return;
     m_tiles.insert(key, image);
+    releaseIfGrown();
     if (key.revision == tileRevision(pageAt(index).get())
         && key.scale == PDFTileKey::scaleKey(devicePixelsPerPoint())) {
         const double dpr = viewport()->devicePixelRatioF();

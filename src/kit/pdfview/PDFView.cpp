@@ -48,7 +48,7 @@ PDFView::PDFView(QWidget *parent)
     connect(&m_renderTimer, &QTimer::timeout, this, &PDFView::updateRenderRequests);
     m_releaseTimer.setSingleShot(true);
     m_releaseTimer.setInterval(100);
-    connect(&m_releaseTimer, &QTimer::timeout, this, &PDFView::releaseCachedContent);
+    connect(&m_releaseTimer, &QTimer::timeout, this, &PDFView::releaseIfGrown);
     m_changedPagesTimer.setSingleShot(true);
     m_changedPagesTimer.setInterval(0);
     connect(&m_changedPagesTimer, &QTimer::timeout, this, &PDFView::flushChangedPages);

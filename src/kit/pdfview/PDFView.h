@@ -289,6 +289,7 @@ private:
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
     void noteRenderProgress();
+    void releaseIfGrown();
     void releaseCachedContent();
     void updatePageViews();
     void removeAllPageViews();
@@ -344,7 +345,7 @@ private:
     static constexpr qint64 TileBudgetScreens = 8;
     static constexpr qint64 MinimumTileBudget = 4LL * 1024 * 1024;
     qint64 m_screenTileBudget = MinimumTileBudget;
-    QTimer m_releaseTimer;
+    QTimer m_releaseTimer; // asks again while the last release still runs
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;

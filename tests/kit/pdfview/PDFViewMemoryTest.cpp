@@ -4,9 +4,12 @@
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
 
+#include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFEngineInfo.h>
 #include <kit/engine/PDFPage.h>
+#include <kit/engine/PDFPageRenderSource.h>
+#include <kit/pdfview/PDFRenderScheduler.h>
 #include <kit/pdfview/PDFView.h>
 
 #include <QApplication>
@@ -16,6 +19,10 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
+
+#include <atomic>
+#include <thread>
 
 namespace {
 
@@ -153,6 +160,99 @@ private slots:
         const qint64 growth = most - firstPages;
         QVERIFY2(
             growth < 15LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+
+    // A flick through the same pages, a screen every few milliseconds while the workers draw
+    // behind: what they load is given back as soon as it adds up, not once the reader stops.
+    void aFlickThroughFontsGivesBackAsItGoes()
+    {
+        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+        if (!fontFile.open(QIODevice::ReadOnly))
+            QSKIP("DejaVu Sans is not installed");
+        constexpr int Pages = 120;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(ownFontPages(Pages, fontFile.readAll()));
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+
+        PDFView view;
+        QVERIFY(showSharp(view, document));
+        const qint64 firstScreen = PDFEngineInfo::heldBytes();
+        // What the engine holds, every millisecond, while the flick runs.
+        std::atomic<bool> done { false };
+        std::atomic<qint64> most { 0 };
+        std::thread watcher([&] {
+            while (!done) {
+                most = std::max(most.load(), PDFEngineInfo::heldBytes());
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        });
+        QScrollBar *bar = view.verticalScrollBar();
+        while (bar->value() < bar->maximum()) {
+            bar->setValue(bar->value() + bar->pageStep() / 2);
+            QTest::qWait(8);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
+        done = true;
+        watcher.join();
+        // 8 MB before a release and the fonts of a screen or two; a release left to a timer lets
+        // the workers load half as much again.
+        const qint64 growth = most - firstScreen;
+        QVERIFY2(
+            growth < 14LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+
+    // A recorded page holds its pictures, shadings and fonts until its list goes: the pages a
+    // screen above and below the view are drawn ahead, but only the page on screen keeps them.
+    void onlyThePageOnScreenKeepsWhatItDraws()
+    {
+        constexpr int Pages = 12;
+        PdfFixtures::Document source = PdfFixtures::textPages(Pages, 4, 0);
+        for (int i = 0; i < Pages; ++i) {
+            source.pages[i].image = PdfFixtures::photo(800, 800, quint32(i + 1));
+            source.pages[i].imageRect = QRectF(36, 36, 540, 540);
+        }
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("pictures.pdf"));
+        QVERIFY(PdfFixtures::write(source, path));
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        // Whatever the engine holds beyond what the open pages need goes.
+        const auto releaseAll = [&] {
+            QThreadPool::globalInstance()->waitForDone();
+            const bool released = document->releaseCachedContent();
+            QThreadPool::globalInstance()->waitForDone();
+            return released;
+        };
+        QVERIFY(releaseAll());
+        const qint64 opened = PDFEngineInfo::heldBytes();
+        qint64 onePage = 0;
+        {
+            const auto source = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+            const auto list = source->buildDisplayList();
+            QVERIFY(list);
+            QVERIFY(releaseAll());
+            onePage = PDFEngineInfo::heldBytes() - opened;
+        }
+        QVERIFY(releaseAll());
+
+        PDFView view;
+        QVERIFY(showSharp(view, document));
+        view.goToPage(document->pageAtIndex(Pages / 2));
+        QTRY_VERIFY_WITH_TIMEOUT(view.isVisibleAreaRendered(), 20000);
+        QCOMPARE(view.visiblePages().size(), size_t(1));
+        // The pages around it are drawn ahead before the workers are done; the lists of those
+        // off screen go once their last tile has arrived.
+        QTRY_VERIFY_WITH_TIMEOUT(view.renderScheduler()->isIdle(), 20000);
+        qint64 held = 0;
+        QTRY_VERIFY2_WITH_TIMEOUT(
+            (releaseAll(), held = PDFEngineInfo::heldBytes() - opened) < 2 * onePage,
+            qPrintable(QStringLiteral("%1 bytes held, %2 for one page").arg(held).arg(onePage)),
+            5000);
     }
 };
 
