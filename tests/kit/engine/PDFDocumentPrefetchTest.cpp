@@ -135,8 +135,9 @@ void PDFDocumentPrefetchTest::firstPageDrawsAsReadAtOnce()
         if (readAhead) {
             prefetch.emplace(path);
             bool read = false;
-            if (PDFDocumentPrefetch::notifyWhenRead(path, this, [&read] { read = true; }))
-                QTest::qWaitFor([&read] { return read; }, 10000);
+            if (PDFDocumentPrefetch::notifyWhenRead(path, this, [&read] { read = true; })
+                && !QTest::qWaitFor([&read] { return read; }, 10000))
+                return std::shared_ptr<PDFDocument>();
         }
         auto document = std::make_shared<PDFDocument>();
         if (!document->initWithURL(QUrl::fromLocalFile(path)) || (prefetch && !prefetch->taken()))

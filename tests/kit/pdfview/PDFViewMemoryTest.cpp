@@ -232,8 +232,9 @@ private slots:
         const qint64 opened = PDFEngineInfo::heldBytes();
         qint64 onePage = 0;
         {
-            const auto source = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
-            const auto list = source->buildDisplayList();
+            const auto pageSource
+                = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+            const auto list = pageSource->buildDisplayList();
             QVERIFY(list);
             QVERIFY(releaseAll());
             onePage = PDFEngineInfo::heldBytes() - opened;
