@@ -4,7 +4,6 @@
 
 #include <annotation/AnnotationDefaultsKeys.h>
 #include <annotation/FDAnnotationFreeText.h>
-#include <annotation/FDAnnotationText.h>
 #include <annotation/PDFAnnotation+XExtensions.h>
 #include <annotation/PDFAnnotationFreeText+XExtensions.h>
 #include <annotation/values/NSUserDefaults+XExtensions.h>
@@ -19,7 +18,6 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QProcess>
-#include <QScreen>
 #include <QtTest>
 
 namespace Keys = AnnotationDefaultsKeys;

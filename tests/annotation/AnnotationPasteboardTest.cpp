@@ -15,7 +15,6 @@
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
-#include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -293,33 +292,6 @@ private slots:
         // A copy is not in the editor even when the original is.
         setIsEditing(*note, true);
         QVERIFY(!isEditing(*note->copy()));
-    }
-
-    void pasteboardTypesByClass_data()
-    {
-        QTest::addColumn<QString>("type"); // of the engine's class
-        QTest::addColumn<QString>("pasteboardType");
-        QTest::newRow("engine markup has none") << "Highlight" << QString();
-        QTest::newRow("engine ink") << "Ink" << QStringLiteral("Folidoc.Pasteboard.Annotation.Ink");
-        QTest::newRow("engine note")
-            << "Text" << QStringLiteral("Folidoc.Pasteboard.Annotation.Text");
-        for (const char *none : { "Stamp", "Link", "Popup", "Polygon" })
-            QTest::newRow(none) << QString(none) << QString();
-    }
-    void pasteboardTypesByClass()
-    {
-        QFETCH(QString, type);
-        QFETCH(QString, pasteboardType);
-        const auto annotation = engineAnnotation(type, QRectF(0, 0, 10, 10));
-        QVERIFY(annotation);
-        const QStringList expected
-            = pasteboardType.isEmpty() ? QStringList() : QStringList { pasteboardType };
-        QCOMPARE(typesForPasteboard(*annotation), expected);
-        QCOMPARE(readableTypesForPasteboard(*annotation), expected);
-        // What a paste makes of the type.
-        if (!pasteboardType.isEmpty())
-            QCOMPARE(FDPDFView::classForPasteboardType(pasteboardType)()->type(), type);
-        QVERIFY(!FDPDFView::classForPasteboardType(QStringLiteral("Folidoc.Pasteboard.PDFPage")));
     }
 };
 

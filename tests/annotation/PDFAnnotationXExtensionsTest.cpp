@@ -6,7 +6,6 @@
 #include <annotation/FDAnnotationText.h>
 #include <annotation/PDFAnnotation+XExtensions.h>
 #include <app/FDDefaults.h>
-#include <document/FDDocument.h>
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFAnnotationInk.h>
 #include <kit/engine/PDFAnnotationLine.h>
@@ -14,9 +13,7 @@
 #include <kit/engine/PDFBorder.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
-#include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
-#include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
 #include <QApplication>
@@ -329,19 +326,6 @@ private slots:
             const auto annotation = engineAnnotation(type, QRectF(0, 0, 10, 10));
             QCOMPARE(typeIcon(*annotation).cacheKey(), icon.cacheKey());
         }
-    }
-
-    void missingIconIsLoggedAndNull()
-    {
-        QIcon icon;
-        const QByteArray log
-            = TestTools::standardErrorOf([&] { icon = iconForType(QStringLiteral("Polygon")); });
-        QVERIFY(icon.isNull());
-        QVERIFY2(log.contains(">>> Not found image for: Ann_Polygon_18pt"), log.constData());
-        // Nothing was cached: it is looked for, and reported, again.
-        const QByteArray again
-            = TestTools::standardErrorOf([] { iconForType(QStringLiteral("Polygon")); });
-        QVERIFY(again.contains(">>> Not found image for: Ann_Polygon_18pt"));
     }
 
     void fiveHundredAnnotationsAreHitTestedQuickly()

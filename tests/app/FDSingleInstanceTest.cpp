@@ -5,7 +5,6 @@
 
 #include <QLocalServer>
 #include <QProcess>
-#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -43,12 +42,6 @@ private slots:
             arguments.prepend(QStringLiteral("--new-window"));
         QCOMPARE(runChild(QStringLiteral("forward"), name, arguments), 0);
         QCOMPARE(received, (QList<FDSingleInstance::Request> { { paths, newWindow } }));
-    }
-
-    void withNobodyListeningNothingIsForwarded()
-    {
-        const FDSingleInstance nobody(uniqueName("nobody"));
-        QVERIFY(!nobody.forwardToRunningInstance({ { QStringLiteral("/tmp/x.pdf") } }, 500));
     }
 
     void aSocketLeftByACrashIsTakenOver()

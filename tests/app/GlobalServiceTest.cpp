@@ -1,7 +1,6 @@
 #include "support/AppFixtures.h"
 #include "support/AppTestEnvironment.h"
 
-#include <app/CompressContents.h>
 #include <app/FDCommandLine.h>
 #include <app/FDDefaults.h>
 #include <app/GlobalService.h>
@@ -16,7 +15,6 @@
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
-#include <view/FDPDFView.h>
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -29,23 +27,342 @@ class GlobalServiceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-    void storedWindowsComeBackInTheirFrames();
-    void malformedListFallsThroughToABlankWindow_data();
-    void malformedListFallsThroughToABlankWindow();
-    void launchWithNoneIgnoresTheStoredList();
-    void savedListPutsTheMainWindowLast();
-    void periodicSaveFollowsTheChangeFlag();
-    void closingTheOnlyWindowSavesTheList();
-    void closingTheLastWindowLeavesWhatQuitLeaves_data();
-    void closingTheLastWindowLeavesWhatQuitLeaves();
-    void terminationSavesClosesAndKeepsTheListOnRepeat();
-    void quitWaitsForAPendingSave();
-    void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab();
-    void aDocumentStoredTwiceIsRestoredOnceWithItsSplit();
-    void aSecondLaunchsPathsArriveAsTabs_data();
-    void aSecondLaunchsPathsArriveAsTabs();
+    void init()
+    {
+        AppTestEnvironment::clearStore();
+        m_service = std::make_unique<GlobalService>();
+    }
+
+    void cleanup()
+    {
+        for (TabWindowController *window : windows()) {
+            window->tabStripModel()->closeAllTabs();
+            delete window;
+        }
+        // A closed document's reading position is still being written in the background.
+        QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+        m_service.reset();
+    }
+
+    void storedWindowsComeBackInTheirFrames()
+    {
+        const QString missing = QStringLiteral("/nonexistent/folder/gone.pdf");
+        const QVariantMap skippedTab {
+            { GlobalService::kLOW_IsNewTab, false }, { GlobalService::kLOW_SplitMode, 0 },
+            { GlobalService::kLOW_URLs, FDEncodeURLs(QList<QUrl> { QUrl::fromLocalFile(missing) }) }
+        };
+        const QRect firstFrame(100, 120, 700, 500), secondFrame(50, 60, 640, 480);
+        UserDefaults::standard().setObject(
+            // The middle tab is selected: neither the first nor the last one opened.
+            QVariantList { windowRecord({ startTabRecord(), startTabRecord(), startTabRecord() }, 1,
+                               firstFrame),
+                windowRecord({ skippedTab }, 0, secondFrame) },
+            FDDefaults::LastOpenedWindows);
+
+        QVERIFY(m_service->restoreLastOpenedWindows());
+        QVERIFY(!m_service->restoringLastOpenedWindows());
+        QCOMPARE(windows().size(), 2);
+        TabStripModel *first = windows().at(0)->tabStripModel();
+        QCOMPARE(first->count(), 3);
+        QCOMPARE(first->selectedIndex(), 1);
+        // Every tab of the second window was skipped: it comes back with a start tab.
+        TabStripModel *second = windows().at(1)->tabStripModel();
+        QCOMPARE(second->count(), 1);
+        QVERIFY(qobject_cast<NewTabContents *>(second->getSelectedTabContents()));
+        // The frames are set on the next turn, and the windows shown.
+        QTRY_VERIFY(windows().at(1)->isVisible());
+        QCOMPARE(windows().at(0)->geometry(), firstFrame);
+        QCOMPARE(windows().at(1)->geometry(), secondFrame);
+        // Restoring is no change of the window list.
+        QVERIFY(!m_service->openedWindowsChanged());
+    }
+
+    void malformedListFallsThroughToABlankWindow_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::newRow("not a list") << QVariant(QStringLiteral("garbage"));
+        QTest::newRow("empty list") << QVariant(QVariantList {});
+        QTest::newRow("a number among the windows") << QVariant(
+            QVariantList { windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }), 7 });
+    }
+
+    void malformedListFallsThroughToABlankWindow()
+    {
+        QFETCH(QVariant, stored);
+        UserDefaults::standard().setObject(stored, FDDefaults::LastOpenedWindows);
+        QVERIFY(!m_service->restoreLastOpenedWindows());
+        QVERIFY(windows().isEmpty());
+        m_service->applicationDidFinishLaunching();
+        QCOMPARE(windows().size(), 1);
+        QCOMPARE(windows().first()->tabStripModel()->count(), 1);
+        QVERIFY(qobject_cast<NewTabContents *>(
+            windows().first()->tabStripModel()->getSelectedTabContents()));
+        QVERIFY(m_service->lastOpenedWindowsSavingTimer()->isActive());
+        QCOMPARE(m_service->lastOpenedWindowsSavingTimer()->interval(), 5000);
+    }
+
+    void launchWithNoneIgnoresTheStoredList()
+    {
+        UserDefaults::standard().setObject(
+            QVariantList {
+                windowRecord({ startTabRecord(), startTabRecord() }, 0, { 0, 0, 600, 400 }),
+                windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }) },
+            FDDefaults::LastOpenedWindows);
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        m_service->applicationDidFinishLaunching();
+        QCOMPARE(windows().size(), 1);
+        QCOMPARE(windows().first()->tabStripModel()->count(), 1);
+    }
+
+    void savedListPutsTheMainWindowLast()
+    {
+        auto *first = TabWindowController::create<PDFWindowController>();
+        first->openNewTab();
+        first->openNewTab();
+        first->openCompressTab(); // replaces the selected second start tab; it is stored by nobody
+        auto *second = TabWindowController::create<PDFWindowController>();
+        second->openNewTab();
+        second->show();
+        first->show(); // the window shown last is the main one
+        QCOMPARE(TabWindowController::main(), first);
+
+        m_service->saveLastOpenedWindows();
+        const QVariantList stored = storedWindows();
+        QCOMPARE(stored.size(), 2);
+        const QVariantMap mainRecord = stored.at(1).toMap();
+        QCOMPARE(
+            mainRecord.value(GlobalService::kLOW_Tabs).toList(), QVariantList { startTabRecord() });
+        // The selection counts the tab that wasn't stored: it may point past the stored tabs.
+        QCOMPARE(mainRecord.value(GlobalService::kLOW_SelectedIndex).toInt(), 1);
+        QCOMPARE(Geometry::rectFromString(mainRecord.value(GlobalService::kLOW_Frame).toString()),
+            QRectF(first->geometry()));
+        QCOMPARE(stored.at(0).toMap().value(GlobalService::kLOW_Tabs).toList().size(), 1);
+    }
+
+    void closingTheOnlyWindowSavesTheList()
+    {
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        m_service->applicationDidFinishLaunching(); // a blank window, and the closing observed
+        QCOMPARE(windows().size(), 1);
+        TabWindowController *const blank = windows().first();
+        auto *second = TabWindowController::create<PDFWindowController>();
+        second->openNewTab();
+        second->openNewTab();
+        // With two windows, closing one leaves the saving to the timer.
+        blank->tabStripModel()->closeSelectedTab();
+        QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
+        QCOMPARE(windows().size(), 1);
+        // Closing the last window saves the list with that window and its tabs in it.
+        m_service->setQuitHandlerForTesting([] {});
+        second->close();
+        QCOMPARE(storedWindows().size(), 1);
+        QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
+            (QVariantList { startTabRecord(), startTabRecord() }));
+        // Closing its last tab instead saves while that tab is still there.
+        auto *third = TabWindowController::create<PDFWindowController>();
+        third->openNewTab();
+        third->tabStripModel()->closeSelectedTab();
+        QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
+            QVariantList { startTabRecord() });
+    }
+
+    void closingTheLastWindowLeavesWhatQuitLeaves_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("Quit") << QStringLiteral("quit");
+        QTest::newRow("the window's close button") << QStringLiteral("close button");
+        QTest::newRow("Close Window") << QStringLiteral("command");
+    }
+
+    void closingTheLastWindowLeavesWhatQuitLeaves()
+    {
+        QFETCH(QString, how);
+        QTemporaryDir folder;
+        const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("kept.pdf")));
+        QVERIFY(AppFixtures::writeColourPDF(url.toLocalFile(), Qt::white));
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        m_service->setQuitHandlerForTesting([] {});
+        m_service->applicationDidFinishLaunching(); // a window with a start tab
+        auto *const window = qobject_cast<PDFWindowController *>(windows().first());
+        auto *const document
+            = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, false, true));
+        QVERIFY(document);
+        QTRY_VERIFY(document->primaryPDFView()->document());
+
+        if (how == QLatin1String("quit"))
+            m_service->terminate();
+        else if (how == QLatin1String("close button"))
+            window->close(); // the close event the window manager sends
+        else
+            window->menus()
+                ->actionForCommand(QStringLiteral("performCloseWindowAction:"))
+                ->trigger();
+        QTRY_VERIFY(windows().isEmpty());
+
+        // The next launch shows the window as it was: its start tab and the document, selected.
+        QVERIFY(m_service->restoreLastOpenedWindows());
+        QCOMPARE(windows().size(), 1);
+        TabStripModel *const model = windows().first()->tabStripModel();
+        QCOMPARE(model->count(), 2);
+        QVERIFY(qobject_cast<NewTabContents *>(model->getTabContentsAtIndex(0)));
+        QCOMPARE(model->getTabContentsAtIndex(1)->url(), url.toString(QUrl::FullyEncoded));
+        QCOMPARE(model->selectedIndex(), 1);
+    }
+
+    void terminationSavesClosesAndKeepsTheListOnRepeat()
+    {
+        for (int count : { 1, 2 }) {
+            auto *window = TabWindowController::create<PDFWindowController>();
+            for (int tab = 0; tab < count; ++tab)
+                window->openNewTab();
+            window->show();
+        }
+        QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
+        QVERIFY(m_service->isTerminating());
+        QVERIFY(m_service->isClosingWindowByUser());
+        QVERIFY(windows().isEmpty());
+        QCOMPARE(storedWindows().size(), 2);
+        // Asking again (as the polling does) finds no window and leaves the list alone.
+        QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
+        QCOMPARE(storedWindows().size(), 2);
+    }
+
+    void quitWaitsForAPendingSave()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("changed.pdf"));
+        QVERIFY(AppFixtures::writeColourPDF(path, Qt::yellow));
+        const qint64 sizeBefore = QFileInfo(path).size();
+        auto document = std::make_shared<FDDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path), nullptr));
+        auto extra = std::make_shared<PDFPage>();
+        QVERIFY(extra->init());
+        document->insertPage(extra, 1);
+        document->setNumberOfOtherChanges(1);
+        QVERIFY(PDFSavingService::shared().addTask(document));
+        document.reset(); // the service keeps it alive until written
+
+        int quits = 0;
+        m_service->setQuitHandlerForTesting([&] { ++quits; });
+        m_service->terminate();
+        QCOMPARE(quits, 0);
+        QVERIFY(m_service->isTerminating());
+        // The question is asked again five times a second until the save has ended.
+        QTRY_COMPARE_WITH_TIMEOUT(quits, 1, 30000);
+        QCOMPARE(PDFSavingService::shared().numberOfTasks(), 0);
+        QVERIFY(QFileInfo(path).size() != sizeBefore);
+    }
+
+    void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab()
+    {
+        QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("sub")));
+        const QString path = folder.filePath(QStringLiteral("one.pdf"));
+        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        const QString link = folder.filePath(QStringLiteral("link.pdf"));
+        QVERIFY(QFile::link(path, link));
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        m_service->applicationDidFinishLaunching();
+        QCOMPARE(windows().size(), 1);
+        m_service->openFiles({ path, folder.filePath(QStringLiteral("sub/../one.pdf")), link });
+        TabStripModel *model = windows().first()->tabStripModel();
+        QCOMPARE(model->count(), 1);
+        auto *contents = qobject_cast<PDFContents *>(model->getSelectedTabContents());
+        QVERIFY(contents);
+        QCOMPARE(contents->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+    }
+
+    void aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
+    {
+        QTemporaryDir folder;
+        QList<QUrl> urls;
+        for (const char *name : { "x.pdf", "y.pdf", "z.pdf" }) {
+            urls << QUrl::fromLocalFile(folder.filePath(QLatin1String(name)));
+            QVERIFY(AppFixtures::writeColourPDF(urls.last().toLocalFile(), Qt::white));
+        }
+        const auto documentTab = [](const QList<QUrl> &tabURLs, int splitMode) {
+            return QVariantMap { { GlobalService::kLOW_IsNewTab, false },
+                { GlobalService::kLOW_SplitMode, splitMode },
+                { GlobalService::kLOW_URLs, FDEncodeURLs(tabURLs) } };
+        };
+        UserDefaults::standard().setObject(
+            QVariantList {
+                windowRecord({ documentTab({ urls[0] }, 0) }, 0, { 10, 10, 700, 500 }),
+                windowRecord({ documentTab({ urls[0] }, 0), documentTab({ urls[1], urls[2] }, 2) },
+                    1, { 30, 30, 800, 600 }),
+            },
+            FDDefaults::LastOpenedWindows);
+        QVERIFY(m_service->restoreLastOpenedWindows());
+        QCOMPARE(windows().size(), 2);
+        QCOMPARE(windows().at(0)->tabStripModel()->count(), 1);
+        TabStripModel *second = windows().at(1)->tabStripModel();
+        QCOMPARE(second->count(), 1);
+        auto *split = qobject_cast<PDFContents *>(second->getTabContentsAtIndex(0));
+        QVERIFY(split);
+        QCOMPARE(split->url(), urls[1].toString(QUrl::FullyEncoded));
+        // The split comes with the frame, on the next turn, and hides the sidebar.
+        QCOMPARE(split->splitMode(), PDFSplitViewMode::none);
+        QTRY_COMPARE(split->splitMode(), PDFSplitViewMode::vertical);
+        QVERIFY(split->isSidebarHidden());
+        QTRY_COMPARE(split->secondaryPDFView()->fileURL(), urls[2]);
+    }
+
+    void aSecondLaunchsPathsArriveAsTabs_data()
+    {
+        QTest::addColumn<bool>("newWindow");
+        QTest::newRow("into the main window") << false;
+        QTest::newRow("--new-window") << true;
+    }
+
+    void aSecondLaunchsPathsArriveAsTabs()
+    {
+        QFETCH(bool, newWindow);
+        QTemporaryDir folder;
+        const QString first = folder.filePath(QStringLiteral("first.pdf"));
+        const QString second = folder.filePath(QStringLiteral("second.pdf"));
+        QVERIFY(AppFixtures::writeColourPDF(first, Qt::white));
+        QVERIFY(AppFixtures::writeColourPDF(second, Qt::white));
+        qputenv("FOLIDOC_INSTANCE_NAME", QStringLiteral("folidoc-test-%1").arg(getpid()).toUtf8());
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        QVERIFY(!m_service->handOverOrListen());
+        m_service->applicationDidFinishLaunching();
+        TabWindowController *const mainWindow = windows().first();
+
+        // A real second process, started as the desktop starts it, with a path relative to its
+        // folder.
+        QProcess launch;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("FOLIDOC_TEST_CHILD"), QStringLiteral("launch"));
+        launch.setProcessEnvironment(environment);
+        launch.setWorkingDirectory(folder.path());
+        QSignalSpy finished(&launch, &QProcess::finished);
+        QStringList arguments { QStringLiteral("second.pdf"), first };
+        if (newWindow)
+            arguments.prepend(QStringLiteral("--new-window"));
+        launch.start(QCoreApplication::applicationFilePath(), arguments);
+        QVERIFY(finished.wait(20000));
+        QCOMPARE(launch.exitCode(), 0);
+        QTRY_COMPARE(windows().size(), newWindow ? 2 : 1);
+        TabStripModel *model = windows().last()->tabStripModel();
+        QTRY_COMPARE(model->count(), 2);
+        QCOMPARE(model->getTabContentsAtIndex(0)->url(),
+            QUrl::fromLocalFile(second).toString(QUrl::FullyEncoded));
+        QCOMPARE(model->selectedIndex(), 1);
+        // The main window keeps its start tab when the files went elsewhere.
+        if (newWindow) {
+            QCOMPARE(mainWindow->tabStripModel()->count(), 1);
+            QVERIFY(qobject_cast<NewTabContents *>(
+                mainWindow->tabStripModel()->getTabContentsAtIndex(0)));
+        }
+        // The shown tab reads its file once its window is on screen; one that a new window never
+        // showed waits until it is shown, which closing the tabs does while the folder still
+        // exists.
+        auto *const shown = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(1));
+        QVERIFY(shown);
+        QTRY_VERIFY(shown->primaryPDFView()->document());
+        model->closeAllTabs();
+        qunsetenv("FOLIDOC_INSTANCE_NAME");
+    }
 
 private:
     static QVariantMap windowRecord(const QVariantList &tabs, int selected, const QRect &frame)
@@ -63,352 +380,6 @@ private:
 
     std::unique_ptr<GlobalService> m_service;
 };
-
-void GlobalServiceTest::init()
-{
-    AppTestEnvironment::clearStore();
-    m_service = std::make_unique<GlobalService>();
-}
-
-void GlobalServiceTest::cleanup()
-{
-    for (TabWindowController *window : windows()) {
-        window->tabStripModel()->closeAllTabs();
-        delete window;
-    }
-    // A closed document's reading position is still being written in the background.
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
-    m_service.reset();
-}
-
-void GlobalServiceTest::storedWindowsComeBackInTheirFrames()
-{
-    const QString missing = QStringLiteral("/nonexistent/folder/gone.pdf");
-    const QVariantMap skippedTab { { GlobalService::kLOW_IsNewTab, false },
-        { GlobalService::kLOW_SplitMode, 0 },
-        { GlobalService::kLOW_URLs, FDEncodeURLs(QList<QUrl> { QUrl::fromLocalFile(missing) }) } };
-    const QRect firstFrame(100, 120, 700, 500), secondFrame(50, 60, 640, 480);
-    UserDefaults::standard().setObject(
-        // The middle tab is selected: neither the first nor the last one opened.
-        QVariantList {
-            windowRecord({ startTabRecord(), startTabRecord(), startTabRecord() }, 1, firstFrame),
-            windowRecord({ skippedTab }, 0, secondFrame) },
-        FDDefaults::LastOpenedWindows);
-
-    QVERIFY(m_service->restoreLastOpenedWindows());
-    QVERIFY(!m_service->restoringLastOpenedWindows());
-    QCOMPARE(windows().size(), 2);
-    TabStripModel *first = windows().at(0)->tabStripModel();
-    QCOMPARE(first->count(), 3);
-    QCOMPARE(first->selectedIndex(), 1);
-    // Every tab of the second window was skipped: it comes back with a start tab.
-    TabStripModel *second = windows().at(1)->tabStripModel();
-    QCOMPARE(second->count(), 1);
-    QVERIFY(qobject_cast<NewTabContents *>(second->getSelectedTabContents()));
-    // The frames are set on the next turn, and the windows shown.
-    QTRY_VERIFY(windows().at(1)->isVisible());
-    QCOMPARE(windows().at(0)->geometry(), firstFrame);
-    QCOMPARE(windows().at(1)->geometry(), secondFrame);
-    // Restoring is no change of the window list.
-    QVERIFY(!m_service->openedWindowsChanged());
-}
-
-void GlobalServiceTest::malformedListFallsThroughToABlankWindow_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::newRow("not a list") << QVariant(QStringLiteral("garbage"));
-    QTest::newRow("empty list") << QVariant(QVariantList {});
-    QTest::newRow("a number among the windows")
-        << QVariant(QVariantList { windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }), 7 });
-}
-
-void GlobalServiceTest::malformedListFallsThroughToABlankWindow()
-{
-    QFETCH(QVariant, stored);
-    UserDefaults::standard().setObject(stored, FDDefaults::LastOpenedWindows);
-    QVERIFY(!m_service->restoreLastOpenedWindows());
-    QVERIFY(windows().isEmpty());
-    m_service->applicationDidFinishLaunching();
-    QCOMPARE(windows().size(), 1);
-    QCOMPARE(windows().first()->tabStripModel()->count(), 1);
-    QVERIFY(qobject_cast<NewTabContents *>(
-        windows().first()->tabStripModel()->getSelectedTabContents()));
-    QVERIFY(m_service->lastOpenedWindowsSavingTimer()->isActive());
-    QCOMPARE(m_service->lastOpenedWindowsSavingTimer()->interval(), 5000);
-}
-
-void GlobalServiceTest::launchWithNoneIgnoresTheStoredList()
-{
-    UserDefaults::standard().setObject(
-        QVariantList { windowRecord({ startTabRecord(), startTabRecord() }, 0, { 0, 0, 600, 400 }),
-            windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }) },
-        FDDefaults::LastOpenedWindows);
-    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-    m_service->applicationDidFinishLaunching();
-    QCOMPARE(windows().size(), 1);
-    QCOMPARE(windows().first()->tabStripModel()->count(), 1);
-}
-
-void GlobalServiceTest::savedListPutsTheMainWindowLast()
-{
-    auto *first = TabWindowController::create<PDFWindowController>();
-    first->openNewTab();
-    first->openNewTab();
-    first->openCompressTab(); // replaces the selected second start tab; it is stored by nobody
-    auto *second = TabWindowController::create<PDFWindowController>();
-    second->openNewTab();
-    second->show();
-    first->show(); // the window shown last is the main one
-    QCOMPARE(TabWindowController::main(), first);
-
-    m_service->saveLastOpenedWindows();
-    const QVariantList stored = storedWindows();
-    QCOMPARE(stored.size(), 2);
-    const QVariantMap mainRecord = stored.at(1).toMap();
-    QCOMPARE(
-        mainRecord.value(GlobalService::kLOW_Tabs).toList(), QVariantList { startTabRecord() });
-    // The selection counts the tab that wasn't stored: it may point past the stored tabs.
-    QCOMPARE(mainRecord.value(GlobalService::kLOW_SelectedIndex).toInt(), 1);
-    QCOMPARE(Geometry::rectFromString(mainRecord.value(GlobalService::kLOW_Frame).toString()),
-        QRectF(first->geometry()));
-    QCOMPARE(stored.at(0).toMap().value(GlobalService::kLOW_Tabs).toList().size(), 1);
-}
-
-void GlobalServiceTest::periodicSaveFollowsTheChangeFlag()
-{
-    m_service->saveLastOpenedWindowsPeriodically();
-    QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
-    auto *window = TabWindowController::create<PDFWindowController>();
-    window->openNewTab();
-    QVERIFY(m_service->openedWindowsChanged());
-    m_service->saveLastOpenedWindowsPeriodically();
-    QCOMPARE(storedWindows().size(), 1);
-    // The flag is never lowered: each tick saves again, though nothing changed.
-    UserDefaults::standard().removeObjectForKey(FDDefaults::LastOpenedWindows);
-    m_service->saveLastOpenedWindowsPeriodically();
-    QCOMPARE(storedWindows().size(), 1);
-}
-
-void GlobalServiceTest::closingTheOnlyWindowSavesTheList()
-{
-    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-    m_service->applicationDidFinishLaunching(); // a blank window, and the closing observed
-    QCOMPARE(windows().size(), 1);
-    TabWindowController *const blank = windows().first();
-    auto *second = TabWindowController::create<PDFWindowController>();
-    second->openNewTab();
-    second->openNewTab();
-    // With two windows, closing one leaves the saving to the timer.
-    blank->tabStripModel()->closeSelectedTab();
-    QVERIFY(UserDefaults::standard().objectForKey(FDDefaults::LastOpenedWindows).isNull());
-    QCOMPARE(windows().size(), 1);
-    // Closing the last window saves the list with that window and its tabs in it.
-    m_service->setQuitHandlerForTesting([] {});
-    second->close();
-    QCOMPARE(storedWindows().size(), 1);
-    QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
-        (QVariantList { startTabRecord(), startTabRecord() }));
-    // Closing its last tab instead saves while that tab is still there.
-    auto *third = TabWindowController::create<PDFWindowController>();
-    third->openNewTab();
-    third->tabStripModel()->closeSelectedTab();
-    QCOMPARE(storedWindows().first().toMap().value(GlobalService::kLOW_Tabs).toList(),
-        QVariantList { startTabRecord() });
-}
-
-void GlobalServiceTest::closingTheLastWindowLeavesWhatQuitLeaves_data()
-{
-    QTest::addColumn<QString>("how");
-    QTest::newRow("Quit") << QStringLiteral("quit");
-    QTest::newRow("the window's close button") << QStringLiteral("close button");
-    QTest::newRow("Close Window") << QStringLiteral("command");
-}
-
-void GlobalServiceTest::closingTheLastWindowLeavesWhatQuitLeaves()
-{
-    QFETCH(QString, how);
-    QTemporaryDir folder;
-    const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("kept.pdf")));
-    QVERIFY(AppFixtures::writeColourPDF(url.toLocalFile(), Qt::white));
-    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-    m_service->setQuitHandlerForTesting([] {});
-    m_service->applicationDidFinishLaunching(); // a window with a start tab
-    auto *const window = qobject_cast<PDFWindowController *>(windows().first());
-    auto *const document
-        = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, false, true));
-    QVERIFY(document);
-    QTRY_VERIFY(document->primaryPDFView()->document());
-
-    if (how == QLatin1String("quit"))
-        m_service->terminate();
-    else if (how == QLatin1String("close button"))
-        window->close(); // the close event the window manager sends
-    else
-        window->menus()->actionForCommand(QStringLiteral("performCloseWindowAction:"))->trigger();
-    QTRY_VERIFY(windows().isEmpty());
-
-    // The next launch shows the window as it was: its start tab and the document, selected.
-    QVERIFY(m_service->restoreLastOpenedWindows());
-    QCOMPARE(windows().size(), 1);
-    TabStripModel *const model = windows().first()->tabStripModel();
-    QCOMPARE(model->count(), 2);
-    QVERIFY(qobject_cast<NewTabContents *>(model->getTabContentsAtIndex(0)));
-    QCOMPARE(model->getTabContentsAtIndex(1)->url(), url.toString(QUrl::FullyEncoded));
-    QCOMPARE(model->selectedIndex(), 1);
-}
-
-void GlobalServiceTest::terminationSavesClosesAndKeepsTheListOnRepeat()
-{
-    for (int count : { 1, 2 }) {
-        auto *window = TabWindowController::create<PDFWindowController>();
-        for (int tab = 0; tab < count; ++tab)
-            window->openNewTab();
-        window->show();
-    }
-    QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
-    QVERIFY(m_service->isTerminating());
-    QVERIFY(m_service->isClosingWindowByUser());
-    QVERIFY(windows().isEmpty());
-    QCOMPARE(storedWindows().size(), 2);
-    // Asking again (as the polling does) finds no window and leaves the list alone.
-    QCOMPARE(m_service->applicationShouldTerminate(), GlobalService::TerminateNow);
-    QCOMPARE(storedWindows().size(), 2);
-}
-
-void GlobalServiceTest::quitWaitsForAPendingSave()
-{
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("changed.pdf"));
-    QVERIFY(AppFixtures::writeColourPDF(path, Qt::yellow));
-    const qint64 sizeBefore = QFileInfo(path).size();
-    auto document = std::make_shared<FDDocument>();
-    QVERIFY(document->initWithURL(QUrl::fromLocalFile(path), nullptr));
-    auto extra = std::make_shared<PDFPage>();
-    QVERIFY(extra->init());
-    document->insertPage(extra, 1);
-    document->setNumberOfOtherChanges(1);
-    QVERIFY(PDFSavingService::shared().addTask(document));
-    document.reset(); // the service keeps it alive until written
-
-    int quits = 0;
-    m_service->setQuitHandlerForTesting([&] { ++quits; });
-    m_service->terminate();
-    QCOMPARE(quits, 0);
-    QVERIFY(m_service->isTerminating());
-    // The question is asked again five times a second until the save has ended.
-    QTRY_COMPARE_WITH_TIMEOUT(quits, 1, 30000);
-    QCOMPARE(PDFSavingService::shared().numberOfTasks(), 0);
-    QVERIFY(QFileInfo(path).size() != sizeBefore);
-}
-
-void GlobalServiceTest::twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab()
-{
-    QTemporaryDir folder;
-    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("sub")));
-    const QString path = folder.filePath(QStringLiteral("one.pdf"));
-    QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
-    const QString link = folder.filePath(QStringLiteral("link.pdf"));
-    QVERIFY(QFile::link(path, link));
-    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-    m_service->applicationDidFinishLaunching();
-    QCOMPARE(windows().size(), 1);
-    m_service->openFiles({ path, folder.filePath(QStringLiteral("sub/../one.pdf")), link });
-    TabStripModel *model = windows().first()->tabStripModel();
-    QCOMPARE(model->count(), 1);
-    auto *contents = qobject_cast<PDFContents *>(model->getSelectedTabContents());
-    QVERIFY(contents);
-    QCOMPARE(contents->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
-}
-
-void GlobalServiceTest::aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
-{
-    QTemporaryDir folder;
-    QList<QUrl> urls;
-    for (const char *name : { "x.pdf", "y.pdf", "z.pdf" }) {
-        urls << QUrl::fromLocalFile(folder.filePath(QLatin1String(name)));
-        QVERIFY(AppFixtures::writeColourPDF(urls.last().toLocalFile(), Qt::white));
-    }
-    const auto documentTab = [](const QList<QUrl> &tabURLs, int splitMode) {
-        return QVariantMap { { GlobalService::kLOW_IsNewTab, false },
-            { GlobalService::kLOW_SplitMode, splitMode },
-            { GlobalService::kLOW_URLs, FDEncodeURLs(tabURLs) } };
-    };
-    UserDefaults::standard().setObject(
-        QVariantList {
-            windowRecord({ documentTab({ urls[0] }, 0) }, 0, { 10, 10, 700, 500 }),
-            windowRecord({ documentTab({ urls[0] }, 0), documentTab({ urls[1], urls[2] }, 2) }, 1,
-                { 30, 30, 800, 600 }),
-        },
-        FDDefaults::LastOpenedWindows);
-    QVERIFY(m_service->restoreLastOpenedWindows());
-    QCOMPARE(windows().size(), 2);
-    QCOMPARE(windows().at(0)->tabStripModel()->count(), 1);
-    TabStripModel *second = windows().at(1)->tabStripModel();
-    QCOMPARE(second->count(), 1);
-    auto *split = qobject_cast<PDFContents *>(second->getTabContentsAtIndex(0));
-    QVERIFY(split);
-    QCOMPARE(split->url(), urls[1].toString(QUrl::FullyEncoded));
-    // The split comes with the frame, on the next turn, and hides the sidebar.
-    QCOMPARE(split->splitMode(), PDFSplitViewMode::none);
-    QTRY_COMPARE(split->splitMode(), PDFSplitViewMode::vertical);
-    QVERIFY(split->isSidebarHidden());
-    QTRY_COMPARE(split->secondaryPDFView()->fileURL(), urls[2]);
-}
-
-void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs_data()
-{
-    QTest::addColumn<bool>("newWindow");
-    QTest::newRow("into the main window") << false;
-    QTest::newRow("--new-window") << true;
-}
-
-void GlobalServiceTest::aSecondLaunchsPathsArriveAsTabs()
-{
-    QFETCH(bool, newWindow);
-    QTemporaryDir folder;
-    const QString first = folder.filePath(QStringLiteral("first.pdf"));
-    const QString second = folder.filePath(QStringLiteral("second.pdf"));
-    QVERIFY(AppFixtures::writeColourPDF(first, Qt::white));
-    QVERIFY(AppFixtures::writeColourPDF(second, Qt::white));
-    qputenv("FOLIDOC_INSTANCE_NAME", QStringLiteral("folidoc-test-%1").arg(getpid()).toUtf8());
-    UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-    QVERIFY(!m_service->handOverOrListen());
-    m_service->applicationDidFinishLaunching();
-    TabWindowController *const mainWindow = windows().first();
-
-    // A real second process, started as the desktop starts it, with a path relative to its folder.
-    QProcess launch;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("FOLIDOC_TEST_CHILD"), QStringLiteral("launch"));
-    launch.setProcessEnvironment(environment);
-    launch.setWorkingDirectory(folder.path());
-    QSignalSpy finished(&launch, &QProcess::finished);
-    QStringList arguments { QStringLiteral("second.pdf"), first };
-    if (newWindow)
-        arguments.prepend(QStringLiteral("--new-window"));
-    launch.start(QCoreApplication::applicationFilePath(), arguments);
-    QVERIFY(finished.wait(20000));
-    QCOMPARE(launch.exitCode(), 0);
-    QTRY_COMPARE(windows().size(), newWindow ? 2 : 1);
-    TabStripModel *model = windows().last()->tabStripModel();
-    QTRY_COMPARE(model->count(), 2);
-    QCOMPARE(model->getTabContentsAtIndex(0)->url(),
-        QUrl::fromLocalFile(second).toString(QUrl::FullyEncoded));
-    QCOMPARE(model->selectedIndex(), 1);
-    // The main window keeps its start tab when the files went elsewhere.
-    if (newWindow) {
-        QCOMPARE(mainWindow->tabStripModel()->count(), 1);
-        QVERIFY(
-            qobject_cast<NewTabContents *>(mainWindow->tabStripModel()->getTabContentsAtIndex(0)));
-    }
-    // The shown tab reads its file once its window is on screen; one that a new window never
-    // showed waits until it is shown, which closing the tabs does while the folder still exists.
-    auto *const shown = qobject_cast<PDFContents *>(model->getTabContentsAtIndex(1));
-    QVERIFY(shown);
-    QTRY_VERIFY(shown->primaryPDFView()->document());
-    model->closeAllTabs();
-    qunsetenv("FOLIDOC_INSTANCE_NAME");
-}
 
 int main(int argc, char *argv[])
 {

@@ -11,7 +11,6 @@
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocument.h>
-#include <kit/engine/PDFPage.h>
 #include <kit/tabs/TabStripModel.h>
 #include <pages/PDFCollectionView.h>
 #include <pages/PDFEditBar.h>
@@ -21,9 +20,7 @@
 #include <view/FDPDFView.h>
 
 #include <QClipboard>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QMimeData>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -78,28 +75,482 @@ class PagesEditorTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void insertionIndexFollowsTheHighestSelected_data();
-    void insertionIndexFollowsTheHighestSelected();
-    void extractNamesUseZeroBasedIndexes_data();
-    void extractNamesUseZeroBasedIndexes();
-    void theEditorOpensWithTheKeyAndLeavesWithEscape_data();
-    void theEditorOpensWithTheKeyAndLeavesWithEscape();
-    void keysAndClicksSelectPages_data();
-    void keysAndClicksSelectPages();
-    void aRightClickActsOnOneItemOrNone();
-    void theEditBarFollowsTheSelection();
-    void operationsAreSavedIntoTheFile_data();
-    void operationsAreSavedIntoTheFile();
-    void extractWritesTheSelectedPages();
-    void copiedPagesArePastedAfterTheSelection_data();
-    void copiedPagesArePastedAfterTheSelection();
-    void addedFilesGoInAtARunningIndex_data();
-    void addedFilesGoInAtARunningIndex();
-    void aDeletedPageTakesItsBookmark();
-    void aSplitTabShowsTwoPanesThatActAlone();
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+
+    void init()
+    {
+        AppWindow::reset();
+        m_alerts.clear();
+        m_answer = Alert::SecondButtonReturn;
+        Alert::setHandlerForTesting([this](const AlertRequest &request) {
+            m_alerts << request.messageText + QLatin1Char('|') + request.informativeText
+                    + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
+            return m_answer;
+        });
+        m_window = AppWindow::makeWindow();
+    }
+
+    void cleanup()
+    {
+        FDFilePanel::setHandlerForTesting({});
+        QVERIFY(AppWindow::closeWindow(m_window));
+    }
+
+    void insertionIndexFollowsTheHighestSelected_data()
+    {
+        QTest::addColumn<QList<int>>("selected");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("no selection appends") << QList<int>() << 7 << 7;
+        QTest::newRow("pages 2 and 5 insert after 5") << rows({ 1, 4 }) << 7 << 5;
+        QTest::newRow("unsorted selection") << rows({ 4, 0, 2 }) << 7 << 5;
+        QTest::newRow("the last page") << rows({ 6 }) << 7 << 7;
+        QTest::newRow("empty document") << QList<int>() << 0 << 0;
+    }
+
+    void insertionIndexFollowsTheHighestSelected()
+    {
+        QFETCH(QList<int>, selected);
+        QFETCH(int, count);
+        QFETCH(int, expected);
+        QCOMPARE(PDFPagesEditor::insertionIndex(selected, count), expected);
+    }
+
+    void extractNamesUseZeroBasedIndexes_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QList<int>>("selected");
+        QTest::addColumn<QString>("expected"); // empty: a UUID name
+        QTest::newRow("first and third") << "/tmp/base.pdf" << rows({ 0, 2 }) << "base-0,2.pdf";
+        QTest::newRow("sorted") << "/x/Report.v2.pdf" << rows({ 9, 3 }) << "Report.v2-3,9.pdf";
+        QTest::newRow("one page") << "/x/a.pdf" << rows({ 4 }) << "a-4.pdf";
+        QTest::newRow("no URL") << "" << rows({ 1 }) << "";
+        QTest::newRow("no pages") << "/x/a.pdf" << QList<int>() << "";
+    }
+
+    void extractNamesUseZeroBasedIndexes()
+    {
+        QFETCH(QString, path);
+        QFETCH(QList<int>, selected);
+        QFETCH(QString, expected);
+        const QUrl url = path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path);
+        const QString name = PDFPagesEditor::proposedExtractName(url, selected);
+        if (expected.isEmpty())
+            QVERIFY2(!QUuid::fromString(name).isNull(), qPrintable(name));
+        else
+            QCOMPARE(name, expected);
+    }
+
+    void theEditorOpensWithTheKeyAndLeavesWithEscape_data()
+    {
+        QTest::addColumn<QKeySequence>("leaveKey");
+        QTest::newRow("Escape") << QKeySequence(Qt::Key_Escape);
+        QTest::newRow("Ctrl+Alt+P again") << QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P);
+    }
+
+    void theEditorOpensWithTheKeyAndLeavesWithEscape()
+    {
+        QFETCH(QKeySequence, leaveKey);
+        PDFContents *const tab = openTab(QStringLiteral("Keys.pdf"));
+        QVERIFY(tab);
+        QVERIFY(!tab->isPagesEditingMode());
+        QTest::keySequence(m_window, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
+        QVERIFY(tab->isPagesEditingMode());
+        PDFCollectionView *const grid = editorOf(tab)->collectionView();
+        QTRY_VERIFY(grid->isVisible());
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+        QCOMPARE(grid->model()->rowCount(), 5);
+        QTest::keySequence(grid, leaveKey);
+        QVERIFY(!tab->isPagesEditingMode());
+        QVERIFY(!grid->isVisible());
+        QVERIFY(tab->primaryPDFView()->isVisible());
+    }
+
+    void keysAndClicksSelectPages_data()
+    {
+        // Each step: "k:<key>" presses a key, "c:<row>" clicks, with "C" or "S" for Ctrl or Shift.
+        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QList<int>>("expected");
+        QTest::newRow("click") << QStringList { "c:2" } << rows({ 2 });
+        QTest::newRow("ctrl+click adds") << QStringList { "c:0", "Cc:3" } << rows({ 0, 3 });
+        QTest::newRow("ctrl+click removes") << QStringList { "c:0", "Cc:3", "Cc:0" } << rows({ 3 });
+        QTest::newRow("shift+click extends") << QStringList { "c:1", "Sc:3" } << rows({ 1, 2, 3 });
+        QTest::newRow("right arrow moves") << QStringList { "c:1", "k:Right" } << rows({ 2 });
+        QTest::newRow("shift+arrow extends")
+            << QStringList { "c:1", "Sk:Right", "Sk:Right" } << rows({ 1, 2, 3 });
+        QTest::newRow("end goes last") << QStringList { "c:1", "k:End" } << rows({ 4 });
+        QTest::newRow("home goes first") << QStringList { "c:3", "k:Home" } << rows({ 0 });
+        QTest::newRow("ctrl+a selects all")
+            << QStringList { "c:3", "Ck:A" } << rows({ 0, 1, 2, 3, 4 });
+    }
+
+    void keysAndClicksSelectPages()
+    {
+        QFETCH(QStringList, steps);
+        QFETCH(QList<int>, expected);
+        PDFContents *const tab = openTab(QStringLiteral("Select.pdf"));
+        QVERIFY(tab);
+        tab->setIsPagesEditingMode(true);
+        PDFCollectionView *const grid = editorOf(tab)->collectionView();
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+        const QHash<QString, Qt::Key> keys { { "Right", Qt::Key_Right }, { "End", Qt::Key_End },
+            { "Home", Qt::Key_Home }, { "A", Qt::Key_A } };
+        for (const QString &step : steps) {
+            const QString kind = step.section(QLatin1Char(':'), 0, 0);
+            const QString what = step.section(QLatin1Char(':'), 1);
+            const Qt::KeyboardModifiers modifiers = kind.startsWith(QLatin1Char('C'))
+                ? Qt::ControlModifier
+                : kind.startsWith(QLatin1Char('S')) ? Qt::ShiftModifier
+                                                    : Qt::NoModifier;
+            if (kind.endsWith(QLatin1Char('c')))
+                QTest::mouseClick(
+                    grid->viewport(), Qt::LeftButton, modifiers, centreOfRow(grid, what.toInt()));
+            else
+                QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
+        }
+        QCOMPARE(grid->selectedRows(), expected);
+    }
+
+    void aRightClickActsOnOneItemOrNone()
+    {
+        PDFContents *const tab = openTab(QStringLiteral("Right.pdf"));
+        QVERIFY(tab);
+        tab->setIsPagesEditingMode(true);
+        PDFCollectionView *const grid = editorOf(tab)->collectionView();
+        QTRY_VERIFY(grid->isVisible());
+        grid->selectRows({ 0, 1, 2 });
+        QTest::mousePress(grid->viewport(), Qt::RightButton, {}, centreOfRow(grid, 1));
+        QCOMPARE(grid->selectedRows(), rows({ 1 }));
+        // Far below the last row is empty space.
+        QTest::mousePress(grid->viewport(), Qt::RightButton, {},
+            QPoint(grid->viewport()->width() - 5, grid->viewport()->height() - 5));
+        QCOMPARE(grid->selectedRows(), QList<int>());
+    }
+
+    void theEditBarFollowsTheSelection()
+    {
+        PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
+        QVERIFY(tab);
+        tab->setIsPagesEditingMode(true);
+        PDFCollectionView *const grid = editorOf(tab)->collectionView();
+        QTRY_VERIFY(grid->isVisible());
+        PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+        QVERIFY(bar);
+        QTRY_VERIFY(bar->isVisible());
+        // Delete asks even with nothing selected; the others need pages.
+        QVERIFY(!bar->rotateLeftButton()->isEnabled());
+        QVERIFY(!bar->extractButton()->isEnabled());
+        QVERIFY(bar->removeButton()->isEnabled());
+        grid->selectRows({ 0, 3 });
+        QVERIFY(bar->rotateLeftButton()->isEnabled());
+        QVERIFY(bar->extractButton()->isEnabled());
+        QTest::mouseClick(bar->rotateLeftButton(), Qt::LeftButton);
+        const auto document = tab->primaryPDFView()->fdDocument();
+        QCOMPARE(document->pageAtIndex(0)->rotation(), 270);
+        QCOMPARE(document->pageAtIndex(3)->rotation(), 270);
+        QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
+        QTest::mouseClick(bar->doneButton(), Qt::LeftButton);
+        QVERIFY(!tab->isPagesEditingMode());
+        QTRY_VERIFY(!bar->isVisible());
+    }
+
+    void operationsAreSavedIntoTheFile_data()
+    {
+        QTest::addColumn<QList<int>>("selected");
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList untouched { "p1", "p2", "p3", "p4", "p5" };
+        QTest::newRow("rotate right")
+            << rows({ 1 }) << "right" << 0 << QStringList { "p1", "p2/90", "p3", "p4", "p5" };
+        QTest::newRow("rotate left twice over") << rows(
+            { 0, 4 }) << "left,left" << 0 << QStringList { "p1/180", "p2", "p3", "p4", "p5/180" };
+        QTest::newRow("delete confirmed")
+            << rows({ 0, 2 }) << "delete" << int(Alert::FirstButtonReturn)
+            << QStringList { "p2", "p4", "p5" };
+        QTest::newRow("delete by key") << rows({ 4, 3 }) << "key" << int(Alert::FirstButtonReturn)
+                                       << QStringList { "p1", "p2", "p3" };
+        QTest::newRow("delete cancelled")
+            << rows({ 0, 2 }) << "delete" << int(Alert::SecondButtonReturn) << untouched;
+        QTest::newRow("delete with nothing selected")
+            << QList<int>() << "key" << int(Alert::FirstButtonReturn) << untouched;
+    }
+
+    void operationsAreSavedIntoTheFile()
+    {
+        QFETCH(QList<int>, selected);
+        QFETCH(QString, operation);
+        QFETCH(int, answer);
+        QFETCH(QStringList, expected);
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        PDFContents *const tab = openTab(QStringLiteral("Operations.pdf"));
+        QVERIFY(tab);
+        const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const editor = editorOf(tab);
+        PDFCollectionView *const grid = editor->collectionView();
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+        grid->selectRows(selected);
+        m_answer = answer;
+        for (const QString &step : operation.split(QLatin1Char(','))) {
+            if (step == QLatin1String("right"))
+                editor->rotateSelection(90);
+            else if (step == QLatin1String("left"))
+                editor->rotateSelection(-90);
+            else if (step == QLatin1String("delete"))
+                editor->deleteSelection();
+            else
+                QTest::keyClick(grid, Qt::Key_Delete);
+        }
+        if (operation.contains(QLatin1String("delete")) || operation == QLatin1String("key")) {
+            QCOMPARE(m_alerts,
+                QStringList { "Are you sure you want to delete selected pages?|You can't undo this "
+                              "action!|Delete,Cancel" });
+        }
+        QVERIFY(everythingSaved());
+        QCOMPARE(grid->model()->rowCount(), expected.size());
+        QCOMPARE(AppFixtures::pageTags(path), expected);
+        const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+        QVERIFY2(check.exitCode == 0, check.out.constData());
+        const auto json = TestTools::run(
+            qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
+        QCOMPARE(QJsonDocument::fromJson(json.out)
+                     .object()
+                     .value(QStringLiteral("pages"))
+                     .toArray()
+                     .size(),
+            expected.size());
+    }
+
+    void extractWritesTheSelectedPages()
+    {
+        PDFContents *const tab = openTab(QStringLiteral("Source.pdf"));
+        QVERIFY(tab);
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const editor = editorOf(tab);
+        QTRY_VERIFY(editor->collectionView()->isVisible());
+        editor->collectionView()->selectRows({ 3, 1 });
+        QString proposed;
+        const QString target = m_dir.filePath(QStringLiteral("Extracted.pdf"));
+        FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
+            proposed = request.nameFieldStringValue;
+            return QUrl::fromLocalFile(target);
+        });
+        editor->extractSelection();
+        QCOMPARE(proposed, QStringLiteral("Source-1,3.pdf"));
+        QCOMPARE(AppFixtures::pageTags(target), (QStringList { "p2", "p4" }));
+        // The source is left as it was.
+        QCOMPARE(tab->primaryPDFView()->fdDocument()->pageCount(), 5);
+        QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
+    }
+
+    void copiedPagesArePastedAfterTheSelection_data()
+    {
+        QTest::addColumn<bool>("otherTab");
+        QTest::addColumn<QList<int>>("target");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("same document, after page 2")
+            << false << rows({ 1 }) << QStringList { "p1", "p2", "p1", "p4", "p3", "p4", "p5" };
+        QTest::newRow("other tab, nothing selected: the end")
+            << true << QList<int>() << QStringList { "p1", "p2", "p3", "p4", "p5", "p1", "p4" };
+    }
+
+    void copiedPagesArePastedAfterTheSelection()
+    {
+        QFETCH(bool, otherTab);
+        QFETCH(QList<int>, target);
+        QFETCH(QStringList, expected);
+        PDFContents *const source = openTab(QStringLiteral("CopySource.pdf"));
+        QVERIFY(source);
+        source->setIsPagesEditingMode(true);
+        PDFPagesEditor *const from = editorOf(source);
+        QTRY_VERIFY(from->collectionView()->isVisible());
+        from->collectionView()->selectRows({ 0, 3 });
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(from->collectionView()));
+        QApplication::clipboard()->clear();
+        QVERIFY(!from->canPaste());
+        QTest::keySequence(from->collectionView(), QKeySequence::Copy);
+        const QMimeData *const copied = QApplication::clipboard()->mimeData();
+        QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
+
+        PDFContents *const tab = otherTab ? openTab(QStringLiteral("CopyTarget.pdf")) : source;
+        QVERIFY(tab);
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const to = editorOf(tab);
+        QTRY_VERIFY(to->collectionView()->isVisible());
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(to->collectionView()));
+        to->collectionView()->selectRows(target);
+        QVERIFY(to->canPaste());
+        QTest::keySequence(to->collectionView(), QKeySequence::Paste);
+        const int first = PDFPagesEditor::insertionIndex(target, 5);
+        QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
+        QVERIFY(everythingSaved());
+        const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+        QCOMPARE(AppFixtures::pageTags(path), expected);
+        // The source keeps its pages.
+        QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
+    }
+
+    void addedFilesGoInAtARunningIndex_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QList<int>>("selected");
+        QTest::addColumn<int>("index"); // -1: through the edit bar's button and the open panel
+        QTest::addColumn<QStringList>("added"); // at the insertion point, in this order
+        QTest::newRow("images and a PDF at the end")
+            << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
+            << QStringList { "image 2:1", "Page 71", "Page 72", "image 2:1", "image 2:1" };
+        QTest::newRow("after the highest selected page")
+            << QStringList { "two.pdf" } << rows({ 3, 0 }) << -1
+            << QStringList { "Page 71", "Page 72" };
+        QTest::newRow("unreadable files keep the place")
+            << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
+            << rows({ 1 }) << -1 << QStringList { "image 2:1", "Page 71", "Page 72" };
+        QTest::newRow("at the front")
+            << QStringList { "a.png" } << QList<int>() << 0 << QStringList { "image 2:1" };
+        QTest::newRow("nothing readable")
+            << QStringList { "bad.png", "notes.txt" } << rows({ 2 }) << -1 << QStringList();
+        QTest::newRow("an index past the end")
+            << QStringList { "a.png" } << QList<int>() << 6 << QStringList();
+        QTest::newRow("a negative index")
+            << QStringList { "a.png" } << QList<int>() << -2 << QStringList();
+    }
+
+    void addedFilesGoInAtARunningIndex()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QList<int>, selected);
+        QFETCH(int, index);
+        QFETCH(QStringList, added);
+        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        PDFContents *const tab = openTab(QStringLiteral("Add.pdf"));
+        QVERIFY(tab);
+        const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const editor = editorOf(tab);
+        PDFCollectionView *const grid = editor->collectionView();
+        QTRY_VERIFY(grid->isVisible());
+        grid->selectRows(selected);
+        QDir folder(m_dir.filePath(QStringLiteral("add")));
+        QVERIFY(folder.mkpath(QStringLiteral(".")));
+        QList<QUrl> urls;
+        for (const QString &name : files)
+            urls << fileToAdd(folder, name);
+
+        const int at = index == -1 ? PDFPagesEditor::insertionIndex(selected, 5) : index;
+        if (index == -1) {
+            FilePanelRequest asked;
+            FDFilePanel::setURLsHandlerForTesting([&](const FilePanelRequest &request) {
+                asked = request;
+                return urls;
+            });
+            PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
+            QVERIFY(bar);
+            QTest::mouseClick(bar->addPDFButton(), Qt::LeftButton);
+            FDFilePanel::setURLsHandlerForTesting({});
+            QVERIFY(asked.allowsMultipleSelection);
+            QCOMPARE(asked.allowedFileTypes.first(), QStringLiteral("pdf"));
+        } else {
+            QCOMPARE(editor->insertURLs(urls, index), int(added.size()));
+        }
+
+        QStringList expected { "p1", "p2", "p3", "p4", "p5" };
+        QList<int> inserted;
+        for (int k = 0; k < added.size(); ++k) {
+            expected.insert(at + k, added[k]);
+            inserted << at + k;
+        }
+        QCOMPARE(grid->model()->rowCount(), expected.size());
+        if (!added.isEmpty())
+            QCOMPARE(grid->selectedRows(), inserted);
+        QVERIFY(everythingSaved());
+        QCOMPARE(AppFixtures::pageTags(path), expected);
+        const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
+        QVERIFY2(check.exitCode == 0, check.out.constData());
+    }
+
+    void aDeletedPageTakesItsBookmark()
+    {
+        PDFContents *const tab = openTab(QStringLiteral("Marks.pdf"));
+        QVERIFY(tab);
+        const auto document = tab->primaryPDFView()->fdDocument();
+        const QUrl url = document->fileURL();
+        for (const int index : { 1, 3 }) {
+            QVERIFY(document->addBookmarkWith(
+                std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(index)),
+                QStringLiteral("Mark %1").arg(index + 1)));
+        }
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const editor = editorOf(tab);
+        QTRY_VERIFY(editor->collectionView()->isVisible());
+        editor->collectionView()->selectRows({ 0, 1 });
+        m_answer = Alert::FirstButtonReturn;
+        editor->deleteSelection();
+        QCOMPARE(document->bookmarks().size(), 1);
+        QVERIFY(everythingSaved());
+        QCOMPARE(document->numberOfChanges(), 0);
+
+        // The file's hidden branch holds the one left, on its page's new place.
+        const auto reopened = std::make_shared<FDDocument>();
+        QVERIFY(reopened->initWithURL(url, nullptr));
+        QCOMPARE(reopened->pageCount(), 3);
+        QCOMPARE(reopened->bookmarks().size(), 1);
+        QCOMPARE(reopened->bookmarks().at(0)->title(), QStringLiteral("Mark 4"));
+        QCOMPARE(reopened->indexForPage(reopened->bookmarks().at(0)->page()), 1);
+    }
+
+    void aSplitTabShowsTwoPanesThatActAlone()
+    {
+        PDFContents *const tab = openTab(QStringLiteral("Left.pdf"));
+        QVERIFY(tab);
+        const QString right = m_dir.filePath(QStringLiteral("Right.pdf"));
+        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 3, 0), right));
+        tab->setSplitMode(PDFSplitViewMode::horizontal);
+        FDPDFView *const secondary = tab->secondaryPDFView();
+        secondary->loadDocument(QUrl::fromLocalFile(right));
+        QTRY_VERIFY(secondary->fdDocument() && !secondary->isLoading());
+        tab->setIsPagesEditingMode(true);
+        PDFPagesEditor *const editor = editorOf(tab);
+        PDFCollectionView *const left = editor->primaryCollectionView();
+        PDFCollectionView *const other = editor->secondaryCollectionView();
+        QTRY_VERIFY(left->isVisible() && other->isVisible());
+        QCOMPARE(left->model()->rowCount(), 5);
+        QCOMPARE(other->model()->rowCount(), 3);
+        QVERIFY(left->geometry().right() < other->geometry().left());
+
+        // A click in a pane selects its view, and the operations go to that pane alone.
+        QTest::mouseClick(other->viewport(), Qt::LeftButton, {}, centreOfRow(other, 1));
+        QTRY_COMPARE(tab->selectedPDFView(), secondary);
+        QCOMPARE(editor->selectedCollectionView(), other);
+        QTest::keySequence(other, QKeySequence(Qt::CTRL | Qt::Key_R));
+        QCOMPARE(secondary->fdDocument()->pageAtIndex(1)->rotation(), 90);
+        QCOMPARE(tab->primaryPDFView()->fdDocument()->pageAtIndex(1)->rotation(), 0);
+        QTest::keySequence(other, QKeySequence::Copy);
+        QTest::mouseClick(left->viewport(), Qt::LeftButton, {}, centreOfRow(left, 0));
+        QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
+        QCOMPARE(editor->selectedCollectionView(), left);
+        QCOMPARE(other->selectedRows(), rows({ 1 }));
+
+        // No paste while either pane runs a batch of item changes.
+        QVERIFY(editor->canPaste());
+        bool couldPaste = true;
+        other->performBatchUpdates([&] { couldPaste = editor->canPaste(); });
+        QVERIFY(!couldPaste);
+        editor->paste();
+        QCOMPARE(left->model()->rowCount(), 6);
+        QCOMPARE(left->selectedRows(), rows({ 1 }));
+        QCOMPARE(other->model()->rowCount(), 3);
+        QVERIFY(everythingSaved());
+        QCOMPARE(AppFixtures::pageTags(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile())
+                     .at(1),
+            QStringLiteral("Page 2/90"));
+        QCOMPARE(AppFixtures::pageTags(right).at(1), QStringLiteral("Page 2/90"));
+
+        // Back to one pane: the primary one.
+        tab->setSplitMode(PDFSplitViewMode::none);
+        QVERIFY(!other->isVisible());
+        QCOMPARE(editor->selectedCollectionView(), left);
+    }
 
 private:
     PDFContents *openTab(const QString &name);
@@ -113,30 +564,6 @@ private:
     QStringList m_alerts;
     int m_answer = Alert::SecondButtonReturn;
 };
-
-void PagesEditorTest::initTestCase()
-{
-    QVERIFY(m_dir.isValid());
-}
-
-void PagesEditorTest::init()
-{
-    AppWindow::reset();
-    m_alerts.clear();
-    m_answer = Alert::SecondButtonReturn;
-    Alert::setHandlerForTesting([this](const AlertRequest &request) {
-        m_alerts << request.messageText + QLatin1Char('|') + request.informativeText
-                + QLatin1Char('|') + request.buttons.join(QLatin1Char(','));
-        return m_answer;
-    });
-    m_window = AppWindow::makeWindow();
-}
-
-void PagesEditorTest::cleanup()
-{
-    FDFilePanel::setHandlerForTesting({});
-    QVERIFY(AppWindow::closeWindow(m_window));
-}
 
 PDFContents *PagesEditorTest::openTab(const QString &name)
 {
@@ -171,456 +598,6 @@ bool PagesEditorTest::everythingSaved() const
 QPoint PagesEditorTest::centreOfRow(PDFCollectionView *view, int row) const
 {
     return view->visualRect(view->model()->index(row, 0)).center();
-}
-
-void PagesEditorTest::insertionIndexFollowsTheHighestSelected_data()
-{
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("no selection appends") << QList<int>() << 7 << 7;
-    QTest::newRow("pages 2 and 5 insert after 5") << rows({ 1, 4 }) << 7 << 5;
-    QTest::newRow("unsorted selection") << rows({ 4, 0, 2 }) << 7 << 5;
-    QTest::newRow("the last page") << rows({ 6 }) << 7 << 7;
-    QTest::newRow("empty document") << QList<int>() << 0 << 0;
-}
-
-void PagesEditorTest::insertionIndexFollowsTheHighestSelected()
-{
-    QFETCH(QList<int>, selected);
-    QFETCH(int, count);
-    QFETCH(int, expected);
-    QCOMPARE(PDFPagesEditor::insertionIndex(selected, count), expected);
-}
-
-void PagesEditorTest::extractNamesUseZeroBasedIndexes_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<QString>("expected"); // empty: a UUID name
-    QTest::newRow("first and third") << "/tmp/base.pdf" << rows({ 0, 2 }) << "base-0,2.pdf";
-    QTest::newRow("sorted") << "/x/Report.v2.pdf" << rows({ 9, 3 }) << "Report.v2-3,9.pdf";
-    QTest::newRow("one page") << "/x/a.pdf" << rows({ 4 }) << "a-4.pdf";
-    QTest::newRow("no URL") << "" << rows({ 1 }) << "";
-    QTest::newRow("no pages") << "/x/a.pdf" << QList<int>() << "";
-}
-
-void PagesEditorTest::extractNamesUseZeroBasedIndexes()
-{
-    QFETCH(QString, path);
-    QFETCH(QList<int>, selected);
-    QFETCH(QString, expected);
-    const QUrl url = path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path);
-    const QString name = PDFPagesEditor::proposedExtractName(url, selected);
-    if (expected.isEmpty())
-        QVERIFY2(!QUuid::fromString(name).isNull(), qPrintable(name));
-    else
-        QCOMPARE(name, expected);
-}
-
-void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape_data()
-{
-    QTest::addColumn<QKeySequence>("leaveKey");
-    QTest::newRow("Escape") << QKeySequence(Qt::Key_Escape);
-    QTest::newRow("Ctrl+Alt+P again") << QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P);
-}
-
-void PagesEditorTest::theEditorOpensWithTheKeyAndLeavesWithEscape()
-{
-    QFETCH(QKeySequence, leaveKey);
-    PDFContents *const tab = openTab(QStringLiteral("Keys.pdf"));
-    QVERIFY(tab);
-    QVERIFY(!tab->isPagesEditingMode());
-    QTest::keySequence(m_window, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
-    QVERIFY(tab->isPagesEditingMode());
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_VERIFY(grid->isVisible());
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-    QCOMPARE(grid->model()->rowCount(), 5);
-    QTest::keySequence(grid, leaveKey);
-    QVERIFY(!tab->isPagesEditingMode());
-    QVERIFY(!grid->isVisible());
-    QVERIFY(tab->primaryPDFView()->isVisible());
-}
-
-void PagesEditorTest::keysAndClicksSelectPages_data()
-{
-    // Each step: "k:<key>" presses a key, "c:<row>" clicks, with "C" or "S" for Ctrl or Shift.
-    QTest::addColumn<QStringList>("steps");
-    QTest::addColumn<QList<int>>("expected");
-    QTest::newRow("click") << QStringList { "c:2" } << rows({ 2 });
-    QTest::newRow("ctrl+click adds") << QStringList { "c:0", "Cc:3" } << rows({ 0, 3 });
-    QTest::newRow("ctrl+click removes") << QStringList { "c:0", "Cc:3", "Cc:0" } << rows({ 3 });
-    QTest::newRow("shift+click extends") << QStringList { "c:1", "Sc:3" } << rows({ 1, 2, 3 });
-    QTest::newRow("right arrow moves") << QStringList { "c:1", "k:Right" } << rows({ 2 });
-    QTest::newRow("shift+arrow extends")
-        << QStringList { "c:1", "Sk:Right", "Sk:Right" } << rows({ 1, 2, 3 });
-    QTest::newRow("end goes last") << QStringList { "c:1", "k:End" } << rows({ 4 });
-    QTest::newRow("home goes first") << QStringList { "c:3", "k:Home" } << rows({ 0 });
-    QTest::newRow("ctrl+a selects all") << QStringList { "c:3", "Ck:A" } << rows({ 0, 1, 2, 3, 4 });
-}
-
-void PagesEditorTest::keysAndClicksSelectPages()
-{
-    QFETCH(QStringList, steps);
-    QFETCH(QList<int>, expected);
-    PDFContents *const tab = openTab(QStringLiteral("Select.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-    const QHash<QString, Qt::Key> keys { { "Right", Qt::Key_Right }, { "End", Qt::Key_End },
-        { "Home", Qt::Key_Home }, { "A", Qt::Key_A } };
-    for (const QString &step : steps) {
-        const QString kind = step.section(QLatin1Char(':'), 0, 0);
-        const QString what = step.section(QLatin1Char(':'), 1);
-        const Qt::KeyboardModifiers modifiers = kind.startsWith(QLatin1Char('C'))
-            ? Qt::ControlModifier
-            : kind.startsWith(QLatin1Char('S')) ? Qt::ShiftModifier
-                                                : Qt::NoModifier;
-        if (kind.endsWith(QLatin1Char('c')))
-            QTest::mouseClick(
-                grid->viewport(), Qt::LeftButton, modifiers, centreOfRow(grid, what.toInt()));
-        else
-            QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
-    }
-    QCOMPARE(grid->selectedRows(), expected);
-}
-
-void PagesEditorTest::theEditBarFollowsTheSelection()
-{
-    PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_VERIFY(grid->isVisible());
-    PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
-    QVERIFY(bar);
-    QTRY_VERIFY(bar->isVisible());
-    // Delete asks even with nothing selected; the others need pages.
-    QVERIFY(!bar->rotateLeftButton()->isEnabled());
-    QVERIFY(!bar->extractButton()->isEnabled());
-    QVERIFY(bar->removeButton()->isEnabled());
-    grid->selectRows({ 0, 3 });
-    QVERIFY(bar->rotateLeftButton()->isEnabled());
-    QVERIFY(bar->extractButton()->isEnabled());
-    QTest::mouseClick(bar->rotateLeftButton(), Qt::LeftButton);
-    const auto document = tab->primaryPDFView()->fdDocument();
-    QCOMPARE(document->pageAtIndex(0)->rotation(), 270);
-    QCOMPARE(document->pageAtIndex(3)->rotation(), 270);
-    QCOMPARE(document->pageAtIndex(1)->rotation(), 0);
-    QTest::mouseClick(bar->doneButton(), Qt::LeftButton);
-    QVERIFY(!tab->isPagesEditingMode());
-    QTRY_VERIFY(!bar->isVisible());
-}
-
-void PagesEditorTest::aRightClickActsOnOneItemOrNone()
-{
-    PDFContents *const tab = openTab(QStringLiteral("Right.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFCollectionView *const grid = editorOf(tab)->collectionView();
-    QTRY_VERIFY(grid->isVisible());
-    grid->selectRows({ 0, 1, 2 });
-    QTest::mousePress(grid->viewport(), Qt::RightButton, {}, centreOfRow(grid, 1));
-    QCOMPARE(grid->selectedRows(), rows({ 1 }));
-    // Far below the last row is empty space.
-    QTest::mousePress(grid->viewport(), Qt::RightButton, {},
-        QPoint(grid->viewport()->width() - 5, grid->viewport()->height() - 5));
-    QCOMPARE(grid->selectedRows(), QList<int>());
-}
-
-void PagesEditorTest::operationsAreSavedIntoTheFile_data()
-{
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<QString>("operation");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QStringList>("expected");
-    const QStringList untouched { "p1", "p2", "p3", "p4", "p5" };
-    QTest::newRow("rotate right") << rows({ 1 }) << "right" << 0
-                                  << QStringList { "p1", "p2/90", "p3", "p4", "p5" };
-    QTest::newRow("rotate left twice over") << rows({ 0, 4 }) << "left,left" << 0
-                                            << QStringList { "p1/180", "p2", "p3", "p4", "p5/180" };
-    QTest::newRow("delete confirmed") << rows({ 0, 2 }) << "delete" << int(Alert::FirstButtonReturn)
-                                      << QStringList { "p2", "p4", "p5" };
-    QTest::newRow("delete by key") << rows({ 4, 3 }) << "key" << int(Alert::FirstButtonReturn)
-                                   << QStringList { "p1", "p2", "p3" };
-    QTest::newRow("delete cancelled")
-        << rows({ 0, 2 }) << "delete" << int(Alert::SecondButtonReturn) << untouched;
-    QTest::newRow("delete with nothing selected")
-        << QList<int>() << "key" << int(Alert::FirstButtonReturn) << untouched;
-}
-
-void PagesEditorTest::operationsAreSavedIntoTheFile()
-{
-    QFETCH(QList<int>, selected);
-    QFETCH(QString, operation);
-    QFETCH(int, answer);
-    QFETCH(QStringList, expected);
-    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-    PDFContents *const tab = openTab(QStringLiteral("Operations.pdf"));
-    QVERIFY(tab);
-    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const editor = editorOf(tab);
-    PDFCollectionView *const grid = editor->collectionView();
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-    grid->selectRows(selected);
-    m_answer = answer;
-    for (const QString &step : operation.split(QLatin1Char(','))) {
-        if (step == QLatin1String("right"))
-            editor->rotateSelection(90);
-        else if (step == QLatin1String("left"))
-            editor->rotateSelection(-90);
-        else if (step == QLatin1String("delete"))
-            editor->deleteSelection();
-        else
-            QTest::keyClick(grid, Qt::Key_Delete);
-    }
-    if (operation.contains(QLatin1String("delete")) || operation == QLatin1String("key")) {
-        QCOMPARE(m_alerts,
-            QStringList { "Are you sure you want to delete selected pages?|You can't undo this "
-                          "action!|Delete,Cancel" });
-    }
-    QVERIFY(everythingSaved());
-    QCOMPARE(grid->model()->rowCount(), expected.size());
-    QCOMPARE(AppFixtures::pageTags(path), expected);
-    const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
-    QVERIFY2(check.exitCode == 0, check.out.constData());
-    const auto json = TestTools::run(
-        qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
-    QCOMPARE(
-        QJsonDocument::fromJson(json.out).object().value(QStringLiteral("pages")).toArray().size(),
-        expected.size());
-}
-
-void PagesEditorTest::extractWritesTheSelectedPages()
-{
-    PDFContents *const tab = openTab(QStringLiteral("Source.pdf"));
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const editor = editorOf(tab);
-    QTRY_VERIFY(editor->collectionView()->isVisible());
-    editor->collectionView()->selectRows({ 3, 1 });
-    QString proposed;
-    const QString target = m_dir.filePath(QStringLiteral("Extracted.pdf"));
-    FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
-        proposed = request.nameFieldStringValue;
-        return QUrl::fromLocalFile(target);
-    });
-    editor->extractSelection();
-    QCOMPARE(proposed, QStringLiteral("Source-1,3.pdf"));
-    QCOMPARE(AppFixtures::pageTags(target), (QStringList { "p2", "p4" }));
-    // The source is left as it was.
-    QCOMPARE(tab->primaryPDFView()->fdDocument()->pageCount(), 5);
-    QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
-}
-
-void PagesEditorTest::copiedPagesArePastedAfterTheSelection_data()
-{
-    QTest::addColumn<bool>("otherTab");
-    QTest::addColumn<QList<int>>("target");
-    QTest::addColumn<QStringList>("expected");
-    QTest::newRow("same document, after page 2")
-        << false << rows({ 1 }) << QStringList { "p1", "p2", "p1", "p4", "p3", "p4", "p5" };
-    QTest::newRow("other tab, nothing selected: the end")
-        << true << QList<int>() << QStringList { "p1", "p2", "p3", "p4", "p5", "p1", "p4" };
-}
-
-void PagesEditorTest::copiedPagesArePastedAfterTheSelection()
-{
-    QFETCH(bool, otherTab);
-    QFETCH(QList<int>, target);
-    QFETCH(QStringList, expected);
-    PDFContents *const source = openTab(QStringLiteral("CopySource.pdf"));
-    QVERIFY(source);
-    source->setIsPagesEditingMode(true);
-    PDFPagesEditor *const from = editorOf(source);
-    QTRY_VERIFY(from->collectionView()->isVisible());
-    from->collectionView()->selectRows({ 0, 3 });
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(from->collectionView()));
-    QApplication::clipboard()->clear();
-    QVERIFY(!from->canPaste());
-    QTest::keySequence(from->collectionView(), QKeySequence::Copy);
-    const QMimeData *const copied = QApplication::clipboard()->mimeData();
-    QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
-
-    PDFContents *const tab = otherTab ? openTab(QStringLiteral("CopyTarget.pdf")) : source;
-    QVERIFY(tab);
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const to = editorOf(tab);
-    QTRY_VERIFY(to->collectionView()->isVisible());
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(to->collectionView()));
-    to->collectionView()->selectRows(target);
-    QVERIFY(to->canPaste());
-    QTest::keySequence(to->collectionView(), QKeySequence::Paste);
-    const int first = PDFPagesEditor::insertionIndex(target, 5);
-    QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
-    QVERIFY(everythingSaved());
-    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-    QCOMPARE(AppFixtures::pageTags(path), expected);
-    // The source keeps its pages.
-    QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
-}
-
-void PagesEditorTest::addedFilesGoInAtARunningIndex_data()
-{
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<int>("index"); // -1: through the edit bar's button and the open panel
-    QTest::addColumn<QStringList>("added"); // at the insertion point, in this order
-    QTest::newRow("images and a PDF at the end")
-        << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
-        << QStringList { "image 2:1", "Page 71", "Page 72", "image 2:1", "image 2:1" };
-    QTest::newRow("after the highest selected page") << QStringList { "two.pdf" } << rows({ 3, 0 })
-                                                     << -1 << QStringList { "Page 71", "Page 72" };
-    QTest::newRow("unreadable files keep the place")
-        << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
-        << rows({ 1 }) << -1 << QStringList { "image 2:1", "Page 71", "Page 72" };
-    QTest::newRow("at the front") << QStringList { "a.png" } << QList<int>() << 0
-                                  << QStringList { "image 2:1" };
-    QTest::newRow("nothing readable")
-        << QStringList { "bad.png", "notes.txt" } << rows({ 2 }) << -1 << QStringList();
-    QTest::newRow("an index past the end")
-        << QStringList { "a.png" } << QList<int>() << 6 << QStringList();
-    QTest::newRow("a negative index")
-        << QStringList { "a.png" } << QList<int>() << -2 << QStringList();
-}
-
-void PagesEditorTest::addedFilesGoInAtARunningIndex()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QList<int>, selected);
-    QFETCH(int, index);
-    QFETCH(QStringList, added);
-    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-    PDFContents *const tab = openTab(QStringLiteral("Add.pdf"));
-    QVERIFY(tab);
-    const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const editor = editorOf(tab);
-    PDFCollectionView *const grid = editor->collectionView();
-    QTRY_VERIFY(grid->isVisible());
-    grid->selectRows(selected);
-    QDir folder(m_dir.filePath(QStringLiteral("add")));
-    QVERIFY(folder.mkpath(QStringLiteral(".")));
-    QList<QUrl> urls;
-    for (const QString &name : files)
-        urls << fileToAdd(folder, name);
-
-    const int at = index == -1 ? PDFPagesEditor::insertionIndex(selected, 5) : index;
-    if (index == -1) {
-        FilePanelRequest asked;
-        FDFilePanel::setURLsHandlerForTesting([&](const FilePanelRequest &request) {
-            asked = request;
-            return urls;
-        });
-        PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
-        QVERIFY(bar);
-        QTest::mouseClick(bar->addPDFButton(), Qt::LeftButton);
-        FDFilePanel::setURLsHandlerForTesting({});
-        QVERIFY(asked.allowsMultipleSelection);
-        QCOMPARE(asked.allowedFileTypes.first(), QStringLiteral("pdf"));
-    } else {
-        QCOMPARE(editor->insertURLs(urls, index), int(added.size()));
-    }
-
-    QStringList expected { "p1", "p2", "p3", "p4", "p5" };
-    QList<int> inserted;
-    for (int k = 0; k < added.size(); ++k) {
-        expected.insert(at + k, added[k]);
-        inserted << at + k;
-    }
-    QCOMPARE(grid->model()->rowCount(), expected.size());
-    if (!added.isEmpty())
-        QCOMPARE(grid->selectedRows(), inserted);
-    QVERIFY(everythingSaved());
-    QCOMPARE(AppFixtures::pageTags(path), expected);
-    const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
-    QVERIFY2(check.exitCode == 0, check.out.constData());
-}
-
-void PagesEditorTest::aDeletedPageTakesItsBookmark()
-{
-    PDFContents *const tab = openTab(QStringLiteral("Marks.pdf"));
-    QVERIFY(tab);
-    const auto document = tab->primaryPDFView()->fdDocument();
-    const QUrl url = document->fileURL();
-    for (const int index : { 1, 3 }) {
-        QVERIFY(document->addBookmarkWith(
-            std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(index)),
-            QStringLiteral("Mark %1").arg(index + 1)));
-    }
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const editor = editorOf(tab);
-    QTRY_VERIFY(editor->collectionView()->isVisible());
-    editor->collectionView()->selectRows({ 0, 1 });
-    m_answer = Alert::FirstButtonReturn;
-    editor->deleteSelection();
-    QCOMPARE(document->bookmarks().size(), 1);
-    QVERIFY(everythingSaved());
-    QCOMPARE(document->numberOfChanges(), 0);
-
-    // The file's hidden branch holds the one left, on its page's new place.
-    const auto reopened = std::make_shared<FDDocument>();
-    QVERIFY(reopened->initWithURL(url, nullptr));
-    QCOMPARE(reopened->pageCount(), 3);
-    QCOMPARE(reopened->bookmarks().size(), 1);
-    QCOMPARE(reopened->bookmarks().at(0)->title(), QStringLiteral("Mark 4"));
-    QCOMPARE(reopened->indexForPage(reopened->bookmarks().at(0)->page()), 1);
-}
-
-void PagesEditorTest::aSplitTabShowsTwoPanesThatActAlone()
-{
-    PDFContents *const tab = openTab(QStringLiteral("Left.pdf"));
-    QVERIFY(tab);
-    const QString right = m_dir.filePath(QStringLiteral("Right.pdf"));
-    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(3, 3, 0), right));
-    tab->setSplitMode(PDFSplitViewMode::horizontal);
-    FDPDFView *const secondary = tab->secondaryPDFView();
-    secondary->loadDocument(QUrl::fromLocalFile(right));
-    QTRY_VERIFY(secondary->fdDocument() && !secondary->isLoading());
-    tab->setIsPagesEditingMode(true);
-    PDFPagesEditor *const editor = editorOf(tab);
-    PDFCollectionView *const left = editor->primaryCollectionView();
-    PDFCollectionView *const other = editor->secondaryCollectionView();
-    QTRY_VERIFY(left->isVisible() && other->isVisible());
-    QCOMPARE(left->model()->rowCount(), 5);
-    QCOMPARE(other->model()->rowCount(), 3);
-    QVERIFY(left->geometry().right() < other->geometry().left());
-
-    // A click in a pane selects its view, and the operations go to that pane alone.
-    QTest::mouseClick(other->viewport(), Qt::LeftButton, {}, centreOfRow(other, 1));
-    QTRY_COMPARE(tab->selectedPDFView(), secondary);
-    QCOMPARE(editor->selectedCollectionView(), other);
-    QTest::keySequence(other, QKeySequence(Qt::CTRL | Qt::Key_R));
-    QCOMPARE(secondary->fdDocument()->pageAtIndex(1)->rotation(), 90);
-    QCOMPARE(tab->primaryPDFView()->fdDocument()->pageAtIndex(1)->rotation(), 0);
-    QTest::keySequence(other, QKeySequence::Copy);
-    QTest::mouseClick(left->viewport(), Qt::LeftButton, {}, centreOfRow(left, 0));
-    QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
-    QCOMPARE(editor->selectedCollectionView(), left);
-    QCOMPARE(other->selectedRows(), rows({ 1 }));
-
-    // No paste while either pane runs a batch of item changes.
-    QVERIFY(editor->canPaste());
-    bool couldPaste = true;
-    other->performBatchUpdates([&] { couldPaste = editor->canPaste(); });
-    QVERIFY(!couldPaste);
-    editor->paste();
-    QCOMPARE(left->model()->rowCount(), 6);
-    QCOMPARE(left->selectedRows(), rows({ 1 }));
-    QCOMPARE(other->model()->rowCount(), 3);
-    QVERIFY(everythingSaved());
-    QCOMPARE(
-        AppFixtures::pageTags(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile()).at(1),
-        QStringLiteral("Page 2/90"));
-    QCOMPARE(AppFixtures::pageTags(right).at(1), QStringLiteral("Page 2/90"));
-
-    // Back to one pane: the primary one.
-    tab->setSplitMode(PDFSplitViewMode::none);
-    QVERIFY(!other->isVisible());
-    QCOMPARE(editor->selectedCollectionView(), left);
 }
 
 FOLIDOC_APP_TEST_MAIN(PagesEditorTest)

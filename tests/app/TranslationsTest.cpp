@@ -23,17 +23,6 @@
 
 // The interface in the person's language, checked in a child process started under each LANG,
 // as a desktop session starts the program; and the translation files checked against the sources.
-class TranslationsTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void theInterfaceFollowsLang_data();
-    void theInterfaceFollowsLang();
-    void placeholdersMatchTheSource_data();
-    void placeholdersMatchTheSource();
-};
-
 namespace {
 
 const char ProbeVariable[] = "FOLIDOC_TRANSLATION_PROBE";
@@ -125,107 +114,114 @@ int runProbe()
 
 } // namespace
 
-void TranslationsTest::theInterfaceFollowsLang_data()
+class TranslationsTest : public QObject
 {
-    QTest::addColumn<QString>("lang");
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("menus");
-    QTest::addColumn<QString>("qtCancel");
-    QTest::addColumn<QString>("alert");
-    QTest::addColumn<QString>("zoom");
-    QTest::addColumn<QString>("date");
-    QTest::newRow("German") << "de_DE.UTF-8"
-                            << "de"
-                            << "&Datei|&Bearbeiten|&Ansicht|&Werkzeuge|&Gehe zu|&Fenster|&Hilfe"
-                            << "Abbrechen"
-                            << "Datei kann nicht gelesen werden: „URL“"
-                            << "1.250\u00a0%"
-                            << "04.03.26";
-    QTest::newRow("French") << "fr_FR.UTF-8"
-                            << "fr"
-                            << "&Fichier|&Édition|&Affichage|&Outils|A&ller|Fe&nêtre|Ai&de"
-                            << "Annuler"
-                            << "Impossible de lire le fichier\u00a0: «\u00a0URL\u00a0»"
-                            << "1\u202f250\u202f%"
-                            << "04/03/2026";
-    QTest::newRow("US English") << "en_US.UTF-8"
-                                << ""
-                                << "&File|&Edit|&View|&Tools|&Go|&Window|&Help"
-                                << "Cancel"
-                                << "Can't read file: \"URL\""
-                                << "1,250%"
-                                << "03/04/26";
-}
+    Q_OBJECT
 
-void TranslationsTest::theInterfaceFollowsLang()
-{
-    QFETCH(QString, lang);
-    const QMap<QString, QString> seen = probe(lang);
-    QVERIFY2(!seen.isEmpty(), "the child process failed");
-    QTEST(seen.value(QStringLiteral("language")), "language");
-    QTEST(seen.value(QStringLiteral("menus")), "menus");
-    QTEST(seen.value(QStringLiteral("qtCancel")), "qtCancel");
-    QTEST(seen.value(QStringLiteral("alert")), "alert");
-    QTEST(seen.value(QStringLiteral("zoom")), "zoom");
-    QTEST(seen.value(QStringLiteral("date")), "date");
-    // What goes into files and file names is the same in every language.
-    QCOMPARE(seen.value(QStringLiteral("extract")), QStringLiteral("base-0,2,12.pdf"));
-    QVERIFY2(
-        QRegularExpression(
-            QStringLiteral(R"(^Report \(unsaved \d{4}-\d\d-\d\d \d\d\.\d\d\.\d\d( \d+)?\)\.pdf$)"))
-            .match(seen.value(QStringLiteral("unsavedCopy")))
-            .hasMatch(),
-        qPrintable(seen.value(QStringLiteral("unsavedCopy"))));
-    QCOMPARE(seen.value(QStringLiteral("setting")), QStringLiteral("1234.5"));
-    QCOMPARE(seen.value(QStringLiteral("frame")), QStringLiteral("{{10.5, 20}, {1234.5, 800}}"));
-}
-
-void TranslationsTest::placeholdersMatchTheSource_data()
-{
-    QTest::addColumn<QString>("path");
-    const QDir folder(QStringLiteral(FOLIDOC_TRANSLATIONS_DIR));
-    const QStringList files = folder.entryList({ QStringLiteral("folidoc_*.ts") });
-    QVERIFY(files.size() >= 2);
-    for (const QString &file : files)
-        QTest::newRow(qPrintable(file)) << folder.filePath(file);
-}
-
-void TranslationsTest::placeholdersMatchTheSource()
-{
-    QFETCH(QString, path);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    static const QRegularExpression placeholder(QStringLiteral("%L?\\d+"));
-    const auto placeholders = [](const QString &text) {
-        QStringList found;
-        for (const auto &match : placeholder.globalMatch(text))
-            found << match.captured().remove(u'L');
-        found.sort();
-        return found;
-    };
-    QXmlStreamReader xml(&file);
-    QString context, source;
-    int translated = 0;
-    while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        if (xml.name() == u"name") {
-            context = xml.readElementText();
-        } else if (xml.name() == u"source") {
-            source = xml.readElementText();
-        } else if (xml.name() == u"translation") {
-            const QString translation = xml.readElementText();
-            if (translation.isEmpty())
-                continue;
-            ++translated;
-            QVERIFY2(placeholders(translation) == placeholders(source),
-                qPrintable(
-                    QStringLiteral("%1: \"%2\" -> \"%3\"").arg(context, source, translation)));
-        }
+private slots:
+    void theInterfaceFollowsLang_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("menus");
+        QTest::addColumn<QString>("qtCancel");
+        QTest::addColumn<QString>("alert");
+        QTest::addColumn<QString>("zoom");
+        QTest::addColumn<QString>("date");
+        QTest::newRow("German") << "de_DE.UTF-8"
+                                << "de"
+                                << "&Datei|&Bearbeiten|&Ansicht|&Werkzeuge|&Gehe zu|&Fenster|&Hilfe"
+                                << "Abbrechen"
+                                << "Datei kann nicht gelesen werden: „URL“"
+                                << "1.250\u00a0%"
+                                << "04.03.26";
+        QTest::newRow("French") << "fr_FR.UTF-8"
+                                << "fr"
+                                << "&Fichier|&Édition|&Affichage|&Outils|A&ller|Fe&nêtre|Ai&de"
+                                << "Annuler"
+                                << "Impossible de lire le fichier\u00a0: «\u00a0URL\u00a0»"
+                                << "1\u202f250\u202f%"
+                                << "04/03/2026";
+        QTest::newRow("US English") << "en_US.UTF-8"
+                                    << ""
+                                    << "&File|&Edit|&View|&Tools|&Go|&Window|&Help"
+                                    << "Cancel"
+                                    << "Can't read file: \"URL\""
+                                    << "1,250%"
+                                    << "03/04/26";
     }
-    QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
-    QVERIFY(translated > 300);
-}
+
+    void theInterfaceFollowsLang()
+    {
+        QFETCH(QString, lang);
+        const QMap<QString, QString> seen = probe(lang);
+        QVERIFY2(!seen.isEmpty(), "the child process failed");
+        QTEST(seen.value(QStringLiteral("language")), "language");
+        QTEST(seen.value(QStringLiteral("menus")), "menus");
+        QTEST(seen.value(QStringLiteral("qtCancel")), "qtCancel");
+        QTEST(seen.value(QStringLiteral("alert")), "alert");
+        QTEST(seen.value(QStringLiteral("zoom")), "zoom");
+        QTEST(seen.value(QStringLiteral("date")), "date");
+        // What goes into files and file names is the same in every language.
+        QCOMPARE(seen.value(QStringLiteral("extract")), QStringLiteral("base-0,2,12.pdf"));
+        QVERIFY2(QRegularExpression(
+                     QStringLiteral(
+                         R"(^Report \(unsaved \d{4}-\d\d-\d\d \d\d\.\d\d\.\d\d( \d+)?\)\.pdf$)"))
+                     .match(seen.value(QStringLiteral("unsavedCopy")))
+                     .hasMatch(),
+            qPrintable(seen.value(QStringLiteral("unsavedCopy"))));
+        QCOMPARE(seen.value(QStringLiteral("setting")), QStringLiteral("1234.5"));
+        QCOMPARE(
+            seen.value(QStringLiteral("frame")), QStringLiteral("{{10.5, 20}, {1234.5, 800}}"));
+    }
+
+    void placeholdersMatchTheSource_data()
+    {
+        QTest::addColumn<QString>("path");
+        const QDir folder(QStringLiteral(FOLIDOC_TRANSLATIONS_DIR));
+        const QStringList files = folder.entryList({ QStringLiteral("folidoc_*.ts") });
+        QVERIFY(files.size() >= 2);
+        for (const QString &file : files)
+            QTest::newRow(qPrintable(file)) << folder.filePath(file);
+    }
+
+    void placeholdersMatchTheSource()
+    {
+        QFETCH(QString, path);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        static const QRegularExpression placeholder(QStringLiteral("%L?\\d+"));
+        const auto placeholders = [](const QString &text) {
+            QStringList found;
+            for (const auto &match : placeholder.globalMatch(text))
+                found << match.captured().remove(u'L');
+            found.sort();
+            return found;
+        };
+        QXmlStreamReader xml(&file);
+        QString context, source;
+        int translated = 0;
+        while (!xml.atEnd()) {
+            if (xml.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            if (xml.name() == u"name") {
+                context = xml.readElementText();
+            } else if (xml.name() == u"source") {
+                source = xml.readElementText();
+            } else if (xml.name() == u"translation") {
+                const QString translation = xml.readElementText();
+                if (translation.isEmpty())
+                    continue;
+                ++translated;
+                QVERIFY2(placeholders(translation) == placeholders(source),
+                    qPrintable(
+                        QStringLiteral("%1: \"%2\" -> \"%3\"").arg(context, source, translation)));
+            }
+        }
+        QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
+        QVERIFY(translated > 300);
+    }
+};
 
 int main(int argc, char *argv[])
 {

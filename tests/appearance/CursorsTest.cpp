@@ -6,22 +6,7 @@
 #include <view/PDFToolMode.h>
 
 #include <QApplication>
-#include <QBitmap>
-#include <QPixmap>
 #include <QtTest>
-
-class CursorsTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void nothingIsDrawnBeforeTheImagesAreMade();
-    void noteCursorsPointWithTheArrowTip_data();
-    void noteCursorsPointWithTheArrowTip();
-    void centredCursorsHaveTheirPictureUnderTheHotSpot_data();
-    void centredCursorsHaveTheirPictureUnderTheHotSpot();
-    void toolCursorsHangTheToolUnderAnArrow();
-};
 
 namespace {
 
@@ -41,82 +26,77 @@ QImage cursorImage(const QCursor &cursor)
 
 } // namespace
 
-void CursorsTest::nothingIsDrawnBeforeTheImagesAreMade()
+class CursorsTest : public QObject
 {
-    QVERIFY(imageNamed(QStringLiteral("TextNote")).isNull());
-    QVERIFY(!FDCursors::cursorNamed(QStringLiteral("zoomInCursor"), 1.0).has_value());
-    makeImages();
-    QVERIFY(!imageNamed(QStringLiteral("TextNote")).isNull());
-    QVERIFY(FDCursors::cursorNamed(QStringLiteral("zoomInCursor"), 1.0).has_value());
-    QVERIFY(!FDCursors::cursorNamed(QStringLiteral("noSuchCursor"), 1.0).has_value());
-    for (const QString &name : noteImageNames())
-        QCOMPARE(imageNamed(name, 2.0).deviceIndependentSize(), QSizeF(21, 19));
-}
+    Q_OBJECT
 
-void CursorsTest::noteCursorsPointWithTheArrowTip_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<double>("ratio");
-    for (const double ratio : { 1.0, 2.0 }) {
-        for (const char *name : { "textNoteCursor", "lineNoteCursor", "inkNoteCursor" })
-            QTest::addRow("%s@%g", name, ratio) << QString::fromLatin1(name) << ratio;
+private slots:
+    void noteCursorsPointWithTheArrowTip_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("ratio");
+        for (const double ratio : { 1.0, 2.0 }) {
+            for (const char *name : { "textNoteCursor", "lineNoteCursor", "inkNoteCursor" })
+                QTest::addRow("%s@%g", name, ratio) << QString::fromLatin1(name) << ratio;
+        }
     }
-}
 
-void CursorsTest::noteCursorsPointWithTheArrowTip()
-{
-    QFETCH(QString, name);
-    QFETCH(double, ratio);
-    makeImages();
-    const std::optional<QCursor> cursor = FDCursors::cursorNamed(name, ratio);
-    QVERIFY(cursor);
-    const QImage image = cursorImage(*cursor);
-    QCOMPARE(image.size(), QSize(qRound(24 * ratio), qRound(40 * ratio)));
-    const QPoint hot = cursor->hotSpot();
-    // The tip is drawn at the hot spot, and nothing lies above or to the left of it.
-    QVERIFY2(alphaAt(image, QPointF(hot) + QPointF(0.3, 0.3)) > 128,
-        qPrintable(QStringLiteral("nothing at the hot spot (%1, %2)").arg(hot.x()).arg(hot.y())));
-    QCOMPARE(alphaAt(image, QPointF(hot) - QPointF(1.5, 1.5)), 0);
-    QCOMPARE(alphaAt(image, QPointF(hot.x() + 4, hot.y() - 1.5)), 0);
-    // The note picture hangs below the arrow.
-    QVERIFY(alphaAt(image, QPointF(13, 30)) > 0);
-}
-
-void CursorsTest::centredCursorsHaveTheirPictureUnderTheHotSpot_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name :
-        { "zoomInCursor", "zoomOutCursor", "resizeDiagonal45Cursor", "resizeDiagonal135Cursor",
-            "cameraCursor", "openHandBarCursor", "closedHandBarCursor" })
-        QTest::newRow(name) << QString::fromLatin1(name);
-}
-
-void CursorsTest::centredCursorsHaveTheirPictureUnderTheHotSpot()
-{
-    QFETCH(QString, name);
-    makeImages();
-    for (const double ratio : { 1.0, 2.0 }) {
+    void noteCursorsPointWithTheArrowTip()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, ratio);
+        makeImages();
         const std::optional<QCursor> cursor = FDCursors::cursorNamed(name, ratio);
         QVERIFY(cursor);
         const QImage image = cursorImage(*cursor);
-        QCOMPARE(image.size(), QSize(qRound(16 * ratio), qRound(16 * ratio)));
-        QVERIFY(alphaAt(image, cursor->hotSpot()) > 128);
+        QCOMPARE(image.size(), QSize(qRound(24 * ratio), qRound(40 * ratio)));
+        const QPoint hot = cursor->hotSpot();
+        // The tip is drawn at the hot spot, and nothing lies above or to the left of it.
+        QVERIFY2(alphaAt(image, QPointF(hot) + QPointF(0.3, 0.3)) > 128,
+            qPrintable(
+                QStringLiteral("nothing at the hot spot (%1, %2)").arg(hot.x()).arg(hot.y())));
+        QCOMPARE(alphaAt(image, QPointF(hot) - QPointF(1.5, 1.5)), 0);
+        QCOMPARE(alphaAt(image, QPointF(hot.x() + 4, hot.y() - 1.5)), 0);
+        // The note picture hangs below the arrow.
+        QVERIFY(alphaAt(image, QPointF(13, 30)) > 0);
     }
-    // The resize arrows turn about the middle of their picture.
-    if (name.startsWith(QLatin1String("resize")))
-        QCOMPARE(FDCursors::cursorNamed(name, 1.0)->hotSpot(), QPoint(8, 8));
-}
 
-void CursorsTest::toolCursorsHangTheToolUnderAnArrow()
-{
-    makeImages();
-    QCOMPARE(FDCursors::cursorForToolMode(PDFToolModeHand, 1.0).shape(), Qt::ArrowCursor);
-    const QCursor pen = FDCursors::cursorForToolMode(PDFToolModeAnnInk, 2.0);
-    QCOMPARE(pen.shape(), Qt::BitmapCursor);
-    const QImage image = cursorImage(pen);
-    QCOMPARE(image.size(), QSize(48, 80));
-    QVERIFY(alphaAt(image, QPointF(pen.hotSpot()) + QPointF(0.3, 0.3)) > 128);
-}
+    void centredCursorsHaveTheirPictureUnderTheHotSpot_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name :
+            { "zoomInCursor", "zoomOutCursor", "resizeDiagonal45Cursor", "resizeDiagonal135Cursor",
+                "cameraCursor", "openHandBarCursor", "closedHandBarCursor" })
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+
+    void centredCursorsHaveTheirPictureUnderTheHotSpot()
+    {
+        QFETCH(QString, name);
+        makeImages();
+        for (const double ratio : { 1.0, 2.0 }) {
+            const std::optional<QCursor> cursor = FDCursors::cursorNamed(name, ratio);
+            QVERIFY(cursor);
+            const QImage image = cursorImage(*cursor);
+            QCOMPARE(image.size(), QSize(qRound(16 * ratio), qRound(16 * ratio)));
+            QVERIFY(alphaAt(image, cursor->hotSpot()) > 128);
+        }
+        // The resize arrows turn about the middle of their picture.
+        if (name.startsWith(QLatin1String("resize")))
+            QCOMPARE(FDCursors::cursorNamed(name, 1.0)->hotSpot(), QPoint(8, 8));
+    }
+
+    void toolCursorsHangTheToolUnderAnArrow()
+    {
+        makeImages();
+        QCOMPARE(FDCursors::cursorForToolMode(PDFToolModeHand, 1.0).shape(), Qt::ArrowCursor);
+        const QCursor pen = FDCursors::cursorForToolMode(PDFToolModeAnnInk, 2.0);
+        QCOMPARE(pen.shape(), Qt::BitmapCursor);
+        const QImage image = cursorImage(pen);
+        QCOMPARE(image.size(), QSize(48, 80));
+        QVERIFY(alphaAt(image, QPointF(pen.hotSpot()) + QPointF(0.3, 0.3)) > 128);
+    }
+};
 
 int main(int argc, char *argv[])
 {

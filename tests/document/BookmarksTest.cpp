@@ -18,7 +18,6 @@
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>

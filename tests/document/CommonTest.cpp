@@ -1,5 +1,4 @@
 #include <document/Common.h>
-#include <document/FDError.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,9 +15,6 @@ class CommonTest : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(QDir(m_dir.path()).mkdir(QStringLiteral("tmp")));
-        qputenv("TMPDIR", QFile::encodeName(m_dir.filePath(QStringLiteral("tmp"))));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.filePath(QStringLiteral("data"))));
         if (::setxattr(QFile::encodeName(makeFile(QStringLiteral("probe"))).constData(),
                 "user.probe", "1", 1, 0)
             != 0)
@@ -109,32 +105,6 @@ private slots:
         QCOMPARE(FDDecodeURLs(stored), (QList<QUrl> { first, second }));
         QVERIFY(FDDecodeURLs(QVariant()).isEmpty());
         QVERIFY(FDDecodeURLs(QByteArray("file:///tmp")).isEmpty());
-    }
-
-    void folders()
-    {
-        const QUrl one = uniqueChewableItemsDirectoryURL();
-        const QUrl two = uniqueChewableItemsDirectoryURL();
-        QVERIFY(one != two);
-        for (const QUrl &url : { one, two }) {
-            QVERIFY(QDir(url.toLocalFile()).isEmpty());
-            QCOMPARE(QFileInfo(url.toLocalFile()).absolutePath(), m_dir.filePath("tmp/Folidoc"));
-        }
-        QCOMPARE(applicationSupportDirectoryURLs(),
-            QList<QUrl> { QUrl::fromLocalFile(
-                m_dir.filePath(QStringLiteral("data/")) + QCoreApplication::applicationName()) });
-    }
-
-    void errors()
-    {
-        // Only a cancel is taken for the user's own choice, and it keeps what it wraps.
-        const FDError read = FDError::readFileErrorWithLocalizedDescription("gone");
-        QCOMPARE(read.localizedDescription(), QStringLiteral("gone"));
-        QVERIFY(!read.isUserCancelledError());
-        const FDError cancelled = FDError::userCancelledErrorWithUnderlyingError(read);
-        QVERIFY(cancelled.isUserCancelledError());
-        QCOMPARE(cancelled.underlyingError()->code(), read.code());
-        QVERIFY(!FDError(FDError::XDocumentErrorDomain, 3072).isUserCancelledError());
     }
 
 private:

@@ -13,7 +13,6 @@
 #include <kit/engine/PDFAnnotation.h>
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -219,17 +218,6 @@ private slots:
         auto untitled = std::make_shared<FDDocument>();
         QVERIFY(untitled->initWithURL(QUrl(), {}));
         QCOMPARE(untitled->pageCount(), 0);
-    }
-
-    void inheritedInitialisersStopTheProcess()
-    {
-        for (const QString command : { "document-init-url", "document-init-data" }) {
-            QProcess helper;
-            helper.start(QStringLiteral(FOLIDOC_DOCUMENT_HELPER), { command });
-            QVERIFY(helper.waitForFinished(30000));
-            QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
-            QVERIFY(helper.readAllStandardError().contains("not implemented"));
-        }
     }
 
     void permissionAlertOncePerDocumentAfterDelay()

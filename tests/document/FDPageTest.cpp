@@ -17,7 +17,6 @@
 #include <appearance/FDThemeProvider.h>
 #include <kit/base/BezierPath.h>
 #include <kit/base/Geometry.h>
-#include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
 

@@ -5,7 +5,6 @@
 #include <app/Alert.h>
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
-#include <document/AtomicFileWriter.h>
 #include <document/FDDocument.h>
 #include <document/PDFSavingService.h>
 #include <view/FDPDFView.h>
@@ -152,266 +151,262 @@ class SaveCrashTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void killedWriterLeavesAWholeFile();
-    void faultAtEachDiskWrite_data();
-    void faultAtEachDiskWrite();
-    void leftoversOfAKilledSaveGoAtTheNextOpenOrSave_data();
-    void leftoversOfAKilledSaveGoAtTheNextOpenOrSave();
-    void fileChangedBetweenEditAndSave_data();
-    void fileChangedBetweenEditAndSave();
+    void initTestCase()
+    {
+        QTemporaryDir probe;
+        if (::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) != 0)
+            QSKIP("this file system refuses extended attributes in the user namespace");
+        FDDefaults::registerDefaults();
+    }
+
+    void killedWriterLeavesAWholeFile()
+    {
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString path = dir.filePath(QStringLiteral("crash.pdf"));
+        // Big enough that a write takes a few milliseconds, so that kills land inside writes.
+        constexpr int Pages = 300;
+        DocumentFixtures::writeBlankPDF(path, Pages, 40);
+        QRandomGenerator random(20261121);
+
+        constexpr int Rounds = 12;
+        for (int round = 0; round < Rounds; ++round) {
+            // The writer's versions: the file as it is now, and with one page more.
+            const int before = DocumentFixtures::pageCountOf(path);
+            QVERIFY(before >= Pages);
+            QProcess writer;
+            writer.start(
+                QStringLiteral(FOLIDOC_DOCUMENT_HELPER), { QStringLiteral("save-loop"), path });
+            QVERIFY(writer.waitForStarted());
+            // Let it finish a few saves, so that the next one is somewhere on its way.
+            const int saves = 1 + int(random.bounded(4));
+            QByteArray output;
+            QTRY_VERIFY_WITH_TIMEOUT(
+                (output += writer.readAllStandardOutput()).count("saved") >= saves, 30000);
+            // A random moment inside the save that follows; not a wait for anything.
+            std::this_thread::sleep_for(std::chrono::microseconds(random.bounded(3000)));
+            ::kill(pid_t(writer.processId()), SIGKILL);
+            QVERIFY(writer.waitForFinished(10000));
+            QCOMPARE(writer.exitStatus(), QProcess::CrashExit);
+
+            const int pages = DocumentFixtures::pageCountOf(path);
+            QVERIFY2(pages == before || pages == before + 1,
+                qPrintable(
+                    QStringLiteral("round %1: the file has %2 pages").arg(round).arg(pages)));
+        }
+        // A killed writer may leave its hidden temporary file, never a second visible one.
+        const QStringList visible = QDir(dir.path()).entryList(QDir::Files, QDir::Name);
+        QCOMPARE(visible, QStringList { QStringLiteral("crash.pdf") });
+    }
+
+    void faultAtEachDiskWrite_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("at");
+        // One save without faults tells how many times it stores something.
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("count.pdf"));
+        writeUserFile(path, 2);
+        const HelperRun run = saveUnderFaults(path, dir.filePath(QStringLiteral("cache")));
+        const QRegularExpressionMatch count
+            = QRegularExpression(QStringLiteral("disk writes: (\\d+)")).match(run.errors);
+        const int writes = count.hasMatch() ? count.captured(1).toInt() : 0;
+        // Create, write, sync, rename and the position at least.
+        if (writes < 5)
+            qFatal("the interposer saw %d writes: %s", writes, run.errors.constData());
+        const std::pair<const char *, const char *> kinds[] = { { "full", "disk full" },
+            { "once", "disk full for a moment" }, { "kill", "killed" } };
+        for (const auto &[kind, description] : kinds) {
+            for (int at = 0; at < writes; ++at)
+                QTest::addRow("%s at write %d", description, at) << QString::fromLatin1(kind) << at;
+        }
+    }
+
+    void faultAtEachDiskWrite()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, at);
+        QTemporaryDir dir;
+        QTemporaryDir cache;
+        const QString path = dir.filePath(QStringLiteral("user.pdf"));
+        const FileState old = writeUserFile(path, 2);
+
+        const HelperRun run = saveUnderFaults(path, cache.path(), kind, at);
+
+        const QString version = versionOf(path, old, 2);
+        QVERIFY2(version == QLatin1String("old") || version == QLatin1String("new"),
+            qPrintable(
+                version + QStringLiteral("; helper said: ") + QString::fromUtf8(run.errors)));
+        if (kind == QLatin1String("kill")) {
+            QCOMPARE(run.status, QProcess::CrashExit);
+            // What the killed save left goes with the next open, once it is old enough.
+            for (const QString &name : entriesOf(dir.path()))
+                age(dir.filePath(name), 2 * 60);
+            DocumentFixtures::open(path);
+        } else if (version == QLatin1String("old") && kind == QLatin1String("full")) {
+            // The edits are not lost: a warning names the copy that holds them.
+            QVERIFY2(run.errors.contains("[WARN] "), run.errors.constData());
+            QStringList copies;
+            for (QDirIterator it(cache.path(), { QStringLiteral("*.pdf") }, QDir::Files,
+                     QDirIterator::Subdirectories);
+                 it.hasNext();)
+                copies.append(it.next());
+            QCOMPARE(copies.size(), 1);
+            QVERIFY(run.errors.contains(QFile::encodeName(copies[0])));
+            QCOMPARE(DocumentFixtures::pageCountOf(copies[0]), 3);
+        }
+        QCOMPARE(entriesOf(dir.path()), QStringList { QStringLiteral("user.pdf") });
+    }
+
+    void leftoversOfAKilledSaveGoAtTheNextOpenOrSave_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("minutesOld");
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<bool>("removed");
+
+        QTest::newRow("half a save, two hours old")
+            << ".user.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7\n1 0 obj") << true;
+        QTest::newRow("killed before writing") << ".user.pdf.ZZ09az" << 120 << QByteArray() << true;
+        QTest::newRow("another process saving now")
+            << ".user.pdf.a1B2c3" << 5 << QByteArray("%PDF-1.7") << false;
+        QTest::newRow("not a PDF") << ".user.pdf.a1B2c3" << 120 << QByteArray("my notes") << false;
+        QTest::newRow("not our suffix")
+            << ".user.pdf.backup2" << 120 << QByteArray("%PDF-1.7") << false;
+        QTest::newRow("another file's")
+            << ".other.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7") << false;
+    }
+
+    void leftoversOfAKilledSaveGoAtTheNextOpenOrSave()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, minutesOld);
+        QFETCH(QByteArray, contents);
+        QFETCH(bool, removed);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("user.pdf"));
+        DocumentFixtures::writeBlankPDF(path, 1);
+        const QString leftover = dir.filePath(name);
+        const auto leaveBehind = [&] {
+            QFile file(leftover);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size());
+            file.close();
+            age(leftover, minutesOld);
+        };
+
+        leaveBehind();
+        const auto document = DocumentFixtures::open(path);
+        QCOMPARE(!QFileInfo::exists(leftover), removed);
+
+        leaveBehind();
+        DocumentFixtures::appendBlankPages(*document, 1);
+        document->save();
+        QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
+        QCOMPARE(!QFileInfo::exists(leftover), removed);
+        QCOMPARE(DocumentFixtures::pageCountOf(path), 2);
+    }
+
+    void fileChangedBetweenEditAndSave_data()
+    {
+        QTest::addColumn<QString>("change");
+        // The button pressed in a question about the changed file, and the file the panel gives.
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<QString>("panelAnswer");
+        // "old", "edited" or "replacement".
+        QTest::addColumn<QString>("fileAfter");
+        QTest::addColumn<int>("pagesShown");
+        QTest::addColumn<bool>("unsavedAfter");
+
+        QTest::newRow("folder made read-only") << "read-only" << 0 << ""
+                                               << "old" << 3 << false;
+        QTest::newRow("file deleted") << "deleted" << 0 << ""
+                                      << "edited" << 3 << false;
+        QTest::newRow("file replaced, edits saved elsewhere")
+            << "replaced" << int(Alert::FirstButtonReturn) << "elsewhere.pdf"
+            << "replacement" << 3 << false;
+        QTest::newRow("file replaced, save panel cancelled")
+            << "replaced" << int(Alert::FirstButtonReturn) << ""
+            << "replacement" << 3 << true;
+        QTest::newRow("file replaced, overwritten")
+            << "replaced" << int(Alert::SecondButtonReturn) << ""
+            << "edited" << 3 << false;
+        QTest::newRow("file replaced, reloaded")
+            << "replaced" << int(Alert::ThirdButtonReturn) << ""
+            << "replacement" << 5 << false;
+    }
+
+    void fileChangedBetweenEditAndSave()
+    {
+        QFETCH(QString, change);
+        QFETCH(int, answer);
+        QFETCH(QString, panelAnswer);
+        QFETCH(QString, fileAfter);
+        QFETCH(int, pagesShown);
+        QFETCH(bool, unsavedAfter);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("user.pdf"));
+        const FileState old = writeUserFile(path, 2);
+        QList<AlertRequest> alerts;
+        Alert::setHandlerForTesting([&](const AlertRequest &request) {
+            alerts.append(request);
+            return answer ? answer : int(Alert::FirstButtonReturn);
+        });
+        FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &) {
+            return panelAnswer.isEmpty() ? QUrl() : QUrl::fromLocalFile(dir.filePath(panelAnswer));
+        });
+        FDPDFView view;
+        view.resize(600, 500);
+        view.loadDocument(QUrl::fromLocalFile(path));
+        view.show();
+        QTRY_VERIFY(view.fdDocument() && !view.isLoading());
+        const std::shared_ptr<FDDocument> document = view.fdDocument();
+        DocumentFixtures::appendBlankPages(*document, 1);
+
+        std::unique_ptr<Unprivileged> unprivileged;
+        QByteArray replacement;
+        if (change == QLatin1String("read-only")) {
+            Unprivileged::giveAway(dir.path());
+            Unprivileged::giveAway(path);
+            QVERIFY(QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner));
+            unprivileged = std::make_unique<Unprivileged>();
+        } else if (change == QLatin1String("deleted")) {
+            QVERIFY(QFile::remove(path));
+        } else {
+            // Another program writes its own version beside the file and renames it into place.
+            const QString theirs = dir.filePath(QStringLiteral("theirs.tmp"));
+            DocumentFixtures::writeBlankPDF(theirs, 5);
+            replacement = stateOf(theirs).bytes;
+            QVERIFY(
+                ::rename(QFile::encodeName(theirs).constData(), QFile::encodeName(path).constData())
+                == 0);
+        }
+        document->save();
+        QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
+        unprivileged.reset();
+        QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        Alert::setHandlerForTesting({});
+        FDFilePanel::setHandlerForTesting({});
+
+        if (fileAfter == QLatin1String("old")) {
+            QCOMPARE(versionOf(path, old, 2), QStringLiteral("old"));
+            QCOMPARE(alerts.size(), 1); // after three attempts
+        } else if (fileAfter == QLatin1String("edited")) {
+            QCOMPARE(DocumentFixtures::pageCountOf(path), 3);
+            QCOMPARE(alerts.size(), change == QLatin1String("replaced") ? 1 : 0);
+        } else {
+            QCOMPARE(stateOf(path).bytes, replacement);
+            QCOMPARE(alerts.size(), 1);
+        }
+        if (change == QLatin1String("replaced"))
+            QCOMPARE(alerts[0].buttons.size(), 3);
+        if (!panelAnswer.isEmpty())
+            QCOMPARE(DocumentFixtures::pageCountOf(dir.filePath(panelAnswer)), 3);
+        QCOMPARE(view.document()->pageCount(), pagesShown);
+        QCOMPARE(view.fdDocument()->numberOfChanges() > 0, unsavedAfter);
+        QVERIFY(
+            !entriesOf(dir.path()).join(QLatin1Char(' ')).contains(QLatin1String(".user.pdf.")));
+    }
 };
-
-void SaveCrashTest::initTestCase()
-{
-    QTemporaryDir probe;
-    if (::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) != 0)
-        QSKIP("this file system refuses extended attributes in the user namespace");
-    FDDefaults::registerDefaults();
-}
-
-void SaveCrashTest::killedWriterLeavesAWholeFile()
-{
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString path = dir.filePath(QStringLiteral("crash.pdf"));
-    // Big enough that a write takes a few milliseconds, so that kills land inside writes.
-    constexpr int Pages = 300;
-    DocumentFixtures::writeBlankPDF(path, Pages, 40);
-    QRandomGenerator random(20261121);
-
-    constexpr int Rounds = 12;
-    for (int round = 0; round < Rounds; ++round) {
-        // The writer's versions: the file as it is now, and with one page more.
-        const int before = DocumentFixtures::pageCountOf(path);
-        QVERIFY(before >= Pages);
-        QProcess writer;
-        writer.start(
-            QStringLiteral(FOLIDOC_DOCUMENT_HELPER), { QStringLiteral("save-loop"), path });
-        QVERIFY(writer.waitForStarted());
-        // Let it finish a few saves, so that the next one is somewhere on its way.
-        const int saves = 1 + int(random.bounded(4));
-        QByteArray output;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (output += writer.readAllStandardOutput()).count("saved") >= saves, 30000);
-        // A random moment inside the save that follows; not a wait for anything.
-        std::this_thread::sleep_for(std::chrono::microseconds(random.bounded(3000)));
-        ::kill(pid_t(writer.processId()), SIGKILL);
-        QVERIFY(writer.waitForFinished(10000));
-        QCOMPARE(writer.exitStatus(), QProcess::CrashExit);
-
-        const int pages = DocumentFixtures::pageCountOf(path);
-        QVERIFY2(pages == before || pages == before + 1,
-            qPrintable(QStringLiteral("round %1: the file has %2 pages").arg(round).arg(pages)));
-    }
-    // A killed writer may leave its hidden temporary file, never a second visible one.
-    const QStringList visible = QDir(dir.path()).entryList(QDir::Files, QDir::Name);
-    QCOMPARE(visible, QStringList { QStringLiteral("crash.pdf") });
-}
-
-void SaveCrashTest::faultAtEachDiskWrite_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("at");
-    // One save without faults tells how many times it stores something.
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("count.pdf"));
-    writeUserFile(path, 2);
-    const HelperRun run = saveUnderFaults(path, dir.filePath(QStringLiteral("cache")));
-    const QRegularExpressionMatch count
-        = QRegularExpression(QStringLiteral("disk writes: (\\d+)")).match(run.errors);
-    const int writes = count.hasMatch() ? count.captured(1).toInt() : 0;
-    // Create, write, sync, rename and the position at least.
-    if (writes < 5)
-        qFatal("the interposer saw %d writes: %s", writes, run.errors.constData());
-    const std::pair<const char *, const char *> kinds[]
-        = { { "full", "disk full" }, { "once", "disk full for a moment" }, { "kill", "killed" } };
-    for (const auto &[kind, description] : kinds) {
-        for (int at = 0; at < writes; ++at)
-            QTest::addRow("%s at write %d", description, at) << QString::fromLatin1(kind) << at;
-    }
-}
-
-void SaveCrashTest::faultAtEachDiskWrite()
-{
-    QFETCH(QString, kind);
-    QFETCH(int, at);
-    QTemporaryDir dir;
-    QTemporaryDir cache;
-    const QString path = dir.filePath(QStringLiteral("user.pdf"));
-    const FileState old = writeUserFile(path, 2);
-
-    const HelperRun run = saveUnderFaults(path, cache.path(), kind, at);
-
-    const QString version = versionOf(path, old, 2);
-    QVERIFY2(version == QLatin1String("old") || version == QLatin1String("new"),
-        qPrintable(version + QStringLiteral("; helper said: ") + QString::fromUtf8(run.errors)));
-    if (kind == QLatin1String("kill")) {
-        QCOMPARE(run.status, QProcess::CrashExit);
-        // What the killed save left goes with the next open, once it is old enough.
-        for (const QString &name : entriesOf(dir.path()))
-            age(dir.filePath(name), 2 * 60);
-        DocumentFixtures::open(path);
-    } else if (version == QLatin1String("old") && kind == QLatin1String("full")) {
-        // The edits are not lost: a warning names the copy that holds them.
-        QVERIFY2(run.errors.contains("[WARN] "), run.errors.constData());
-        QStringList copies;
-        for (QDirIterator it(cache.path(), { QStringLiteral("*.pdf") }, QDir::Files,
-                 QDirIterator::Subdirectories);
-             it.hasNext();)
-            copies.append(it.next());
-        QCOMPARE(copies.size(), 1);
-        QVERIFY(run.errors.contains(QFile::encodeName(copies[0])));
-        QCOMPARE(DocumentFixtures::pageCountOf(copies[0]), 3);
-    }
-    QCOMPARE(entriesOf(dir.path()), QStringList { QStringLiteral("user.pdf") });
-}
-
-void SaveCrashTest::leftoversOfAKilledSaveGoAtTheNextOpenOrSave_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("minutesOld");
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<bool>("removed");
-
-    QTest::newRow("half a save, two hours old")
-        << ".user.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7\n1 0 obj") << true;
-    QTest::newRow("killed before writing") << ".user.pdf.ZZ09az" << 120 << QByteArray() << true;
-    QTest::newRow("another process saving now")
-        << ".user.pdf.a1B2c3" << 5 << QByteArray("%PDF-1.7") << false;
-    QTest::newRow("not a PDF") << ".user.pdf.a1B2c3" << 120 << QByteArray("my notes") << false;
-    QTest::newRow("not our suffix")
-        << ".user.pdf.backup2" << 120 << QByteArray("%PDF-1.7") << false;
-    QTest::newRow("another file's")
-        << ".other.pdf.a1B2c3" << 120 << QByteArray("%PDF-1.7") << false;
-}
-
-void SaveCrashTest::leftoversOfAKilledSaveGoAtTheNextOpenOrSave()
-{
-    QFETCH(QString, name);
-    QFETCH(int, minutesOld);
-    QFETCH(QByteArray, contents);
-    QFETCH(bool, removed);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("user.pdf"));
-    DocumentFixtures::writeBlankPDF(path, 1);
-    const QString leftover = dir.filePath(name);
-    const auto leaveBehind = [&] {
-        QFile file(leftover);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size());
-        file.close();
-        age(leftover, minutesOld);
-    };
-
-    leaveBehind();
-    const auto document = DocumentFixtures::open(path);
-    QCOMPARE(!QFileInfo::exists(leftover), removed);
-
-    leaveBehind();
-    DocumentFixtures::appendBlankPages(*document, 1);
-    document->save();
-    QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
-    QCOMPARE(!QFileInfo::exists(leftover), removed);
-    QCOMPARE(DocumentFixtures::pageCountOf(path), 2);
-}
-
-void SaveCrashTest::fileChangedBetweenEditAndSave_data()
-{
-    QTest::addColumn<QString>("change");
-    // The button pressed in a question about the changed file, and the file the panel gives.
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("panelAnswer");
-    // "old", "edited" or "replacement".
-    QTest::addColumn<QString>("fileAfter");
-    QTest::addColumn<int>("pagesShown");
-    QTest::addColumn<bool>("unsavedAfter");
-
-    QTest::newRow("folder made read-only") << "read-only" << 0 << ""
-                                           << "old" << 3 << false;
-    QTest::newRow("file deleted") << "deleted" << 0 << ""
-                                  << "edited" << 3 << false;
-    QTest::newRow("file replaced, edits saved elsewhere")
-        << "replaced" << int(Alert::FirstButtonReturn) << "elsewhere.pdf"
-        << "replacement" << 3 << false;
-    QTest::newRow("file replaced, save panel cancelled")
-        << "replaced" << int(Alert::FirstButtonReturn) << ""
-        << "replacement" << 3 << true;
-    QTest::newRow("file replaced, overwritten")
-        << "replaced" << int(Alert::SecondButtonReturn) << ""
-        << "edited" << 3 << false;
-    QTest::newRow("file replaced, reloaded") << "replaced" << int(Alert::ThirdButtonReturn) << ""
-                                             << "replacement" << 5 << false;
-}
-
-void SaveCrashTest::fileChangedBetweenEditAndSave()
-{
-    QFETCH(QString, change);
-    QFETCH(int, answer);
-    QFETCH(QString, panelAnswer);
-    QFETCH(QString, fileAfter);
-    QFETCH(int, pagesShown);
-    QFETCH(bool, unsavedAfter);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("user.pdf"));
-    const FileState old = writeUserFile(path, 2);
-    QList<AlertRequest> alerts;
-    Alert::setHandlerForTesting([&](const AlertRequest &request) {
-        alerts.append(request);
-        return answer ? answer : int(Alert::FirstButtonReturn);
-    });
-    FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &) {
-        return panelAnswer.isEmpty() ? QUrl() : QUrl::fromLocalFile(dir.filePath(panelAnswer));
-    });
-    FDPDFView view;
-    view.resize(600, 500);
-    view.loadDocument(QUrl::fromLocalFile(path));
-    view.show();
-    QTRY_VERIFY(view.fdDocument() && !view.isLoading());
-    const std::shared_ptr<FDDocument> document = view.fdDocument();
-    DocumentFixtures::appendBlankPages(*document, 1);
-
-    std::unique_ptr<Unprivileged> unprivileged;
-    QByteArray replacement;
-    if (change == QLatin1String("read-only")) {
-        Unprivileged::giveAway(dir.path());
-        Unprivileged::giveAway(path);
-        QVERIFY(QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner));
-        unprivileged = std::make_unique<Unprivileged>();
-    } else if (change == QLatin1String("deleted")) {
-        QVERIFY(QFile::remove(path));
-    } else {
-        // Another program writes its own version beside the file and renames it into place.
-        const QString theirs = dir.filePath(QStringLiteral("theirs.tmp"));
-        DocumentFixtures::writeBlankPDF(theirs, 5);
-        replacement = stateOf(theirs).bytes;
-        QVERIFY(::rename(QFile::encodeName(theirs).constData(), QFile::encodeName(path).constData())
-            == 0);
-    }
-    document->save();
-    QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
-    unprivileged.reset();
-    QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    Alert::setHandlerForTesting({});
-    FDFilePanel::setHandlerForTesting({});
-
-    if (fileAfter == QLatin1String("old")) {
-        QCOMPARE(versionOf(path, old, 2), QStringLiteral("old"));
-        QCOMPARE(alerts.size(), 1); // after three attempts
-    } else if (fileAfter == QLatin1String("edited")) {
-        QCOMPARE(DocumentFixtures::pageCountOf(path), 3);
-        QCOMPARE(alerts.size(), change == QLatin1String("replaced") ? 1 : 0);
-    } else {
-        QCOMPARE(stateOf(path).bytes, replacement);
-        QCOMPARE(alerts.size(), 1);
-    }
-    if (change == QLatin1String("replaced"))
-        QCOMPARE(alerts[0].buttons.size(), 3);
-    if (!panelAnswer.isEmpty())
-        QCOMPARE(DocumentFixtures::pageCountOf(dir.filePath(panelAnswer)), 3);
-    QCOMPARE(view.document()->pageCount(), pagesShown);
-    QCOMPARE(view.fdDocument()->numberOfChanges() > 0, unsavedAfter);
-    QVERIFY(!entriesOf(dir.path()).join(QLatin1Char(' ')).contains(QLatin1String(".user.pdf.")));
-}
 
 int main(int argc, char **argv)
 {

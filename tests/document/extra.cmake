@@ -1,4 +1,4 @@
-# A helper process for the document tests: death tests of fatal assertions, and a writer that
+# A helper process for the document tests: attribute name limits, and a writer that
 # saves in a loop so that a test can kill it in the middle of a save.
 add_executable(document_helper ${CMAKE_CURRENT_SOURCE_DIR}/document/tools/DocumentHelper.cpp)
 target_compile_options(document_helper PRIVATE ${FOLIDOC_WARNINGS})

@@ -8,17 +8,6 @@
 
 // The markers of a split's views: the two letters differ, the states differ, and a theme change
 // draws them again in the new theme's colours.
-class FDCommonImageProviderTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void init();
-    void markersAreDistinctImages();
-    void themeChangeRedrawsTheMarkers_data();
-    void themeChangeRedrawsTheMarkers();
-};
-
 namespace {
 
 QImage pixels(const QIcon &icon)
@@ -36,49 +25,55 @@ QColor centreFill(const QIcon &icon)
 
 } // namespace
 
-void FDCommonImageProviderTest::init()
+class FDCommonImageProviderTest : public QObject
 {
-    AppWindow::reset();
-    FDThemeProvider::setCurrent(FDThemeProvider::blue());
-}
+    Q_OBJECT
 
-void FDCommonImageProviderTest::markersAreDistinctImages()
-{
-    FDCommonImageProvider &provider = FDCommonImageProvider::shared();
-    const QList<QImage> images { pixels(provider.primaryIndicatorOnStateIcon()),
-        pixels(provider.primaryIndicatorOffStateIcon()),
-        pixels(provider.secondaryIndicatorOnStateIcon()),
-        pixels(provider.secondaryIndicatorOffStateIcon()), pixels(provider.enabledMarkIcon()),
-        pixels(provider.disabledMarkIcon()) };
-    for (int first = 0; first < images.size(); ++first) {
-        QVERIFY(!images.at(first).isNull());
-        for (int second = first + 1; second < images.size(); ++second)
-            QVERIFY2(images.at(first) != images.at(second),
-                qPrintable(QStringLiteral("%1 and %2 look the same").arg(first).arg(second)));
+private slots:
+    void init()
+    {
+        AppWindow::reset();
+        FDThemeProvider::setCurrent(FDThemeProvider::blue());
     }
-    QCOMPARE(centreFill(provider.primaryIndicatorOnStateIcon()),
-        FDThemeProvider::blue()->color(FDTheme::primaryColor));
-}
 
-void FDCommonImageProviderTest::themeChangeRedrawsTheMarkers_data()
-{
-    QTest::addColumn<int>("theme");
-    QTest::newRow("red") << FDTheme::red;
-    QTest::newRow("green") << FDTheme::green;
-    QTest::newRow("sunset") << FDTheme::sunset;
-}
+    void markersAreDistinctImages()
+    {
+        FDCommonImageProvider &provider = FDCommonImageProvider::shared();
+        const QList<QImage> images { pixels(provider.primaryIndicatorOnStateIcon()),
+            pixels(provider.primaryIndicatorOffStateIcon()),
+            pixels(provider.secondaryIndicatorOnStateIcon()),
+            pixels(provider.secondaryIndicatorOffStateIcon()), pixels(provider.enabledMarkIcon()),
+            pixels(provider.disabledMarkIcon()) };
+        for (int first = 0; first < images.size(); ++first) {
+            QVERIFY(!images.at(first).isNull());
+            for (int second = first + 1; second < images.size(); ++second)
+                QVERIFY2(images.at(first) != images.at(second),
+                    qPrintable(QStringLiteral("%1 and %2 look the same").arg(first).arg(second)));
+        }
+        QCOMPARE(centreFill(provider.primaryIndicatorOnStateIcon()),
+            FDThemeProvider::blue()->color(FDTheme::primaryColor));
+    }
 
-void FDCommonImageProviderTest::themeChangeRedrawsTheMarkers()
-{
-    QFETCH(int, theme);
-    FDCommonImageProvider &provider = FDCommonImageProvider::shared();
-    const QImage before = pixels(provider.secondaryIndicatorOnStateIcon());
-    FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
-    const QColor wanted = FDThemeProvider::themeFor(theme)->color(FDTheme::primaryColor);
-    QCOMPARE(centreFill(provider.secondaryIndicatorOnStateIcon()), wanted);
-    QCOMPARE(centreFill(provider.primaryIndicatorOnStateIcon()), wanted);
-    QVERIFY(pixels(provider.secondaryIndicatorOnStateIcon()) != before);
-}
+    void themeChangeRedrawsTheMarkers_data()
+    {
+        QTest::addColumn<int>("theme");
+        QTest::newRow("red") << FDTheme::red;
+        QTest::newRow("green") << FDTheme::green;
+        QTest::newRow("sunset") << FDTheme::sunset;
+    }
+
+    void themeChangeRedrawsTheMarkers()
+    {
+        QFETCH(int, theme);
+        FDCommonImageProvider &provider = FDCommonImageProvider::shared();
+        const QImage before = pixels(provider.secondaryIndicatorOnStateIcon());
+        FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
+        const QColor wanted = FDThemeProvider::themeFor(theme)->color(FDTheme::primaryColor);
+        QCOMPARE(centreFill(provider.secondaryIndicatorOnStateIcon()), wanted);
+        QCOMPARE(centreFill(provider.primaryIndicatorOnStateIcon()), wanted);
+        QVERIFY(pixels(provider.secondaryIndicatorOnStateIcon()) != before);
+    }
+};
 
 FOLIDOC_APP_TEST_MAIN(FDCommonImageProviderTest)
 

@@ -9,17 +9,14 @@
 #include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
-#include <app/PDFContentsConainer.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
 #include <kit/engine/PDFDocument.h>
-#include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFWorkLimits.h>
 #include <kit/engine/support/RawPdf.h>
 #include <navigation/FDPageThumbnailCache.h>
 #include <navigation/PDFOutlineModel.h>
 #include <navigation/PDFSearchResultModel.h>
-#include <navigation/PDFSearchSidebarContainer.h>
 #include <navigation/PDFSearchSidebarContents.h>
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarController.h>

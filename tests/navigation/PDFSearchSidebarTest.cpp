@@ -20,7 +20,6 @@
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
-#include <QListView>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QToolButton>

@@ -9,7 +9,6 @@
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
 #include <kit/engine/PDFAnnotation.h>
-#include <kit/engine/PDFPage.h>
 #include <navigation/PDFAnnotationListModel.h>
 #include <navigation/PDFSidebarAnnContents.h>
 #include <navigation/PDFSidebarContainer.h>

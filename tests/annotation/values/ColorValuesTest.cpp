@@ -86,13 +86,6 @@ private slots:
         QVERIFY(a.blue() > a.red() && b.blue() > b.red());
     }
 
-    void accessibilityNames()
-    {
-        QCOMPARE(accessibilityValue(QColor(0, 0, 128)), QStringLiteral("dark blue"));
-        QCOMPARE(accessibilityValue(QColor(128, 128, 128)), QStringLiteral("grey"));
-        QCOMPARE(accessibilityValue(QColor(255, 0, 0, 128)), QStringLiteral("red, 50% opaque"));
-    }
-
     void initTestCase()
     {
         QVERIFY(m_config.isValid());

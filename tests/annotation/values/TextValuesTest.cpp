@@ -1,10 +1,9 @@
-// Numbers and bytes as text: page-label counters, hexadecimal, digests, and scanning text.
+// Numbers and bytes as text: page-label counters, hexadecimal, and scanning text.
 
 #include <annotation/values/NSData+XExtensions.h>
 #include <annotation/values/NSNumber+XExtensions.h>
 #include <annotation/values/NSScanner+XExtensions.h>
 
-#include <QCryptographicHash>
 #include <QTest>
 
 class TextValuesTest : public QObject
@@ -28,18 +27,6 @@ private slots:
         QFETCH(quint64, value);
         QFETCH(QString, text);
         QCOMPARE(romanNumeralValue(value), text);
-    }
-
-    void romanNumeralOfFiveThousandIsRefused()
-    {
-        try {
-            romanNumeralValue(5000);
-            QFAIL("no exception");
-        } catch (const RomanNumeralException &error) {
-            QCOMPARE(QByteArray(error.name()), "Roman Numeral Exception");
-            QCOMPARE(QByteArray(error.what()),
-                "The number 5000 is too big to represent as a roman numeral.");
-        }
     }
 
     void letterCounters_data()
@@ -85,18 +72,6 @@ private slots:
         QFETCH(QByteArray, bytes);
         QCOMPARE(initWithHexString(text), bytes);
         QCOMPARE(initWithHexString(hexString(bytes)), bytes);
-    }
-
-    void md5DigestIsUpperCaseHex()
-    {
-        QCOMPARE(md5String(QByteArray()), QStringLiteral("D41D8CD98F00B204E9800998ECF8427E"));
-        QCOMPARE(md5String("abc"), QStringLiteral("900150983CD24FB0D6963F7D28E17F72"));
-        // Across the 4096-byte blocks, with a partial last one.
-        QByteArray big(10000, '\0');
-        for (int i = 0; i < big.size(); ++i)
-            big[i] = char(i * 7);
-        const QByteArray whole = QCryptographicHash::hash(big, QCryptographicHash::Md5);
-        QCOMPARE(md5String(big), QString::fromLatin1(whole.toHex().toUpper()));
     }
 
     void scanAndPeek_data()

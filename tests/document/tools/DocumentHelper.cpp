@@ -1,8 +1,6 @@
 // A separate process for the document tests.
 //   document_helper set-xattr FILE NAME_LENGTH   sets an attribute with a name of that many bytes
 //   document_helper get-xattr FILE NAME_LENGTH   reads it; prints its bytes
-//   document_helper document-init-url            calls an initialiser FDDocument forbids
-//   document_helper document-init-data           the same for bytes
 //   document_helper save-loop FILE               adds and removes a last page in turn and saves,
 //                                                forever, printing "saved" after each save
 //   document_helper save-once FILE               adds a last page, a position to store with it,
@@ -31,16 +29,6 @@ int attributeCommand(const QStringList &arguments)
     }
     const std::optional<QByteArray> value = FDGetXAttr(url, name);
     std::fputs(value ? value->constData() : "(nothing)", stdout);
-    return 0;
-}
-
-int forbiddenInitialiser(const QString &command)
-{
-    auto document = std::make_shared<FDDocument>();
-    if (command == QLatin1String("document-init-url"))
-        document->initWithURL(QUrl::fromLocalFile(QStringLiteral("/tmp/any.pdf")));
-    else
-        document->initWithData(QByteArray("%PDF-1.7"));
     return 0;
 }
 
@@ -110,16 +98,12 @@ int main(int argc, char **argv)
     if (arguments.size() == 4
         && (command == QLatin1String("set-xattr") || command == QLatin1String("get-xattr")))
         return attributeCommand(arguments);
-    if (arguments.size() == 2
-        && (command == QLatin1String("document-init-url")
-            || command == QLatin1String("document-init-data")))
-        return forbiddenInitialiser(command);
     if (arguments.size() == 3 && command == QLatin1String("save-loop"))
         return saveLoop(application, arguments.at(2));
     if (arguments.size() == 3 && command == QLatin1String("save-once"))
         return saveOnce(application, arguments.at(2));
-    std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | document-init-url "
-               "| document-init-data | save-loop FILE | save-once FILE\n",
+    std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | save-loop FILE "
+               "| save-once FILE\n",
         stderr);
     return 2;
 }
