@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <map>
@@ -16,55 +15,12 @@
 namespace mu {
 namespace {
 
-// A block counts as what the C library set aside for it, which it tells for every block it made,
+// A block counts as the bytes the C library gives it, which it tells for every block it made,
 // so that frees and reallocations keep the count exact without a size stored in front of each
 // block (MuPDF's blocks are mostly a few dozen bytes, which such a header makes half as large
-// again). glibc keeps each block's size, with three flag bits, in the word in front of it, and
-// gives a block all of it but that word (a mapped block one word less, which counts the same
-// whenever it is allocated and freed): reading it is three instructions, where malloc_usable_size()
-// is a call that also reads the next block's header, for every allocation and free. The word is
-// read only where probes at load show glibc's layout (not under a sanitizer's or another allocator,
-// which keep blocks their own way).
-// The word in front of a block, reached through its address so that the compiler does not take
-// it for a read outside the block.
-size_t chunkWord(void *block)
-{
-    return *reinterpret_cast<const size_t *>(
-        reinterpret_cast<std::uintptr_t>(block) - sizeof(size_t));
-}
-
-bool probeChunkWords()
-{
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)                            \
-    || __has_feature(memory_sanitizer)
-    return false;
-#endif
-#endif
-    // Blocks of the sizes MuPDF asks most (none large enough to be mapped: freeing one would
-    // raise glibc's mapping threshold from the start).
-    for (const size_t size : { 1, 24, 40, 250, 5000, 60000 }) {
-        void *block = std::malloc(size);
-        if (!block)
-            return false;
-        const size_t word = chunkWord(block);
-        const bool matches = (word & 2) == 0 // not mapped
-            && malloc_usable_size(block) + sizeof word == (word & ~size_t(7));
-        std::free(block);
-        if (!matches)
-            return false;
-    }
-    return true;
-}
-
-const bool g_chunkWords = probeChunkWords();
-
+// again).
 qint64 blockBytes(void *block)
 {
-    if (g_chunkWords) [[likely]]
-        return static_cast<qint64>((chunkWord(block) & ~size_t(7)) - sizeof(size_t));
     return static_cast<qint64>(malloc_usable_size(block));
 }
 
