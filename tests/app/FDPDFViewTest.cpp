@@ -11,10 +11,10 @@
 #include <kit/base/UserDefaults.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFDocumentPrefetch.h>
-#include <kit/engine/PDFDocumentPrefetch.h>
 #include <kit/engine/PDFOutline.h>
 #include <kit/engine/PDFPage.h>
 #include <support/PdfFixtures.h>
+#include <support/TestTools.h>
 #include <view/FDPDFView.h>
 #include <view/PDFViewDelegate2.h>
 
@@ -22,8 +22,6 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <sys/xattr.h>
 
 // The tab's part for the view: a tool the test sets.
 class ToolOwner : public PDFViewDelegate2
@@ -60,9 +58,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        const QByteArray probe = QFile::encodeName(writeFixture(QStringLiteral("probe.pdf"), 1));
-        if (::setxattr(probe.constData(), "user.probe", "1", 1, 0) != 0)
-            QSKIP("this file system refuses extended attributes in the user namespace");
+        FOLIDOC_REQUIRE_USER_ATTRIBUTES();
     }
 
     void init()

@@ -23,8 +23,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <sys/xattr.h>
-
 namespace {
 
 const QString Legacy = QStringLiteral("com.brimbook.bookmarks");
@@ -125,12 +123,7 @@ class BookmarksTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QTemporaryDir probe;
-        if (::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) != 0)
-            QSKIP("this file system refuses extended attributes in the user namespace");
-    }
+    void initTestCase() { FOLIDOC_REQUIRE_USER_ATTRIBUTES(); }
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();

@@ -1,5 +1,7 @@
 #include <document/Common.h>
 
+#include <support/TestTools.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
@@ -13,13 +15,7 @@ class CommonTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        if (::setxattr(QFile::encodeName(makeFile(QStringLiteral("probe"))).constData(),
-                "user.probe", "1", 1, 0)
-            != 0)
-            QSKIP("this file system refuses extended attributes in the user namespace");
-    }
+    void initTestCase() { FOLIDOC_REQUIRE_USER_ATTRIBUTES(); }
 
     void attributesLiveInTheUserNamespace()
     {

@@ -12,6 +12,8 @@
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 
+#include <support/TestTools.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -50,12 +52,7 @@ class PDFSavingServiceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QTemporaryDir probe;
-        if (::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) != 0)
-            QSKIP("this file system refuses extended attributes in the user namespace");
-    }
+    void initTestCase() { FOLIDOC_REQUIRE_USER_ATTRIBUTES(); }
 
     void init()
     {

@@ -9,6 +9,8 @@
 #include <document/PDFSavingService.h>
 #include <view/FDPDFView.h>
 
+#include <support/TestTools.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -153,9 +155,7 @@ class SaveCrashTest : public QObject
 private slots:
     void initTestCase()
     {
-        QTemporaryDir probe;
-        if (::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) != 0)
-            QSKIP("this file system refuses extended attributes in the user namespace");
+        FOLIDOC_REQUIRE_USER_ATTRIBUTES();
         FDDefaults::registerDefaults();
     }
 

@@ -4,10 +4,12 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 
 #include <cstdio>
 
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace TestTools {
@@ -84,6 +86,12 @@ QByteArray standardErrorOf(const std::function<void()> &body)
     ::close(saved);
     capture.seek(0);
     return capture.readAll();
+}
+
+bool userAttributesWork()
+{
+    QTemporaryDir probe;
+    return ::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) == 0;
 }
 
 } // namespace TestTools

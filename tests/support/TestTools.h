@@ -31,7 +31,14 @@ qint64 resident();
 // What the process writes on standard error, where warnings go, while body runs.
 QByteArray standardErrorOf(const std::function<void()> &body);
 
+// Whether the temporary folder's file system keeps extended attributes in the user namespace.
+bool userAttributesWork();
+
 } // namespace TestTools
+
+#define FOLIDOC_REQUIRE_USER_ATTRIBUTES()                                                          \
+    if (!TestTools::userAttributesWork())                                                          \
+    QSKIP("this file system refuses extended attributes in the user namespace")
 
 // Skips the current test with a message when a checking tool is not installed.
 #define FOLIDOC_REQUIRE_TOOL(path, name)                                                           \
