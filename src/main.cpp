@@ -2,6 +2,7 @@
 #include <app/FDTranslations.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
+#include <kit/base/DesktopColorScheme.h>
 #include <kit/engine/PDFDocumentPrefetch.h>
 
 #include <QApplication>
@@ -32,11 +33,17 @@ int main(int argc, char *argv[])
 
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
+    // The session bus, which Qt's accessibility asks for as the event loop starts, and the
+    // desktop's light or dark preference, which the first window's colours need, are asked for
+    // on a thread while the first window is made.
+    std::thread desktop = DesktopColorScheme::readAheadOnThread();
     FDTranslations::install();
     PDFContents::registerAsDocumentContents();
     GlobalService service(commandLine.paths());
     service.setLaunchInNewWindow(commandLine.newWindow());
     // Qt reads the configuration again if asked before this thread has made it.
     fonts.join();
-    return service.run();
+    const int status = service.run();
+    desktop.join();
+    return status;
 }
