@@ -6,7 +6,9 @@
 #include <kit/engine/PDFDocumentPrefetch.h>
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
+#include <QImageReader>
 #include <QThread>
 
 #include <fontconfig/fontconfig.h>
@@ -37,6 +39,13 @@ int main(int argc, char *argv[])
     // desktop's light or dark preference, which the first window's colours need, are asked for
     // on a thread while the first window is made.
     std::thread desktop = DesktopColorScheme::readAheadOnThread();
+    // The first image read anywhere loads every image format plugin, asking each whether it
+    // reads the format before Qt's own readers are tried; the window's menu bar reads one for
+    // its overflow button. They are loaded here, off the main thread.
+    std::thread images([] {
+        QBuffer empty;
+        QImageReader(&empty, "png").canRead();
+    });
     FDTranslations::install();
     PDFContents::registerAsDocumentContents();
     GlobalService service(commandLine.paths());
@@ -44,6 +53,7 @@ int main(int argc, char *argv[])
     // Qt reads the configuration again if asked before this thread has made it.
     fonts.join();
     const int status = service.run();
+    images.join();
     desktop.join();
     return status;
 }
