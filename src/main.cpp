@@ -2,10 +2,13 @@
 #include <app/FDTranslations.h>
 #include <app/GlobalService.h>
 #include <app/PDFContents.h>
+#include <kit/base/DesktopColorScheme.h>
 #include <kit/engine/PDFDocumentPrefetch.h>
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
+#include <QImageReader>
 #include <QThread>
 
 #include <fontconfig/fontconfig.h>
@@ -32,11 +35,25 @@ int main(int argc, char *argv[])
 
     Q_INIT_RESOURCE(folidoc);
     QApplication app(argc, argv);
+    // The session bus, which Qt's accessibility asks for as the event loop starts, and the
+    // desktop's light or dark preference, which the first window's colours need, are asked for
+    // on a thread while the first window is made.
+    std::thread desktop = DesktopColorScheme::readAheadOnThread();
+    // The first image read anywhere loads every image format plugin, asking each whether it
+    // reads the format before Qt's own readers are tried; the window's menu bar reads one for
+    // its overflow button. They are loaded here, off the main thread.
+    std::thread images([] {
+        QBuffer empty;
+        QImageReader(&empty, "png").canRead();
+    });
     FDTranslations::install();
     PDFContents::registerAsDocumentContents();
     GlobalService service(commandLine.paths());
     service.setLaunchInNewWindow(commandLine.newWindow());
     // Qt reads the configuration again if asked before this thread has made it.
     fonts.join();
-    return service.run();
+    const int status = service.run();
+    images.join();
+    desktop.join();
+    return status;
 }

@@ -4,19 +4,23 @@
 
 #include <QCryptographicHash>
 #include <QDataStream>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
-#include <QLocalServer>
-#include <QLocalSocket>
+#include <QPointer>
 #include <QRegularExpression>
+#include <QSocketNotifier>
 #include <QtEndian>
 
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -32,12 +36,12 @@ QByteArray encoded(const QString &path)
 }
 
 // True when the process at the other end of a connected local socket runs as this user.
-bool peerIsThisUser(qintptr descriptor)
+bool peerIsThisUser(int descriptor)
 {
     ucred credentials {};
     socklen_t length = sizeof credentials;
     return descriptor >= 0
-        && ::getsockopt(int(descriptor), SOL_SOCKET, SO_PEERCRED, &credentials, &length) == 0
+        && ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &length) == 0
         && length == sizeof credentials && credentials.uid == ::geteuid();
 }
 
@@ -85,6 +89,96 @@ QString displayTag(QString display)
     return display;
 }
 
+// The socket address of path; false when the path does not fit.
+bool socketAddress(const QString &path, sockaddr_un &address)
+{
+    const QByteArray name = encoded(path);
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (name.isEmpty() || size_t(name.size()) >= sizeof address.sun_path)
+        return false;
+    std::memcpy(address.sun_path, name.constData(), size_t(name.size()));
+    return true;
+}
+
+// Waits until descriptor is ready for events, at most until deadline; false on timeout or error.
+bool waitFor(int descriptor, short events, const QDeadlineTimer &deadline)
+{
+    pollfd watched { descriptor, events, 0 };
+    for (;;) {
+        const int result
+            = ::poll(&watched, 1, int(qMin<qint64>(deadline.remainingTime(), 1 << 30)));
+        if (result > 0)
+            return true;
+        if (result == 0 || errno != EINTR)
+            return false;
+    }
+}
+
+// Writes all of bytes to a non-blocking descriptor before the deadline.
+bool writeAll(int descriptor, const QByteArray &bytes, const QDeadlineTimer &deadline)
+{
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::send(
+            descriptor, bytes.constData() + written, size_t(bytes.size() - written), MSG_NOSIGNAL);
+        if (count > 0) {
+            written += count;
+            continue;
+        }
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)
+            && waitFor(descriptor, POLLOUT, deadline))
+            continue;
+        return false;
+    }
+    return true;
+}
+
+// Closes a descriptor when it goes out of scope.
+class DescriptorGuard
+{
+public:
+    explicit DescriptorGuard(int descriptor)
+        : m_descriptor(descriptor)
+    { }
+    ~DescriptorGuard()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    DescriptorGuard(const DescriptorGuard &) = delete;
+    DescriptorGuard &operator=(const DescriptorGuard &) = delete;
+    int get() const { return m_descriptor; }
+    int release() { return std::exchange(m_descriptor, -1); }
+
+private:
+    int m_descriptor;
+};
+
+// One accepted connection: its bytes gathered until a whole message is there.
+class Connection : public QObject
+{
+public:
+    Connection(int descriptor, QObject *parent)
+        : QObject(parent)
+        , m_descriptor(descriptor)
+        , m_notifier(descriptor, QSocketNotifier::Read, this)
+    { }
+    ~Connection() override { ::close(m_descriptor); }
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    int descriptor() const { return m_descriptor; }
+    QSocketNotifier &notifier() { return m_notifier; }
+    QByteArray buffer;
+
+private:
+    int m_descriptor;
+    QSocketNotifier m_notifier;
+};
+
 } // namespace
 
 FDSingleInstance::FDSingleInstance(const QString &serverName, QObject *parent)
@@ -92,7 +186,20 @@ FDSingleInstance::FDSingleInstance(const QString &serverName, QObject *parent)
     , m_serverName(serverName)
 { }
 
-FDSingleInstance::~FDSingleInstance() = default;
+FDSingleInstance::~FDSingleInstance()
+{
+    if (m_listener < 0)
+        return;
+    delete m_acceptNotifier;
+    ::close(m_listener);
+    // The name is free for the next launch, unless another process has taken it over since.
+    struct stat status
+    {
+    };
+    const QByteArray name = encoded(m_listeningPath);
+    if (::lstat(name.constData(), &status) == 0 && quint64(status.st_ino) == m_listeningInode)
+        ::unlink(name.constData());
+}
 
 QString FDSingleInstance::defaultServerName()
 {
@@ -149,14 +256,23 @@ QString FDSingleInstance::socketPath() const
 bool FDSingleInstance::forwardToRunningInstance(const Request &request, int timeoutMs) const
 {
     const QString path = socketPath();
-    if (path.isEmpty() || !problemWithSocket(path).isEmpty())
+    sockaddr_un address {};
+    if (path.isEmpty() || !problemWithSocket(path).isEmpty() || !socketAddress(path, address))
         return false;
-    QLocalSocket socket;
-    socket.connectToServer(path);
-    if (!socket.waitForConnected(timeoutMs))
+    const QDeadlineTimer deadline(timeoutMs);
+    const DescriptorGuard socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (socket.get() < 0)
         return false;
+    // A local connection is made at once, or waits only while the listener's queue is full.
+    while (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address)
+        != 0) {
+        if (errno == EINTR)
+            continue;
+        if (errno != EAGAIN || !waitFor(socket.get(), POLLOUT, deadline))
+            return false;
+    }
     // The file may have been replaced since it was looked at: the process itself must be ours.
-    if (!peerIsThisUser(socket.socketDescriptor()))
+    if (!peerIsThisUser(socket.get()))
         return false;
     QByteArray message;
     QDataStream out(&message, QIODevice::WriteOnly);
@@ -166,15 +282,20 @@ bool FDSingleInstance::forwardToRunningInstance(const Request &request, int time
     QDataStream header(&framed, QIODevice::WriteOnly);
     header << quint32(message.size());
     framed.append(message);
-    socket.write(framed);
-    if (!socket.waitForBytesWritten(timeoutMs))
+    if (!writeAll(socket.get(), framed, deadline))
         return false;
-    while (socket.bytesAvailable() < 1) {
-        if (!socket.waitForReadyRead(timeoutMs))
-            return false;
+    for (;;) {
+        char answer = 0;
+        const ssize_t count = ::recv(socket.get(), &answer, 1, 0);
+        if (count == 1)
+            return answer == acknowledgement;
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)
+            && waitFor(socket.get(), POLLIN, deadline))
+            continue;
+        return false;
     }
-    char answer = 0;
-    return socket.getChar(&answer) && answer == acknowledgement;
 }
 
 bool FDSingleInstance::listen(RequestHandler handler)
@@ -186,59 +307,113 @@ bool FDSingleInstance::listen(RequestHandler handler)
         runtimeFolder(&problem);
     else
         problem = problemWithSocket(path);
+    sockaddr_un address {};
+    if (problem.isEmpty() && !socketAddress(path, address))
+        problem = QStringLiteral("%1: the path is too long for a socket").arg(path);
     if (!problem.isEmpty()) {
         Log::warn(QStringLiteral("Not listening for files from later launches: %1").arg(problem));
         return false;
     }
-    m_server = new QLocalServer(this);
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!m_server->listen(path)) {
+    DescriptorGuard listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const auto bindTo = [&] {
+        return ::bind(listener.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address)
+            == 0;
+    };
+    bool bound = listener.get() >= 0 && bindTo();
+    if (!bound && listener.get() >= 0 && errno == EADDRINUSE) {
         // Nobody answered on the name (or the caller would not be listening): a socket file
         // left by a process of this user that ended without closing it.
-        QLocalServer::removeServer(path);
-        if (!m_server->listen(path)) {
-            Log::warn(QStringLiteral("Can't listen for files from later launches: %1")
-                          .arg(m_server->errorString()));
-            return false;
-        }
+        ::unlink(address.sun_path);
+        bound = bindTo();
     }
-    connect(m_server, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket *socket = m_server->nextPendingConnection()) {
-            connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            if (!peerIsThisUser(socket->socketDescriptor())) {
-                socket->abort();
-                continue;
-            }
-            connect(socket, &QLocalSocket::readyRead, this, [this, socket] { receive(socket); });
-        }
-    });
+    struct stat status
+    {
+    };
+    // Only this user may connect; the folder is private already.
+    if (!bound || ::chmod(address.sun_path, S_IRWXU) != 0 || ::listen(listener.get(), 16) != 0
+        || ::lstat(address.sun_path, &status) != 0) {
+        Log::warn(QStringLiteral("Can't listen for files from later launches: %1")
+                      .arg(QString::fromLocal8Bit(strerror(errno))));
+        if (bound)
+            ::unlink(address.sun_path);
+        return false;
+    }
+    m_listener = listener.release();
+    m_listeningPath = path;
+    m_listeningInode = quint64(status.st_ino);
+    m_acceptNotifier = new QSocketNotifier(m_listener, QSocketNotifier::Read, this);
+    connect(
+        m_acceptNotifier, &QSocketNotifier::activated, this, &FDSingleInstance::acceptConnections);
     return true;
 }
 
-void FDSingleInstance::receive(QLocalSocket *socket)
+void FDSingleInstance::acceptConnections()
 {
-    if (socket->bytesAvailable() < qint64(sizeof(quint32)))
-        return;
-    quint32 size = 0;
-    socket->peek(reinterpret_cast<char *>(&size), sizeof size);
-    size = qFromBigEndian(size);
-    if (size > quint32(maximumMessageSize)) {
-        socket->abort();
-        return;
+    for (;;) {
+        const int descriptor
+            = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (descriptor < 0) {
+            if (errno == EINTR)
+                continue;
+            return;
+        }
+        if (!peerIsThisUser(descriptor)) {
+            ::close(descriptor);
+            continue;
+        }
+        auto *const connection = new Connection(descriptor, this);
+        const QPointer<Connection> guarded(connection);
+        connect(&connection->notifier(), &QSocketNotifier::activated, connection, [this, guarded] {
+            QList<Request> requests;
+            if (!receive(guarded->descriptor(), guarded->buffer, requests)) {
+                guarded->notifier().setEnabled(false);
+                guarded->deleteLater();
+            }
+            // Handed on after the reading: a handler may run an event loop of its own.
+            for (const Request &request : std::as_const(requests)) {
+                if (m_handler)
+                    m_handler(request);
+            }
+        });
     }
-    if (socket->bytesAvailable() < qint64(sizeof size + size))
-        return;
-    socket->skip(sizeof size);
-    QDataStream in(socket->read(size));
-    in.setVersion(streamVersion);
-    Request request;
-    in >> request.paths >> request.newWindow;
-    if (in.status() != QDataStream::Ok) {
-        socket->abort();
-        return;
+}
+
+bool FDSingleInstance::receive(int descriptor, QByteArray &buffer, QList<Request> &requests)
+{
+    char chunk[4096];
+    for (;;) {
+        const ssize_t count = ::recv(descriptor, chunk, sizeof chunk, 0);
+        if (count > 0) {
+            buffer.append(chunk, count);
+            if (buffer.size() > qsizetype(sizeof(quint32)) + maximumMessageSize)
+                return false;
+            continue;
+        }
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+            break;
+        // The other end closed, or the connection failed.
+        return false;
     }
-    socket->putChar(acknowledgement);
-    socket->flush();
-    if (m_handler)
-        m_handler(request);
+    while (buffer.size() >= qsizetype(sizeof(quint32))) {
+        quint32 size = 0;
+        std::memcpy(&size, buffer.constData(), sizeof size);
+        size = qFromBigEndian(size);
+        if (size > quint32(maximumMessageSize))
+            return false;
+        if (buffer.size() < qsizetype(sizeof size + size))
+            return true;
+        QDataStream in(buffer.mid(sizeof size, size));
+        buffer.remove(0, qsizetype(sizeof size + size));
+        in.setVersion(streamVersion);
+        Request request;
+        in >> request.paths >> request.newWindow;
+        if (in.status() != QDataStream::Ok)
+            return false;
+        if (::send(descriptor, &acknowledgement, 1, MSG_NOSIGNAL) != 1)
+            return false;
+        requests.append(request);
+    }
+    return true;
 }

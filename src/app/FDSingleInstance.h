@@ -2,15 +2,15 @@
 
 // One running Folidoc per user and display: the first process listens on a local socket in the
 // user's private runtime folder; a later process of the same user hands its files to it and exits.
-// Nothing is handed to, or taken from, a process of another user. Main thread only.
+// Nothing is handed to, or taken from, a process of another user. Main thread only. Plain Unix
+// sockets: a network library would add a dozen libraries to every start.
 
 #include <QObject>
 #include <QStringList>
 
 #include <functional>
 
-class QLocalServer;
-class QLocalSocket;
+class QSocketNotifier;
 
 class FDSingleInstance : public QObject
 {
@@ -49,9 +49,16 @@ public:
     bool listen(RequestHandler handler);
 
 private:
-    void receive(QLocalSocket *socket);
+    void acceptConnections();
+    // Reads what the connection sent, answers each whole request and adds it to requests;
+    // false when the connection is to be closed.
+    bool receive(int descriptor, QByteArray &buffer, QList<Request> &requests);
 
     QString m_serverName;
-    QLocalServer *m_server = nullptr;
+    QString m_listeningPath;
+    // The socket file made by listen(), removed at the end only if it is still that one.
+    quint64 m_listeningInode = 0;
+    int m_listener = -1;
+    QSocketNotifier *m_acceptNotifier = nullptr;
     RequestHandler m_handler;
 };

@@ -74,7 +74,12 @@ void apply(const FDTheme *theme)
     center.post(FDThemeProvider::ThemeWillChangeNotification);
     currentTheme.store(theme);
     applyingTheme = nullptr;
-    UserDefaults::standard().setInteger(theme->id(), FDDefaults::CurrentTheme);
+    // Written only when it changes: the write waits for the disk, and the theme applied at start
+    // is most often the one stored.
+    UserDefaults &defaults = UserDefaults::standard();
+    const QVariant stored = defaults.objectForKey(FDDefaults::CurrentTheme);
+    if (!stored.isValid() || defaults.integerForKey(FDDefaults::CurrentTheme) != theme->id())
+        defaults.setInteger(theme->id(), FDDefaults::CurrentTheme);
     // Menus, dialogs and popups take the application's palette: one palette for the window.
     if (qobject_cast<QApplication *>(QCoreApplication::instance()))
         QApplication::setPalette(FDThemePalette::paletteFor(theme));

@@ -4,6 +4,7 @@
 #include <document/support/Unprivileged.h>
 
 #include <QLocalServer>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -55,6 +56,40 @@ private slots:
             [&](const FDSingleInstance::Request &request) { received = request.paths; }));
         QCOMPARE(runChild(QStringLiteral("forward"), name, { QStringLiteral("/p.pdf") }), 0);
         QCOMPARE(received, QStringList { QStringLiteral("/p.pdf") });
+    }
+
+    void aBrokenMessageIsDroppedAndLaterLaunchesAreHeard_data()
+    {
+        QTest::addColumn<QByteArray>("sent");
+        QTest::newRow("size past the limit") << QByteArray::fromHex("7fffffff") + "junk";
+        QTest::newRow("paths that do not parse") << QByteArray::fromHex("00000004ffffffff");
+        QTest::newRow("cut short") << QByteArray::fromHex("0000004000000001");
+    }
+    void aBrokenMessageIsDroppedAndLaterLaunchesAreHeard()
+    {
+        QFETCH(QByteArray, sent);
+        const QString name = uniqueName("broken");
+        QList<FDSingleInstance::Request> received;
+        QString path;
+        {
+            FDSingleInstance first(name);
+            QVERIFY(first.listen(
+                [&](const FDSingleInstance::Request &request) { received << request; }));
+            path = first.socketPath();
+            QLocalSocket rogue;
+            rogue.connectToServer(path);
+            QVERIFY(rogue.waitForConnected(2000));
+            rogue.write(sent);
+            QVERIFY(rogue.waitForBytesWritten(2000));
+            rogue.disconnectFromServer();
+            QCOMPARE(runChild(QStringLiteral("forward"), name, { QStringLiteral("/1.pdf") }), 0);
+            QCOMPARE(runChild(QStringLiteral("forward"), name, { QStringLiteral("/2.pdf") }), 0);
+            QCOMPARE(received.size(), 2);
+            QCOMPARE(received.at(0).paths, QStringList { QStringLiteral("/1.pdf") });
+            QCOMPARE(received.at(1).paths, QStringList { QStringLiteral("/2.pdf") });
+        }
+        // A process that ends normally leaves no socket behind.
+        QVERIFY(!QFile::exists(path));
     }
 
     void eachDisplayHasItsOwnInstance_data()

@@ -73,6 +73,22 @@ private slots:
         QCOMPARE(m_posted.size(), 2);
     }
 
+    void firstReadOfTheStoredThemeLeavesTheFileAlone()
+    {
+        // Start-up reads the theme before the first screen: a write there would wait for the disk.
+        UserDefaults::standard().setInteger(FDTheme::night, FDDefaults::CurrentTheme);
+        QFile file(UserDefaults::storePath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray before = file.readAll();
+        const QDateTime written = QFileInfo(file).lastModified();
+        file.close();
+        QTest::qWait(20);
+        QCOMPARE(FDThemeProvider::current()->id(), FDTheme::night);
+        QCOMPARE(QFileInfo(file).lastModified(), written);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), before);
+    }
+
     void settingWritesTheIdAndTheFrameFollows()
     {
         UserDefaults::standard().setInteger(0, FDDefaults::RememberCurrentTheme);

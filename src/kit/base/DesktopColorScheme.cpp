@@ -9,6 +9,9 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 
+#include <condition_variable>
+#include <mutex>
+
 namespace {
 
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
@@ -19,7 +22,56 @@ const QString colorSchemeKey = QStringLiteral("color-scheme");
 // A running portal answers at once; a missing or hung one must not hold the launch.
 constexpr int readTimeoutMs = 500;
 
+// What a thread read ahead for the next instance on its bus.
+struct ReadAhead
+{
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool running = false;
+    bool done = false;
+    QString busAddress;
+    bool connected = false;
+    std::optional<DesktopColorScheme::Scheme> scheme;
+};
+
+ReadAhead &readAhead()
+{
+    static ReadAhead state;
+    return state;
+}
+
 } // namespace
+
+std::thread DesktopColorScheme::readAheadOnThread(const QString &busAddress)
+{
+    qRegisterMetaType<QDBusVariant>();
+    ReadAhead &state = readAhead();
+    {
+        const std::lock_guard lock(state.mutex);
+        state.running = true;
+        state.done = false;
+        state.busAddress = busAddress;
+    }
+    return std::thread([busAddress] {
+        const QString name = QStringLiteral("DesktopColorScheme-readAhead");
+        QDBusConnection bus = busAddress.isEmpty()
+            ? QDBusConnection::sessionBus()
+            : QDBusConnection::connectToBus(busAddress, name);
+        const bool connected = bus.isConnected();
+        const std::optional<Scheme> scheme
+            = connected ? readRunningPortal(bus) : std::optional<Scheme>();
+        if (!busAddress.isEmpty())
+            QDBusConnection::disconnectFromBus(name);
+        ReadAhead &finished = readAhead();
+        {
+            const std::lock_guard lock(finished.mutex);
+            finished.connected = connected;
+            finished.scheme = scheme;
+            finished.done = true;
+        }
+        finished.finished.notify_all();
+    });
+}
 
 DesktopColorScheme &DesktopColorScheme::shared()
 {
@@ -39,13 +91,31 @@ DesktopColorScheme::DesktopColorScheme(
         m_connectionName = QStringLiteral("DesktopColorScheme-%1").arg(quintptr(this), 0, 16);
         bus = QDBusConnection::connectToBus(busAddress, m_connectionName);
     }
-    if (!bus.isConnected())
+    // The answer of a thread that read ahead on this bus, if one did.
+    std::optional<std::optional<Scheme>> readAheadScheme;
+    bool readAheadConnected = true;
+    {
+        ReadAhead &state = readAhead();
+        std::unique_lock lock(state.mutex);
+        if (state.running && state.busAddress == busAddress) {
+            state.finished.wait(lock, [&state] { return state.done; });
+            state.running = false;
+            readAheadScheme = state.scheme;
+            readAheadConnected = state.connected;
+        }
+    }
+    if (!readAheadConnected || !bus.isConnected())
         return;
     bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
         new DesktopColorSchemeListener(
             this, [this](const QVariant &value) { setScheme(schemeFrom(value)); }),
         SLOT(onSettingChanged(QString, QString, QDBusVariant)));
-    readPortal();
+    const std::optional<Scheme> running
+        = readAheadScheme ? *readAheadScheme : readRunningPortal(bus);
+    if (running)
+        m_scheme = *running;
+    else
+        readPortalWhenStarted(bus);
 }
 
 DesktopColorScheme::~DesktopColorScheme()
@@ -77,21 +147,26 @@ void DesktopColorScheme::setDesktopPalette(const QPalette &palette)
         emit darkChanged(isDark());
 }
 
-void DesktopColorScheme::readPortal()
+std::optional<DesktopColorScheme::Scheme> DesktopColorScheme::readRunningPortal(
+    const QDBusConnection &bus)
+{
+    QDBusConnectionInterface *const names = bus.interface();
+    if (!names || !names->isServiceRegistered(portalService))
+        return std::nullopt;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        portalService, portalPath, settingsInterface, QStringLiteral("Read"));
+    call << appearanceGroup << colorSchemeKey;
+    const QDBusMessage answer = bus.call(call, QDBus::Block, readTimeoutMs);
+    if (answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty())
+        return schemeFrom(answer.arguments().constFirst());
+    return NoPreference;
+}
+
+void DesktopColorScheme::readPortalWhenStarted(const QDBusConnection &bus)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
         portalService, portalPath, settingsInterface, QStringLiteral("Read"));
     call << appearanceGroup << colorSchemeKey;
-    QDBusConnection bus = m_connectionName.isEmpty() ? QDBusConnection::sessionBus()
-                                                     : QDBusConnection(m_connectionName);
-    QDBusConnectionInterface *const names = bus.interface();
-    if (names && names->isServiceRegistered(portalService)) {
-        const QDBusMessage answer = bus.call(call, QDBus::Block, readTimeoutMs);
-        if (answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty())
-            m_scheme = schemeFrom(answer.arguments().constFirst());
-        return;
-    }
-    // Not running yet: the call may start it, and the answer comes when it does.
     auto *const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
         [this](QDBusPendingCallWatcher *answered) {

@@ -8,6 +8,10 @@
 #include <QObject>
 #include <QPalette>
 
+#include <optional>
+#include <thread>
+
+class QDBusConnection;
 class QVariant;
 
 class DesktopColorScheme : public QObject
@@ -20,6 +24,12 @@ public:
     // The instance of the session bus, made on first use from the application's palette as it is
     // then (before the application paints its own).
     static DesktopColorScheme &shared();
+
+    // Connects to the bus at that address (the session bus when empty) and asks the portal on a
+    // thread of its own, for the next instance made for that bus, which waits for the answer
+    // instead of asking itself: the round trips are over by the time the first window needs the
+    // scheme. Call after the QApplication is made; join the thread before the program ends.
+    static std::thread readAheadOnThread(const QString &busAddress = QString());
 
     // Asks the portal on the bus at that address (the session bus when empty); the palette is
     // the desktop's, used while the portal has no preference or does not answer.
@@ -41,7 +51,10 @@ signals:
     void darkChanged(bool dark);
 
 private:
-    void readPortal();
+    // The portal's scheme when it runs and answers; nothing when it does not run.
+    static std::optional<Scheme> readRunningPortal(const QDBusConnection &bus);
+    // A portal that does not run yet may be started by the call; its answer comes when it does.
+    void readPortalWhenStarted(const QDBusConnection &bus);
     void setScheme(Scheme scheme);
 
     QString m_connectionName;

@@ -414,7 +414,7 @@ void TabStripView::setScrollOffset(double offset)
         return;
     m_scrollX = clamped;
     m_shownLefts.clear();
-    updateHover(mapFromGlobal(QCursor::pos()));
+    updateHoverFromPointer();
     update();
 }
 
@@ -445,7 +445,14 @@ void TabStripView::closeTab(TabContents *contents)
         m_model->closeTabContentsAtIndex(index, TabStripModel::CloseUserGesture);
     // The window may be gone now that its last tab closed; this widget is still alive (deletion
     // is deferred), so refreshing the hover state is safe.
-    updateHover(mapFromGlobal(QCursor::pos()));
+    updateHoverFromPointer();
+}
+
+void TabStripView::updateHoverFromPointer()
+{
+    // Asking where the pointer is waits for the display server: only a strip under the pointer
+    // asks, which a window being made is not.
+    updateHover(isVisible() && underMouse() ? mapFromGlobal(QCursor::pos()) : QPoint(-1, -1));
 }
 
 void TabStripView::updateHover(QPoint point)

@@ -91,6 +91,7 @@ private:
     TabStripPainter::Tab tabToPaint(int index, const QRectF &rect) const;
     void slideFromShownPlaces();
     void updateHover(QPoint point);
+    void updateHoverFromPointer();
     void dragTo(double pointerX);
     void endDrag();
     void closeTab(TabContents *contents);

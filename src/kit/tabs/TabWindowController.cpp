@@ -409,7 +409,9 @@ void TabWindowController::setWindowFrameAutosaveName(const QString &name)
         setGeometry(onSomeScreen(stored));
         m_isRestoringFrame = false;
     } else {
-        saveFrame();
+        // Written a moment later like any move: writing the preference file waits for the disk,
+        // which the window's first screen must not.
+        scheduleFrameSave();
     }
 }
 

@@ -51,6 +51,38 @@ private slots:
         QCOMPARE(scheme.isDark(), dark);
     }
 
+    void anAnswerReadAheadIsTakenAndChangesStillFollowed_data()
+    {
+        QTest::addColumn<int>("portal"); // -1: no portal on the bus
+        QTest::addColumn<bool>("darkPalette");
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("no portal, dark palette") << -1 << true << true;
+        QTest::newRow("portal prefers dark over a light palette") << 1 << false << true;
+        QTest::newRow("portal prefers light over a dark palette") << 2 << true << false;
+    }
+    void anAnswerReadAheadIsTakenAndChangesStillFollowed()
+    {
+        QFETCH(int, portal);
+        QFETCH(bool, darkPalette);
+        QFETCH(bool, dark);
+        DesktopPortal desktop;
+        if (desktop.busAddress().isEmpty())
+            QSKIP("dbus-daemon is not installed");
+        if (portal >= 0)
+            QVERIFY(desktop.publish(uint(portal)));
+        std::thread reading = DesktopColorScheme::readAheadOnThread(desktop.busAddress());
+        // The instance waits for the thread's answer, whichever is first.
+        DesktopColorScheme scheme(desktop.busAddress(), desktopPalette(darkPalette));
+        reading.join();
+        QCOMPARE(scheme.isDark(), dark);
+        if (portal < 0)
+            return;
+        QSignalSpy changed(&scheme, &DesktopColorScheme::darkChanged);
+        desktop.setColorScheme(dark ? 2 : 1);
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(scheme.isDark(), !dark);
+    }
+
     void changesWhileRunningAreFollowed()
     {
         DesktopPortal desktop;

@@ -323,6 +323,11 @@ private slots:
         const QRect frame(40, 50, 520, 380);
         Window *first = makeWindow({ "a" });
         first->setWindowFrameAutosaveName("Test");
+        // A new name's frame is written a moment later, not while the window is being made.
+        QVERIFY(UserDefaults::standard().stringForKey("TabWindowFrame Test").isEmpty());
+        QTRY_COMPARE(
+            Geometry::rectFromString(UserDefaults::standard().stringForKey("TabWindowFrame Test")),
+            QRectF(first->geometry()));
         first->setGeometry(frame);
         QVERIFY(first->close());
         QCOMPARE(
