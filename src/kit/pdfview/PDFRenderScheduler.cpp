@@ -72,21 +72,11 @@ QImage mappedTile(const QSize &size)
         QImage::Format_ARGB32_Premultiplied, unmapTile, base);
 }
 
-// Rendering frees pixmaps, decoded streams and display lists all through the heap, whose pages
-// stay resident until something gives them back, so each screen's work would start from the
-// last one's peak. The last worker to go idle has them given back, on a thread of normal
-// priority: the heap's lock is held meanwhile, and a worker of lowered priority holding it could
-// keep the main thread waiting.
-void giveBackFreeHeap()
-{
-    static std::atomic<bool> queued { false };
-    if (queued.exchange(true))
-        return;
-    QThreadPool::globalInstance()->start([] {
-        queued = false;
-        malloc_trim(0);
-    });
-}
+// How long the workers stay idle before the heap's free pages go back to the system. Giving
+// them back holds the heap's lock for up to a millisecond, which the main thread, allocating as
+// it paints, would wait out in the middle of a scroll; while the reader scrolls, the releases of
+// what the engine kept give them back as well.
+constexpr int GiveBackAfterMs = 150;
 
 } // namespace
 
@@ -249,8 +239,11 @@ public:
                 --s.shownBusy;
             }
         }
-        if (idle)
-            giveBackFreeHeap();
+        if (idle) {
+            PDFRenderScheduler *const owner = m_state->owner;
+            QMetaObject::invokeMethod(
+                owner, [owner] { owner->m_giveBackTimer.start(); }, Qt::QueuedConnection);
+        }
     }
 
 private:
@@ -398,6 +391,17 @@ PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
     m_state->maxShownWorkers = std::max(1, threads - 1);
     m_shownPool.setMaxThreadCount(m_state->maxShownWorkers);
     m_shownPool.setObjectName(QStringLiteral("PDFRenderScheduler shown"));
+    // Rendering frees pixmaps, decoded streams and display lists all through the heap, whose
+    // pages stay resident until something gives them back, so each screen's work would start
+    // from the last one's peak. Once the workers have rested a moment they are given back, on a
+    // thread of normal priority: the heap's lock is held meanwhile, and a worker of lowered
+    // priority holding it could keep the main thread waiting.
+    m_giveBackTimer.setSingleShot(true);
+    m_giveBackTimer.setInterval(GiveBackAfterMs);
+    connect(&m_giveBackTimer, &QTimer::timeout, this, [this] {
+        if (isIdle())
+            QThreadPool::globalInstance()->start([] { malloc_trim(0); });
+    });
 }
 
 PDFRenderScheduler::~PDFRenderScheduler()

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QSize>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <memory>
 #include <vector>
@@ -64,4 +65,5 @@ private:
     std::shared_ptr<State> m_state;
     QThreadPool m_pool; // threads of lowered priority
     QThreadPool m_shownPool; // threads of normal priority, for shown tiles only
+    QTimer m_giveBackTimer; // restarted whenever the workers go idle
 };
