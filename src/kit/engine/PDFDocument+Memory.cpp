@@ -5,6 +5,8 @@
 #include "PDFPagePrivate.h"
 #include "mupdf/WorkBudget.h"
 
+#include <kit/base/ThreadHandoff.h>
+
 #include <QThreadPool>
 
 #include <algorithm>
@@ -85,7 +87,8 @@ bool PDFDocument::releaseCachedContent()
     releasing = true;
     // Growth counts from here while the release runs, so that it is not asked for again.
     g_heldAfterRelease = mu::liveBytes();
-    QThreadPool::globalInstance()->start([handle = d->handle, dropped = std::move(dropped)] {
+    QRunnable *const job = QRunnable::create([handle = d->handle, dropped = std::move(dropped)] {
+        ThreadHandoff::takeOver(&g_heldAfterRelease);
         fz_context *ctx = mu::context();
         pdf_document *const doc = handle->doc();
         mu::DocumentMutex &mutex = handle->mutex();
@@ -138,5 +141,8 @@ bool PDFDocument::releaseCachedContent()
         malloc_trim(0);
         releasing = false;
     });
+    // Handed over once made: the job's captures are written as it is made.
+    ThreadHandoff::handOver(&g_heldAfterRelease);
+    QThreadPool::globalInstance()->start(job);
     return true;
 }

@@ -60,7 +60,10 @@ signals:
 private:
     struct State;
     class Worker;
-    void pump();
+    // Invoked from the workers, queued, on the main thread.
+    Q_INVOKABLE void pump();
+    Q_INVOKABLE void takeFinished();
+    Q_INVOKABLE void workersIdle();
 
     std::shared_ptr<State> m_state;
     QThreadPool m_pool; // threads of lowered priority
