@@ -5,8 +5,11 @@
 #include "PDFPagePrivate.h"
 #include "mupdf/WorkBudget.h"
 
+#include <kit/base/ThreadHandoff.h>
+
 #include <QThreadPool>
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 #include <vector>
@@ -19,6 +22,36 @@ namespace {
 
 // What MuPDF held as the last release ended.
 std::atomic<qint64> g_heldAfterRelease { 0 };
+
+// Cross-reference entries looked at under one hold of the document's lock: a few hundred
+// microseconds, so that a main thread wanting the document meanwhile waits that long at most.
+constexpr int ClearSlice = 4096;
+
+// Drops the objects that only the cross-reference table holds among its entries [from, from +
+// count), counted through every section in order, as a full clear of the table would. False
+// once past the last entry. Plain MuPDF calls: runs inside a guarded block.
+bool clearCachedObjects(fz_context *ctx, pdf_document *doc, int from, int count)
+{
+    int index = 0;
+    for (int x = 0; x < doc->num_xref_sections; ++x) {
+        for (pdf_xref_subsec *sub = doc->xref_sections[x].subsec; sub; sub = sub->next) {
+            const int first = std::max(0, from - index);
+            const int end = std::min(sub->len, from + count - index);
+            for (int e = first; e < end; ++e) {
+                pdf_xref_entry &entry = sub->table[e];
+                // An object whose stream was replaced in memory is the only copy of it.
+                if (entry.obj && !entry.stm_buf && pdf_obj_refs(ctx, entry.obj) == 1) {
+                    pdf_drop_obj(ctx, entry.obj);
+                    entry.obj = nullptr;
+                }
+            }
+            index += sub->len;
+            if (index >= from + count)
+                return true;
+        }
+    }
+    return false;
+}
 
 } // namespace
 
@@ -54,16 +87,21 @@ bool PDFDocument::releaseCachedContent()
     releasing = true;
     // Growth counts from here while the release runs, so that it is not asked for again.
     g_heldAfterRelease = mu::liveBytes();
-    QThreadPool::globalInstance()->start([handle = d->handle, dropped = std::move(dropped)] {
+    QRunnable *const job = QRunnable::create([handle = d->handle, dropped = std::move(dropped)] {
+        ThreadHandoff::takeOver(&g_heldAfterRelease);
         fz_context *ctx = mu::context();
         pdf_document *const doc = handle->doc();
+        mu::DocumentMutex &mutex = handle->mutex();
+        // Before each piece, a main thread waiting for the document goes first.
+        mutex.waitForMainThread();
         {
-            const mu::Lock lock(handle->mutex());
+            const mu::Lock lock(mutex);
             for (pdf_page *page : dropped)
                 mu::runQuietly(ctx, [&] { fz_drop_page(ctx, &page->super); });
         }
+        mutex.waitForMainThread();
         {
-            const mu::Lock lock(handle->mutex());
+            const mu::Lock lock(mutex);
             // Appearances MuPDF makes up for fields and annotations that have none pile up in
             // a section of their own with every page loaded, and it never drops them while the
             // document is read: dropped here, then made again at once for the pages still open
@@ -76,13 +114,18 @@ bool PDFDocument::releaseCachedContent()
                 }
             });
         }
-        {
-            const mu::Lock lock(handle->mutex());
-            // An edited object may be held by the cross-reference table alone: it stays.
+        // Objects parsed for the pages passed, a slice of the table at a time. An edited
+        // object may be held by the cross-reference table alone: then all stay.
+        for (int from = 0;; from += ClearSlice) {
+            mutex.waitForMainThread();
+            const mu::Lock lock(mutex);
+            bool more = false;
             mu::runQuietly(ctx, [&] {
-                if (!pdf_has_unsaved_changes(ctx, doc))
-                    pdf_clear_xref(ctx, doc);
+                more = !pdf_has_unsaved_changes(ctx, doc)
+                    && clearCachedObjects(ctx, doc, from, ClearSlice);
             });
+            if (!more)
+                break;
         }
         // The glyph cache and the store have locks of their own: MuPDF empties them from
         // whatever thread runs short of memory, inside no document.
@@ -98,5 +141,8 @@ bool PDFDocument::releaseCachedContent()
         malloc_trim(0);
         releasing = false;
     });
+    // Handed over once made: the job's captures are written as it is made.
+    ThreadHandoff::handOver(&g_heldAfterRelease);
+    QThreadPool::globalInstance()->start(job);
     return true;
 }

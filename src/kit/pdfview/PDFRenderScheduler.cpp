@@ -1,5 +1,6 @@
 #include "PDFRenderScheduler.h"
 
+#include <kit/base/ThreadHandoff.h>
 #include <kit/engine/PDFCancellation.h>
 #include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFPageRenderSource.h>
@@ -72,21 +73,11 @@ QImage mappedTile(const QSize &size)
         QImage::Format_ARGB32_Premultiplied, unmapTile, base);
 }
 
-// Rendering frees pixmaps, decoded streams and display lists all through the heap, whose pages
-// stay resident until something gives them back, so each screen's work would start from the
-// last one's peak. The last worker to go idle has them given back, on a thread of normal
-// priority: the heap's lock is held meanwhile, and a worker of lowered priority holding it could
-// keep the main thread waiting.
-void giveBackFreeHeap()
-{
-    static std::atomic<bool> queued { false };
-    if (queued.exchange(true))
-        return;
-    QThreadPool::globalInstance()->start([] {
-        queued = false;
-        malloc_trim(0);
-    });
-}
+// How long the workers stay idle before the heap's free pages go back to the system. Giving
+// them back holds the heap's lock for up to a millisecond, which the main thread, allocating as
+// it paints, would wait out in the middle of a scroll; while the reader scrolls, the releases of
+// what the engine kept give them back as well.
+constexpr int GiveBackAfterMs = 150;
 
 } // namespace
 
@@ -127,6 +118,15 @@ struct PDFRenderScheduler::State
     std::deque<PDFTileRequest> pending;
     std::deque<Band> bands; // taken before any request: they are shown tiles already started
     std::vector<Running> running;
+    // Tiles drawn, or found impossible to draw, that the main thread has yet to take.
+    struct Finished
+    {
+        PDFTileKey key;
+        QImage image;
+        bool failed = false;
+        std::shared_ptr<PDFCancellation> cancel;
+    };
+    std::vector<Finished> finished;
     std::deque<List> lists; // most recently used at the back
     std::vector<const void *> kept; // pages whose lists stay while no tile of theirs is wanted
     std::set<std::pair<const void *, quint64>> building;
@@ -186,6 +186,7 @@ public:
 
     void run() override
     {
+        ThreadHandoff::takeOver(this);
         if (!m_shownOnly)
             lowerThreadPriority();
         State &s = *m_state;
@@ -250,7 +251,7 @@ public:
             }
         }
         if (idle)
-            giveBackFreeHeap();
+            QMetaObject::invokeMethod(m_state->owner, "workersIdle", Qt::QueuedConnection);
     }
 
 private:
@@ -351,34 +352,17 @@ private:
         const QImage &image, bool failed)
     {
         // The tile stays running until the main thread has it: asked for again meanwhile, it
-        // would be drawn twice.
-        PDFRenderScheduler *const owner = m_state->owner;
-        QMetaObject::invokeMethod(
-            owner,
-            [owner, key, image, failed, cancel] {
-                State &s = *owner->m_state;
-                {
-                    const std::lock_guard lock(s.mutex);
-                    s.running.erase(std::find_if(s.running.begin(), s.running.end(),
-                        [&](const State::Running &r) { return r.cancel == cancel; }));
-                }
-                if (failed)
-                    emit owner->pageFailed(key.page, key.revision);
-                else if (!image.isNull() && !cancel->isCancelled())
-                    emit owner->tileFinished(key, image);
-                // A finished list may unblock requests that waited for it, and a page whose
-                // last tile this was lets its list go there.
-                owner->pump();
-            },
-            Qt::QueuedConnection);
+        // would be drawn twice. What the worker hands over waits under the lock: invoked by name,
+        // nothing of it passes through Qt's event queue, whose locking the race checker used in
+        // testing cannot see.
+        {
+            const std::lock_guard lock(m_state->mutex);
+            m_state->finished.push_back(State::Finished { key, image, failed, cancel });
+        }
+        QMetaObject::invokeMethod(m_state->owner, "takeFinished", Qt::QueuedConnection);
     }
 
-    void pumpLater()
-    {
-        PDFRenderScheduler *const owner = m_state->owner;
-        QMetaObject::invokeMethod(
-            owner, [owner] { owner->pump(); }, Qt::QueuedConnection);
-    }
+    void pumpLater() { QMetaObject::invokeMethod(m_state->owner, "pump", Qt::QueuedConnection); }
 
     std::shared_ptr<State> m_state;
     bool m_shownOnly;
@@ -398,6 +382,17 @@ PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
     m_state->maxShownWorkers = std::max(1, threads - 1);
     m_shownPool.setMaxThreadCount(m_state->maxShownWorkers);
     m_shownPool.setObjectName(QStringLiteral("PDFRenderScheduler shown"));
+    // Rendering frees pixmaps, decoded streams and display lists all through the heap, whose
+    // pages stay resident until something gives them back, so each screen's work would start
+    // from the last one's peak. Once the workers have rested a moment they are given back, on a
+    // thread of normal priority: the heap's lock is held meanwhile, and a worker of lowered
+    // priority holding it could keep the main thread waiting.
+    m_giveBackTimer.setSingleShot(true);
+    m_giveBackTimer.setInterval(GiveBackAfterMs);
+    connect(&m_giveBackTimer, &QTimer::timeout, this, [this] {
+        if (isIdle())
+            QThreadPool::globalInstance()->start([] { malloc_trim(0); });
+    });
 }
 
 PDFRenderScheduler::~PDFRenderScheduler()
@@ -467,6 +462,33 @@ bool PDFRenderScheduler::isIdle() const
     return m_state->pending.empty() && m_state->running.empty();
 }
 
+void PDFRenderScheduler::takeFinished()
+{
+    std::vector<State::Finished> finished;
+    {
+        const std::lock_guard lock(m_state->mutex);
+        finished.swap(m_state->finished);
+        for (const State::Finished &tile : finished) {
+            m_state->running.erase(std::find_if(m_state->running.begin(), m_state->running.end(),
+                [&](const State::Running &r) { return r.cancel == tile.cancel; }));
+        }
+    }
+    for (const State::Finished &tile : finished) {
+        if (tile.failed)
+            emit pageFailed(tile.key.page, tile.key.revision);
+        else if (!tile.image.isNull() && !tile.cancel->isCancelled())
+            emit tileFinished(tile.key, tile.image);
+    }
+    // A finished list may unblock requests that waited for it, and a page whose last tile this
+    // was lets its list go there.
+    pump();
+}
+
+void PDFRenderScheduler::workersIdle()
+{
+    m_giveBackTimer.start();
+}
+
 int PDFRenderScheduler::displayListsBuilt() const
 {
     const std::lock_guard lock(m_state->mutex);
@@ -497,11 +519,13 @@ void PDFRenderScheduler::pump()
     for (int i = 0; i < startShown; ++i) {
         auto *worker = new Worker(m_state, true);
         worker->setAutoDelete(true);
+        ThreadHandoff::handOver(worker);
         m_shownPool.start(worker);
     }
     for (int i = 0; i < start; ++i) {
         auto *worker = new Worker(m_state, false);
         worker->setAutoDelete(true);
+        ThreadHandoff::handOver(worker);
         m_pool.start(worker);
     }
 }

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QSize>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <memory>
 #include <vector>
@@ -59,9 +60,13 @@ signals:
 private:
     struct State;
     class Worker;
-    void pump();
+    // Invoked from the workers, queued, on the main thread.
+    Q_INVOKABLE void pump();
+    Q_INVOKABLE void takeFinished();
+    Q_INVOKABLE void workersIdle();
 
     std::shared_ptr<State> m_state;
     QThreadPool m_pool; // threads of lowered priority
     QThreadPool m_shownPool; // threads of normal priority, for shown tiles only
+    QTimer m_giveBackTimer; // restarted whenever the workers go idle
 };

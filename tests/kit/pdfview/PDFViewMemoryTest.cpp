@@ -22,6 +22,7 @@
 #include <QThreadPool>
 
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -206,6 +207,72 @@ private slots:
             growth < 14LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
+    // Pages in fonts of their own are recorded and drawn on three threads while the pages passed
+    // are let go and what the engine kept of them given back, over and over, as a reader racing
+    // through does: every drawing is the one made alone, and nothing a worker uses is freed
+    // under it.
+    void drawingWhileReleasingDrawsTheSame()
+    {
+        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+        if (!fontFile.open(QIODevice::ReadOnly))
+            QSKIP("DejaVu Sans is not installed");
+        constexpr int Pages = 24;
+        constexpr int Threads = 3;
+        constexpr int Releases = 40;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(ownFontPages(Pages, fontFile.readAll()));
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto draw = [](const PDFPageRenderSource &source) {
+            const std::shared_ptr<PDFDisplayList> list = source.buildDisplayList();
+            QImage image(153, 198, QImage::Format_ARGB32_Premultiplied);
+            return list && list->render(image, source.geometry().pageToView(0.25)) ? image
+                                                                                   : QImage();
+        };
+        std::vector<QImage> alone;
+        std::vector<std::shared_ptr<PDFPageRenderSource>> sources;
+        for (int i = 0; i < Pages; ++i) {
+            sources.push_back(document->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox));
+            alone.push_back(draw(*sources.back()));
+            QVERIFY(!alone.back().isNull());
+        }
+        std::mutex sourcesMutex;
+        std::atomic<bool> stop { false };
+        std::atomic<int> drawn { 0 };
+        std::atomic<int> wrong { 0 };
+        std::vector<std::thread> workers;
+        for (int t = 0; t < Threads; ++t) {
+            workers.emplace_back([&, t] {
+                for (int k = t; !stop; k += Threads) {
+                    const int page = k % Pages;
+                    std::shared_ptr<PDFPageRenderSource> source;
+                    {
+                        const std::lock_guard lock(sourcesMutex);
+                        source = sources[size_t(page)];
+                    }
+                    ++(draw(*source) == alone[size_t(page)] ? drawn : wrong);
+                }
+            });
+        }
+        // The view's part: pages passed let go, the pages reached loaded again for new sources.
+        for (int r = 0; r < Releases; ++r) {
+            QVERIFY(QTest::qWaitFor([&] { return document->releaseCachedContent(); }, 5000));
+            auto source = document->pageAtIndex(r % Pages)->renderSource(PDFDisplayBox::CropBox);
+            const std::lock_guard lock(sourcesMutex);
+            sources[size_t(r % Pages)] = std::move(source);
+        }
+        QThreadPool::globalInstance()->waitForDone();
+        stop = true;
+        for (std::thread &worker : workers)
+            worker.join();
+        QCOMPARE(wrong.load(), 0);
+        QVERIFY(drawn > Threads);
+    }
+
     // A recorded page holds its pictures, shadings and fonts until its list goes: the pages a
     // screen above and below the view are drawn ahead, but only the page on screen keeps them.
     void onlyThePageOnScreenKeepsWhatItDraws()
@@ -232,8 +299,7 @@ private slots:
         const qint64 opened = PDFEngineInfo::heldBytes();
         qint64 onePage = 0;
         {
-            const auto pageSource
-                = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
+            const auto pageSource = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
             const auto list = pageSource->buildDisplayList();
             QVERIFY(list);
             QVERIFY(releaseAll());
