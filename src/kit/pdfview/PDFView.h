@@ -339,7 +339,7 @@ private:
     static constexpr int ReleaseAfterPages = 16;
     // What the engine may hold beyond its last release: pages that embed fonts of their own add
     // a megabyte or two each, which MuPDF's store, counting a font by its descriptor, never sees.
-    static constexpr qint64 ReleaseAfterBytes = 8 << 20;
+    static constexpr qint64 ReleaseAfterBytes = 4 << 20;
     // Rendered tiles kept, in screens of pixels, and at least twice what the pages around the
     // view need: more would only grow memory with the pages passed.
     static constexpr qint64 TileBudgetScreens = 8;
