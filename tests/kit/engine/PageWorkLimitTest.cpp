@@ -59,6 +59,7 @@ public:
 const QByteArray Zeros(1 << 20, '\0');
 const QByteArray SaveRestore = QByteArray("q Q\n").repeated(1 << 18);
 const QByteArray Strokes = QByteArray("0 0 m 9 9 l S\n").repeated(1 << 16);
+constexpr int ContentLimit = 64 * 1024;
 
 } // namespace
 
@@ -135,6 +136,45 @@ private slots:
         QVERIFY2(clock.elapsed() < 60000, qPrintable(QString::number(clock.elapsed())));
         const qint64 grown = TestTools::peakResident() - peakBefore;
         QVERIFY2(grown < (qint64(768) << 20), qPrintable(QString::number(grown >> 20) + " MB"));
+    }
+
+    // The limit on decoded content holds whether or not the encoded length alone settles it.
+    void contentLimitCountsDecodedBytes_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("drawn");
+        const QByteArray word = "BT /F1 48 Tf 72 600 Td (Within) Tj ET\n";
+        // Comments of digits that deflate about three to one: far from the bound's 1032.
+        QByteArray digits;
+        for (int i = 0; digits.size() < 48 * 1024; ++i)
+            digits += "% " + QByteArray::number(quint64(i) * 2654435761u % 1000000007u) + '\n';
+        const QByteArray filler = QByteArray(" ").repeated(ContentLimit);
+        QTest::newRow("plain stream within the limit") << RawPdf::stream({}, word) << true;
+        QTest::newRow("plain stream over the limit") << RawPdf::stream({}, word + filler) << false;
+        QTest::newRow("deflated stream within the limit, its bound over it") << RawPdf::stream(
+            "/Filter /FlateDecode", RawPdf::deflatedRepeat(word + digits, 1)) << true;
+        QTest::newRow("deflated stream over the limit") << RawPdf::stream("/Filter [/FlateDecode]",
+            RawPdf::deflatedRepeat(word + filler, 1)) << false;
+        QTest::newRow("two filters over the limit")
+            << RawPdf::stream("/Filter [/ASCIIHexDecode /FlateDecode]",
+                   RawPdf::deflatedRepeat(word + filler, 1).toHex() + '>')
+            << false;
+    }
+
+    void contentLimitCountsDecodedBytes()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, drawn);
+        PDFWorkLimits limits;
+        limits.contentBytes = ContentLimit;
+        PDFWorkLimits::setCurrent(limits);
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(documentAround(content)));
+        const auto list
+            = doc->pageAtIndex(1)->renderSource(PDFDisplayBox::CropBox)->buildDisplayList();
+        QCOMPARE(bool(list), drawn);
+        if (list)
+            QVERIFY(hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
     }
 
     void cancelStopsARunningJob()

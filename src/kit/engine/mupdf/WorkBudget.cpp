@@ -1,5 +1,7 @@
 #include "WorkBudget.h"
 
+#include "ContentBound.h"
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -258,7 +260,7 @@ void checkContentLength(fz_context *ctx, pdf_page *page, fz_cookie *cookie, qint
 void checkContentLength(
     fz_context *ctx, pdf_document *doc, pdf_obj *contents, fz_cookie *cookie, qint64 limit)
 {
-    if (limit <= 0)
+    if (limit <= 0 || contentsDecodeWithin(ctx, contents, limit))
         return;
     fz_stream *stream = pdf_open_contents_stream(ctx, doc, contents);
     fz_try(ctx)
