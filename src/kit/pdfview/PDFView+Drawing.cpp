@@ -335,9 +335,10 @@ void PDFView::releaseIfGrown()
     // What the engine kept of the pages passed is given back once the reader has moved on by
     // a good stretch, or as soon as it grew by a bound, so that memory stays near what the
     // pages in view need however fast the reader scrolls. The bound holds before any page is
-    // left behind too: the pages next to the view, drawn ahead, grow it as much. Growth is
-    // looked at as tiles arrive too: the workers grow it between two scrolls.
-    if (m_releaseTimer.isActive())
+    // left behind too, once the screen is drawn: the pages next to the view, drawn ahead, grow
+    // it as much, but a screen still drawing needs what its workers loaded. Growth is looked at
+    // as tiles arrive too: the workers grow it between two scrolls.
+    if (m_releaseTimer.isActive() || (m_pagesLeftBehind <= 0 && !m_visibleComplete))
         return;
     if (m_pagesLeftBehind >= ReleaseAfterPages
         || PDFDocument::cachedContentGrowth() > ReleaseAfterBytes)
