@@ -74,6 +74,19 @@ QByteArray ownFontPages(int count, const QByteArray &font)
     return PdfFixtures::fromObjects(objects);
 }
 
+// Writes pages of fonts of their own to path and opens them; null without the system's font.
+std::shared_ptr<PDFDocument> openOwnFontPages(const QString &path, int pages)
+{
+    QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+    QFile file(path);
+    if (!fontFile.open(QIODevice::ReadOnly) || !file.open(QIODevice::WriteOnly))
+        return nullptr;
+    file.write(ownFontPages(pages, fontFile.readAll()));
+    file.close();
+    auto document = std::make_shared<PDFDocument>();
+    return document->initWithURL(QUrl::fromLocalFile(path)) ? document : nullptr;
+}
+
 // Shows the document in the view, at a screen's size; false unless its first screen turns sharp.
 bool showSharp(PDFView &view, const std::shared_ptr<PDFDocument> &document)
 {
@@ -167,18 +180,11 @@ private slots:
     // behind: what they load is given back as soon as it adds up, not once the reader stops.
     void aFlickThroughFontsGivesBackAsItGoes()
     {
-        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
-        if (!fontFile.open(QIODevice::ReadOnly))
+        if (!QFile::exists(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")))
             QSKIP("DejaVu Sans is not installed");
-        constexpr int Pages = 120;
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(ownFontPages(Pages, fontFile.readAll()));
-        file.close();
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openOwnFontPages(dir.filePath(QStringLiteral("fonts.pdf")), 120);
+        QVERIFY(document);
 
         PDFView view;
         QVERIFY(showSharp(view, document));
@@ -203,8 +209,8 @@ private slots:
         // 4 MB before a release and the fonts of a screen or two (7.5-9.2 MB); waiting for pages
         // to be left behind, or 8 MB, let the workers load 11-13 MB.
         const qint64 growth = most - firstScreen;
-        QVERIFY2(growth < 21LL * 512 * 1024,
-            qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+        QVERIFY2(
+            growth < 21LL * 512 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
     // Pages in fonts of their own are recorded and drawn on three threads while the pages passed
@@ -213,20 +219,14 @@ private slots:
     // under it.
     void drawingWhileReleasingDrawsTheSame()
     {
-        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
-        if (!fontFile.open(QIODevice::ReadOnly))
+        if (!QFile::exists(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")))
             QSKIP("DejaVu Sans is not installed");
         constexpr int Pages = 24;
         constexpr int Threads = 3;
         constexpr int Releases = 40;
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(ownFontPages(Pages, fontFile.readAll()));
-        file.close();
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openOwnFontPages(dir.filePath(QStringLiteral("fonts.pdf")), Pages);
+        QVERIFY(document);
         const auto draw = [](const PDFPageRenderSource &source) {
             const std::shared_ptr<PDFDisplayList> list = source.buildDisplayList();
             QImage image(153, 198, QImage::Format_ARGB32_Premultiplied);

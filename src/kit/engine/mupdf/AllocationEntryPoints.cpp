@@ -21,26 +21,23 @@ void *__real_fz_calloc_no_throw(fz_context *ctx, size_t count, size_t size);
 void *__real_fz_realloc(fz_context *ctx, void *block, size_t size);
 void *__real_fz_realloc_no_throw(fz_context *ctx, void *block, size_t size);
 
-void *__wrap_fz_malloc(fz_context *ctx, size_t size)
-{
-    if (size == 0)
-        return nullptr;
-    if (void *block = ctx->alloc.malloc(ctx->alloc.user, size)) [[likely]]
-        return block;
-    return __real_fz_malloc(ctx, size);
-}
+} // extern "C"
 
-void *__wrap_fz_malloc_no_throw(fz_context *ctx, size_t size)
+namespace {
+
+// The allocator straight; MuPDF's own function only when it refuses.
+template <void *(*Fallback)(fz_context *, size_t)> void *allocate(fz_context *ctx, size_t size)
 {
     if (size == 0)
         return nullptr;
     if (void *block = ctx->alloc.malloc(ctx->alloc.user, size)) [[likely]]
         return block;
-    return __real_fz_malloc_no_throw(ctx, size);
+    return Fallback(ctx, size);
 }
 
 // A product past SIZE_MAX goes to MuPDF's function, which refuses it.
-void *__wrap_fz_calloc(fz_context *ctx, size_t count, size_t size)
+template <void *(*Fallback)(fz_context *, size_t, size_t)>
+void *allocateZeroed(fz_context *ctx, size_t count, size_t size)
 {
     if (count == 0 || size == 0)
         return nullptr;
@@ -50,49 +47,65 @@ void *__wrap_fz_calloc(fz_context *ctx, size_t count, size_t size)
             return block;
         }
     }
-    return __real_fz_calloc(ctx, count, size);
+    return Fallback(ctx, count, size);
 }
 
-void *__wrap_fz_calloc_no_throw(fz_context *ctx, size_t count, size_t size)
-{
-    if (count == 0 || size == 0)
-        return nullptr;
-    if (count <= SIZE_MAX / size) [[likely]] {
-        if (void *block = ctx->alloc.malloc(ctx->alloc.user, count * size)) [[likely]] {
-            std::memset(block, 0, count * size);
-            return block;
-        }
-    }
-    return __real_fz_calloc_no_throw(ctx, count, size);
-}
-
-void __wrap_fz_free(fz_context *ctx, void *block)
+void release(fz_context *ctx, void *block)
 {
     if (block)
         ctx->alloc.free(ctx->alloc.user, block);
 }
 
 // A failed reallocation leaves the block as it was, so MuPDF's function can try it again.
-void *__wrap_fz_realloc(fz_context *ctx, void *block, size_t size)
+template <void *(*Fallback)(fz_context *, void *, size_t)>
+void *reallocate(fz_context *ctx, void *block, size_t size)
 {
     if (size == 0) {
-        __wrap_fz_free(ctx, block);
+        release(ctx, block);
         return nullptr;
     }
     if (void *moved = ctx->alloc.realloc(ctx->alloc.user, block, size)) [[likely]]
         return moved;
-    return __real_fz_realloc(ctx, block, size);
+    return Fallback(ctx, block, size);
+}
+
+} // namespace
+
+extern "C" {
+
+void *__wrap_fz_malloc(fz_context *ctx, size_t size)
+{
+    return allocate<__real_fz_malloc>(ctx, size);
+}
+
+void *__wrap_fz_malloc_no_throw(fz_context *ctx, size_t size)
+{
+    return allocate<__real_fz_malloc_no_throw>(ctx, size);
+}
+
+void *__wrap_fz_calloc(fz_context *ctx, size_t count, size_t size)
+{
+    return allocateZeroed<__real_fz_calloc>(ctx, count, size);
+}
+
+void *__wrap_fz_calloc_no_throw(fz_context *ctx, size_t count, size_t size)
+{
+    return allocateZeroed<__real_fz_calloc_no_throw>(ctx, count, size);
+}
+
+void __wrap_fz_free(fz_context *ctx, void *block)
+{
+    release(ctx, block);
+}
+
+void *__wrap_fz_realloc(fz_context *ctx, void *block, size_t size)
+{
+    return reallocate<__real_fz_realloc>(ctx, block, size);
 }
 
 void *__wrap_fz_realloc_no_throw(fz_context *ctx, void *block, size_t size)
 {
-    if (size == 0) {
-        __wrap_fz_free(ctx, block);
-        return nullptr;
-    }
-    if (void *moved = ctx->alloc.realloc(ctx->alloc.user, block, size)) [[likely]]
-        return moved;
-    return __real_fz_realloc_no_throw(ctx, block, size);
+    return reallocate<__real_fz_realloc_no_throw>(ctx, block, size);
 }
 
 } // extern "C"
