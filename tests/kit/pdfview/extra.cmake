@@ -14,13 +14,3 @@ if(TARGET PDFViewTest AND FOLIDOC_XVFB_RUN)
     set_tests_properties(PDFViewTest_X11 PROPERTIES
         ENVIRONMENT "QT_QPA_PLATFORM=xcb;FOLIDOC_TEST_TOOLS=1" TIMEOUT 120 LABELS kit_pdfview)
 endif()
-
-# Under ThreadSanitizer the view's tests, whose tiles render on worker threads, run with the
-# engine's suppressions for Qt's own libraries.
-if(FOLIDOC_TSAN)
-    foreach(src IN LISTS tests)
-        get_filename_component(name ${src} NAME_WE)
-        set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT
-            "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/kit/engine/tsan.supp")
-    endforeach()
-endif()
