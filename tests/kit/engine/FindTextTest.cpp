@@ -61,6 +61,37 @@ QStringList findAll(const std::shared_ptr<PDFDocument> &document, const QString 
     return found;
 }
 
+// One line of two-byte codes in a composite font (Identity-H) whose text comes from toUnicode: a
+// ToUnicode stream's body, which uses the map named uses when there is one, or a map's name.
+QByteArray compositeFontPage(
+    const QByteArray &toUnicode, const QByteArray &uses, const QByteArray &codes)
+{
+    const bool named = toUnicode.startsWith('/');
+    const QByteArray content = "BT /F1 24 Tf 72 700 Td <" + codes + "> Tj ET";
+    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << /F1 5 0 R "
+        ">> >> /Contents 4 0 R >>",
+        "<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content
+            + "\nendstream",
+        "<< /Type /Font /Subtype /Type0 /BaseFont /Composite /Encoding /Identity-H "
+        "/DescendantFonts [6 0 R] /ToUnicode "
+            + (named ? toUnicode : QByteArray("8 0 R")) + " >>",
+        "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /Composite /CIDSystemInfo << /Registry "
+        "(Adobe) /Ordering (Identity) /Supplement 0 >> /CIDToGIDMap /Identity /DW 600 "
+        "/FontDescriptor 7 0 R >>",
+        "<< /Type /FontDescriptor /FontName /Composite /Flags 32 /FontBBox [0 -200 1000 900] "
+        "/ItalicAngle 0 /Ascent 800 /Descent -200 /CapHeight 700 /StemV 80 >>" };
+    if (!named) {
+        const QByteArray map = "/CIDInit /ProcSet findresource begin 12 dict begin begincmap\n"
+                               "/CMapName /Own def\n"
+            + toUnicode + "\nendcmap CMapName currentdict /CMap defineresource pop end end";
+        objects.append("<< " + (uses.isEmpty() ? QByteArray() : "/UseCMap " + uses) + " /Length "
+            + QByteArray::number(map.size()) + " >>\nstream\n" + map + "\nendstream");
+    }
+    return PdfFixtures::fromObjects(objects);
+}
+
 } // namespace
 
 class FindTextTest : public QObject
@@ -127,6 +158,51 @@ private slots:
         if (normalized != hits)
             qWarning() << "page text:" << document->pageAtIndex(0)->string();
         QCOMPARE(normalized, hits);
+    }
+
+    // A font's text comes through its ToUnicode map for every code it names, at the edges of
+    // its ranges too, and through the maps it uses; codes it does not name give no letter.
+    void compositeFontTextComesThroughItsToUnicodeMap_data()
+    {
+        QTest::addColumn<QByteArray>("toUnicode");
+        QTest::addColumn<QByteArray>("uses");
+        QTest::addColumn<QByteArray>("codes");
+        QTest::addColumn<QString>("text");
+
+        const QByteArray space = "1 begincodespacerange <0000> <FFFF> endcodespacerange\n";
+        QTest::newRow("ranges, at their ends")
+            << space + "2 beginbfrange <0003> <0005> <0041> <FFFE> <FFFF> <0061> endbfrange"
+            << QByteArray() << QByteArray("00030004000500060002FFFEFFFF")
+            << QStringLiteral("ABCab");
+        QTest::newRow("single codes, ligature and beyond the basic plane")
+            << space + "3 beginbfchar <0100> <00660069> <0007> <0034> <0200> <D835DC00> endbfchar"
+            << QByteArray() << QByteArray("010000070200") << QStringLiteral("fi4\U0001D400");
+        QTest::newRow("a range given as a list")
+            << space + "1 beginbfrange <0010> <0012> [<0078> <0079> <007A>] endbfrange"
+            << QByteArray() << QByteArray("0012001000110013") << QStringLiteral("zxy");
+        QTest::newRow("a map that uses another")
+            << space + "1 beginbfchar <0041> <0058> endbfchar" << QByteArray("/Identity-H")
+            << QByteArray("004100420043") << QStringLiteral("XBC");
+        QTest::newRow("a named map") << QByteArray("/Identity-H") << QByteArray()
+                                     << QByteArray("0048006900A9") << QStringLiteral("Hi\u00A9");
+    }
+    void compositeFontTextComesThroughItsToUnicodeMap()
+    {
+        QFETCH(QByteArray, toUnicode);
+        QFETCH(QByteArray, uses);
+        QFETCH(QByteArray, codes);
+        QFETCH(QString, text);
+        const QString path = m_dir.filePath(
+            QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-') + ".pdf");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(compositeFontPage(toUnicode, uses, codes));
+        file.close();
+        const auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        QString found = document->pageAtIndex(0)->string().trimmed();
+        found.remove(QChar::ReplacementCharacter);
+        QCOMPARE(found, text);
     }
 
     // A page whose text takes long to read holds the document's lock only until the main thread
