@@ -100,6 +100,8 @@ struct PDFRenderScheduler::State
         QTransform toTile;
         int left = 0; // bands not finished, guarded by the mutex
         bool failed = false; // guarded by the mutex
+        int shownEnd = 0; // the bands holding the rows on screen end here; 0: all are shown
+        int shownLeft = 0; // bands of those rows not finished, guarded by the mutex
     };
     struct Band
     {
@@ -117,6 +119,8 @@ struct PDFRenderScheduler::State
     std::mutex mutex;
     std::deque<PDFTileRequest> pending;
     std::deque<Band> bands; // taken before any request: they are shown tiles already started
+    // Bands of shown tiles below the screen's edge, taken once no shown tile or band waits.
+    std::deque<Band> laterBands;
     std::vector<Running> running;
     // Tiles drawn, or found impossible to draw, that the main thread has yet to take.
     struct Finished
@@ -125,6 +129,7 @@ struct PDFRenderScheduler::State
         QImage image;
         bool failed = false;
         std::shared_ptr<PDFCancellation> cancel;
+        bool top = false; // only the shown top rows: the tile goes on drawing
     };
     std::vector<Finished> finished;
     std::deque<List> lists; // most recently used at the back
@@ -198,9 +203,14 @@ public:
             std::optional<State::Band> band;
             {
                 const std::lock_guard lock(s.mutex);
-                if (!s.bands.empty()) {
-                    band = s.bands.front();
-                    s.bands.pop_front();
+                std::deque<State::Band> *queue = &s.bands;
+                if (queue->empty()
+                    && std::none_of(s.pending.begin(), s.pending.end(),
+                        [](const PDFTileRequest &r) { return r.shown; }))
+                    queue = &s.laterBands;
+                if (!queue->empty()) {
+                    band = queue->front();
+                    queue->pop_front();
                     ++s.shownBusy;
                 }
             }
@@ -290,7 +300,7 @@ private:
                 ? std::clamp(int(qint64(tile.width()) * tile.height() / BandPixels), 1, MaxBands)
                 : 1;
             if (bands > 1) {
-                drawInBands(request.key, list, cancel, std::move(image), toTile, bands);
+                drawInBands(request, list, cancel, std::move(image), toTile, bands);
                 return;
             }
             if (image.isNull() || !list->render(image, toTile, cancel.get()))
@@ -301,22 +311,31 @@ private:
     }
 
     // Queues the tile's bands after the first, for any worker to take, and draws the first.
-    void drawInBands(const PDFTileKey &key, const std::shared_ptr<PDFDisplayList> &list,
+    // Bands of rows on screen go before any other work; those below the screen's edge after
+    // the shown tiles.
+    void drawInBands(const PDFTileRequest &request, const std::shared_ptr<PDFDisplayList> &list,
         const std::shared_ptr<PDFCancellation> &cancel, QImage image, const QTransform &toTile,
         int bands)
     {
         State &s = *m_state;
         uchar *const pixels = image.bits();
         const int height = image.height();
-        auto tile = std::make_shared<State::Banded>(
-            State::Banded { key, list, cancel, std::move(image), pixels, toTile, bands, false });
         const int rows = (height + bands - 1) / bands;
+        const int shownRows
+            = request.shownRows > 0 && request.shownRows < height ? request.shownRows : 0;
+        const int shownBands = shownRows > 0 ? (shownRows + rows - 1) / rows : bands;
+        const int shownEnd = shownRows > 0 ? std::min(height, shownBands * rows) : 0;
+        auto tile = std::make_shared<State::Banded>(State::Banded { request.key, list, cancel,
+            std::move(image), pixels, toTile, bands, false, shownEnd, shownBands });
         {
             const std::lock_guard lock(s.mutex);
             for (int band = bands - 1; band > 0; --band) {
                 const int top = band * rows;
-                s.bands.push_front(
-                    State::Band { tile, top, std::max(0, std::min(rows, height - top)) });
+                const State::Band queued { tile, top, std::max(0, std::min(rows, height - top)) };
+                if (band < shownBands)
+                    s.bands.push_front(queued);
+                else
+                    s.laterBands.push_back(queued);
             }
         }
         pumpLater();
@@ -335,13 +354,27 @@ private:
                 rows, tile.toTile * QTransform::fromTranslate(0, -band.top), tile.cancel.get());
         }
         bool last = false;
+        bool topDone = false;
         bool failed = false;
         {
             const std::lock_guard lock(m_state->mutex);
             tile.failed = tile.failed || (!drawn && !tile.cancel->isCancelled());
             last = --tile.left == 0;
+            if (band.top < tile.shownEnd)
+                topDone = --tile.shownLeft == 0 && !last;
             failed = tile.failed;
         }
+        if (topDone && !failed && !tile.cancel->isCancelled()) {
+            // Rows no worker writes any more, copied out of the image the others still fill.
+            const QImage top = QImage(tile.pixels, tile.image.width(), tile.shownEnd,
+                tile.image.bytesPerLine(), tile.image.format())
+                                   .copy();
+            const std::lock_guard lock(m_state->mutex);
+            m_state->finished.push_back(
+                State::Finished { tile.key, top, false, tile.cancel, true });
+        }
+        if (topDone)
+            QMetaObject::invokeMethod(m_state->owner, "takeFinished", Qt::QueuedConnection);
         if (last)
             deliver(tile.key, tile.cancel, failed ? QImage() : tile.image, failed);
     }
@@ -469,6 +502,8 @@ void PDFRenderScheduler::takeFinished()
         const std::lock_guard lock(m_state->mutex);
         finished.swap(m_state->finished);
         for (const State::Finished &tile : finished) {
+            if (tile.top)
+                continue;
             m_state->running.erase(std::find_if(m_state->running.begin(), m_state->running.end(),
                 [&](const State::Running &r) { return r.cancel == tile.cancel; }));
         }
@@ -476,6 +511,10 @@ void PDFRenderScheduler::takeFinished()
     for (const State::Finished &tile : finished) {
         if (tile.failed)
             emit pageFailed(tile.key.page, tile.key.revision);
+        else if (tile.top && !tile.cancel->isCancelled())
+            emit tileTopDrawn(tile.key, tile.image);
+        else if (tile.top)
+            continue;
         else if (!tile.image.isNull() && !tile.cancel->isCancelled())
             emit tileFinished(tile.key, tile.image);
     }
@@ -504,14 +543,14 @@ void PDFRenderScheduler::pump()
     {
         const std::lock_guard lock(m_state->mutex);
         dropped = m_state->takeUnwantedLists();
-        const int shown = int(m_state->bands.size())
+        const int shown = int(m_state->bands.size() + m_state->laterBands.size())
             + int(std::count_if(m_state->pending.begin(), m_state->pending.end(),
                 [](const PDFTileRequest &r) { return r.shown; }));
         startShown = std::max(0, std::min(m_state->maxShownWorkers, shown) - m_state->shownWorkers);
         m_state->shownWorkers += startShown;
         // What the shown workers cannot take at once goes to the others.
         const int wanted = std::min<int>(m_state->maxWorkers,
-            int(m_state->pending.size() + m_state->bands.size())
+            int(m_state->pending.size() + m_state->bands.size() + m_state->laterBands.size())
                 - std::min(shown, m_state->maxShownWorkers));
         start = std::max(0, wanted - m_state->workers);
         m_state->workers += start;

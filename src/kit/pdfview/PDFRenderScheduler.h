@@ -26,6 +26,9 @@ struct PDFTileRequest
     // On screen now: rendered at the process's own priority, while tiles for later wait behind
     // whatever else the machine runs.
     bool shown = false;
+    // The tile's top rows that are on screen, when the screen's edge cuts the tile: drawn first,
+    // and handed over by tileTopDrawn before the rest. 0: the whole tile counts.
+    int shownRows = 0;
 };
 
 class PDFRenderScheduler : public QObject
@@ -54,6 +57,9 @@ public:
 
 signals:
     void tileFinished(const PDFTileKey &key, const QImage &image);
+    // The top rows of a tile still being drawn, those its request had on screen: a copy, which
+    // tileFinished's whole tile replaces soon after.
+    void tileTopDrawn(const PDFTileKey &key, const QImage &image);
     // The page could not be recorded or drawn at that revision.
     void pageFailed(const void *page, quint64 revision);
 

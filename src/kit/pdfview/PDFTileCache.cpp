@@ -34,6 +34,12 @@ const QImage *PDFTileCache::find(const PDFTileKey &key)
     return &found->second.image;
 }
 
+const QImage *PDFTileCache::peek(const PDFTileKey &key) const
+{
+    const auto found = m_entries.find(key);
+    return found == m_entries.end() ? nullptr : &found->second.image;
+}
+
 std::vector<PDFTileCache::Candidate> PDFTileCache::standIns(
     const void *page, quint64 revision, qint64 scale) const
 {

@@ -26,6 +26,9 @@ public:
     // The exact tile, marked as recently used; null when absent.
     const QImage *find(const PDFTileKey &key);
     bool contains(const PDFTileKey &key) const { return m_entries.count(key) != 0; }
+    // The exact tile, leaving its place in the order of use as it is; null when absent. A tile
+    // may hold only its top rows while the rest is drawn.
+    const QImage *peek(const PDFTileKey &key) const;
 
     struct Candidate
     {

@@ -150,10 +150,13 @@ void PDFView::drawTiles(int index, QPainter &painter)
         for (int column = needed.left() / T; column <= needed.right() / T; ++column) {
             key.column = column;
             key.row = row;
-            const QRect tile = key.pixelRect(pixels);
+            QRect tile = key.pixelRect(pixels);
             if (const QImage *image = m_tiles.find(key)) {
                 exact.emplace_back(tile, image);
-            } else {
+                // A tile of its top rows only: the rest is still drawing.
+                tile.setTop(tile.top() + image->height());
+            }
+            if (!tile.isEmpty()) {
                 missing += QRectF(QPointF(rect.topLeft()) + QPointF(tile.topLeft()) / dpr,
                     QSizeF(tile.size()) / dpr)
                                .toAlignedRect();
@@ -300,14 +303,21 @@ void PDFView::updateRenderRequests()
                     row };
                 const QRect tile = key.pixelRect(pixels);
                 wantedPixels += qint64(tile.width()) * tile.height();
-                if (m_tiles.contains(key))
+                const QImage *cached = m_tiles.peek(key);
+                if (cached && cached->height() >= tile.height())
                     continue;
                 const QRectF inDocument(
                     pageRect.topLeft() + QPointF(tile.topLeft()) / dpr, QSizeF(tile.size()) / dpr);
                 const bool shown = inDocument.intersects(visible);
                 const QPointF offset = inDocument.center() - middle;
                 const double rank = (shown ? 0 : 1e9) + std::hypot(offset.x(), offset.y());
-                ranked.push_back({ rank, PDFTileRequest { key, pixels, state.source, shown } });
+                // A tile the screen's bottom edge cuts hands over its rows on screen first.
+                const int shownRows = shown && inDocument.top() >= visible.top()
+                        && inDocument.bottom() > visible.bottom()
+                    ? int(std::ceil((visible.bottom() - inDocument.top()) * dpr))
+                    : 0;
+                ranked.push_back(
+                    { rank, PDFTileRequest { key, pixels, state.source, shown, shownRows } });
             }
         }
     }
@@ -375,12 +385,19 @@ bool PDFView::visibleTilesComplete(std::vector<const PDFPage *> *completePages) 
         const QRectF local = pageRect.intersected(visible).translated(-pageRect.topLeft());
         const int lastColumn = std::min((pixels.width() - 1) / T, int(local.right() * dpr) / T);
         const int lastRow = std::min((pixels.height() - 1) / T, int(local.bottom() * dpr) / T);
+        // The rows of the last row of tiles on screen: a tile holding its top rows only
+        // completes the screen when they reach its bottom edge.
+        const int lastRowShown = int(std::ceil(local.bottom() * dpr)) - lastRow * T;
         bool pageComplete = true;
         for (int row = std::max(0, int(local.top() * dpr) / T); row <= lastRow; ++row) {
             for (int column = std::max(0, int(local.left() * dpr) / T); column <= lastColumn;
                  ++column) {
-                if (!m_tiles.contains(PDFTileKey {
-                        page.get(), revision, PDFTileKey::scaleKey(scale), column, row }))
+                const PDFTileKey key { page.get(), revision, PDFTileKey::scaleKey(scale), column,
+                    row };
+                const QImage *image = m_tiles.peek(key);
+                const int height = key.pixelRect(pixels).height();
+                if (!image
+                    || image->height() < (row < lastRow ? height : std::min(lastRowShown, height)))
                     pageComplete = false;
             }
         }
@@ -430,6 +447,14 @@ void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
                                .toAlignedRect());
     }
     noteRenderProgress();
+}
+
+void PDFView::tileTopDrawn(const PDFTileKey &key, const QImage &image)
+{
+    // The whole tile may have come first.
+    const QImage *cached = m_tiles.peek(key);
+    if (!cached || cached->height() < image.height())
+        tileFinished(key, image);
 }
 
 void PDFView::pageFailed(const void *page, quint64 revision)

@@ -58,6 +58,7 @@ PDFView::PDFView(QWidget *parent)
     m_autoscrollTimer.setInterval(50);
     connect(&m_autoscrollTimer, &QTimer::timeout, this, &PDFView::continueAutoscroll);
     connect(m_scheduler, &PDFRenderScheduler::tileFinished, this, &PDFView::tileFinished);
+    connect(m_scheduler, &PDFRenderScheduler::tileTopDrawn, this, &PDFView::tileTopDrawn);
     connect(m_scheduler, &PDFRenderScheduler::pageFailed, this, &PDFView::pageFailed);
 }
 

@@ -286,6 +286,7 @@ private:
     void updateRenderRequests();
     void flushChangedPages();
     void tileFinished(const PDFTileKey &key, const QImage &image);
+    void tileTopDrawn(const PDFTileKey &key, const QImage &image);
     void pageFailed(const void *page, quint64 revision);
     bool visibleTilesComplete(std::vector<const PDFPage *> *completePages = nullptr) const;
     void noteRenderProgress();

@@ -139,6 +139,54 @@ private slots:
         QCOMPARE(shown, engine);
     }
 
+    // The screen's bottom edge cuts the second row of tiles: their rows on screen arrive first,
+    // as the same pixels the whole tile has, and scrolling into the rest shows it right.
+    void rowsOnScreenOfACutTileComeFirst()
+    {
+        PDFView view;
+        QSignalSpy tops(view.renderScheduler(), &PDFRenderScheduler::tileTopDrawn);
+        QSignalSpy whole(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
+        show(view, m_document, 1.0);
+        const double ratio = view.viewport()->devicePixelRatioF();
+        const auto page = m_document->pageAtIndex(0);
+        const QRect rect
+            = view.convertRectFromPage(page->boundsForBox(PDFDisplayBox::CropBox), page).toRect();
+        // A screen that ends 120 device pixels into the second row of tiles.
+        view.resize(700,
+            view.height() - view.viewport()->height() + rect.top()
+                + int((PDFTileKey::TileSize + 120) / ratio));
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const int shownRows = int(std::ceil((view.viewport()->height() - rect.top()) * ratio))
+            - PDFTileKey::TileSize;
+        QVERIFY(shownRows > 0 && shownRows < PDFTileKey::TileSize);
+        QVERIFY(!tops.isEmpty());
+        for (const auto &top : std::as_const(tops)) {
+            const auto key = top.at(0).value<PDFTileKey>();
+            const QImage rows = top.at(1).value<QImage>();
+            QCOMPARE(key.row, 1);
+            QVERIFY(rows.height() >= shownRows && rows.height() < PDFTileKey::TileSize);
+            QTRY_VERIFY(std::any_of(whole.begin(), whole.end(),
+                [&](const QList<QVariant> &w) { return w.at(0).value<PDFTileKey>() == key; }));
+            const auto done = std::find_if(whole.begin(), whole.end(),
+                [&](const QList<QVariant> &w) { return w.at(0).value<PDFTileKey>() == key; });
+            QCOMPARE(done->at(1).value<QImage>().copy(0, 0, rows.width(), rows.height()), rows);
+        }
+
+        view.verticalScrollBar()->setValue(view.verticalScrollBar()->value() + 150);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        const QRect moved
+            = view.convertRectFromPage(page->boundsForBox(PDFDisplayBox::CropBox), page).toRect();
+        const QRect part(QPoint(0, int(std::ceil(-moved.top() * ratio))), QSize(600, 600));
+        QImage shown = viewImage(view).copy(
+            part.translated(int(moved.left() * ratio), 0).translated(0, int(moved.top() * ratio)));
+        shown.setDevicePixelRatio(1);
+        const QImage engine
+            = page->imageForBox(PDFDisplayBox::CropBox, (QSizeF(612, 792) * ratio).toSize())
+                  .convertToFormat(QImage::Format_RGB32)
+                  .copy(part);
+        QCOMPARE(shown, engine);
+    }
+
     void bandsOfATileMatchTheTileDrawnWhole()
     {
         const QString path = m_dir.filePath(QStringLiteral("mixed.pdf"));
