@@ -12,6 +12,7 @@
 #include <kit/engine/PageGeometry.h>
 
 #include <QPainter>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
@@ -37,6 +38,48 @@ std::shared_ptr<PDFDocument> markedDocument(int rotation)
 bool isDark(const QImage &image, QPointF at)
 {
     return qGray(image.pixel(at.toPoint())) < 60;
+}
+
+// A 600 × 600 page of 20 × 20 blue squares, 10 points wide at (30i + 10, 30j + 10), whose
+// content spells each number one of the ways PDF writers do (signs, points, leading zeros, long
+// fractions), names and operators among them, compressed so that tokens straddle the buffers the
+// content is read in.
+QByteArray spelledSquaresPdf()
+{
+    const auto spell = [](int value, int way) -> QByteArray {
+        const QByteArray digits = QByteArray::number(value);
+        switch (way % 6) {
+        case 0:
+            return digits;
+        case 1:
+            return digits + '.';
+        case 2:
+            return '+' + digits + ".000";
+        case 3:
+            return "00" + digits;
+        case 4:
+            return digits + ".00000001";
+        default:
+            return QByteArray::number(value - 1) + ".99999999999";
+        }
+    };
+    QByteArray content = "/Blue cs 1 scn\n";
+    int way = 0;
+    for (int i = 0; i < 20; ++i) {
+        for (int j = 0; j < 20; ++j) {
+            const QByteArray x = spell(30 * i + 10, way++);
+            const QByteArray y = spell(30 * j + 10, way++);
+            content += "q " + x + ' ' + y + " 10 -10.0 re\n% a comment\n0 +10 m /Name#20x gs f Q\n";
+        }
+    }
+    const QByteArray packed = qCompress(content).mid(4);
+    return PdfFixtures::fromObjects(
+        { "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+            "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 600] /Contents 4 0 R /Resources << "
+            "/ColorSpace << /Blue [/Separation /B /DeviceRGB << /FunctionType 2 /Domain [0 1] "
+            "/C0 [1 1 1] /C1 [0 0 1] /N 1 >>] >> /ExtGState << /Name#20x << /CA 1 >> >> >> >>",
+            "<< /Filter /FlateDecode /Length " + QByteArray::number(packed.size()) + " >>\nstream\n"
+                + packed + "\nendstream" });
 }
 
 } // namespace
@@ -260,6 +303,33 @@ private slots:
             = PageGeometry(QRectF(10, 20, 180, 70), 90).viewRect(QRectF(20, 30, 10, 10), 2);
         QVERIFY(isDark(overlay, square.center()));
         QVERIFY(isDark(direct, square.center()));
+    }
+
+    // The squares stand where their numbers say, however they are spelled.
+    void contentNumbersReadAsWritten()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("spelled.pdf"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(spelledSquaresPdf());
+        file.close();
+        PDFDocument document;
+        QVERIFY(document.initWithURL(QUrl::fromLocalFile(path)));
+        const QImage image
+            = document.pageAtIndex(0)->imageForBox(PDFDisplayBox::MediaBox, QSize(600, 600));
+        QVERIFY(!image.isNull());
+        int wrong = 0;
+        for (int i = 0; i < 20; ++i) {
+            for (int j = 0; j < 20; ++j) {
+                // Page y grows upwards; a square spans y - 10 to y.
+                const QPoint inside(30 * i + 15, 600 - (30 * j + 5));
+                const QPoint beside(30 * i + 25, 600 - (30 * j + 5));
+                wrong += image.pixelColor(inside) != QColor(Qt::blue);
+                wrong += image.pixelColor(beside) != QColor(Qt::white);
+            }
+        }
+        QCOMPARE(wrong, 0);
     }
 
     void areaExports()
