@@ -1,5 +1,7 @@
 #include "MainQueue.h"
 
+#include "ThreadHandoff.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 #include <QThread>
@@ -47,8 +49,19 @@ bool isMainThread()
 
 void async(std::function<void()> fn)
 {
-    if (QCoreApplication *const app = application())
-        QMetaObject::invokeMethod(app, std::move(fn), Qt::QueuedConnection);
+    if (QCoreApplication *const app = application()) {
+        // Marked for the race checker, which cannot see inside Qt's event queue: what the
+        // caller wrote before posting is the main thread's to read.
+        auto call = std::make_shared<std::function<void()>>(std::move(fn));
+        ThreadHandoff::handOver(call.get());
+        QMetaObject::invokeMethod(
+            app,
+            [call] {
+                ThreadHandoff::takeOver(call.get());
+                (*call)();
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 void async(QObject *context, std::function<void()> fn)
