@@ -286,6 +286,14 @@ void PDFView::updateRenderRequests()
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
         const auto page = pageAt(index);
         nearby.push_back(page.get());
+        // Until a new document's first screen is drawn, only its pages are loaded: a page
+        // out of view is loaded on the main thread, under the document's lock, which the
+        // workers drawing the first screen take too.
+        if (m_firstScreenPending && !pageRectInDocument(index).intersects(visible)
+            && !m_renderStates.count(page.get())) {
+            m_pagesAheadWaiting = true;
+            continue;
+        }
         RenderState &state = renderState(page);
         const quint64 revision = tileRevision(page.get());
         if (!state.source || (state.failed && state.failedRevision == revision))
@@ -408,6 +416,11 @@ void PDFView::noteRenderProgress()
         m_tiles.removeOtherRevisions(page, tileRevision(page));
     const bool becameComplete = result && !m_visibleComplete;
     m_visibleComplete = result;
+    if (result && m_firstScreenPending) {
+        m_firstScreenPending = false;
+        if (std::exchange(m_pagesAheadWaiting, false) && !m_renderTimer.isActive())
+            m_renderTimer.start();
+    }
     if (becameComplete && m_sizesWaitForPaint) {
         m_sizesWaitForPaint = false;
         m_sizeTimer.start();

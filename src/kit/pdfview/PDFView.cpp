@@ -87,6 +87,8 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     }
     m_pagesLeftBehind = 0;
     m_releaseTimer.stop();
+    m_firstScreenPending = document != nullptr;
+    m_pagesAheadWaiting = false;
     m_layout.setAnchorPage(0);
     reloadPageSizes();
     m_layout.setAnchorPage(0);

@@ -349,6 +349,10 @@ private:
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
+    // A new document's first screen is not drawn yet: pages out of view wait to be loaded, and
+    // some did.
+    bool m_firstScreenPending = false;
+    bool m_pagesAheadWaiting = false;
     mutable bool m_relayoutQueued = false; // the document's page count changed under the view
     // Pages were inserted, removed, moved or turned since the last layout: until the layout that
     // is queued for the next turn, pages and indexes are asked of the document itself.
