@@ -104,10 +104,14 @@ pdf_document *PDFDocumentPrivate::openForcingRepair(QByteArray bytes)
     return mu::openDocumentFromBytes(bytes, failure);
 }
 
-std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage() const
+PDFPageFactory PDFDocumentPrivate::pageFactory() const
 {
     const auto owner = delegate.lock();
-    const PDFPageFactory factory = owner ? owner->classForPage() : PDFPageFactory();
+    return owner ? owner->classForPage() : PDFPageFactory();
+}
+
+std::shared_ptr<PDFPage> PDFDocumentPrivate::makePage(const PDFPageFactory &factory) const
+{
     std::shared_ptr<PDFPage> page = factory ? factory() : nullptr;
     if (!page)
         page = std::make_shared<PDFPage>();
@@ -176,10 +180,12 @@ bool PDFDocumentPrivate::loadContent()
     ++pageOrder;
     const size_t count = walk.active() ? size_t(claimed) : tree.pages.size();
     pages.reserve(count);
+    const PDFPageFactory factory = pageFactory();
+    const std::weak_ptr<PDFDocument> owner = q.weak_from_this();
     for (size_t i = 0; i < count; ++i) {
-        auto page = makePage();
+        auto page = makePage(factory);
         page->d->handle = handle;
-        page->d->document = q.weak_from_this();
+        page->d->document = owner;
         if (!walk.active())
             page->d->object = tree.pages[i];
         page->d->indexHint = int(i);
@@ -315,8 +321,9 @@ void PDFDocumentPrivate::adoptPagesLocked(const std::vector<pdf_obj *> &found)
         if (page.object)
             page.bind(handle, nullptr, true);
     }
+    const PDFPageFactory factory = pageFactory();
     for (size_t i = kept; i < found.size(); ++i) {
-        auto page = makePage();
+        auto page = makePage(factory);
         page->d->handle = handle;
         page->d->document = q.weak_from_this();
         page->d->object = found[i];

@@ -16,11 +16,58 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <mutex>
 #include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// The check of the objects' places over the file mapped for it, on a thread of its own. The
+// answer is given as soon as it is known: unmapping a long file's touched pages takes the system
+// milliseconds, which the first page need not wait for.
+struct PlacesCheck
+{
+    enum Answer { Placed, Misplaced, Unreadable };
+
+    PageTree::ObjectPlaces places;
+    QByteArray path;
+    std::promise<Answer> answer;
+
+    static constexpr size_t UnmapPiece = 4 << 20; // a multiple of the page size
+
+    void run()
+    {
+        const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+        struct stat info = {};
+        void *mapped = MAP_FAILED;
+        if (fd >= 0 && ::fstat(fd, &info) == 0 && info.st_size > 0)
+            mapped = ::mmap(nullptr, size_t(info.st_size), PROT_READ, MAP_SHARED, fd, 0);
+        if (fd >= 0)
+            ::close(fd);
+        if (mapped == MAP_FAILED) {
+            answer.set_value(Unreadable);
+            return;
+        }
+        const size_t length = size_t(info.st_size);
+        const QByteArrayView bytes(static_cast<const char *>(mapped), qsizetype(length));
+        answer.set_value(places.inFile(bytes) ? Placed : Misplaced);
+        // A piece at a time: the process's other mappings (the tiles' among them) wait for the
+        // unmapping of one piece at most, not the whole file's.
+        auto *const base = static_cast<char *>(mapped);
+        for (size_t at = 0; at < length; at += UnmapPiece)
+            ::munmap(base + at, std::min(UnmapPiece, length - at));
+    }
+};
+
+} // namespace
 
 struct PDFDocumentPrefetchState
 {
@@ -29,6 +76,7 @@ struct PDFDocumentPrefetchState
     QDateTime modified;
     PDFCancellation cancel; // ends the first page's reading when the document is wanted
     std::thread thread;
+    std::thread checker; // ends on its own: joined when the prefetch goes
     std::mutex joinMutex;
     pdf_document *doc = nullptr;
     bool objectsInPlace = false;
@@ -41,6 +89,9 @@ struct PDFDocumentPrefetchState
     std::vector<std::pair<QPointer<QObject>, std::function<void()>>> waiting;
 
     void read();
+    // Checks on a thread of its own, over the file mapped for it, that every object is where the
+    // cross-reference places it; no answer when the file cannot be mapped.
+    std::future<PlacesCheck::Answer> checkPlaces(PageTree::ObjectPlaces places);
     // Loads the page's fonts and images into MuPDF's store, unless cancelled first; the first
     // page's contents are kept as a display list for its first render.
     void readPage(fz_context *ctx, int index);
@@ -75,11 +126,6 @@ void PDFDocumentPrefetchState::read()
     // A locked document's objects can be read only once the password is known.
     if (locked)
         return;
-    QFile file(path);
-    const uchar *mapped = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
-    if (!mapped)
-        return;
-    const QByteArrayView bytes(mapped, file.size());
     // Reading the first page may be what meets a misplaced object and makes MuPDF repair.
     const mu::OpeningScope opening(size);
     bool repaired = true;
@@ -88,23 +134,21 @@ void PDFDocumentPrefetchState::read()
     // reading, which only reads: a file that fails it is repaired after, as if checked first.
     bool placed = true;
     if (!repaired) {
-        const PageTree::ObjectPlaces places(ctx, doc);
-        std::thread checker;
-        try {
-            checker = std::thread([&] { placed = places.inFile(bytes); });
-        } catch (const std::system_error &) {
-            placed = places.inFile(bytes);
-        }
+        std::future<PlacesCheck::Answer> answer = checkPlaces(PageTree::ObjectPlaces(ctx, doc));
         readPage(ctx, 0);
-        if (checker.joinable())
-            checker.join();
+        const PlacesCheck::Answer found = answer.get();
+        // A file that cannot be mapped is checked when it is opened.
+        if (found == PlacesCheck::Unreadable) {
+            dropFirstPage(ctx);
+            return;
+        }
+        placed = found == PlacesCheck::Placed;
     }
     if (!placed) {
         // Page 1 as read from the objects before the repair is not kept open through it.
         dropFirstPage(ctx);
         PageTree::repairIfDamaged(ctx, doc, QByteArrayView());
     }
-    file.unmap(const_cast<uchar *>(mapped));
     // The document opens again when it is wanted, and says then why it cannot be read.
     if (opening.refused(failure)) {
         drop();
@@ -115,6 +159,20 @@ void PDFDocumentPrefetchState::read()
     // A repaired file's first page is read again from the objects as repaired.
     if (!objectsInPlace)
         dropFirstPage(ctx);
+}
+
+std::future<PlacesCheck::Answer> PDFDocumentPrefetchState::checkPlaces(
+    PageTree::ObjectPlaces places)
+{
+    auto job = std::make_shared<PlacesCheck>(
+        PlacesCheck { std::move(places), QFile::encodeName(path), {} });
+    std::future<PlacesCheck::Answer> answer = job->answer.get_future();
+    try {
+        checker = std::thread([job] { job->run(); });
+    } catch (const std::system_error &) {
+        job->run();
+    }
+    return answer;
 }
 
 void PDFDocumentPrefetchState::dropFirstPage(fz_context *ctx)
@@ -243,6 +301,8 @@ PDFDocumentPrefetch::~PDFDocumentPrefetch()
         return;
     m_state->finish();
     m_state->drop();
+    if (m_state->checker.joinable())
+        m_state->checker.join();
     const std::lock_guard lock(prefetchMutex);
     current.reset();
 }

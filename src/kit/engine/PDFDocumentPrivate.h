@@ -4,6 +4,7 @@
 // that no other thread touches.
 
 #include "FindJob.h"
+#include "PDFDocumentDelegate.h"
 #include "PageLabels.h"
 #include "PageTreeWalk.h"
 #include "mupdf/DocumentHandle.h"
@@ -54,7 +55,9 @@ struct PDFDocumentPrivate
     void resolveAll() { resolveThrough(static_cast<int>(pages.size()) - 1); }
     // The outline, read on first use: its destinations need every page object.
     void loadOutline();
-    std::shared_ptr<PDFPage> makePage() const;
+    // The delegate's page class, asked for once per batch of pages made.
+    PDFPageFactory pageFactory() const;
+    std::shared_ptr<PDFPage> makePage(const PDFPageFactory &factory) const;
     // The file's bytes opened as a file whose cross-reference is lost, so MuPDF repairs it.
     static pdf_document *openForcingRepair(QByteArray bytes);
     // Keeps MuPDF's numbering of loaded pages equal to the page list; the lock is held.

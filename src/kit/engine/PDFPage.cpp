@@ -107,7 +107,7 @@ void PDFPagePrivate::bind(
     text.reset();
     ++revision;
     ++contentRevision;
-    contentWithin = std::make_shared<std::atomic<qint64>>(0);
+    contentWithin.reset();
 }
 
 void PDFPagePrivate::didLoadAnnotations(PDFPage &page)
@@ -538,6 +538,8 @@ std::shared_ptr<PDFPageRenderSource> PDFPage::renderSource(
     data->displayBox = box;
     data->geometry = PageGeometry(boundsForBox(box), rotation());
     data->revision = d->revision;
+    if (!d->contentWithin)
+        d->contentWithin = std::make_shared<std::atomic<qint64>>(0);
     data->contentWithin = d->contentWithin;
     const int index = PDFPageInternals::treeIndex(*this);
     {
@@ -571,6 +573,6 @@ void PDFPage::noteContentChanged()
 {
     ++d->revision;
     ++d->contentRevision;
-    d->contentWithin = std::make_shared<std::atomic<qint64>>(0);
+    d->contentWithin.reset();
     d->boxesValid = false;
 }

@@ -55,8 +55,9 @@ struct PDFPagePrivate
     quint64 contentRevision = 1;
     // The content limit the page's content streams were last found within (0: not checked),
     // shared with the render sources of this content revision: a page is decoded once to be
-    // measured, not before every drawing.
-    std::shared_ptr<std::atomic<qint64>> contentWithin = std::make_shared<std::atomic<qint64>>(0);
+    // measured, not before every drawing. Made with the first render source: a long
+    // document's pages are made at opening, most of them never drawn.
+    std::shared_ptr<std::atomic<qint64>> contentWithin;
     bool boxesValid = false;
     QRectF mediaBox;
     QRectF cropBox;

@@ -106,15 +106,23 @@ void PDFView::paintEvent(QPaintEvent *event)
 void PDFView::drawPageFrame(QPainter &painter, const QRect &rect) const
 {
     // A hairline edge and a soft shadow below and to the right, inside the page-break margin:
-    // thin strips only, so that a frame costs next to nothing.
-    const QColor edge(0, 0, 0, 70);
+    // thin strips only, so that a frame costs next to nothing. They lie on the background
+    // painted just before, so each is its shade of black over the background, painted opaque:
+    // a fill that blends goes through Qt's global thread pool for every 64 rows, and the main
+    // thread would wait for its threads behind the render workers.
+    const auto over = [this](int alpha) {
+        const QColor back = m_backgroundColor.toRgb();
+        const auto mix = [alpha](int value) { return (value * (255 - alpha) + 127) / 255; };
+        return QColor(mix(back.red()), mix(back.green()), mix(back.blue()), back.alpha());
+    };
+    const QColor edge = over(70);
     painter.fillRect(QRect(rect.left() - 1, rect.top() - 1, rect.width() + 2, 1), edge);
     painter.fillRect(QRect(rect.left() - 1, rect.top(), 1, rect.height()), edge);
     painter.fillRect(QRect(rect.right() + 1, rect.top(), 1, rect.height()), edge);
     painter.fillRect(QRect(rect.left() - 1, rect.bottom() + 1, rect.width() + 2, 1), edge);
     const int depth = std::clamp(int(m_layout.margin() * m_scale * 0.75), 1, 4);
     for (int i = 2; i <= depth + 1; ++i) {
-        const QColor shade(0, 0, 0, 110 * (depth + 2 - i) / (depth + 1));
+        const QColor shade = over(110 * (depth + 2 - i) / (depth + 1));
         painter.fillRect(QRect(rect.left() + i, rect.bottom() + i, rect.width(), 1), shade);
         painter.fillRect(QRect(rect.right() + i, rect.top() + i, 1, rect.height() - 1), shade);
     }
@@ -281,6 +289,14 @@ void PDFView::updateRenderRequests()
     for (const int index : m_layout.pagesInRect(aheadLayout)) {
         const auto page = pageAt(index);
         nearby.push_back(page.get());
+        // Until a new document's first screen is drawn, only its pages are loaded: a page
+        // out of view is loaded on the main thread, under the document's lock, which the
+        // workers drawing the first screen take too.
+        if (m_firstScreenPending && !pageRectInDocument(index).intersects(visible)
+            && !m_renderStates.count(page.get())) {
+            m_pagesAheadWaiting = true;
+            continue;
+        }
         RenderState &state = renderState(page);
         const quint64 revision = tileRevision(page.get());
         if (!state.source || (state.failed && state.failedRevision == revision))
@@ -417,6 +433,11 @@ void PDFView::noteRenderProgress()
         m_tiles.removeOtherRevisions(page, tileRevision(page));
     const bool becameComplete = result && !m_visibleComplete;
     m_visibleComplete = result;
+    if (result && m_firstScreenPending) {
+        m_firstScreenPending = false;
+        if (std::exchange(m_pagesAheadWaiting, false) && !m_renderTimer.isActive())
+            m_renderTimer.start();
+    }
     if (becameComplete && m_sizesWaitForPaint) {
         m_sizesWaitForPaint = false;
         m_sizeTimer.start();

@@ -88,6 +88,8 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     }
     m_pagesLeftBehind = 0;
     m_releaseTimer.stop();
+    m_firstScreenPending = document != nullptr;
+    m_pagesAheadWaiting = false;
     m_layout.setAnchorPage(0);
     reloadPageSizes();
     m_layout.setAnchorPage(0);
@@ -111,7 +113,28 @@ void PDFView::reloadPageSizes()
     m_sizesKnown = 0;
     const int count = m_document && !m_document->isLocked() ? m_document->pageCount() : 0;
     m_pages.resize(size_t(count));
-    loadPageSizes(InitialPageSizes);
+    // The first screen is laid out with the sizes of its own pages; the others are read once it
+    // is drawn (loadMorePageSizes), each page's tree node and boxes a read of the file.
+    loadPageSizes(firstScreenPageCount());
+}
+
+int PDFView::firstScreenPageCount() const
+{
+    const int most = std::min(InitialPageSizes, int(m_pages.size()));
+    if (m_scale <= 0)
+        return most;
+    const double reach = 2.0 * std::max(1, viewport()->height()) / m_scale;
+    double height = 0;
+    int count = 0;
+    while (count < most && height < reach) {
+        const auto page = pageAt(count);
+        height
+            += PageGeometry(page->boundsForBox(m_displayBox), page->rotation()).viewSize().height()
+            + 2 * m_layout.margin();
+        ++count;
+    }
+    // Two pages share a row.
+    return std::min(most, count * m_layout.pagesAcross());
 }
 
 void PDFView::loadPageSizes(int count)
@@ -189,7 +212,8 @@ void PDFView::ensurePageSizes(int index)
 {
     if (index < m_sizesKnown || index >= int(m_pages.size()))
         return;
-    refinePageSizes(index + PageSizesPerTurn);
+    // Before the first screen is drawn, only as far as it may reach.
+    refinePageSizes(index + (m_firstScreenPending ? InitialPageSizes : PageSizesPerTurn));
     viewport()->update();
 }
 

@@ -246,6 +246,9 @@ private:
     // Page sizes are read lazily: the first pages at once, the rest a chunk per turn of the
     // event loop, and any page at once when it is needed.
     void loadPageSizes(int count);
+    // How many pages, from the first, fill the view and a screen below it at the current scale:
+    // the sizes a first screen needs. At least one page, at most InitialPageSizes.
+    int firstScreenPageCount() const;
     void loadMorePageSizes();
     void ensurePageSizes(int index);
     // Reads sizes up to count and lays out again, the page under the reader held in place.
@@ -314,7 +317,8 @@ private:
     int m_sizesKnown = 0; // m_geometries before this index are read; the rest are estimates
     QTimer m_sizeTimer;
     bool m_sizesWaitForPaint = false; // reading sizes goes on once the visible area is sharp
-    static constexpr int InitialPageSizes = 24;
+    static constexpr int InitialPageSizes = 24; // the most read before the first screen
+
     static constexpr int PageSizesPerTurn = 200;
     mutable std::unordered_map<const PDFPage *, int> m_pageIndexes; // of the pages fetched
     PDFLayout m_layout;
@@ -350,6 +354,10 @@ private:
     std::vector<std::shared_ptr<PDFPage>> m_changedPages; // reported this turn
     QTimer m_changedPagesTimer;
     bool m_visibleComplete = false;
+    // A new document's first screen is not drawn yet: pages out of view wait to be loaded, and
+    // some did.
+    bool m_firstScreenPending = false;
+    bool m_pagesAheadWaiting = false;
     mutable bool m_relayoutQueued = false; // the document's page count changed under the view
     // Pages were inserted, removed, moved or turned since the last layout: until the layout that
     // is queued for the next turn, pages and indexes are asked of the document itself.

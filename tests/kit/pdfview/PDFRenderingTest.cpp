@@ -2,7 +2,8 @@
 // and match the engine's own rendering pixel for pixel, a shown tile drawn in bands by several
 // workers matches the tile drawn in one piece, a page edit re-renders that page only, a
 // zoom shows stretched tiles until sharp ones come, a page that cannot render shows blank with a
-// mark and a warning, and the cache stays within its pixel budget.
+// mark and a warning, the cache stays within its pixel budget, and a new document's first screen
+// is drawn before the pages ahead of it, which follow.
 
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
@@ -294,6 +295,41 @@ private slots:
             QVERIFY(!seen.contains(key.row * 1000 + key.column));
             seen.insert(key.row * 1000 + key.column);
         }
+    }
+
+    void theFirstScreenComesBeforeThePagesAheadOfIt()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("text5.pdf"));
+        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(5, 10, 0), path));
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        PDFView view;
+        QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
+        qsizetype firstScreenTiles = -1;
+        connect(&view, &PDFView::visibleAreaRendered, this, [&] {
+            if (firstScreenTiles < 0)
+                firstScreenTiles = tiles.size();
+        });
+        show(view, document, 1.0);
+        QTRY_VERIFY(firstScreenTiles > 0);
+        // The first screen shows page 1 only, and none of the second page's tiles came first.
+        const auto first = document->pageAtIndex(0);
+        const auto second = document->pageAtIndex(1);
+        QCOMPARE(view.visiblePages(), std::vector { first });
+        for (qsizetype i = 0; i < firstScreenTiles; ++i)
+            QCOMPARE(tiles.at(i).at(0).value<PDFTileKey>().page, first.get());
+        // Then the page below is drawn ahead: scrolled into view, it is sharp at once, shows
+        // its text and answers for its own points.
+        QTRY_VERIFY(view.renderScheduler()->isIdle());
+        view.verticalScrollBar()->setValue(400);
+        QVERIFY(view.isVisibleAreaRendered());
+        const QRectF line = view.convertRectFromPage(QRectF(56, 750, 300, 14), second);
+        const double ratio = view.viewport()->devicePixelRatioF();
+        QVERIFY2(hasDarkPixel(
+                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect()),
+            "the second page's first line is not drawn");
+        QCOMPARE(view.pageForPoint(line.center(), false), second);
+        QCOMPARE(view.convertPointToPage(line.topLeft(), second).toPoint(), QPoint(56, 764));
     }
 
     void zoomShowsStretchedTilesUntilSharpOnesArrive()

@@ -554,6 +554,43 @@ private slots:
     // Sizes past the first pages arrive late, read in the background or when the reader gets
     // there: the page under the reader stays where it is shown, and a reader who went to the end
     // before the layout was complete stays at the end.
+    void theFirstScreenShowsItsPagesAtTheirOwnSizes_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<int>("mode");
+        QTest::newRow("a page wide") << 1.0 << int(PDFLayout::SinglePageContinuous);
+        QTest::newRow("many small pages") << 0.25 << int(PDFLayout::SinglePageContinuous);
+        QTest::newRow("two up") << 0.5 << int(PDFLayout::TwoUpContinuous);
+    }
+    void theFirstScreenShowsItsPagesAtTheirOwnSizes()
+    {
+        QFETCH(double, scale);
+        QFETCH(int, mode);
+        // Only the first screen's sizes are read at once: a page after the first, unlike it,
+        // must not show at the first page's size.
+        PdfFixtures::Document fixture = PdfFixtures::textPages(60, 2, 0);
+        for (int i = 1; i < 60; ++i) {
+            fixture.pages[i].mediaBox = QRectF(0, 0, 400, 200);
+            fixture.pages[i].rotate = i % 3 == 0 ? 90 : 0;
+        }
+        const auto document = open(fixture, QStringLiteral("first-screen.pdf"));
+        QVERIFY(document);
+        PDFView view;
+        view.resize(800, 1000);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setDisplayMode(mode);
+        view.setScaleFactor(scale);
+        view.setDocument(document);
+        const auto shown = view.visiblePages();
+        QVERIFY(shown.size() >= (scale < 0.5 ? 10 : 2));
+        for (const auto &page : shown) {
+            const QRectF box = page->boundsForBox(PDFDisplayBox::CropBox);
+            const QSizeF size = page->rotation() % 180 ? box.size().transposed() : box.size();
+            QCOMPARE(view.convertRectFromPage(box, page).size(), size * scale);
+        }
+    }
+
     void refiningTheLayoutKeepsTheReadersPlace_data()
     {
         QTest::addColumn<bool>("landscapeFirst");
