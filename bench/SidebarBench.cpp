@@ -1,9 +1,10 @@
 // folidoc-bench sidebar FILE.pdf: the sidebar on a long document in a real window. The
 // thumbnails tab is scrolled from top to bottom, one half screen per step, while the pictures
 // are drawn on workers; the longest and the typical main-thread step, the pictures drawn, and
-// the memory of the picture cache against its budget. Then an outline of 1,500 items (400
-// siblings under one parent) is written into a copy of the file and opened: the time to show
-// it, to expand all of it, and the longest step of following the reader over 200 pages.
+// the memory of the picture cache against its budget, and the process's peak memory. Then an
+// outline of 1,500 items (400 siblings under one parent) is written into a copy of the file and
+// opened: the time to show it, to expand all of it, and the longest step of following the reader
+// over 200 pages.
 
 #include "BenchCommand.h"
 #include "BenchWindow.h"
@@ -122,6 +123,8 @@ int runSidebar(const QStringList &arguments)
     benchPrint(QStringLiteral("thumbnail cache budget MB"),
         FDPageThumbnailCache::shared().budget() / 1048576.0);
     benchPrint(QStringLiteral("resident growth MB"), processMegabytes("VmRSS:") - before);
+    // The process's peak so far: the pages drawn for the pictures must not add up over the scroll.
+    benchPrint(QStringLiteral("thumbnails peak resident MB"), processMegabytes("VmHWM:"));
 
     // The outline: written into a copy, so that it is read as a file's outline is.
     const QString outlined = scratch.filePath(QStringLiteral("outline.pdf"));

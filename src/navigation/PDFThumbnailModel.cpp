@@ -15,6 +15,7 @@ PDFThumbnailModel::PDFThumbnailModel(QObject *parent)
     m_feedTimer->setInterval(0);
     connect(m_feedTimer, &QTimer::timeout, this, &PDFThumbnailModel::feedRenderer);
     connect(m_renderer, &PDFThumbnailRenderer::requestDidEnd, this, [this] {
+        releaseIfGrown();
         if (!m_waiting.isEmpty())
             m_feedTimer->start();
     });
@@ -83,6 +84,18 @@ void PDFThumbnailModel::feedRenderer()
             key, row, page->thumbnailSourceWith(QSizeF(m_pixelLength, m_pixelLength), m_box));
         return;
     }
+}
+
+void PDFThumbnailModel::releaseIfGrown()
+{
+    const auto current = m_document.lock();
+    if (!current)
+        return;
+    // A release still running refuses; the next picture to arrive asks again.
+    if ((++m_drawnSinceRelease >= ReleaseAfterPages
+            || PDFDocument::cachedContentGrowth() > ReleaseAfterBytes)
+        && current->releaseCachedContent())
+        m_drawnSinceRelease = 0;
 }
 
 void PDFThumbnailModel::retainOnly(const QSet<QString> &keys)

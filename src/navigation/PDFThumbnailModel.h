@@ -58,6 +58,13 @@ public:
 private:
     // What to draw is fixed on the main thread, one page per turn while no worker draws.
     void feedRenderer();
+    // Gives back what drawing pages loaded into the engine once enough pages were drawn or it
+    // grew by a bound, so that scrolling through the pictures of a long document keeps memory
+    // near what one stretch of pages needs.
+    void releaseIfGrown();
+
+    static constexpr int ReleaseAfterPages = 32;
+    static constexpr qint64 ReleaseAfterBytes = 16 << 20;
 
     std::weak_ptr<FDDocument> m_document;
     PDFDisplayBox m_box = PDFDisplayBox::CropBox;
@@ -67,4 +74,5 @@ private:
     QList<QPair<QString, int>> m_waiting; // key and row, in the order asked
     QSet<QString> m_waitingKeys;
     QTimer *m_feedTimer = nullptr;
+    int m_drawnSinceRelease = 0;
 };

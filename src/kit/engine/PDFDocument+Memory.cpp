@@ -77,8 +77,12 @@ bool PDFDocument::releaseCachedContent()
         if (pd.handle != d->handle)
             continue;
         pd.text.reset();
-        // Annotations point into their loaded page; workers hold their own reference.
-        if (pd.page && !pd.annotationsLoaded && !pd.annotationsMoved)
+        // Annotations are found again in a reloaded page by their dictionaries, so a page goes
+        // once their pictures are fresh and nothing waits to be written into it: a page drawn
+        // once (a thumbnail) has its annotations loaded too. Workers hold their own reference.
+        const bool settled = !pd.annotationsMoved
+            && (!pd.annotationsLoaded || (!pd.appearancesStale && !pd.writesPending));
+        if (pd.page && settled)
             dropped.push_back(std::exchange(pd.page, nullptr));
     }
     // The rest takes milliseconds: a pool thread does it, so that scrolling never waits. It goes

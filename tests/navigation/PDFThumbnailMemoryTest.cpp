@@ -1,0 +1,112 @@
+// Memory while the thumbnails of a long document are drawn: what the engine loads for the pages
+// drawn is given back as the pictures come in, so it stays near what a stretch of pages needs.
+
+#include "support/PdfFixtures.h"
+
+#include <document/FDDocument.h>
+#include <kit/engine/PDFEngineInfo.h>
+#include <navigation/FDPageThumbnailCache.h>
+#include <navigation/PDFThumbnailModel.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThreadPool>
+
+#include <algorithm>
+
+namespace {
+
+// Pages that each embed a font file of their own, as documents put together from many others
+// do: MuPDF's store counts a font by its descriptor, so only a release gives the files back.
+QByteArray ownFontPages(int count, const QByteArray &font)
+{
+    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>", {} };
+    QByteArray kids;
+    const auto number = [](qint64 n) { return QByteArray::number(n); };
+    for (int i = 0; i < count; ++i) {
+        const int page = int(objects.size()) + 1;
+        const auto ref = [&](int offset) { return number(page + offset) + " 0 R"; };
+        kids += ref(0) + ' ';
+        const QByteArray text = "BT /F0 40 Tf 72 600 Td (Page " + number(i + 1) + ") Tj ET";
+        const QByteArray name = "/Own" + number(i);
+        objects << "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << "
+                   "/F0 "
+                + ref(2) + " >> >> /Contents " + ref(1) + " >>"
+                << "<< /Length " + number(text.size()) + " >>\nstream\n" + text + "\nendstream"
+                << "<< /Type /Font /Subtype /TrueType /BaseFont " + name
+                + " /Encoding /WinAnsiEncoding /FontDescriptor " + ref(3) + " >>"
+                << "<< /Type /FontDescriptor /FontName " + name
+                + " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 "
+                  "/Descent -236 /CapHeight 729 /StemV 80 /FontFile2 "
+                + ref(4) + " >>"
+                << "<< /Length " + number(font.size()) + " /Length1 " + number(font.size())
+                + " >>\nstream\n" + font + "\nendstream";
+    }
+    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + number(count) + " >>";
+    return PdfFixtures::fromObjects(objects);
+}
+
+// Whether the picture has ink on it: a page drawn, not a blank stand-in.
+bool hasInk(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qGray(image.pixel(x, y)) < 128)
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+class PDFThumbnailMemoryTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Every page's picture drawn in turn, as scrolling the thumbnails through the document
+    // asks for them: each arrives drawn, and the fonts of the pages drawn do not pile up.
+    void drawingEveryThumbnailGivesBackAsItGoes()
+    {
+        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+        if (!fontFile.open(QIODevice::ReadOnly))
+            QSKIP("DejaVu Sans is not installed");
+        constexpr int Pages = 160;
+        QTemporaryDir dir;
+        QFile file(dir.filePath(QStringLiteral("fonts.pdf")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(ownFontPages(Pages, fontFile.readAll()));
+        file.close();
+        auto document = std::make_shared<FDDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(file.fileName()), nullptr));
+        FDPageThumbnailCache::shared().clear();
+        PDFThumbnailModel model;
+        model.setPixelLength(96);
+        model.setDocument(document);
+        QCOMPARE(model.rowCount(), Pages);
+
+        qint64 firstPages = 0;
+        qint64 most = 0;
+        for (int row = 0; row < Pages; ++row) {
+            (void)model.thumbnailForRow(row);
+            QTRY_COMPARE_WITH_TIMEOUT(model.pendingCount(), 0, 20000);
+            const QImage picture = model.thumbnailForRow(row);
+            QVERIFY2(hasInk(picture), qPrintable(QStringLiteral("page %1").arg(row + 1)));
+            if (row < 4)
+                firstPages = PDFEngineInfo::heldBytes();
+            else
+                most = std::max(most, PDFEngineInfo::heldBytes());
+        }
+        QThreadPool::globalInstance()->waitForDone();
+        // Each font costs its file (740 KB) and its face: all of them kept hold over 120 MB.
+        const qint64 growth = most - firstPages;
+        QVERIFY2(
+            growth < 40LL * 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
+    }
+};
+
+QTEST_MAIN(PDFThumbnailMemoryTest)
+#include "PDFThumbnailMemoryTest.moc"
