@@ -18,36 +18,6 @@
 
 namespace {
 
-// Pages that each embed a font file of their own, as documents put together from many others
-// do: MuPDF's store counts a font by its descriptor, so only a release gives the files back.
-QByteArray ownFontPages(int count, const QByteArray &font)
-{
-    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>", {} };
-    QByteArray kids;
-    const auto number = [](qint64 n) { return QByteArray::number(n); };
-    for (int i = 0; i < count; ++i) {
-        const int page = int(objects.size()) + 1;
-        const auto ref = [&](int offset) { return number(page + offset) + " 0 R"; };
-        kids += ref(0) + ' ';
-        const QByteArray text = "BT /F0 40 Tf 72 600 Td (Page " + number(i + 1) + ") Tj ET";
-        const QByteArray name = "/Own" + number(i);
-        objects << "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << "
-                   "/F0 "
-                + ref(2) + " >> >> /Contents " + ref(1) + " >>"
-                << "<< /Length " + number(text.size()) + " >>\nstream\n" + text + "\nendstream"
-                << "<< /Type /Font /Subtype /TrueType /BaseFont " + name
-                + " /Encoding /WinAnsiEncoding /FontDescriptor " + ref(3) + " >>"
-                << "<< /Type /FontDescriptor /FontName " + name
-                + " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 "
-                  "/Descent -236 /CapHeight 729 /StemV 80 /FontFile2 "
-                + ref(4) + " >>"
-                << "<< /Length " + number(font.size()) + " /Length1 " + number(font.size())
-                + " >>\nstream\n" + font + "\nendstream";
-    }
-    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + number(count) + " >>";
-    return PdfFixtures::fromObjects(objects);
-}
-
 // Whether the picture has ink on it: a page drawn, not a blank stand-in.
 bool hasInk(const QImage &image)
 {
@@ -78,7 +48,7 @@ private slots:
         QTemporaryDir dir;
         QFile file(dir.filePath(QStringLiteral("fonts.pdf")));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(ownFontPages(Pages, fontFile.readAll()));
+        file.write(PdfFixtures::ownFontPages(Pages, fontFile.readAll()));
         file.close();
         auto document = std::make_shared<FDDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(file.fileName()), nullptr));

@@ -352,6 +352,43 @@ Document textPages(int count, int linesPerPage, int needleEvery)
     return doc;
 }
 
+QByteArray ownFontPages(int count, const QByteArray &font, int fontsPerPage)
+{
+    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>", {} };
+    QByteArray kids;
+    const auto number = [](qint64 n) { return QByteArray::number(n); };
+    for (int i = 0; i < count; ++i) {
+        const int page = int(objects.size()) + 1;
+        const auto ref = [&](int offset) { return number(page + offset) + " 0 R"; };
+        kids += ref(0) + ' ';
+        QByteArray text = "BT 72 600 Td";
+        QByteArray fonts;
+        for (int f = 0; f < fontsPerPage; ++f) {
+            text += " /F" + number(f) + " 40 Tf (Page " + number(i + 1) + " in font " + number(f)
+                + ") Tj 0 -40 Td";
+            fonts += " /F" + number(f) + ' ' + ref(2 + 3 * f);
+        }
+        text += " ET";
+        objects << "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font <<"
+                + fonts + " >> >> /Contents " + ref(1) + " >>"
+                << "<< /Length " + number(text.size()) + " >>\nstream\n" + text + "\nendstream";
+        for (int f = 0; f < fontsPerPage; ++f) {
+            const QByteArray name = "/Own" + number(i) + '-' + number(f);
+            const int at = 2 + 3 * f;
+            objects << "<< /Type /Font /Subtype /TrueType /BaseFont " + name
+                    + " /Encoding /WinAnsiEncoding /FontDescriptor " + ref(at + 1) + " >>"
+                    << "<< /Type /FontDescriptor /FontName " + name
+                    + " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 "
+                      "/Descent -236 /CapHeight 729 /StemV 80 /FontFile2 "
+                    + ref(at + 2) + " >>"
+                    << "<< /Length " + number(font.size()) + " /Length1 " + number(font.size())
+                    + " >>\nstream\n" + font + "\nendstream";
+        }
+    }
+    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + number(count) + " >>";
+    return fromObjects(objects);
+}
+
 QByteArray fromObjects(const QList<QByteArray> &objects, const QByteArray &trailer)
 {
     Writer writer;

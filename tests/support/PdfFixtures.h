@@ -105,6 +105,9 @@ Document standard();
 // count pages of text; each page has lines "Page N line L word..." with the word "needle" on
 // every page whose number is a multiple of needleEvery (0: nowhere).
 Document textPages(int count, int linesPerPage = 40, int needleEvery = 1);
+// count pages that each embed fontsPerPage copies of a TrueType font file as fonts of their own,
+// one line of text in each, as documents put together from many others do.
+QByteArray ownFontPages(int count, const QByteArray &font, int fontsPerPage = 1);
 // A photo-like RGB image (smooth colour fields with grain), deterministic for a seed.
 Image photo(int width, int height, quint32 seed);
 

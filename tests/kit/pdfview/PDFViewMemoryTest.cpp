@@ -40,40 +40,6 @@ PdfFixtures::Image pagePicture(int page)
     return { raw.width, raw.height, jpeg, true };
 }
 
-// Pages that each embed two font files of their own, as documents put together from many others
-// do; the fonts are a TrueType file of the system's.
-QByteArray ownFontPages(int count, const QByteArray &font)
-{
-    QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>", {} };
-    QByteArray kids;
-    const auto number = [](qint64 n) { return QByteArray::number(n); };
-    for (int i = 0; i < count; ++i) {
-        const int page = int(objects.size()) + 1;
-        const auto ref = [&](int offset) { return number(page + offset) + " 0 R"; };
-        kids += ref(0) + ' ';
-        const QByteArray text = "BT /F0 28 Tf 72 700 Td (Page " + number(i + 1)
-            + " in fonts of its own) Tj /F1 20 Tf 0 -40 Td (and a second one) Tj ET";
-        objects << "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << "
-                   "/F0 "
-                + ref(2) + " /F1 " + ref(5) + " >> >> /Contents " + ref(1) + " >>"
-                << "<< /Length " + number(text.size()) + " >>\nstream\n" + text + "\nendstream";
-        for (int f = 0; f < 2; ++f) {
-            const QByteArray name = "/Own" + number(i) + '-' + number(f);
-            const int at = 2 + 3 * f;
-            objects << "<< /Type /Font /Subtype /TrueType /BaseFont " + name
-                    + " /Encoding /WinAnsiEncoding /FontDescriptor " + ref(at + 1) + " >>"
-                    << "<< /Type /FontDescriptor /FontName " + name
-                    + " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 "
-                      "/Descent -236 /CapHeight 729 /StemV 80 /FontFile2 "
-                    + ref(at + 2) + " >>"
-                    << "<< /Length " + number(font.size()) + " /Length1 " + number(font.size())
-                    + " >>\nstream\n" + font + "\nendstream";
-        }
-    }
-    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + number(count) + " >>";
-    return PdfFixtures::fromObjects(objects);
-}
-
 // Writes pages of fonts of their own to path and opens them; null without the system's font.
 std::shared_ptr<PDFDocument> openOwnFontPages(const QString &path, int pages)
 {
@@ -81,7 +47,7 @@ std::shared_ptr<PDFDocument> openOwnFontPages(const QString &path, int pages)
     QFile file(path);
     if (!fontFile.open(QIODevice::ReadOnly) || !file.open(QIODevice::WriteOnly))
         return nullptr;
-    file.write(ownFontPages(pages, fontFile.readAll()));
+    file.write(PdfFixtures::ownFontPages(pages, fontFile.readAll(), 2));
     file.close();
     auto document = std::make_shared<PDFDocument>();
     return document->initWithURL(QUrl::fromLocalFile(path)) ? document : nullptr;
@@ -151,7 +117,7 @@ private slots:
         const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(ownFontPages(Pages, font));
+        file.write(PdfFixtures::ownFontPages(Pages, font, 2));
         file.close();
         auto document = std::make_shared<PDFDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
