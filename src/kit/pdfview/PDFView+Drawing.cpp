@@ -453,12 +453,15 @@ bool PDFView::isVisibleAreaRendered() const
 
 void PDFView::tileFinished(const PDFTileKey &key, const QImage &image)
 {
+    // A tile of a page removed or moved since it was asked for arrives late: the page is no
+    // longer where the view found it.
     const int index = fetchedIndexOfPage(key.page);
-    if (index < 0)
+    const auto page = pageAt(index);
+    if (!page || page.get() != key.page)
         return;
     m_tiles.insert(key, image);
     releaseIfGrown();
-    if (key.revision == tileRevision(pageAt(index).get())
+    if (key.revision == tileRevision(page.get())
         && key.scale == PDFTileKey::scaleKey(devicePixelsPerPoint())) {
         const double dpr = viewport()->devicePixelRatioF();
         const QRect tile = key.pixelRect(pagePixels(index, key.devicePixelsPerPoint()));
@@ -481,7 +484,8 @@ void PDFView::tileTopDrawn(const PDFTileKey &key, const QImage &image)
 void PDFView::pageFailed(const void *page, quint64 revision)
 {
     const int index = fetchedIndexOfPage(page);
-    if (index < 0 || revision != tileRevision(pageAt(index).get()))
+    const auto shown = pageAt(index);
+    if (!shown || shown.get() != page || revision != tileRevision(shown.get()))
         return;
     RenderState &state = m_renderStates[static_cast<const PDFPage *>(page)];
     if (state.failed && state.failedRevision == revision)
