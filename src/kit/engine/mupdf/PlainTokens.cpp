@@ -14,6 +14,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 extern "C" pdf_token __real_pdf_lex(fz_context *ctx, fz_stream *f, pdf_lexbuf *buf);
 
@@ -111,18 +112,19 @@ float realValue(const char *s)
 }
 
 // A number of an optional sign, digits and at most one point, whose point stands among its
-// first ten characters; -1 for anything MuPDF's lexer reads another way.
-pdf_token number(const unsigned char *start, const unsigned char *end, pdf_lexbuf *buf)
+// first ten characters; nothing for anything MuPDF's lexer reads another way.
+std::optional<pdf_token> number(
+    const unsigned char *start, const unsigned char *end, pdf_lexbuf *buf)
 {
     const size_t length = size_t(end - start);
     if (length + 1 >= buf->size)
-        return pdf_token(-1);
+        return std::nullopt;
     const unsigned char *point = *start == '.' ? start : nullptr;
     for (const unsigned char *p = start + 1; p < end; ++p) {
         if (*p == '.' && !point)
             point = p;
         else if (!isDigit(*p))
-            return pdf_token(-1);
+            return std::nullopt;
     }
     copyToken(buf, start, length);
     if (!point) {
@@ -130,7 +132,7 @@ pdf_token number(const unsigned char *start, const unsigned char *end, pdf_lexbu
         return PDF_TOK_INT;
     }
     if (point - start >= 10)
-        return pdf_token(-1);
+        return std::nullopt;
     buf->f = realValue(buf->scratch);
     return PDF_TOK_REAL;
 }
@@ -196,10 +198,9 @@ extern "C" pdf_token __wrap_pdf_lex(fz_context *ctx, fz_stream *f, pdf_lexbuf *b
             // A sign doubled is read by MuPDF's own rules.
             const unsigned char *stop = tokenEnd(p + 1, end);
             if (stop && !(c == '-' && p + 1 < stop && p[1] == '-')) {
-                const pdf_token token = number(p, stop, buf);
-                if (token != pdf_token(-1)) {
+                if (const std::optional<pdf_token> token = number(p, stop, buf)) {
                     f->rp = const_cast<unsigned char *>(stop);
-                    return token;
+                    return *token;
                 }
             }
         } else if (c == '/') {
