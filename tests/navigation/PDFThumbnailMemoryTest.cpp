@@ -2,6 +2,7 @@
 // drawn is given back as the pictures come in, so it stays near what a stretch of pages needs.
 
 #include "support/PdfFixtures.h"
+#include "support/TestTools.h"
 
 #include <document/FDDocument.h>
 #include <kit/engine/PDFEngineInfo.h>
@@ -15,22 +16,6 @@
 #include <QThreadPool>
 
 #include <algorithm>
-
-namespace {
-
-// Whether the picture has ink on it: a page drawn, not a blank stand-in.
-bool hasInk(const QImage &image)
-{
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (qGray(image.pixel(x, y)) < 128)
-                return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
 
 class PDFThumbnailMemoryTest : public QObject
 {
@@ -64,7 +49,8 @@ private slots:
             (void)model.thumbnailForRow(row);
             QTRY_COMPARE_WITH_TIMEOUT(model.pendingCount(), 0, 20000);
             const QImage picture = model.thumbnailForRow(row);
-            QVERIFY2(hasInk(picture), qPrintable(QStringLiteral("page %1").arg(row + 1)));
+            QVERIFY2(
+                TestTools::hasInk(picture), qPrintable(QStringLiteral("page %1").arg(row + 1)));
             if (row < 4)
                 firstPages = PDFEngineInfo::heldBytes();
             else

@@ -94,4 +94,15 @@ bool userAttributesWork()
     return ::setxattr(QFile::encodeName(probe.path()).constData(), "user.probe", "1", 1, 0) == 0;
 }
 
+bool hasInk(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qGray(image.pixel(x, y)) < 128)
+                return true;
+        }
+    }
+    return false;
+}
+
 } // namespace TestTools

@@ -2,6 +2,7 @@
 
 // Helpers shared by every test executable: external checking tools and process runs.
 
+#include <QImage>
 #include <QString>
 #include <QStringList>
 
@@ -33,6 +34,9 @@ QByteArray standardErrorOf(const std::function<void()> &body);
 
 // Whether the temporary folder's file system keeps extended attributes in the user namespace.
 bool userAttributesWork();
+
+// Whether the picture has ink on it (a pixel darker than mid-grey): a page drawn, not blank.
+bool hasInk(const QImage &image);
 
 } // namespace TestTools
 

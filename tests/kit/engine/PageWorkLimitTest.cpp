@@ -27,15 +27,6 @@ QByteArray documentAround(const QByteArray &hostileContent)
     return RawPdf::pagesAround(hostileContent, "Before", "After");
 }
 
-bool hasInk(const QImage &image)
-{
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (qGray(image.pixel(x, y)) < 128)
-                return true;
-    return false;
-}
-
 class FindWaiter
 {
 public:
@@ -125,7 +116,7 @@ private slots:
             const auto page = doc->pageAtIndex(index);
             const auto list = page->renderSource(PDFDisplayBox::CropBox)->buildDisplayList();
             QVERIFY(list);
-            QVERIFY(hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
+            QVERIFY(TestTools::hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
         }
         QCOMPARE(doc->pageAtIndex(2)->string().trimmed(), QStringLiteral("After"));
         FindWaiter waiter(doc);
@@ -174,7 +165,7 @@ private slots:
             = doc->pageAtIndex(1)->renderSource(PDFDisplayBox::CropBox)->buildDisplayList();
         QCOMPARE(bool(list), drawn);
         if (list)
-            QVERIFY(hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
+            QVERIFY(TestTools::hasInk(list->renderTile(QRect(0, 0, 612, 792), 1.0)));
     }
 
     void cancelStopsARunningJob()
