@@ -201,7 +201,11 @@ bool writeKind(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnot
     if (const auto *link = dynamic_cast<const PDFAnnotationLink *>(&annotation)) {
         const QByteArray url = link->URL().toEncoded();
         const char *const uri = url.isEmpty() ? nullptr : url.constData();
-        const auto destination = link->destination();
+        // One still unread stands in the dictionary as the file has it; reading it would take
+        // the lock held here.
+        const auto destination = PDFAnnotationPrivate::of(annotation).destinationUnread
+            ? nullptr
+            : link->destination();
         pdf_obj *const target = destination && destination->page() && objectForPage
             ? objectForPage(*destination->page())
             : nullptr;

@@ -243,11 +243,9 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
         const char *uri = nullptr;
         const char *remoteFile = nullptr;
         int remotePage = -1;
-        int pageObject = 0;
         float point[2] = { 0, 0 };
         mu::run(ctx, error, [&] {
             pdf_obj *action = pdf_dict_get(ctx, dict, PDF_NAME(A));
-            pdf_obj *dest = pdf_dict_get(ctx, dict, PDF_NAME(Dest));
             pdf_obj *kind = pdf_dict_get(ctx, action, PDF_NAME(S));
             if (pdf_name_eq(ctx, kind, PDF_NAME(URI)))
                 uri = pdf_dict_get_text_string(ctx, action, PDF_NAME(URI));
@@ -267,19 +265,6 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
                     point[0] = pdf_to_real(ctx, pdf_array_get(ctx, remote, 2));
                     point[1] = pdf_to_real(ctx, pdf_array_get(ctx, remote, 3));
                 }
-            } else if (!dest
-                && pdf_name_eq(ctx, pdf_dict_get(ctx, action, PDF_NAME(S)), PDF_NAME(GoTo)))
-                dest = pdf_dict_get(ctx, action, PDF_NAME(D));
-            if (pdf_is_name(ctx, dest) || pdf_is_string(ctx, dest))
-                dest = pdf_lookup_dest(ctx, pdf_get_bound_document(ctx, dict), dest);
-            if (pdf_is_dict(ctx, dest))
-                dest = pdf_dict_get(ctx, dest, PDF_NAME(D));
-            if (pdf_is_array(ctx, dest)) {
-                pageObject = pdf_to_num(ctx, pdf_array_get(ctx, dest, 0));
-                if (pdf_name_eq(ctx, pdf_array_get(ctx, dest, 1), PDF_NAME(XYZ))) {
-                    point[0] = pdf_to_real(ctx, pdf_array_get(ctx, dest, 2));
-                    point[1] = pdf_to_real(ctx, pdf_array_get(ctx, dest, 3));
-                }
             }
         });
         if (uri)
@@ -287,14 +272,42 @@ void readKind(fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const Q
         if (remoteFile)
             link->setAction(std::make_shared<PDFActionRemoteGoTo>(
                 std::max(remotePage, 0), QPointF(point[0], point[1]), QUrl(text(remoteFile))));
-        const auto target = pageObject > 0 && pageForObject ? pageForObject(pageObject) : nullptr;
-        if (target)
-            link->setDestination(
-                std::make_shared<PDFDestination>(target, QPointF(point[0], point[1])));
+        // A destination in this file is read when first asked for: a named one is looked up in
+        // the document's name tree, and its page may need the whole page tree walked, which a
+        // page of contents with hundreds of links would pay for on every load.
+        PDFAnnotationPrivate::of(annotation).destinationUnread
+            = pageForObject && !uri && !remoteFile;
     }
 }
 
 } // namespace
+
+std::shared_ptr<PDFDestination> readDestination(
+    fz_context *ctx, pdf_obj *dict, const PageForObject &pageForObject)
+{
+    int pageObject = 0;
+    float point[2] = { 0, 0 };
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        pdf_obj *action = pdf_dict_get(ctx, dict, PDF_NAME(A));
+        pdf_obj *dest = pdf_dict_get(ctx, dict, PDF_NAME(Dest));
+        if (!dest && pdf_name_eq(ctx, pdf_dict_get(ctx, action, PDF_NAME(S)), PDF_NAME(GoTo)))
+            dest = pdf_dict_get(ctx, action, PDF_NAME(D));
+        if (pdf_is_name(ctx, dest) || pdf_is_string(ctx, dest))
+            dest = pdf_lookup_dest(ctx, pdf_get_bound_document(ctx, dict), dest);
+        if (pdf_is_dict(ctx, dest))
+            dest = pdf_dict_get(ctx, dest, PDF_NAME(D));
+        if (pdf_is_array(ctx, dest)) {
+            pageObject = pdf_to_num(ctx, pdf_array_get(ctx, dest, 0));
+            if (pdf_name_eq(ctx, pdf_array_get(ctx, dest, 1), PDF_NAME(XYZ))) {
+                point[0] = pdf_to_real(ctx, pdf_array_get(ctx, dest, 2));
+                point[1] = pdf_to_real(ctx, pdf_array_get(ctx, dest, 3));
+            }
+        }
+    });
+    const auto target = pageObject > 0 && pageForObject ? pageForObject(pageObject) : nullptr;
+    return target ? std::make_shared<PDFDestination>(target, QPointF(point[0], point[1])) : nullptr;
+}
 
 QString subtypeOf(fz_context *ctx, pdf_obj *dict)
 {

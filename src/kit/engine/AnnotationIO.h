@@ -12,6 +12,7 @@
 #include <memory>
 
 class PDFAnnotation;
+class PDFDestination;
 class PDFPage;
 
 namespace AnnotationIO {
@@ -35,6 +36,10 @@ using ObjectForPage = std::function<pdf_obj *(const PDFPage &page)>;
 // Fills the annotation from the dictionary without reporting to observers.
 void read(
     fz_context *ctx, pdf_obj *dict, PDFAnnotation &annotation, const PageForObject &pageForObject);
+// The destination in this file that a link's dictionary names, its page found by the page
+// object's number; null when it names none or that page is not in the document.
+std::shared_ptr<PDFDestination> readDestination(
+    fz_context *ctx, pdf_obj *dict, const PageForObject &pageForObject);
 // Writes every property into the dictionary.
 bool write(fz_context *ctx, pdf_document *doc, pdf_obj *dict, const PDFAnnotation &annotation,
     const ObjectForPage &objectForPage, mu::Error &error);

@@ -2,7 +2,9 @@
 
 #include "PDFActionGoTo.h"
 #include "PDFActionURL.h"
+#include "PDFAnnotationPrivate.h"
 #include "PDFDestination.h"
+#include "PDFPagePrivate.h"
 
 PDFAnnotationLink::PDFAnnotationLink()
 {
@@ -16,8 +18,19 @@ void PDFAnnotationLink::setURL(const QUrl &url)
     didChange(QStringLiteral("URL"), old, url);
 }
 
+std::shared_ptr<PDFDestination> PDFAnnotationLink::destination() const
+{
+    const PDFAnnotationPrivate &own = PDFAnnotationPrivate::of(*this);
+    if (own.destinationUnread && own.handle) {
+        const mu::Lock lock(own.handle->mutex());
+        PDFPageInternals::readLinkDestinationLocked(*this, mu::context());
+    }
+    return m_destination;
+}
+
 void PDFAnnotationLink::setDestination(const std::shared_ptr<PDFDestination> &destination)
 {
+    PDFAnnotationPrivate::of(*this).destinationUnread = false;
     m_destination = destination;
     didChange(QStringLiteral("destination"), {}, {});
 }
@@ -28,8 +41,8 @@ std::shared_ptr<PDFAction> PDFAnnotationLink::action() const
         return m_action;
     if (!m_url.isEmpty())
         return std::make_shared<PDFActionURL>(m_url);
-    if (m_destination)
-        return std::make_shared<PDFActionGoTo>(m_destination);
+    if (const auto target = destination())
+        return std::make_shared<PDFActionGoTo>(target);
     return nullptr;
 }
 

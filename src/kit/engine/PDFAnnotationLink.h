@@ -17,7 +17,8 @@ public:
 
     QUrl URL() const { return m_url; } // empty for a link inside the document
     void setURL(const QUrl &url);
-    std::shared_ptr<PDFDestination> destination() const { return m_destination; }
+    // A link read from a file finds its destination there when first asked.
+    std::shared_ptr<PDFDestination> destination() const;
     void setDestination(const std::shared_ptr<PDFDestination> &destination);
     // The explicit action (a go-to into another file, read from the file), else a PDFActionURL
     // or a PDFActionGoTo; null for a link that goes nowhere.

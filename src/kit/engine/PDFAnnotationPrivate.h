@@ -58,4 +58,6 @@ struct PDFAnnotationPrivate
     bool writePending = false;
     // After its page moved into another file: the position of its copy in the page's /Annots.
     int pendingIndex = -1;
+    // A link whose destination in this file is read from the dictionary when first asked for.
+    bool destinationUnread = false;
 };

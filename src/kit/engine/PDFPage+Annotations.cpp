@@ -5,6 +5,7 @@
 
 #include "AnnotationIO.h"
 #include "PDFAnnotation.h"
+#include "PDFAnnotationLink.h"
 #include "PDFAnnotationPrivate.h"
 #include "PDFAnnotationText.h"
 #include "PDFDocument.h"
@@ -324,6 +325,25 @@ void loadAnnotations(const PDFPage &page)
     }
     // The page is looked at by its own class before anything draws or edits its annotations.
     PDFPagePrivate::didLoadAnnotations(*self);
+}
+
+void readLinkDestinationLocked(const PDFAnnotationLink &link, fz_context *ctx)
+{
+    PDFAnnotationPrivate &ad = PDFAnnotationPrivate::of(link);
+    if (!std::exchange(ad.destinationUnread, false) || !ad.object)
+        return;
+    const auto page = ad.page.lock();
+    const auto document = page ? page->document() : nullptr;
+    // Its page's object numbers are those of the file its dictionary is in, whose lock is held.
+    if (!document || PDFDocumentPrivate::of(*document).handle != ad.handle)
+        return;
+    const auto destination = AnnotationIO::readDestination(ctx, ad.object, [&](int number) {
+        return PDFDocumentPrivate::of(*document).pageForObjectNumberLocked(number);
+    });
+    // Read, not set: nothing is written back or reported.
+    const bool wasLoading = std::exchange(ad.loading, true);
+    const_cast<PDFAnnotationLink &>(link).setDestination(destination);
+    ad.loading = wasLoading;
 }
 
 void detachAnnotationsLocked(PDFPagePrivate &pd, fz_context *ctx)

@@ -18,6 +18,7 @@
 #include <vector>
 
 class PDFAnnotation;
+class PDFAnnotationLink;
 struct PDFAnnotationPrivate;
 class PDFDocument;
 class PDFPage;
@@ -126,6 +127,8 @@ void loadAnnotations(const PDFPage &page);
 // Before a page leaves its file: each loaded annotation remembers its place in /Annots. The
 // caller holds the old file's lock.
 void detachAnnotationsLocked(PDFPagePrivate &page, fz_context *ctx);
+// Reads the destination in its file of a link loaded from it, once, when first asked for.
+void readLinkDestinationLocked(const PDFAnnotationLink &link, fz_context *ctx);
 // Writes a changed annotation through to its page's file and, when the change is drawn, marks
 // the page changed.
 void annotationDidChange(PDFAnnotation &annotation, bool drawn);

@@ -9,6 +9,7 @@
 
 #include <kit/base/Archiver.h>
 #include <kit/base/BezierPath.h>
+#include <kit/engine/PDFActionGoTo.h>
 #include <kit/engine/PDFActionRemoteGoTo.h>
 #include <kit/engine/PDFAnnotation.h>
 #include <kit/engine/PDFAnnotationInk.h>
@@ -503,6 +504,53 @@ private slots:
         QVERIFY(QString::fromLatin1(doc->dataRepresentation()).contains(vertices));
         QCOMPARE(
             reopen(*doc)->pageAtIndex(0)->annotations().back()->type(), QStringLiteral("Polygon"));
+    }
+
+    // A link names its target by page object, directly or through the document's named
+    // destinations; it leads to that page wherever the page is by the time it is followed, and
+    // an edit of the link keeps its target in the file.
+    void linksLeadToTheirPageWhereverItIsNow()
+    {
+        const QByteArray page = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] ";
+        auto doc = std::make_shared<PDFDocument>();
+        QVERIFY(doc->initWithData(PdfFixtures::fromObjects({
+            "<< /Type /Catalog /Pages 2 0 R "
+            "/Names << /Dests << /Names [(results) [5 0 R /XYZ 30 500 null]] >> >> >>",
+            "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 3 >>",
+            page + "/Annots [6 0 R 7 0 R] >>",
+            page + ">>",
+            page + ">>",
+            "<< /Type /Annot /Subtype /Link /Rect [10 10 100 30] /Dest (results) >>",
+            "<< /Type /Annot /Subtype /Link /Rect [10 40 100 60] "
+            "/A << /S /GoTo /D [4 0 R /XYZ 0 700 null] >> >>",
+        })));
+        const auto links = doc->pageAtIndex(0)->annotations();
+        QCOMPARE(links.size(), size_t(2));
+        const auto second = doc->pageAtIndex(1);
+        const auto third = doc->pageAtIndex(2);
+        // The last page moves to the front before either link is followed.
+        doc->insertPage(third, 0);
+        QCOMPARE(doc->pageAtIndex(0), third);
+        const auto named = std::dynamic_pointer_cast<PDFAnnotationLink>(links[0]);
+        QVERIFY(named && named->destination());
+        QCOMPARE(named->destination()->page(), third);
+        QCOMPARE(named->destination()->point(), QPointF(30, 500));
+        const auto goTo = std::dynamic_pointer_cast<PDFActionGoTo>(
+            std::dynamic_pointer_cast<PDFAnnotationLink>(links[1])->action());
+        QVERIFY(goTo);
+        QCOMPARE(goTo->destination()->page(), second);
+
+        // Edited before it is ever followed, a link keeps its target in the file.
+        const auto reread = reopen(*doc);
+        const auto unread = reread->pageAtIndex(1)->annotations();
+        QCOMPARE(unread.size(), size_t(2));
+        unread[0]->setBounds(QRectF(10, 10, 120, 30));
+        const auto again = reopen(*reread);
+        const auto edited
+            = std::dynamic_pointer_cast<PDFAnnotationLink>(again->pageAtIndex(1)->annotations()[0]);
+        QCOMPARE(edited->bounds(), QRectF(10, 10, 120, 30));
+        QVERIFY(edited->destination());
+        QCOMPARE(edited->destination()->page(), again->pageAtIndex(0));
     }
 };
 
