@@ -22,6 +22,7 @@
 #include <algorithm>
 #include <mutex>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 const QString PDFDocument::PagesDidChangeNotification
@@ -382,12 +383,25 @@ void PDFDocumentPrivate::loadOutline()
 void PDFDocumentPrivate::renumberLocked()
 {
     ++pageOrder;
+    std::unordered_map<const fz_page *, int> held;
     for (size_t i = 0; i < pages.size(); ++i) {
         PDFPagePrivate &page = *pages[i]->d;
         page.indexHint = int(i);
         if (page.page && page.handle == handle)
-            page.page->super.number = static_cast<int>(i);
+            held.emplace(&page.page->super, int(i));
     }
+    // MuPDF hands out an open page with the number asked for before it loads one, so every
+    // open page answers for its place now, and one this list does not hold (taken out, or
+    // kept by a worker after a release) for none. The list changes under the allocation lock.
+    // (Through the lock table itself: MuPDF's inline fz_lock checks a debug table the release
+    // library does not have.)
+    fz_context *ctx = mu::context();
+    ctx->locks.lock(ctx->locks.user, FZ_LOCK_ALLOC);
+    for (fz_page *open = handle->doc()->super.open; open; open = open->next) {
+        const auto place = held.find(open);
+        open->number = place == held.end() ? -1 : place->second;
+    }
+    ctx->locks.unlock(ctx->locks.user, FZ_LOCK_ALLOC);
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
@@ -401,16 +415,17 @@ std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
         const mu::Lock lock(handle->mutex());
         fz_context *ctx = mu::context();
         mu::Error failure;
-        // Loaded now, because once out of the page tree it can no longer be found by number.
-        pdf_page *loaded = page->d->pageLocked(ctx, index, failure);
+        // Loaded now if another holds it, because once out of the page tree it can no longer be
+        // found by number. One held by the list alone (and here) goes with its removal, and
+        // loading each page of a long selection would cost more than the whole removal.
+        if (page.use_count() > 2)
+            page->d->pageLocked(ctx, index, failure);
         pdf_document *const doc = handle->doc();
         pdf_obj *const obj = page->d->object;
         mu::run(ctx, failure, [&] {
             pdf_flatten_inheritable_page_items(ctx, obj);
             pdf_delete_page(ctx, doc, index);
         });
-        if (loaded)
-            loaded->super.number = -1;
         pages.erase(pages.begin() + index);
         renumberLocked();
     }

@@ -80,6 +80,12 @@ void prepareAnnotationsLocked(const PDFPage &page, fz_context *ctx, pdf_page *lo
     PDFPagePrivate &pd = PDFPagePrivate::of(page);
     resolveMovedLocked(pd, ctx);
     writePendingLocked(pd, ctx);
+    // Any edit of the file (a page taken out, turned or added, an annotation written) throws
+    // away the pictures MuPDF made up for the fields and annotations of every open page that
+    // have none of their own; they are made again before the page draws, or it would draw
+    // without them.
+    if (loaded && pd.handle->doc()->resynth_required)
+        mu::runQuietly(ctx, [&] { pdf_update_page(ctx, loaded); });
     if (!pd.appearancesStale || !loaded)
         return;
     pdf_document *const doc = pd.handle->doc();

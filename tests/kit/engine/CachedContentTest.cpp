@@ -1,7 +1,7 @@
 // What the engine keeps of the pages read and gives back when asked: reading a long document
 // page by page, with releases as the view makes them, holds no more at the end than after the
-// first pages, and what is still on screen draws the same after a release; render threads that
-// take turns reuse the memory the others gave back.
+// first pages, and what is still on screen draws the same after a release, even once pages
+// moved; render threads that take turns reuse the memory the others gave back.
 
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
@@ -150,6 +150,33 @@ private slots:
         const qint64 freed = beforeRelease - heapInUse();
         QVERIFY2(freed > 1024 * 1024, qPrintable(QStringLiteral("%1 bytes freed").arg(freed)));
         QCOMPARE(draw(*inView), shown);
+    }
+
+    // A drawing still in hand keeps its page open in the engine through a release; once pages
+    // move, that page must not stand in for the one that now has its place. A page already
+    // loaded when another is deleted keeps its fields drawn.
+    void pagesMovedAfterAReleaseDrawAsThemselves()
+    {
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto drawAt = [&](int index) {
+            const auto source = document->pageAtIndex(index)->renderSource(PDFDisplayBox::CropBox);
+            return source ? draw(*source) : QImage();
+        };
+        std::vector<QImage> before;
+        for (int i = 0; i < 4; ++i)
+            before.push_back(drawAt(i));
+        QVERIFY(before[2] != before[3]);
+        const auto inHand = document->pageAtIndex(2)->renderSource(PDFDisplayBox::CropBox);
+        QVERIFY(release(*document));
+        document->insertPage(document->pageAtIndex(0), document->pageCount());
+        QCOMPARE(drawAt(1), before[2]);
+        QCOMPARE(drawAt(2), before[3]);
+        QCOMPARE(drawAt(Pages - 1), before[0]);
+        // Deleted, the first page gives its place to the next, which was loaded just above.
+        document->removePageAtIndex(0);
+        QCOMPARE(drawAt(0), before[2]);
+        QCOMPARE(draw(*inHand), before[2]);
     }
 
     // Render workers live side by side and take turns as the pages they are given come and go:
