@@ -27,6 +27,15 @@ std::atomic<qint64> g_heldAfterRelease { 0 };
 // microseconds, so that a main thread wanting the document meanwhile waits that long at most.
 constexpr int ClearSlice = 4096;
 
+// A page or a node of the page tree, told by its /Type without resolving anything.
+bool isPageTreeNode(fz_context *ctx, pdf_obj *obj)
+{
+    if (!pdf_is_dict(ctx, obj))
+        return false;
+    pdf_obj *const type = pdf_dict_get(ctx, obj, PDF_NAME(Type));
+    return type == PDF_NAME(Page) || type == PDF_NAME(Pages);
+}
+
 // Drops the objects that only the cross-reference table holds among its entries [from, from +
 // count), counted through every section in order, as a full clear of the table would. False
 // once past the last entry. Plain MuPDF calls: runs inside a guarded block.
@@ -39,8 +48,12 @@ bool clearCachedObjects(fz_context *ctx, pdf_document *doc, int from, int count)
             const int end = std::min(sub->len, from + count - index);
             for (int e = first; e < end; ++e) {
                 pdf_xref_entry &entry = sub->table[e];
-                // An object whose stream was replaced in memory is the only copy of it.
-                if (entry.obj && !entry.stm_buf && pdf_obj_refs(ctx, entry.obj) == 1) {
+                // An object whose stream was replaced in memory is the only copy of it. Page
+                // and page tree dictionaries stay: they are few and small, and every page loaded
+                // or turned walks through them, which would parse their object streams whole
+                // again after each release.
+                if (entry.obj && !entry.stm_buf && pdf_obj_refs(ctx, entry.obj) == 1
+                    && !isPageTreeNode(ctx, entry.obj)) {
                     pdf_drop_obj(ctx, entry.obj);
                     entry.obj = nullptr;
                 }
