@@ -16,6 +16,7 @@
 #include <QtTest>
 
 #include <QFile>
+#include <QScopeGuard>
 
 #include <malloc.h>
 
@@ -314,6 +315,25 @@ private slots:
         QVERIFY(onScreen->render(shown, inView->geometry().pageToView(0.25)));
         QVERIFY(TestTools::hasInk(shown));
 
+        // The page on screen is drawn again and again meanwhile, as its tiles are, while the
+        // fonts of the pages passed are given back.
+        std::atomic<bool> stop { false };
+        std::atomic<int> redrawn { 0 };
+        std::atomic<int> changed { 0 };
+        std::thread tiles([&] {
+            QImage again(shown.size(), QImage::Format_ARGB32_Premultiplied);
+            while (!stop) {
+                if (!onScreen->render(again, inView->geometry().pageToView(0.25)) || again != shown)
+                    ++changed;
+                ++redrawn;
+            }
+        });
+        // A failed check returns early: the drawing stops first.
+        const auto joinTiles = qScopeGuard([&] {
+            stop = true;
+            if (tiles.joinable())
+                tiles.join();
+        });
         qint64 afterFirstPages = 0;
         for (int i = 1; i < FontPages; ++i) {
             const QImage page
@@ -324,11 +344,12 @@ private slots:
                 QVERIFY(release(*document));
                 if (i == ReleaseEveryFew)
                     afterFirstPages = heapInUse();
-                QImage again(shown.size(), QImage::Format_ARGB32_Premultiplied);
-                QVERIFY(onScreen->render(again, inView->geometry().pageToView(0.25)));
-                QCOMPARE(again, shown);
             }
         }
+        QTRY_VERIFY(redrawn > 0);
+        stop = true;
+        tiles.join();
+        QCOMPARE(changed.load(), 0);
         QVERIFY(release(*document));
         QCOMPARE(draw(*document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox)), shown);
         QVERIFY(release(*document));
