@@ -66,6 +66,44 @@ bool clearCachedObjects(fz_context *ctx, pdf_document *doc, int from, int count)
     return false;
 }
 
+// A font's reference count, read under MuPDF's allocation lock, where counts change. The lock is
+// taken through the context's table: the library's own helpers for it exist in its debug builds
+// only.
+int referenceCount(fz_context *ctx, const fz_font *font)
+{
+    struct AllocationLock
+    {
+        explicit AllocationLock(fz_context *c)
+            : ctx(c)
+        {
+            ctx->locks.lock(ctx->locks.user, FZ_LOCK_ALLOC);
+        }
+        ~AllocationLock() { ctx->locks.unlock(ctx->locks.user, FZ_LOCK_ALLOC); }
+        fz_context *ctx;
+    };
+    const AllocationLock lock(ctx);
+    return font->refs;
+}
+
+// Drops the Type 3 fonts that only the document still holds. MuPDF keeps each Type 3 font it
+// loads until the document closes, while its store forgets the font: once the store is emptied,
+// the next page set in that font loads a copy of its own, glyph pictures and all, and every
+// release would add one more copy for the rest of the document's life. A font that nothing else
+// holds (no display list, no glyph cache entry, no description in the store) cannot be held
+// again but through a new load, which makes a new font, so it goes. Under the document's lock.
+void dropUnusedType3Fonts(fz_context *ctx, pdf_document *doc)
+{
+    int kept = 0;
+    for (int i = 0; i < doc->num_type3_fonts; ++i) {
+        fz_font *const font = doc->type3_fonts[i];
+        if (referenceCount(ctx, font) == 1)
+            mu::runQuietly(ctx, [&] { fz_drop_font(ctx, font); });
+        else
+            doc->type3_fonts[kept++] = font;
+    }
+    doc->num_type3_fonts = kept;
+}
+
 } // namespace
 
 qint64 PDFDocument::cachedContentGrowth()
@@ -153,6 +191,13 @@ bool PDFDocument::releaseCachedContent()
             // keeps what the pages in view hold through their display lists.
             fz_empty_store(ctx);
         });
+        // With the store empty, the Type 3 fonts of the pages passed are held by the document
+        // alone.
+        mutex.waitForMainThread();
+        {
+            const mu::Lock lock(mutex);
+            dropUnusedType3Fonts(ctx, doc);
+        }
         g_heldAfterRelease = mu::liveBytes();
         // Freed pages of the heap go back to the system.
         malloc_trim(0);
