@@ -66,22 +66,10 @@ bool clearCachedObjects(fz_context *ctx, pdf_document *doc, int from, int count)
     return false;
 }
 
-// A font's reference count, read under MuPDF's allocation lock, where counts change. The lock is
-// taken through the context's table: the library's own helpers for it exist in its debug builds
-// only.
+// A font's reference count, read under MuPDF's allocation lock, where counts change.
 int referenceCount(fz_context *ctx, const fz_font *font)
 {
-    struct AllocationLock
-    {
-        explicit AllocationLock(fz_context *c)
-            : ctx(c)
-        {
-            ctx->locks.lock(ctx->locks.user, FZ_LOCK_ALLOC);
-        }
-        ~AllocationLock() { ctx->locks.unlock(ctx->locks.user, FZ_LOCK_ALLOC); }
-        fz_context *ctx;
-    };
-    const AllocationLock lock(ctx);
+    const mu::AllocationLock lock(ctx);
     return font->refs;
 }
 

@@ -393,15 +393,12 @@ void PDFDocumentPrivate::renumberLocked()
     // MuPDF hands out an open page with the number asked for before it loads one, so every
     // open page answers for its place now, and one this list does not hold (taken out, or
     // kept by a worker after a release) for none. The list changes under the allocation lock.
-    // (Through the lock table itself: MuPDF's inline fz_lock checks a debug table the release
-    // library does not have.)
     fz_context *ctx = mu::context();
-    ctx->locks.lock(ctx->locks.user, FZ_LOCK_ALLOC);
+    const mu::AllocationLock lock(ctx);
     for (fz_page *open = handle->doc()->super.open; open; open = open->next) {
         const auto place = held.find(open);
         open->number = place == held.end() ? -1 : place->second;
     }
-    ctx->locks.unlock(ctx->locks.user, FZ_LOCK_ALLOC);
 }
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
