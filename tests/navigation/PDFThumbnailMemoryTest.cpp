@@ -5,6 +5,7 @@
 #include "support/TestTools.h"
 
 #include <document/FDDocument.h>
+#include <kit/base/BackgroundQueue.h>
 #include <kit/engine/PDFEngineInfo.h>
 #include <navigation/FDPageThumbnailCache.h>
 #include <navigation/PDFThumbnailModel.h>
@@ -56,7 +57,7 @@ private slots:
             else
                 most = std::max(most, PDFEngineInfo::heldBytes());
         }
-        QThreadPool::globalInstance()->waitForDone();
+        BackgroundQueue::pool().waitForDone();
         // Each font costs its file (740 KB) and its face: all of them kept hold over 120 MB.
         const qint64 growth = most - firstPages;
         QVERIFY2(

@@ -5,6 +5,7 @@
 #include "PDFPagePrivate.h"
 #include "mupdf/WorkBudget.h"
 
+#include <kit/base/BackgroundQueue.h>
 #include <kit/base/ThreadHandoff.h>
 
 #include <QThreadPool>
@@ -193,6 +194,6 @@ bool PDFDocument::releaseCachedContent()
     });
     // Handed over once made: the job's captures are written as it is made.
     ThreadHandoff::handOver(&g_heldAfterRelease);
-    QThreadPool::globalInstance()->start(job);
+    BackgroundQueue::pool().start(job);
     return true;
 }

@@ -1,5 +1,6 @@
 #include "PDFRenderScheduler.h"
 
+#include <kit/base/BackgroundQueue.h>
 #include <kit/base/ThreadHandoff.h>
 #include <kit/engine/PDFCancellation.h>
 #include <kit/engine/PDFDisplayList.h>
@@ -424,7 +425,7 @@ PDFRenderScheduler::PDFRenderScheduler(QObject *parent, int threads)
     m_giveBackTimer.setInterval(GiveBackAfterMs);
     connect(&m_giveBackTimer, &QTimer::timeout, this, [this] {
         if (isIdle())
-            QThreadPool::globalInstance()->start([] { malloc_trim(0); });
+            BackgroundQueue::async([] { malloc_trim(0); });
     });
 }
 

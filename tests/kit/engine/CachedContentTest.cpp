@@ -6,6 +6,7 @@
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
+#include <kit/base/BackgroundQueue.h>
 #include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
@@ -151,7 +152,7 @@ bool release(PDFDocument &document)
 {
     if (!document.releaseCachedContent())
         return false;
-    QThreadPool::globalInstance()->waitForDone();
+    BackgroundQueue::pool().waitForDone();
     return true;
 }
 
@@ -225,7 +226,7 @@ private slots:
         });
         QTRY_VERIFY(recorded > 0);
         const bool released = document->releaseCachedContent();
-        QThreadPool::globalInstance()->waitForDone();
+        BackgroundQueue::pool().waitForDone();
         stop = true;
         worker.join();
         QVERIFY(released);

@@ -6,6 +6,7 @@
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
+#include <kit/base/BackgroundQueue.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentDelegate.h>
@@ -495,7 +496,7 @@ private slots:
         if (release) {
             doc->pageAtIndex(3)->setRotation(90);
             QVERIFY(doc->releaseCachedContent());
-            QThreadPool::globalInstance()->waitForDone();
+            BackgroundQueue::pool().waitForDone();
             QCOMPARE(doc->pageAtIndex(0)->string(), text);
             QCOMPARE(
                 doc->pageAtIndex(0)->imageForBox(PDFDisplayBox::CropBox, QSize(153, 198)), before);

@@ -4,6 +4,7 @@
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
 
+#include <kit/base/BackgroundQueue.h>
 #include <kit/engine/PDFDisplayList.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFEngineInfo.h>
@@ -231,7 +232,7 @@ private slots:
             const std::lock_guard lock(sourcesMutex);
             sources[size_t(r % Pages)] = std::move(source);
         }
-        QThreadPool::globalInstance()->waitForDone();
+        BackgroundQueue::pool().waitForDone();
         stop = true;
         for (std::thread &worker : workers)
             worker.join();
@@ -256,9 +257,9 @@ private slots:
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
         // Whatever the engine holds beyond what the open pages need goes.
         const auto releaseAll = [&] {
-            QThreadPool::globalInstance()->waitForDone();
+            BackgroundQueue::pool().waitForDone();
             const bool released = document->releaseCachedContent();
-            QThreadPool::globalInstance()->waitForDone();
+            BackgroundQueue::pool().waitForDone();
             return released;
         };
         QVERIFY(releaseAll());
