@@ -18,6 +18,7 @@
 #include <kit/engine/PDFSelection.h>
 #include <view/FDPDFView.h>
 
+#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QMenu>
@@ -251,32 +252,50 @@ void PDFSidebarOutlineContents::followPage()
         if (::pageIndex(*item) == pageIndex && pageIndex >= 0)
             return;
     }
+    // An item's page may take its named destination and a part of the page tree to find: a
+    // long outline is matched a few milliseconds per turn, leaving the turns between to the
+    // first screen and to input.
+    if (!buildPageMap(PageMapMillisecondsPerTurn)) {
+        schedulePageFollowing();
+        return;
+    }
     selectOutlineWithItem(outlineItemForPage(pageIndex));
+}
+
+bool PDFSidebarOutlineContents::buildPageMap(int milliseconds)
+{
+    const auto current = document();
+    if (!current)
+        return false;
+    if (!m_mapPagesToOutlines || m_mapDocument != current.get()) {
+        m_mapPagesToOutlines.emplace();
+        m_mapDocument = current.get();
+        m_mapPending.clear();
+        if (const auto top = current->outlineRoot())
+            m_mapPending.push_back(top);
+    }
+    // Parent before children, children in order: a later item of a page replaces an earlier
+    // one. The engine's tree has no loops, so the walk ends.
+    QElapsedTimer clock;
+    clock.start();
+    while (!m_mapPending.empty()) {
+        if (milliseconds >= 0 && clock.elapsed() >= milliseconds)
+            return false;
+        const auto item = std::move(m_mapPending.back());
+        m_mapPending.pop_back();
+        const int index = ::pageIndex(*item);
+        if (index >= 0)
+            (*m_mapPagesToOutlines)[index] = item;
+        for (int child = item->numberOfChildren() - 1; child >= 0; --child)
+            m_mapPending.push_back(item->childAtIndex(child));
+    }
+    return true;
 }
 
 std::shared_ptr<PDFOutline> PDFSidebarOutlineContents::outlineItemForPage(int pageIndex)
 {
-    const auto current = document();
-    if (!current)
+    if (!buildPageMap(-1))
         return nullptr;
-    if (!m_mapPagesToOutlines || m_mapDocument != current.get()) {
-        m_mapPagesToOutlines.emplace();
-        m_mapDocument = current.get();
-        // Parent before children, children in order: a later item of a page replaces an
-        // earlier one. The engine's tree has no loops, so the walk ends.
-        std::vector<std::shared_ptr<PDFOutline>> pending;
-        if (const auto top = current->outlineRoot())
-            pending.push_back(top);
-        while (!pending.empty()) {
-            const auto item = pending.back();
-            pending.pop_back();
-            const int index = ::pageIndex(*item);
-            if (index >= 0)
-                (*m_mapPagesToOutlines)[index] = item;
-            for (int child = item->numberOfChildren() - 1; child >= 0; --child)
-                pending.push_back(item->childAtIndex(child));
-        }
-    }
     // The last key at or before the page, but none past every key.
     const auto next = m_mapPagesToOutlines->upper_bound(pageIndex);
     if (next == m_mapPagesToOutlines->begin() || next == m_mapPagesToOutlines->end())

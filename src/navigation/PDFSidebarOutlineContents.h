@@ -65,6 +65,8 @@ public:
     // on the nearest outlined page at or before it (a later item on a page replaces an earlier
     // one); none before the first and from the last outlined page on.
     std::shared_ptr<PDFOutline> outlineItemForPage(int pageIndex);
+    // Goes on building the table of pages to items for about the time given; true once whole.
+    bool buildPageMap(int milliseconds);
 
 protected:
     void onPDFViewChanged() override;
@@ -73,6 +75,7 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    static constexpr int PageMapMillisecondsPerTurn = 5;
     void reload();
     void updatePageColumn();
     void schedulePageFollowing();
@@ -109,4 +112,6 @@ private:
     // drop keeps it as it was.
     std::optional<std::map<int, std::shared_ptr<PDFOutline>>> m_mapPagesToOutlines;
     const void *m_mapDocument = nullptr;
+    // The items still to be looked at while the table is built, next last.
+    std::vector<std::shared_ptr<PDFOutline>> m_mapPending;
 };

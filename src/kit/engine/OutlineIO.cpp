@@ -27,7 +27,42 @@ struct ParsedDestination
     bool valid = false;
 };
 
-// Reads an explicit destination array; names and strings are looked up first.
+// Reads an explicit destination array, or a dictionary holding one under /D.
+void parseArray(fz_context *ctx, pdf_obj *array, ParsedDestination &result)
+{
+    if (pdf_is_dict(ctx, array))
+        array = pdf_dict_get(ctx, array, PDF_NAME(D));
+    if (!pdf_is_array(ctx, array) || pdf_array_len(ctx, array) < 1)
+        fz_throw(ctx, FZ_ERROR_GENERIC, "not a destination");
+    pdf_obj *page = pdf_array_get(ctx, array, 0);
+    if (pdf_is_int(ctx, page))
+        result.pageNumber = pdf_to_int(ctx, page);
+    else
+        result.pageObject = pdf_to_num(ctx, page);
+    pdf_obj *kind = pdf_array_get(ctx, array, 1);
+    const auto number = [&](int i) {
+        pdf_obj *value = pdf_array_get(ctx, array, i);
+        return pdf_is_number(ctx, value) ? static_cast<double>(pdf_to_real(ctx, value))
+                                         : Unspecified;
+    };
+    if (pdf_name_eq(ctx, kind, PDF_NAME(XYZ))) {
+        result.x = number(2);
+        result.y = number(3);
+        result.zoom = number(4);
+        if (result.zoom == 0)
+            result.zoom = Unspecified;
+    } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitH)) || pdf_name_eq(ctx, kind, PDF_NAME(FitBH))) {
+        result.y = number(2);
+    } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitV)) || pdf_name_eq(ctx, kind, PDF_NAME(FitBV))) {
+        result.x = number(2);
+    } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitR))) {
+        result.x = number(2);
+        result.y = number(5);
+    }
+    result.valid = true;
+}
+
+// Reads a destination; names and strings are looked up first.
 ParsedDestination parseDestination(fz_context *ctx, pdf_document *doc, pdf_obj *dest)
 {
     ParsedDestination result;
@@ -36,50 +71,20 @@ ParsedDestination parseDestination(fz_context *ctx, pdf_document *doc, pdf_obj *
         pdf_obj *array = dest;
         if (pdf_is_name(ctx, array) || pdf_is_string(ctx, array))
             array = pdf_lookup_dest(ctx, doc, array);
-        if (pdf_is_dict(ctx, array))
-            array = pdf_dict_get(ctx, array, PDF_NAME(D));
-        if (!pdf_is_array(ctx, array) || pdf_array_len(ctx, array) < 1)
-            fz_throw(ctx, FZ_ERROR_GENERIC, "not a destination");
-        pdf_obj *page = pdf_array_get(ctx, array, 0);
-        if (pdf_is_int(ctx, page))
-            result.pageNumber = pdf_to_int(ctx, page);
-        else
-            result.pageObject = pdf_to_num(ctx, page);
-        pdf_obj *kind = pdf_array_get(ctx, array, 1);
-        const auto number = [&](int i) {
-            pdf_obj *value = pdf_array_get(ctx, array, i);
-            return pdf_is_number(ctx, value) ? static_cast<double>(pdf_to_real(ctx, value))
-                                             : Unspecified;
-        };
-        if (pdf_name_eq(ctx, kind, PDF_NAME(XYZ))) {
-            result.x = number(2);
-            result.y = number(3);
-            result.zoom = number(4);
-            if (result.zoom == 0)
-                result.zoom = Unspecified;
-        } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitH))
-            || pdf_name_eq(ctx, kind, PDF_NAME(FitBH))) {
-            result.y = number(2);
-        } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitV))
-            || pdf_name_eq(ctx, kind, PDF_NAME(FitBV))) {
-            result.x = number(2);
-        } else if (pdf_name_eq(ctx, kind, PDF_NAME(FitR))) {
-            result.x = number(2);
-            result.y = number(5);
-        }
-        result.valid = true;
+        parseArray(ctx, array, result);
     });
     return result;
 }
 
+} // namespace
+
 class Reader
 {
 public:
-    Reader(fz_context *ctx, pdf_document *doc,
-        const std::function<std::shared_ptr<PDFPage>(int)> &pageForObject)
+    Reader(fz_context *ctx, pdf_document *doc, const UnreadDestination &stamp)
         : m_ctx(ctx)
         , m_doc(doc)
-        , m_pageForObject(pageForObject)
+        , m_stamp(stamp)
     { }
 
     void readChildren(pdf_obj *first, PDFOutline &parent, int depth)
@@ -145,7 +150,7 @@ private:
         if (!dest && isGoTo)
             dest = get(action, PDF_NAME(D));
         if (dest) {
-            outline.setDestination(destinationFor(parseDestination(m_ctx, m_doc, dest)));
+            outline.m_unread = unreadFor(dest);
         } else if (isURI) {
             outline.setAction(std::make_shared<PDFActionURL>(QUrl(text(action, PDF_NAME(URI)))));
         } else if (isRemote) {
@@ -163,23 +168,40 @@ private:
         }
     }
 
-    std::shared_ptr<PDFDestination> destinationFor(const ParsedDestination &parsed)
+    // Names are kept as they stand; an array is read now, as it lies in the item or near it.
+    std::shared_ptr<const UnreadDestination> unreadFor(pdf_obj *dest)
     {
-        if (!parsed.valid || parsed.pageObject <= 0)
+        auto unread = std::make_shared<UnreadDestination>(m_stamp);
+        ParsedDestination parsed;
+        mu::Error error;
+        mu::run(m_ctx, error, [&] {
+            if (pdf_is_name(m_ctx, dest) || pdf_is_string(m_ctx, dest)) {
+                unread->nameIsString = pdf_is_string(m_ctx, dest);
+                const char *bytes = unread->nameIsString ? pdf_to_str_buf(m_ctx, dest)
+                                                         : pdf_to_name(m_ctx, dest);
+                const size_t length = unread->nameIsString ? pdf_to_str_len(m_ctx, dest)
+                                                           : std::strlen(bytes);
+                unread->name = QByteArray(bytes, qsizetype(length));
+            } else {
+                parseArray(m_ctx, dest, parsed);
+            }
+        });
+        if (error.failed || (unread->name.isEmpty() && parsed.pageObject <= 0))
             return nullptr;
-        const auto page = m_pageForObject(parsed.pageObject);
-        if (!page)
-            return nullptr;
-        auto destination = std::make_shared<PDFDestination>(page, QPointF(parsed.x, parsed.y));
-        destination->setZoom(parsed.zoom);
-        return destination;
+        unread->pageObject = parsed.pageObject;
+        unread->x = parsed.x;
+        unread->y = parsed.y;
+        unread->zoom = parsed.zoom;
+        return unread;
     }
 
     fz_context *m_ctx;
     pdf_document *m_doc;
-    const std::function<std::shared_ptr<PDFPage>(int)> &m_pageForObject;
+    const UnreadDestination &m_stamp;
     QSet<int> m_seen;
 };
+
+namespace {
 
 // Count of items shown under an item when it is open.
 int visibleCount(const PDFOutline &item)
@@ -339,7 +361,7 @@ private:
 } // namespace
 
 std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc,
-    const std::function<std::shared_ptr<PDFPage>(int objectNumber)> &pageForObject)
+    const std::weak_ptr<PDFDocument> &document, const std::weak_ptr<mu::DocumentHandle> &handle)
 {
     pdf_obj *outlines = nullptr;
     pdf_obj *first = nullptr;
@@ -352,8 +374,41 @@ std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc,
     if (!outlines || !first)
         return nullptr;
     auto root = std::make_shared<PDFOutline>();
-    Reader(ctx, doc, pageForObject).readChildren(first, *root, 0);
+    UnreadDestination stamp;
+    stamp.document = document;
+    stamp.handle = handle;
+    Reader(ctx, doc, stamp).readChildren(first, *root, 0);
     return root;
+}
+
+std::shared_ptr<PDFDestination> readDestination(fz_context *ctx, pdf_document *doc,
+    const UnreadDestination &unread, const PageForObject &pageForObject)
+{
+    ParsedDestination parsed;
+    parsed.pageObject = unread.pageObject;
+    parsed.x = unread.x;
+    parsed.y = unread.y;
+    parsed.zoom = unread.zoom;
+    if (!unread.name.isEmpty()) {
+        mu::Object name;
+        mu::Error error;
+        mu::run(ctx, error, [&] {
+            name.p = unread.nameIsString
+                ? pdf_new_string(ctx, unread.name.constData(), size_t(unread.name.size()))
+                : pdf_new_name(ctx, unread.name.constData());
+        });
+        if (error.failed)
+            return nullptr;
+        parsed = parseDestination(ctx, doc, name.p);
+    }
+    if (parsed.pageObject <= 0)
+        return nullptr;
+    const auto page = pageForObject(parsed.pageObject);
+    if (!page)
+        return nullptr;
+    auto destination = std::make_shared<PDFDestination>(page, QPointF(parsed.x, parsed.y));
+    destination->setZoom(parsed.zoom);
+    return destination;
 }
 
 bool write(fz_context *ctx, pdf_document *doc, const PDFOutline *root,

@@ -15,6 +15,7 @@ void PDFDocument::insertPage(const std::shared_ptr<PDFPage> &page, int index)
     // Changing the tree ends the lazy walk; the outline keeps its pages through it.
     d->loadOutline();
     d->resolveAll();
+    d->readOutlineDestinations();
     if (const auto owner = page->document()) {
         if (owner.get() == this && index > pageCount() - 1)
             index = pageCount() - 1;
@@ -72,6 +73,7 @@ void PDFDocument::exchangePageAtIndex(int index, int otherIndex)
         return;
     d->loadOutline();
     d->resolveAll();
+    d->readOutlineDestinations();
     const int low = std::min(index, otherIndex);
     const int high = std::max(index, otherIndex);
     pdf_obj *const lowObject = d->pages[static_cast<size_t>(low)]->d->object;

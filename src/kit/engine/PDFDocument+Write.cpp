@@ -189,6 +189,7 @@ PDFDocument::DataWriter PDFDocument::prepareDataRepresentation() const
     if (d->contentLoaded) {
         d->loadOutline();
         d->resolveAll();
+        d->readOutlineDestinations();
     }
     const std::shared_ptr<mu::DocumentHandle> handle = d->handle;
     const mu::Lock lock(handle->mutex());

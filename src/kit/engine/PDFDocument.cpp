@@ -336,9 +336,21 @@ void PDFDocumentPrivate::adoptPagesLocked(const std::vector<pdf_obj *> &found)
 
 std::shared_ptr<PDFPage> PDFDocumentPrivate::pageForObjectNumberLocked(int number)
 {
+    fz_context *ctx = mu::context();
+    const int count = static_cast<int>(pages.size());
+    if (resolved < count && handle) {
+        // Counted up from the page's parents: a few nodes of the tree, where a walk to the
+        // page would read every page before it. A tree that does not lead back to the page
+        // leaves the answer to the walk.
+        const int index = PageTree::indexOf(ctx, handle->doc(), number);
+        if (index >= 0 && index < count) {
+            const PDFPagePrivate &page = *pages[size_t(index)]->d;
+            if (index >= resolved || (page.object && pdf_to_num(ctx, page.object) == number))
+                return pages[size_t(index)];
+        }
+    }
     if (pagesByNumberOrder != pageOrder || pagesByNumber.isEmpty()) {
-        resolveThroughLocked(static_cast<int>(pages.size()) - 1);
-        fz_context *ctx = mu::context();
+        resolveThroughLocked(count - 1);
         pagesByNumber.clear();
         // Backwards, so that a page listed twice answers its first place.
         for (size_t i = pages.size(); i-- > 0;) {
@@ -356,28 +368,42 @@ void PDFDocumentPrivate::loadOutline()
     if (outlineLoaded || !handle || locked)
         return;
     outlineLoaded = true;
-    fz_context *ctx = mu::context();
-    QHash<int, std::shared_ptr<PDFPage>> byNumber;
-    bool mapped = false;
     {
         const mu::Lock lock(handle->mutex());
-        // The page tree is walked for the first item that points at a page: a long document
-        // without an outline opens reading none of its pages but those shown.
-        const auto pageForObject = [&](int number) {
-            if (!mapped) {
-                mapped = true;
-                resolveThroughLocked(static_cast<int>(pages.size()) - 1);
-                for (const auto &page : pages) {
-                    if (page->d->object)
-                        byNumber.insert(pdf_to_num(ctx, page->d->object), page);
-                }
-            }
-            return byNumber.value(number);
-        };
-        outlineRoot = OutlineIO::read(ctx, handle->doc(), pageForObject);
+        outlineRoot = OutlineIO::read(mu::context(), handle->doc(), q.weak_from_this(), handle);
     }
     if (outlineRoot)
         outlineRoot->m_document = q.weak_from_this();
+}
+
+std::shared_ptr<PDFDestination> PDFDocumentPrivate::readOutlineDestination(
+    const OutlineIO::UnreadDestination &unread)
+{
+    const auto document = unread.document.lock();
+    if (!document)
+        return nullptr;
+    PDFDocumentPrivate &d = *document->d;
+    const auto handle = d.handle;
+    if (!handle || handle != unread.handle.lock())
+        return nullptr;
+    const mu::Lock lock(handle->mutex());
+    return OutlineIO::readDestination(mu::context(), handle->doc(), unread,
+        [&](int number) { return d.pageForObjectNumberLocked(number); });
+}
+
+void PDFDocumentPrivate::readOutlineDestinations()
+{
+    if (!outlineLoaded || !outlineRoot)
+        return;
+    std::vector<std::shared_ptr<PDFOutline>> pending { outlineRoot };
+    while (!pending.empty()) {
+        const auto item = std::move(pending.back());
+        pending.pop_back();
+        if (item->m_unread)
+            item->destination();
+        for (const auto &child : item->m_children)
+            pending.push_back(child);
+    }
 }
 
 void PDFDocumentPrivate::renumberLocked()
@@ -407,6 +433,7 @@ std::shared_ptr<PDFPage> PDFDocumentPrivate::takePage(int index)
         return nullptr;
     loadOutline();
     resolveAll();
+    readOutlineDestinations();
     auto page = pages[static_cast<size_t>(index)];
     {
         const mu::Lock lock(handle->mutex());

@@ -19,9 +19,13 @@
 #include <thread>
 #include <vector>
 
+class PDFDestination;
 class PDFDocument;
 class PDFDocumentDelegate;
 class PDFOutline;
+namespace OutlineIO {
+struct UnreadDestination;
+}
 class PDFPage;
 
 struct PDFDocumentPrivate
@@ -49,12 +53,20 @@ struct PDFDocumentPrivate
     mu::DisplayList takeFirstPageContents(int pageObject);
     // Makes the first page's loaded page the one read ahead with the document (taking it).
     void adoptFirstPage(pdf_page *loaded, pdf_document *doc);
-    // The page of this document whose object has the number (link targets); the lock is held.
-    // The table is built once per page order, not once per page of links.
+    // The page of this document whose object has the number (link and outline targets); the
+    // lock is held. Before the page tree is walked whole, MuPDF finds the page's place from its
+    // parents; after, a table built once per page order answers.
     std::shared_ptr<PDFPage> pageForObjectNumberLocked(int number);
     void resolveAll() { resolveThrough(static_cast<int>(pages.size()) - 1); }
-    // The outline, read on first use: its destinations need every page object.
+    // The outline, read on first use, its destinations when asked for.
     void loadOutline();
+    // An outline item's destination, read in the document it was read from (null once that is
+    // gone or holds other objects). Main thread; takes the lock.
+    static std::shared_ptr<PDFDestination> readOutlineDestination(
+        const OutlineIO::UnreadDestination &unread);
+    // Every outline destination read while the pages are where the file put them: before
+    // pages move or go, and before the outline is written.
+    void readOutlineDestinations();
     // The delegate's page class, asked for once per batch of pages made.
     PDFPageFactory pageFactory() const;
     std::shared_ptr<PDFPage> makePage(const PDFPageFactory &factory) const;

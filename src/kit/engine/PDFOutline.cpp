@@ -1,6 +1,8 @@
 #include "PDFOutline.h"
 
+#include "OutlineIO.h"
 #include "PDFActionGoTo.h"
+#include "PDFDocumentPrivate.h"
 
 #include <algorithm>
 
@@ -70,8 +72,16 @@ void PDFOutline::removeFromParent()
     m_parent.reset();
 }
 
+std::shared_ptr<PDFDestination> PDFOutline::destination() const
+{
+    if (const auto unread = std::exchange(m_unread, nullptr))
+        m_destination = PDFDocumentPrivate::readOutlineDestination(*unread);
+    return m_destination;
+}
+
 void PDFOutline::setDestination(const std::shared_ptr<PDFDestination> &destination)
 {
+    m_unread.reset();
     m_destination = destination;
 }
 
@@ -79,7 +89,7 @@ std::shared_ptr<PDFAction> PDFOutline::action() const
 {
     if (m_action)
         return m_action;
-    if (m_destination)
-        return std::make_shared<PDFActionGoTo>(m_destination);
+    if (const auto target = destination())
+        return std::make_shared<PDFActionGoTo>(target);
     return nullptr;
 }

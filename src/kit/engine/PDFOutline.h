@@ -11,6 +11,10 @@
 class PDFAction;
 class PDFDestination;
 class PDFDocument;
+namespace OutlineIO {
+class Reader;
+struct UnreadDestination;
+}
 
 class PDFOutline : public std::enable_shared_from_this<PDFOutline>
 {
@@ -33,7 +37,7 @@ public:
     bool isOpen() const { return m_isOpen; }
     void setIsOpen(bool open) { m_isOpen = open; }
 
-    std::shared_ptr<PDFDestination> destination() const { return m_destination; }
+    std::shared_ptr<PDFDestination> destination() const;
     void setDestination(const std::shared_ptr<PDFDestination> &destination);
     // The explicit action, else a go-to of the destination; null with neither.
     std::shared_ptr<PDFAction> action() const;
@@ -42,11 +46,14 @@ public:
 private:
     friend class PDFDocument;
     friend struct PDFDocumentPrivate;
+    friend class OutlineIO::Reader;
     std::weak_ptr<PDFOutline> m_parent;
     std::weak_ptr<PDFDocument> m_document; // set on a root by its document
     std::vector<std::shared_ptr<PDFOutline>> m_children;
     QString m_label;
     bool m_isOpen = false;
-    std::shared_ptr<PDFDestination> m_destination;
+    mutable std::shared_ptr<PDFDestination> m_destination;
+    // The file's destination, matched to a page when first asked for.
+    mutable std::shared_ptr<const OutlineIO::UnreadDestination> m_unread;
     std::shared_ptr<PDFAction> m_action;
 };

@@ -1,6 +1,7 @@
 #include "PageTree.h"
 
 #include <array>
+#include <climits>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -393,6 +394,53 @@ bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file, Ch
         mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page.dict); });
     }
     return repaired;
+}
+
+int indexOf(fz_context *ctx, pdf_document *doc, int pageObject)
+{
+    int index = 0;
+    bool found = false;
+    mu::Error error;
+    mu::run(ctx, error, [&] {
+        pdf_obj *node = pdf_load_object(ctx, doc, pageObject);
+        pdf_drop_obj(ctx, node); // the document's table holds it
+        if (!pdf_name_eq(ctx, pdf_dict_get(ctx, node, PDF_NAME(Type)), PDF_NAME(Page)))
+            return;
+        pdf_obj *top = pdf_dict_getp(ctx, pdf_trailer(ctx, doc), "Root/Pages");
+        int number = pageObject;
+        for (int depth = 0; depth < MaxDepth; ++depth) {
+            pdf_obj *parent = pdf_dict_get(ctx, node, PDF_NAME(Parent));
+            if (!pdf_is_dict(ctx, parent))
+                return;
+            pdf_obj *kids = pdf_dict_get(ctx, parent, PDF_NAME(Kids));
+            const int count = pdf_array_len(ctx, kids);
+            int before = 0;
+            bool listed = false;
+            for (int i = 0; i < count && !listed; ++i) {
+                pdf_obj *kid = pdf_array_get(ctx, kids, i);
+                if (pdf_to_num(ctx, kid) == number) {
+                    listed = true;
+                } else if (pdf_name_eq(ctx, pdf_dict_get(ctx, kid, PDF_NAME(Type)), PDF_NAME(Pages))) {
+                    const int pages = pdf_dict_get_int(ctx, kid, PDF_NAME(Count));
+                    if (pages < 0 || before > INT_MAX - pages)
+                        return;
+                    before += pages;
+                } else {
+                    ++before;
+                }
+            }
+            if (!listed || index > INT_MAX - before)
+                return;
+            index += before;
+            number = pdf_to_num(ctx, parent);
+            if (number > 0 && number == pdf_to_num(ctx, top)) {
+                found = true;
+                return;
+            }
+            node = parent;
+        }
+    });
+    return found && !error.failed ? index : -1;
 }
 
 Result load(fz_context *ctx, pdf_document *doc, bool scan, mu::Error &error)

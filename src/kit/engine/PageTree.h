@@ -56,6 +56,12 @@ private:
 bool repairIfDamaged(fz_context *ctx, pdf_document *doc, QByteArrayView file,
     CheckSharing share = CheckSharing::Alone);
 
+// The place in the tree of the page object with the number, counted up from its parents: each
+// parent must list the node below it, the top one must be the catalog's /Pages, and a parent's
+// other kids count by their /Count. -1 when the page does not lead back so; the caller then walks
+// the tree. The caller holds the document's lock.
+int indexOf(fz_context *ctx, pdf_document *doc, int pageObject);
+
 // Every page object under the tree, walked whole. The caller holds the document's lock. With scan
 // set, a tree without pages is replaced by the page objects found among all the file's objects (in
 // object order). No pages is no error.
