@@ -3,6 +3,7 @@
 #include "PDFDocumentPrivate.h"
 #include "PDFPage.h"
 #include "PDFPagePrivate.h"
+#include "PageTreeReadAhead.h"
 #include "mupdf/WorkBudget.h"
 
 #include <kit/base/BackgroundQueue.h>
@@ -98,6 +99,14 @@ void dropUnusedType3Fonts(fz_context *ctx, pdf_document *doc)
 qint64 PDFDocument::cachedContentGrowth()
 {
     return mu::liveBytes() - g_heldAfterRelease.load();
+}
+
+void PDFDocument::readPageTreeAhead()
+{
+    if (!d->handle || d->locked || d->resolved >= pageCount() || d->readingTreeAhead)
+        return;
+    d->readingTreeAhead = true;
+    PageTreeReadAhead::start(d->handle);
 }
 
 bool PDFDocument::releaseCachedContent()

@@ -111,6 +111,10 @@ public:
     // What the engine holds for all documents beyond what it held after the last release, in
     // bytes: fonts count little in MuPDF's store, so pages rich in fonts grow it past its limit.
     static qint64 cachedContentGrowth();
+    // Reads the rest of a long document's page tree on a background thread, so that its pages
+    // are later found without parsing the file on the caller's thread. Once per document; the
+    // view asks for it once its first screen is drawn.
+    void readPageTreeAhead();
 
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,

@@ -99,6 +99,7 @@ struct PDFDocumentPrivate
     PageTreeWalk walk;
     int objectCount = 0; // entries of the cross-reference: no tree holds more pages
     bool outlineLoaded = true;
+    bool readingTreeAhead = false;
     QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;
     quint64 pagesByNumberOrder = 0; // the page order the table was built for
     quint64 pageOrder = 0; // grows at every change of the order of pages

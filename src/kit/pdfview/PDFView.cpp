@@ -137,7 +137,7 @@ int PDFView::firstScreenPageCount() const
     return std::min(most, count * m_layout.pagesAcross());
 }
 
-void PDFView::loadPageSizes(int count)
+void PDFView::loadPageSizes(int count, int atLeast, QDeadlineTimer deadline)
 {
     const int total = int(m_pages.size());
     count = std::min(count, total);
@@ -145,6 +145,10 @@ void PDFView::loadPageSizes(int count)
         return;
     m_geometries.reserve(size_t(total));
     for (int i = m_sizesKnown; i < count; ++i) {
+        if (i >= atLeast && i > m_sizesKnown && deadline.hasExpired()) {
+            count = i;
+            break;
+        }
         const auto page = pageAt(i);
         PageGeometry geometry(page->boundsForBox(m_displayBox), page->rotation());
         if (size_t(i) < m_geometries.size())
@@ -175,11 +179,16 @@ void PDFView::loadMorePageSizes()
         m_sizesWaitForPaint = true;
         return;
     }
-    refinePageSizes(m_sizesKnown + PageSizesPerTurn);
+    if (m_document)
+        m_document->readPageTreeAhead();
+    refinePageSizes(m_sizesKnown + PageSizesPerTurn, 0, QDeadlineTimer(PageSizeMillisecondsPerTurn));
     updatePageViews();
+    // Reading every page's node parsed much of the file, which no screen may need again.
+    if (m_sizesKnown >= int(m_pages.size()))
+        releaseIfGrown();
 }
 
-void PDFView::refinePageSizes(int count)
+void PDFView::refinePageSizes(int count, int atLeast, QDeadlineTimer deadline)
 {
     // The page at the top of the view keeps its place on screen while sizes of pages above it
     // and of itself turn from estimates into real ones; a view at the end stays at the end.
@@ -197,7 +206,7 @@ void PDFView::refinePageSizes(int count)
         else
             anchor = -1;
     }
-    loadPageSizes(count);
+    loadPageSizes(count, atLeast, deadline);
     m_layout.update();
     updateScrollBars();
     if (atEnd) {
@@ -212,8 +221,10 @@ void PDFView::ensurePageSizes(int index)
 {
     if (index < m_sizesKnown || index >= int(m_pages.size()))
         return;
-    // Before the first screen is drawn, only as far as it may reach.
-    refinePageSizes(index + (m_firstScreenPending ? InitialPageSizes : PageSizesPerTurn));
+    // Before the first screen is drawn, only as far as it may reach; after, some pages beyond,
+    // as time allows.
+    refinePageSizes(index + (m_firstScreenPending ? InitialPageSizes : PageSizesPerTurn),
+        index + 1, QDeadlineTimer(PageSizeMillisecondsPerTurn));
     viewport()->update();
 }
 

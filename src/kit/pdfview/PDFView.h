@@ -16,9 +16,11 @@
 
 #include <QAbstractScrollArea>
 #include <QColor>
+#include <QDeadlineTimer>
 #include <QPointer>
 #include <QTimer>
 
+#include <climits>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -243,16 +245,20 @@ private:
     std::shared_ptr<PDFPage> pageAt(int index) const;
     void reloadPageSizes();
     void updatePasswordPanel();
-    // Page sizes are read lazily: the first pages at once, the rest a chunk per turn of the
-    // event loop, and any page at once when it is needed.
-    void loadPageSizes(int count);
+    // Page sizes are read lazily: the first pages at once, the rest a few milliseconds per turn
+    // of the event loop, and any page at once when it is needed. Reads up to count, but past
+    // atLeast only until the deadline.
+    void loadPageSizes(int count, int atLeast = INT_MAX,
+        QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
     // How many pages, from the first, fill the view and a screen below it at the current scale:
     // the sizes a first screen needs. At least one page, at most InitialPageSizes.
     int firstScreenPageCount() const;
     void loadMorePageSizes();
     void ensurePageSizes(int index);
-    // Reads sizes up to count and lays out again, the page under the reader held in place.
-    void refinePageSizes(int count);
+    // Reads sizes up to count (see loadPageSizes) and lays out again, the page under the reader
+    // held in place.
+    void refinePageSizes(int count, int atLeast = INT_MAX,
+        QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
     // Size of a page as seen (points) in the display box.
     QSizeF printPageSize(int index) const;
     void ensureVisiblePageSizes();
@@ -320,6 +326,9 @@ private:
     static constexpr int InitialPageSizes = 24; // the most read before the first screen
 
     static constexpr int PageSizesPerTurn = 200;
+    // A page whose tree node lies in an object stream not read yet costs a parse of the stream:
+    // a turn of the event loop reads sizes for this long at most.
+    static constexpr int PageSizeMillisecondsPerTurn = 4;
     mutable std::unordered_map<const PDFPage *, int> m_pageIndexes; // of the pages fetched
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };

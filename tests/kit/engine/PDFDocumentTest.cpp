@@ -525,6 +525,38 @@ private slots:
         QCOMPARE(reread->indexForPage(written->childAtIndex(1)->destination()->page()), 10);
     }
 
+    // The tree read ahead on a background thread while the pages are asked for, moved and taken
+    // out here, and while the document goes: every page stays itself. Run under the sanitizers.
+    void pageTreesReadAheadWhileThePagesChange()
+    {
+        QByteArray kids;
+        for (int n = 0; n < 600; ++n)
+            kids += QByteArray::number(10 + n) + (n == 299 ? " 0 R] /Count 300 >>" : " 0 R ");
+        const int split = kids.indexOf(">>") + 2;
+        const QList<QByteArray> nodes { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 600 >>",
+            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.left(split),
+            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.mid(split) + "] /Count 300 >>" };
+        const QByteArray file = treePdf(
+            nodes, 600, "<< /Type /Catalog /Pages 2 0 R >>", [](int n) { return n < 300 ? 3 : 4; });
+        for (int round = 0; round < 3; ++round) {
+            auto doc = openData(file);
+            QVERIFY(doc);
+            doc->readPageTreeAhead();
+            QCOMPARE(pageNames(*doc, { 450 }).at(450), 450);
+            if (round > 0) {
+                doc->exchangePageAtIndex(0, 599);
+                doc->removePageAtIndex(1);
+                QCOMPARE(doc->pageCount(), 599);
+                QCOMPARE(pageNames(*doc, { 0, 1, 598 }),
+                    (QList<int> { 599, 2 }) + QList<int>(596, -1) + QList<int> { 0 });
+            }
+            // The last round lets the document go while the tree is still read.
+            if (round == 2)
+                doc.reset();
+        }
+        BackgroundQueue::pool().waitForDone();
+    }
+
     // A document opened lazily and written at once keeps its outline, labels and every page;
     // one whose memory was given back keeps its edits and still reads and draws.
     void lazilyOpenedDocumentsWriteAndReleaseWhole_data()

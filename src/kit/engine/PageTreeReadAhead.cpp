@@ -1,0 +1,65 @@
+#include "PageTreeReadAhead.h"
+
+#include "PageTreeWalk.h"
+#include "mupdf/DocumentHandle.h"
+
+#include <kit/base/BackgroundQueue.h>
+
+#include <QDeadlineTimer>
+
+namespace PageTreeReadAhead {
+namespace {
+
+// A turn of the background queue walks for this long, then lets other chores in.
+constexpr int SliceMilliseconds = 8;
+
+struct Job
+{
+    std::shared_ptr<mu::DocumentHandle> handle;
+    PageTreeWalk walk;
+    bool started = false;
+};
+
+void walkOn(const std::shared_ptr<Job> &job)
+{
+    mu::DocumentHandle &handle = *job->handle;
+    const QDeadlineTimer deadline(SliceMilliseconds);
+    bool more = true;
+    while (more) {
+        // The job alone holds the document: it was closed.
+        if (job->handle.use_count() == 1) {
+            more = false;
+        } else if (handle.mutex().isMainThreadWaiting()) {
+            break;
+        }
+        const mu::Lock lock(handle.mutex());
+        fz_context *ctx = mu::context();
+        if (more && !std::exchange(job->started, true))
+            more = job->walk.start(ctx, handle.doc()) > 0;
+        if (more) {
+            pdf_obj *page = nullptr;
+            more = job->walk.next(ctx, page) == PageTreeWalk::Step::Page;
+            mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, page); });
+        }
+        if (!more) {
+            job->walk.clear();
+            return;
+        }
+        if (deadline.hasExpired())
+            break;
+    }
+    BackgroundQueue::async([job] { walkOn(job); });
+}
+
+} // namespace
+
+void start(const std::shared_ptr<mu::DocumentHandle> &handle)
+{
+    if (!handle)
+        return;
+    auto job = std::make_shared<Job>();
+    job->handle = handle;
+    BackgroundQueue::async([job] { walkOn(job); });
+}
+
+} // namespace PageTreeReadAhead
