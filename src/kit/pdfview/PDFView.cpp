@@ -1,6 +1,7 @@
 #include "PDFView.h"
 #include "PDFPageView.h"
 #include "PDFRenderScheduler.h"
+#include "PDFScrollBar.h"
 #include "PDFViewAccessible.h"
 #include "PDFViewDelegate.h"
 
@@ -35,6 +36,8 @@ PDFView::PDFView(QWidget *parent)
     , m_documentObserver(new QObject(this))
 {
     PDFViewAccessible::registerFactory();
+    setVerticalScrollBar(new PDFScrollBar(Qt::Vertical, this));
+    setHorizontalScrollBar(new PDFScrollBar(Qt::Horizontal, this));
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);

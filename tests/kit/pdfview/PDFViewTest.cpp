@@ -11,12 +11,15 @@
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFSelection.h>
+#include <kit/pdfview/PDFScrollBar.h>
 #include <kit/pdfview/PDFView.h>
 #include <kit/pdfview/PDFViewDelegate.h>
 
 #include <QApplication>
 #include <QClipboard>
 #include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionSlider>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
@@ -562,6 +565,42 @@ private slots:
         QTest::newRow("many small pages") << 0.25 << int(PDFLayout::SinglePageContinuous);
         QTest::newRow("two up") << 0.5 << int(PDFLayout::TwoUpContinuous);
     }
+    // The view's bar, painted in bands, looks exactly like Qt's own, at rest and while its
+    // slider is held.
+    void theScrollBarLooksLikeQtsOwn()
+    {
+        PDFView view;
+        QVERIFY(dynamic_cast<PDFScrollBar *>(view.verticalScrollBar()));
+        PDFScrollBar banded(Qt::Vertical);
+        QScrollBar plain(Qt::Vertical);
+        for (QScrollBar *bar : { static_cast<QScrollBar *>(&banded), &plain }) {
+            bar->setRange(0, 5000);
+            bar->setPageStep(700);
+            bar->setValue(1800);
+            bar->resize(16, 700);
+        }
+        const auto look = [](QWidget &widget) { return widget.grab().toImage(); };
+        QCOMPARE(look(banded), look(plain));
+
+        QStyleOptionSlider option;
+        option.initFrom(&plain);
+        option.orientation = Qt::Vertical;
+        option.maximum = 5000;
+        option.sliderPosition = option.sliderValue = 1800;
+        option.pageStep = 700;
+        const QPoint slider = plain.style()
+                                  ->subControlRect(QStyle::CC_ScrollBar, &option,
+                                      QStyle::SC_ScrollBarSlider, &plain)
+                                  .center();
+        QTest::mousePress(&banded, Qt::LeftButton, {}, slider);
+        QTest::mousePress(&plain, Qt::LeftButton, {}, slider);
+        QVERIFY(banded.isSliderDown());
+        QCOMPARE(look(banded), look(plain));
+        QTest::mouseRelease(&banded, Qt::LeftButton, {}, slider);
+        QTest::mouseRelease(&plain, Qt::LeftButton, {}, slider);
+        QCOMPARE(look(banded), look(plain));
+    }
+
     void theFirstScreenShowsItsPagesAtTheirOwnSizes()
     {
         QFETCH(double, scale);
