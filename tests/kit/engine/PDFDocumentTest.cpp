@@ -108,6 +108,22 @@ QList<int> pageNames(const PDFDocument &doc, const QList<int> &order)
     return names;
 }
 
+// The page tree of treePdf's 600 pages in two nodes (objects 3 and 4) under a root (object 2)
+// that claims rootCount pages; with parents, the nodes and their pages name their parents.
+QList<QByteArray> twoNodeTree(int firstNodePages, int rootCount, bool parents)
+{
+    QByteArray first;
+    QByteArray second;
+    for (int n = 0; n < 600; ++n)
+        (n < firstNodePages ? first : second) += QByteArray::number(10 + n) + " 0 R ";
+    const QByteArray parent = parents ? " /Parent 2 0 R" : "";
+    return { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count " + QByteArray::number(rootCount) + " >>",
+        "<< /Type /Pages" + parent + " /Kids [" + first + "] /Count "
+            + QByteArray::number(firstNodePages) + " >>",
+        "<< /Type /Pages" + parent + " /Kids [" + second + "] /Count "
+            + QByteArray::number(600 - firstNodePages) + " >>" };
+}
+
 } // namespace
 
 class PDFDocumentTest : public QObject
@@ -458,16 +474,10 @@ private slots:
     void outlinesWalkThePageTreeOnlyForTheirPages()
     {
         QFETCH(bool, withOutline);
-        QByteArray kids;
-        for (int n = 0; n < 600; ++n)
-            kids += QByteArray::number(10 + n) + (n == 549 ? " 0 R] /Count 550 >>" : " 0 R ");
-        const int split = kids.indexOf(">>") + 2;
         // The root counts one page too few: only a walk to the end finds the last one.
-        const QList<QByteArray> nodes { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 599 >>",
-            "<< /Type /Pages /Kids [" + kids.left(split),
-            "<< /Type /Pages /Kids [" + kids.mid(split) + "] /Count 50 >>",
-            "<< /First 6 0 R /Last 6 0 R /Count 1 >>",
-            "<< /Title (Last) /Parent 5 0 R /Dest [609 0 R /XYZ 0 200 0] >>" };
+        const QList<QByteArray> nodes = twoNodeTree(550, 599, false)
+            + QList<QByteArray> { "<< /First 6 0 R /Last 6 0 R /Count 1 >>",
+                "<< /Title (Last) /Parent 5 0 R /Dest [609 0 R /XYZ 0 200 0] >>" };
         auto doc = openData(treePdf(nodes, 600,
             withOutline ? "<< /Type /Catalog /Pages 2 0 R /Outlines 5 0 R >>"
                         : "<< /Type /Catalog /Pages 2 0 R >>"));
@@ -488,17 +498,12 @@ private slots:
     // items never asked for still lead to their pages after pages move, and when written.
     void outlineItemsFindTheirPagesWithoutAWalk()
     {
-        QByteArray kids;
-        for (int n = 0; n < 600; ++n)
-            kids += QByteArray::number(10 + n) + (n == 549 ? " 0 R] /Count 550 >>" : " 0 R ");
-        const int split = kids.indexOf(">>") + 2;
         // The root counts one page too few, so a walk to the end shows in the count.
-        const QList<QByteArray> nodes { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 599 >>",
-            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.left(split),
-            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.mid(split) + "] /Count 50 >>",
-            "<< /First 6 0 R /Last 7 0 R /Count 2 >>",
-            "<< /Title (Named) /Parent 5 0 R /Next 7 0 R /Dest (far) >>",
-            "<< /Title (Moved) /Parent 5 0 R /Prev 6 0 R /A << /S /GoTo /D [21 0 R /Fit] >> >>" };
+        const QList<QByteArray> nodes = twoNodeTree(550, 599, true)
+            + QList<QByteArray> { "<< /First 6 0 R /Last 7 0 R /Count 2 >>",
+                "<< /Title (Named) /Parent 5 0 R /Next 7 0 R /Dest (far) >>",
+                "<< /Title (Moved) /Parent 5 0 R /Prev 6 0 R"
+                " /A << /S /GoTo /D [21 0 R /Fit] >> >>" };
         auto doc = openData(treePdf(nodes, 600,
             "<< /Type /Catalog /Pages 2 0 R /Outlines 5 0 R"
             " /Names << /Dests << /Names [(far) [309 0 R /XYZ 0 100 0]] >> >> >>",
@@ -529,15 +534,8 @@ private slots:
     // out here, and while the document goes: every page stays itself. Run under the sanitizers.
     void pageTreesReadAheadWhileThePagesChange()
     {
-        QByteArray kids;
-        for (int n = 0; n < 600; ++n)
-            kids += QByteArray::number(10 + n) + (n == 299 ? " 0 R] /Count 300 >>" : " 0 R ");
-        const int split = kids.indexOf(">>") + 2;
-        const QList<QByteArray> nodes { "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 600 >>",
-            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.left(split),
-            "<< /Type /Pages /Parent 2 0 R /Kids [" + kids.mid(split) + "] /Count 300 >>" };
-        const QByteArray file = treePdf(
-            nodes, 600, "<< /Type /Catalog /Pages 2 0 R >>", [](int n) { return n < 300 ? 3 : 4; });
+        const QByteArray file = treePdf(twoNodeTree(300, 600, true), 600,
+            "<< /Type /Catalog /Pages 2 0 R >>", [](int n) { return n < 300 ? 3 : 4; });
         for (int round = 0; round < 3; ++round) {
             auto doc = openData(file);
             QVERIFY(doc);
