@@ -173,19 +173,22 @@ private:
     {
         auto unread = std::make_shared<UnreadDestination>(m_stamp);
         ParsedDestination parsed;
+        const char *bytes = nullptr;
+        size_t length = 0;
         mu::Error error;
         mu::run(m_ctx, error, [&] {
             if (pdf_is_name(m_ctx, dest) || pdf_is_string(m_ctx, dest)) {
                 unread->nameIsString = pdf_is_string(m_ctx, dest);
-                const char *bytes = unread->nameIsString ? pdf_to_str_buf(m_ctx, dest)
-                                                         : pdf_to_name(m_ctx, dest);
-                const size_t length = unread->nameIsString ? pdf_to_str_len(m_ctx, dest)
-                                                           : std::strlen(bytes);
-                unread->name = QByteArray(bytes, qsizetype(length));
+                bytes
+                    = unread->nameIsString ? pdf_to_str_buf(m_ctx, dest) : pdf_to_name(m_ctx, dest);
+                length = unread->nameIsString ? pdf_to_str_len(m_ctx, dest) : std::strlen(bytes);
             } else {
                 parseArray(m_ctx, dest, parsed);
             }
         });
+        // The bytes belong to the item's dictionary, which the document holds meanwhile.
+        if (!error.failed && bytes)
+            unread->name = QByteArray(bytes, qsizetype(length));
         if (error.failed || (unread->name.isEmpty() && parsed.pageObject <= 0))
             return nullptr;
         unread->pageObject = parsed.pageObject;

@@ -14,7 +14,7 @@ class PDFDocument;
 namespace OutlineIO {
 class Reader;
 struct UnreadDestination;
-}
+} // namespace OutlineIO
 
 class PDFOutline : public std::enable_shared_from_this<PDFOutline>
 {

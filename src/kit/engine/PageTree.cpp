@@ -420,7 +420,8 @@ int indexOf(fz_context *ctx, pdf_document *doc, int pageObject)
                 pdf_obj *kid = pdf_array_get(ctx, kids, i);
                 if (pdf_to_num(ctx, kid) == number) {
                     listed = true;
-                } else if (pdf_name_eq(ctx, pdf_dict_get(ctx, kid, PDF_NAME(Type)), PDF_NAME(Pages))) {
+                } else if (pdf_name_eq(
+                               ctx, pdf_dict_get(ctx, kid, PDF_NAME(Type)), PDF_NAME(Pages))) {
                     const int pages = pdf_dict_get_int(ctx, kid, PDF_NAME(Count));
                     if (pages < 0 || before > INT_MAX - pages)
                         return;

@@ -184,7 +184,8 @@ void PDFView::loadMorePageSizes()
     }
     if (m_document)
         m_document->readPageTreeAhead();
-    refinePageSizes(m_sizesKnown + PageSizesPerTurn, 0, QDeadlineTimer(PageSizeMillisecondsPerTurn));
+    refinePageSizes(
+        m_sizesKnown + PageSizesPerTurn, 0, QDeadlineTimer(PageSizeMillisecondsPerTurn));
     updatePageViews();
     // Reading every page's node parsed much of the file, which no screen may need again.
     if (m_sizesKnown >= int(m_pages.size()))
@@ -226,8 +227,8 @@ void PDFView::ensurePageSizes(int index)
         return;
     // Before the first screen is drawn, only as far as it may reach; after, some pages beyond,
     // as time allows.
-    refinePageSizes(index + (m_firstScreenPending ? InitialPageSizes : PageSizesPerTurn),
-        index + 1, QDeadlineTimer(PageSizeMillisecondsPerTurn));
+    refinePageSizes(index + (m_firstScreenPending ? InitialPageSizes : PageSizesPerTurn), index + 1,
+        QDeadlineTimer(PageSizeMillisecondsPerTurn));
     viewport()->update();
 }
 

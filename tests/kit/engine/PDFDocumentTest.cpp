@@ -477,7 +477,7 @@ private slots:
         // The root counts one page too few: only a walk to the end finds the last one.
         const QList<QByteArray> nodes = twoNodeTree(550, 599, false)
             + QList<QByteArray> { "<< /First 6 0 R /Last 6 0 R /Count 1 >>",
-                "<< /Title (Last) /Parent 5 0 R /Dest [609 0 R /XYZ 0 200 0] >>" };
+                  "<< /Title (Last) /Parent 5 0 R /Dest [609 0 R /XYZ 0 200 0] >>" };
         auto doc = openData(treePdf(nodes, 600,
             withOutline ? "<< /Type /Catalog /Pages 2 0 R /Outlines 5 0 R >>"
                         : "<< /Type /Catalog /Pages 2 0 R >>"));
@@ -501,9 +501,9 @@ private slots:
         // The root counts one page too few, so a walk to the end shows in the count.
         const QList<QByteArray> nodes = twoNodeTree(550, 599, true)
             + QList<QByteArray> { "<< /First 6 0 R /Last 7 0 R /Count 2 >>",
-                "<< /Title (Named) /Parent 5 0 R /Next 7 0 R /Dest (far) >>",
-                "<< /Title (Moved) /Parent 5 0 R /Prev 6 0 R"
-                " /A << /S /GoTo /D [21 0 R /Fit] >> >>" };
+                  "<< /Title (Named) /Parent 5 0 R /Next 7 0 R /Dest (far) >>",
+                  "<< /Title (Moved) /Parent 5 0 R /Prev 6 0 R"
+                  " /A << /S /GoTo /D [21 0 R /Fit] >> >>" };
         auto doc = openData(treePdf(nodes, 600,
             "<< /Type /Catalog /Pages 2 0 R /Outlines 5 0 R"
             " /Names << /Dests << /Names [(far) [309 0 R /XYZ 0 100 0]] >> >> >>",
