@@ -106,7 +106,7 @@ void PDFDocument::readPageTreeAhead()
     if (!d->handle || d->locked || d->resolved >= pageCount() || d->readingTreeAhead)
         return;
     d->readingTreeAhead = true;
-    PageTreeReadAhead::start(d->handle);
+    PageTreeReadAhead::start(d->handle, d->treeWalked);
 }
 
 bool PDFDocument::releaseCachedContent()

@@ -193,6 +193,7 @@ bool PDFDocumentPrivate::loadContent()
         pages.push_back(page);
     }
     resolved = walk.active() ? 0 : int(count);
+    treeWalked->store(!walk.active());
     outlineRoot.reset();
     outlineLoaded = false;
     contentLoaded = true;
@@ -290,6 +291,8 @@ void PDFDocumentPrivate::resolveThroughLocked(int index)
         }
         pages[static_cast<size_t>(resolved++)]->d->object = object;
     }
+    if (resolved >= count)
+        treeWalked->store(true);
     if (step == PageTreeWalk::Step::Page || (step == PageTreeWalk::Step::End && resolved == count))
         return;
     // The tree does not add up: it is read whole, repaired and rebuilt flat, and the page list
@@ -331,6 +334,7 @@ void PDFDocumentPrivate::adoptPagesLocked(const std::vector<pdf_obj *> &found)
         pages.push_back(page);
     }
     resolved = static_cast<int>(pages.size());
+    treeWalked->store(true);
     renumberLocked();
 }
 

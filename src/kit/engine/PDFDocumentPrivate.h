@@ -14,6 +14,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -100,6 +101,8 @@ struct PDFDocumentPrivate
     int objectCount = 0; // entries of the cross-reference: no tree holds more pages
     bool outlineLoaded = true;
     bool readingTreeAhead = false;
+    // Set once every page has its object, which ends a read ahead of the tree.
+    std::shared_ptr<std::atomic<bool>> treeWalked = std::make_shared<std::atomic<bool>>(false);
     QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;
     quint64 pagesByNumberOrder = 0; // the page order the table was built for
     quint64 pageOrder = 0; // grows at every change of the order of pages

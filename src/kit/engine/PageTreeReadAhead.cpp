@@ -16,6 +16,7 @@ constexpr int SliceMilliseconds = 8;
 struct Job
 {
     std::shared_ptr<mu::DocumentHandle> handle;
+    std::shared_ptr<const std::atomic<bool>> walked;
     PageTreeWalk walk;
     bool started = false;
 };
@@ -26,8 +27,8 @@ void walkOn(const std::shared_ptr<Job> &job)
     const QDeadlineTimer deadline(SliceMilliseconds);
     bool more = true;
     while (more) {
-        // The job alone holds the document: it was closed.
-        if (job->handle.use_count() == 1) {
+        // The job alone holds the document: it was closed; or the reader's walk is through.
+        if (job->handle.use_count() == 1 || job->walked->load()) {
             more = false;
         } else if (handle.mutex().isMainThreadWaiting()) {
             break;
@@ -53,12 +54,14 @@ void walkOn(const std::shared_ptr<Job> &job)
 
 } // namespace
 
-void start(const std::shared_ptr<mu::DocumentHandle> &handle)
+void start(const std::shared_ptr<mu::DocumentHandle> &handle,
+    const std::shared_ptr<const std::atomic<bool>> &walked)
 {
-    if (!handle)
+    if (!handle || !walked)
         return;
     auto job = std::make_shared<Job>();
     job->handle = handle;
+    job->walked = walked;
     BackgroundQueue::async([job] { walkOn(job); });
 }
 

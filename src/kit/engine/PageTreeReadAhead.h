@@ -3,9 +3,10 @@
 // A long document's page tree read ahead on a background thread, a page at a time under the
 // document's lock, so that the main thread's walk through it (the view's page sizes, the pages
 // of links and outline items) finds each page's node parsed, rather than parsing the object
-// stream that holds it in the middle of a frame. It ends with the tree, or once nothing else
-// holds the document.
+// stream that holds it in the middle of a frame. It ends with the tree, once the main thread's
+// walk has reached the end (walked), or once nothing else holds the document.
 
+#include <atomic>
 #include <memory>
 
 namespace mu {
@@ -14,6 +15,7 @@ class DocumentHandle;
 
 namespace PageTreeReadAhead {
 
-void start(const std::shared_ptr<mu::DocumentHandle> &handle);
+void start(const std::shared_ptr<mu::DocumentHandle> &handle,
+    const std::shared_ptr<const std::atomic<bool>> &walked);
 
 } // namespace PageTreeReadAhead
