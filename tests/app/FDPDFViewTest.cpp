@@ -366,12 +366,17 @@ private slots:
         auto extra = std::make_shared<PDFPage>();
         QVERIFY(extra->init());
         document->insertPage(extra, 0);
+        // The second view's reading is queued first, so that it comes before the end of the
+        // write, however fast that is.
+        auto second = std::make_unique<FDPDFView>();
+        second->loadDocument(url);
+        second->show();
         first->setDocument(nullptr);
         QVERIFY(!document->pdfView());
         QVERIFY(PDFSavingService::shared().getDocumentByURL(url) == document);
 
         // Reopened while the write has not ended: the live object, not the file, is shown.
-        auto second = openView(url);
+        QCoreApplication::sendPostedEvents();
         QVERIFY(second->fdDocument() == document);
         QCOMPARE(second->document()->pageCount(), 5);
         QCOMPARE(document->pdfView(), static_cast<QObject *>(second.get()));
