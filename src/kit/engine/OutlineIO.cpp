@@ -363,8 +363,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc,
-    const std::weak_ptr<PDFDocument> &document, const std::weak_ptr<mu::DocumentHandle> &handle)
+std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc, const UnreadDestination &stamp)
 {
     pdf_obj *outlines = nullptr;
     pdf_obj *first = nullptr;
@@ -377,9 +376,6 @@ std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc,
     if (!outlines || !first)
         return nullptr;
     auto root = std::make_shared<PDFOutline>();
-    UnreadDestination stamp;
-    stamp.document = document;
-    stamp.handle = handle;
     Reader(ctx, doc, stamp).readChildren(first, *root, 0);
     return root;
 }

@@ -34,13 +34,15 @@ struct UnreadDestination
     double x = 0;
     double y = 0;
     double zoom = 0;
+    // Held while the destination is unread: its document tells by this whether any is left.
+    std::shared_ptr<const void> pending;
 };
 
 using PageForObject = std::function<std::shared_ptr<PDFPage>(int objectNumber)>;
 
-// The tree, its destinations left unread, stamped with document and handle.
-std::shared_ptr<PDFOutline> read(fz_context *ctx, pdf_document *doc,
-    const std::weak_ptr<PDFDocument> &document, const std::weak_ptr<mu::DocumentHandle> &handle);
+// The tree, its destinations left unread, each stamped with stamp's document, handle and pending.
+std::shared_ptr<PDFOutline> read(
+    fz_context *ctx, pdf_document *doc, const UnreadDestination &stamp);
 
 // The destination, its page answered by pageForObject (null when it has none).
 std::shared_ptr<PDFDestination> readDestination(fz_context *ctx, pdf_document *doc,

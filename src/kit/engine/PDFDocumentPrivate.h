@@ -100,6 +100,8 @@ struct PDFDocumentPrivate
     PageTreeWalk walk;
     int objectCount = 0; // entries of the cross-reference: no tree holds more pages
     bool outlineLoaded = true;
+    // Shared by each outline destination of this document still unread.
+    const std::shared_ptr<const void> unreadOutlineDestinations = std::make_shared<char>();
     bool readingTreeAhead = false;
     // Set once every page has its object, which ends a read ahead of the tree.
     std::shared_ptr<std::atomic<bool>> treeWalked = std::make_shared<std::atomic<bool>>(false);
