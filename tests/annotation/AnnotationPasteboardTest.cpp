@@ -190,18 +190,6 @@ private slots:
         }
     }
 
-    void squareWithoutBorderLosesTheOneInitGave()
-    {
-        const auto square = appAnnotation(QStringLiteral("Square"), QRectF(0, 0, 30, 30));
-        square->setBorder(nullptr);
-        const QVariantMap form = properties(*square);
-        for (const QString &key : form.keys())
-            QVERIFY2(!key.startsWith(QLatin1String("border.")), qPrintable(key));
-        const auto copy = clone(*square);
-        QVERIFY(!copy->border());
-        QCOMPARE(borderLineWidth(*copy), 0.0);
-    }
-
     void foreignFormsFallBackKeyByKey_data()
     {
         QTest::addColumn<QString>("type");
@@ -262,36 +250,40 @@ private slots:
             QVERIFY(ink->paths().isEmpty());
     }
 
-    void cloneOfTwoStrokesHasOne()
+    void clonesAndCopies()
     {
+        // A clone of two strokes has the first alone, on no page, and shares nothing.
         const auto ink = rich(QStringLiteral("Ink"));
         const auto document = documentOf();
         QVERIFY(document);
         document->pageAtIndex(0)->addAnnotation(ink);
-
-        const auto copy = clone(*ink);
+        const auto copy = std::dynamic_pointer_cast<PDFAnnotationInk>(clone(*ink));
         QVERIFY(copy);
-        QVERIFY(dynamic_cast<PDFAnnotationInk *>(copy.get()));
-        QCOMPARE(static_cast<PDFAnnotationInk &>(*copy).paths().size(), 1);
+        QCOMPARE(copy->paths().size(), 1);
         QVERIFY(!copy->page());
         QCOMPARE(pageIndex(*copy), std::numeric_limits<qint64>::max());
-        // The clone shares nothing with the original: changing it leaves the original alone.
-        static_cast<PDFAnnotationInk &>(*copy).paths().first()->lineTo(QPointF(500, 500));
+        copy->paths().first()->lineTo(QPointF(500, 500));
         QCOMPARE(static_cast<PDFAnnotationInk &>(*ink).paths().size(), 2);
         QVERIFY(static_cast<PDFAnnotationInk &>(*ink).paths().first()->bounds().right() < 200);
-    }
 
-    void noteCopyIsACloneOnNoPage()
-    {
+        // A square without a border loses the one its making gave it.
+        const auto square = appAnnotation(QStringLiteral("Square"), QRectF(0, 0, 30, 30));
+        square->setBorder(nullptr);
+        for (const QString &key : properties(*square).keys())
+            QVERIFY2(!key.startsWith(QLatin1String("border.")), qPrintable(key));
+        QVERIFY(!clone(*square)->border());
+        QCOMPARE(borderLineWidth(*clone(*square)), 0.0);
+
+        // A note's copy keeps its text, takes the plain icon and is not in the editor.
         auto note = std::dynamic_pointer_cast<FDAnnotationText>(rich(QStringLiteral("Text")));
         QVERIFY(note);
-        const auto copy = note->copy();
-        QVERIFY(std::dynamic_pointer_cast<FDAnnotationText>(copy));
-        QCOMPARE(copy->contents(), note->contents());
-        QCOMPARE(static_cast<PDFAnnotationText &>(*copy).iconType(), int(PDFAnnotationText::Note));
-        // A copy is not in the editor even when the original is.
         setIsEditing(*note, true);
-        QVERIFY(!isEditing(*note->copy()));
+        const auto noteCopy = note->copy();
+        QVERIFY(std::dynamic_pointer_cast<FDAnnotationText>(noteCopy));
+        QCOMPARE(noteCopy->contents(), note->contents());
+        QCOMPARE(
+            static_cast<PDFAnnotationText &>(*noteCopy).iconType(), int(PDFAnnotationText::Note));
+        QVERIFY(!isEditing(*noteCopy));
     }
 };
 

@@ -74,27 +74,8 @@ private slots:
         QCOMPARE(strip->childCount(), 2);
     }
 
-    void pagesOfferTheirText_data()
-    {
-        QTest::addColumn<int>("offset");
-        QTest::addColumn<int>("boundary");
-        QTest::addColumn<QString>("at");
-        QTest::addColumn<QString>("after");
-        QTest::newRow("character") << 4 << int(QAccessible::CharBoundary) << "q"
-                                   << "u";
-        QTest::newRow("word") << 6 << int(QAccessible::WordBoundary) << "quick"
-                              << " ";
-        QTest::newRow("line") << 10 << int(QAccessible::LineBoundary)
-                              << "The quick brown fox jumps over the lazy dog\n"
-                              << "Alpha beta gamma delta\n";
-    }
-
     void pagesOfferTheirText()
     {
-        QFETCH(int, offset);
-        QFETCH(int, boundary);
-        QFETCH(QString, at);
-        QFETCH(QString, after);
         FDPDFView *view = m_document->primaryPDFView();
         QAccessibleInterface *reading = QAccessible::queryAccessibleInterface(view);
         QCOMPARE(reading->role(), QAccessible::Document);
@@ -109,13 +90,21 @@ private slots:
         QCOMPARE(text->characterCount(), all.size());
         QVERIFY(all.startsWith(QLatin1String("The quick brown fox")));
 
-        int start = -1;
-        int end = -1;
-        const auto type = QAccessible::TextBoundaryType(boundary);
-        QCOMPARE(text->textAtOffset(offset, type, &start, &end), at);
-        QCOMPARE(all.mid(start, end - start), at);
-        QCOMPARE(text->textAfterOffset(offset, type, &start, &end), after);
-        QCOMPARE(text->textBeforeOffset(start, type, &start, &end), at);
+        // At an offset, by each boundary: the text there and the text after it.
+        const QList<std::tuple<int, QAccessible::TextBoundaryType, QString, QString>> cases {
+            { 4, QAccessible::CharBoundary, "q", "u" },
+            { 6, QAccessible::WordBoundary, "quick", " " },
+            { 10, QAccessible::LineBoundary, "The quick brown fox jumps over the lazy dog\n",
+                "Alpha beta gamma delta\n" },
+        };
+        for (const auto &[offset, type, at, after] : cases) {
+            int start = -1;
+            int end = -1;
+            QCOMPARE(text->textAtOffset(offset, type, &start, &end), at);
+            QCOMPARE(all.mid(start, end - start), at);
+            QCOMPARE(text->textAfterOffset(offset, type, &start, &end), after);
+            QCOMPARE(text->textBeforeOffset(start, type, &start, &end), at);
+        }
 
         // Characters sit where the page shows them, and a point finds its character.
         const QRect q = text->characterRect(4);

@@ -136,8 +136,6 @@ private slots:
         QTest::newRow("a folder") << QByteArray("/") << true << "Is a folder";
         QTest::newRow("a text file") << QByteArray("Dear reader,\n") << true << "Not a PDF file";
         QTest::newRow("an empty file") << QByteArray() << true << "Not a PDF file";
-        QTest::newRow("a PDF with nothing after its header")
-            << QByteArray("%PDF-1.7\n%\xe2\xe3\xcf\xd3\n") << true << "Damaged beyond repair";
         QTest::newRow("a PDF cut off in its first object")
             << good.left(40) << true << "Damaged beyond repair";
         QTest::newRow("a PDF of another user") << good << false << "Permission denied";
@@ -165,12 +163,10 @@ private slots:
                 readable ? QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther
                          : QFile::ReadOwner | QFile::WriteOwner));
         }
-        if (!readable) {
-            // Root reads every file: the question is asked as another user.
-            const Unprivileged guard;
-            QCOMPARE(FDFileDiagnosis::problemWithFile(file), problem);
-            return;
-        }
+        // Root reads every file: the question is asked as another user.
+        std::optional<Unprivileged> guard;
+        if (!readable)
+            guard.emplace();
         QCOMPARE(FDFileDiagnosis::problemWithFile(file), problem);
     }
 

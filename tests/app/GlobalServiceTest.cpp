@@ -77,41 +77,39 @@ private slots:
         QVERIFY(!m_service->openedWindowsChanged());
     }
 
-    void malformedListFallsThroughToABlankWindow_data()
+    void aBlankWindowWhenNothingIsRestored_data()
     {
         QTest::addColumn<QVariant>("stored");
-        QTest::newRow("not a list") << QVariant(QStringLiteral("garbage"));
-        QTest::newRow("empty list") << QVariant(QVariantList {});
-        QTest::newRow("a number among the windows") << QVariant(
-            QVariantList { windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }), 7 });
+        QTest::addColumn<bool>("launchWithNone");
+        const QVariantMap window = windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 });
+        QTest::newRow("not a list") << QVariant(QStringLiteral("garbage")) << false;
+        QTest::newRow("empty list") << QVariant(QVariantList {}) << false;
+        QTest::newRow("a number among the windows")
+            << QVariant(QVariantList { window, 7 }) << false;
+        QTest::newRow("launch with none ignores the list") << QVariant(QVariantList {
+            windowRecord({ startTabRecord(), startTabRecord() }, 0, { 0, 0, 600, 400 }), window })
+                                                           << true;
     }
 
-    void malformedListFallsThroughToABlankWindow()
+    void aBlankWindowWhenNothingIsRestored()
     {
         QFETCH(QVariant, stored);
+        QFETCH(bool, launchWithNone);
         UserDefaults::standard().setObject(stored, FDDefaults::LastOpenedWindows);
-        QVERIFY(!m_service->restoreLastOpenedWindows());
+        if (launchWithNone)
+            UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        else
+            QVERIFY(!m_service->restoreLastOpenedWindows());
         QVERIFY(windows().isEmpty());
         m_service->applicationDidFinishLaunching();
         QCOMPARE(windows().size(), 1);
         QCOMPARE(windows().first()->tabStripModel()->count(), 1);
         QVERIFY(qobject_cast<NewTabContents *>(
             windows().first()->tabStripModel()->getSelectedTabContents()));
-        QVERIFY(m_service->lastOpenedWindowsSavingTimer()->isActive());
-        QCOMPARE(m_service->lastOpenedWindowsSavingTimer()->interval(), 5000);
-    }
-
-    void launchWithNoneIgnoresTheStoredList()
-    {
-        UserDefaults::standard().setObject(
-            QVariantList {
-                windowRecord({ startTabRecord(), startTabRecord() }, 0, { 0, 0, 600, 400 }),
-                windowRecord({ startTabRecord() }, 0, { 0, 0, 600, 400 }) },
-            FDDefaults::LastOpenedWindows);
-        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-        m_service->applicationDidFinishLaunching();
-        QCOMPARE(windows().size(), 1);
-        QCOMPARE(windows().first()->tabStripModel()->count(), 1);
+        if (!launchWithNone) {
+            QVERIFY(m_service->lastOpenedWindowsSavingTimer()->isActive());
+            QCOMPARE(m_service->lastOpenedWindowsSavingTimer()->interval(), 5000);
+        }
     }
 
     void savedListPutsTheMainWindowLast()

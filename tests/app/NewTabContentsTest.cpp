@@ -42,7 +42,7 @@ private slots:
         delete m_window;
     }
 
-    void recentsAreListedNewestFirstWithThumbnails()
+    void recentsAreListedNewestFirstWithThumbnailsAndOpen()
     {
         const QString red = m_files.filePath(QStringLiteral("Red Paper.pdf"));
         const QString gone = m_files.filePath(QStringLiteral("gone.pdf"));
@@ -80,9 +80,20 @@ private slots:
         QCOMPARE(stored.text(QStringLiteral("Thumb::URI")),
             QStringLiteral("file://%1").arg(m_files.path()) + QStringLiteral("/Red%20Paper.pdf"));
         QVERIFY(!stored.text(QStringLiteral("Thumb::MTime")).isEmpty());
+
+        // Choosing a file opens it in place of the start tab.
+        QListWidget *grid = tab->recentsCollectionView();
+        QTRY_VERIFY(grid->isVisible());
+        const QRect cell = grid->visualItemRect(grid->item(0));
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+        TabStripModel *model = m_window->tabStripModel();
+        QCOMPARE(model->count(), 1);
+        auto *document = qobject_cast<PDFContents *>(model->getSelectedTabContents());
+        QVERIFY(document);
+        QCOMPARE(document->url(), QUrl::fromLocalFile(red).toString(QUrl::FullyEncoded));
     }
 
-    void aStoredThumbnailIsTakenFromTheCache()
+    void aStoredThumbnailIsTakenFromTheCacheUnlessStale()
     {
         const QString path = m_files.filePath(QStringLiteral("cached.pdf"));
         QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
@@ -103,19 +114,15 @@ private slots:
         QVERIFY(theirs.save(FDThumbnailCache::largeThumbnailPath(url), "png"));
         QCOMPARE(FDThumbnailCache::thumbnailForURL(url, { 140, 180 }).pixelColor(10, 10),
             QColor(Qt::white));
-    }
 
-    void aTurnedPageGivesALandscapeThumbnail()
-    {
-        const QString path = m_files.filePath(QStringLiteral("turned.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::gray, { 200, 300 }));
+        // A turned page gives a landscape thumbnail.
+        const QUrl turned = QUrl::fromLocalFile(m_files.filePath(QStringLiteral("turned.pdf")));
+        QVERIFY(AppFixtures::writeColourPDF(turned.toLocalFile(), Qt::gray, { 200, 300 }));
         auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        QVERIFY(document->initWithURL(turned));
         document->pageAtIndex(0)->setRotation(90);
-        QVERIFY(document->writeToURL(QUrl::fromLocalFile(path)));
-        const QImage thumb
-            = FDThumbnailCache::thumbnailForURL(QUrl::fromLocalFile(path), { 140, 180 });
-        QCOMPARE(thumb.size(), QSize(140, 93));
+        QVERIFY(document->writeToURL(turned));
+        QCOMPARE(FDThumbnailCache::thumbnailForURL(turned, { 140, 180 }).size(), QSize(140, 93));
     }
 
     void clearingSlidesAwayAndShowsTheDropArea()
@@ -138,25 +145,19 @@ private slots:
         QVERIFY(next && !next->isShowingRecents());
     }
 
-    void dropAreaDrawsInEveryTheme_data()
-    {
-        QTest::addColumn<int>("theme");
-        QTest::addColumn<double>("innerLevel");
-        QTest::newRow("blue") << int(FDTheme::blue) << 0.85;
-        QTest::newRow("night") << int(FDTheme::night) << 0.15;
-    }
-
     void dropAreaDrawsInEveryTheme()
     {
-        QFETCH(int, theme);
-        QFETCH(double, innerLevel);
-        FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
-        NewTabDropFileArea area;
-        area.resize(700, 500);
-        const QImage image = area.grab().toImage();
-        // Inside the smallest circle, away from the text: grey of the level, 0.9 over the window.
-        const QColor inner = image.pixelColor(350, 250 - 80);
-        QVERIFY2(qAbs(inner.redF() - innerLevel) < 0.08, qPrintable(inner.name()));
+        for (const auto &[theme, innerLevel] :
+            { std::pair { FDTheme::blue, 0.85 }, std::pair { FDTheme::night, 0.15 } }) {
+            FDThemeProvider::setCurrent(FDThemeProvider::themeFor(theme));
+            NewTabDropFileArea area;
+            area.resize(700, 500);
+            const QImage image = area.grab().toImage();
+            // Inside the smallest circle, away from the text: grey of the level, 0.9 over the
+            // window.
+            const QColor inner = image.pixelColor(350, 250 - 80);
+            QVERIFY2(qAbs(inner.redF() - innerLevel) < 0.08, qPrintable(inner.name()));
+        }
     }
 
     void compressReplacesTheStartTab()
@@ -171,24 +172,6 @@ private slots:
         // From a tab that is no start tab, a compression tab is added.
         m_window->openCompressTab();
         QCOMPARE(m_window->tabStripModel()->count(), count + 1);
-    }
-
-    void choosingARecentFileReplacesTheStartTab()
-    {
-        const QString path = m_files.filePath(QStringLiteral("chosen.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
-        FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(path));
-        NewTabContents *tab = startTab();
-        QVERIFY(tab && tab->isShowingRecents());
-        QListWidget *grid = tab->recentsCollectionView();
-        QTRY_VERIFY(grid->isVisible());
-        const QRect cell = grid->visualItemRect(grid->item(0));
-        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-        TabStripModel *model = m_window->tabStripModel();
-        QCOMPARE(model->count(), 1);
-        auto *document = qobject_cast<PDFContents *>(model->getSelectedTabContents());
-        QVERIFY(document);
-        QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
     }
 
     void mergeAndConvertOpenANewDocumentOfTheFilesPages_data()

@@ -233,42 +233,28 @@ private slots:
         QCOMPARE(observe(*this) != before, acts);
     }
 
-    void toolKeysPickTheTools_data()
-    {
-        QTest::addColumn<QKeySequence>("key");
-        QTest::addColumn<int>("tool");
-        const int ctrl = Qt::CTRL;
-        const int alt = Qt::ALT;
-        const QList<std::tuple<const char *, int, int>> rows {
-            { "Select Area", ctrl | Qt::Key_2, PDFToolModeAreaSelection },
-            { "Hand", ctrl | Qt::Key_3, PDFToolModeHand },
-            { "Zoom", ctrl | Qt::Key_4, PDFToolModeZoom },
-            { "Highlight", alt | Qt::Key_1, PDFToolModeAnnHighlight },
-            { "Underline", alt | Qt::Key_2, PDFToolModeAnnUnderline },
-            { "Strike Out", alt | Qt::Key_3, PDFToolModeAnnStrikeOut },
-            { "Text Box", alt | Qt::Key_4, PDFToolModeAnnFreeText },
-            { "Note", alt | Qt::Key_5, PDFToolModeAnnText },
-            { "Circle", alt | Qt::Key_6, PDFToolModeAnnCircle },
-            { "Rectangle", alt | Qt::Key_7, PDFToolModeAnnSquare },
-            { "Line", alt | Qt::Key_8, PDFToolModeAnnLine },
-            { "Pen", alt | Qt::Key_9, PDFToolModeAnnInk },
-            { "Eraser", alt | Qt::Key_0, PDFToolModeEraser },
-        };
-        for (const auto &[name, key, tool] : rows)
-            QTest::newRow(name) << QKeySequence(key) << tool;
-    }
-
     void toolKeysPickTheTools()
     {
-        QFETCH(QKeySequence, key);
-        QFETCH(int, tool);
-        QTest::keySequence(view(), key);
-        QCOMPARE(int(tab->toolMode()), tool);
-        // The menu shows the tool picked, and Ctrl+1 goes back to selecting text.
-        QVERIFY(window->validateMenuItem(item(QStringLiteral("PDF_onChangeToolMode:"), tool)));
-        QVERIFY(item(QStringLiteral("PDF_onChangeToolMode:"), tool)->isChecked());
-        QTest::keySequence(view(), QKeySequence(Qt::CTRL | Qt::Key_1));
-        QCOMPARE(int(tab->toolMode()), int(PDFToolModeTextSelection));
+        const int ctrl = Qt::CTRL;
+        const int alt = Qt::ALT;
+        const QList<std::pair<int, int>> keys { { ctrl | Qt::Key_2, PDFToolModeAreaSelection },
+            { ctrl | Qt::Key_3, PDFToolModeHand }, { ctrl | Qt::Key_4, PDFToolModeZoom },
+            { alt | Qt::Key_1, PDFToolModeAnnHighlight },
+            { alt | Qt::Key_2, PDFToolModeAnnUnderline },
+            { alt | Qt::Key_3, PDFToolModeAnnStrikeOut },
+            { alt | Qt::Key_4, PDFToolModeAnnFreeText }, { alt | Qt::Key_5, PDFToolModeAnnText },
+            { alt | Qt::Key_6, PDFToolModeAnnCircle }, { alt | Qt::Key_7, PDFToolModeAnnSquare },
+            { alt | Qt::Key_8, PDFToolModeAnnLine }, { alt | Qt::Key_9, PDFToolModeAnnInk },
+            { alt | Qt::Key_0, PDFToolModeEraser } };
+        for (const auto &[key, tool] : keys) {
+            QTest::keySequence(view(), QKeySequence(key));
+            QCOMPARE(int(tab->toolMode()), tool);
+            // The menu shows the tool picked, and Ctrl+1 goes back to selecting text.
+            QVERIFY(window->validateMenuItem(item(QStringLiteral("PDF_onChangeToolMode:"), tool)));
+            QVERIFY(item(QStringLiteral("PDF_onChangeToolMode:"), tool)->isChecked());
+            QTest::keySequence(view(), QKeySequence(Qt::CTRL | Qt::Key_1));
+            QCOMPARE(int(tab->toolMode()), int(PDFToolModeTextSelection));
+        }
     }
 
     void editCommandsGoToTheFocusAndUpItsParents_data()
@@ -327,7 +313,7 @@ private slots:
             QCOMPARE(field->text(), QStringLiteral("Query"));
     }
 
-    void undoItemsAreNamedByTheStepAndShowItsTab()
+    void undoItemsAreNamedByTheStepShowItsTabAndCloseWithIt()
     {
         QMenu *const editMenu = qobject_cast<QMenu *>(item(QStringLiteral("undo:"))->parent());
         QVERIFY(editMenu);
@@ -351,10 +337,9 @@ private slots:
         QCOMPARE(value, 0);
         QCOMPARE(titles(), (QStringList { "Undo", "Redo Add Note" }));
         QVERIFY(item(QStringLiteral("redo:"))->isEnabled());
-    }
 
-    void undoStepsOfAClosedTabGoWithIt()
-    {
+        // The steps of a closed tab go with it: nothing is left that could reach the document the
+        // view let go of.
         UndoManager *const undo = window->undoManager();
         QCOMPARE(tab->undoManager(), undo);
         setValue(1);
@@ -363,7 +348,6 @@ private slots:
         window->tabStripModel()->closeTabContentsAtIndex(
             window->tabStripModel()->getIndexOfTabContents(tab), TabStripModel::CloseUserGesture);
         QVERIFY(!tab || window->tabStripModel()->getIndexOfTabContents(tab) < 0);
-        // Nothing is left that could reach the document the view let go of.
         QVERIFY(!undo->canUndo());
         undo->undo();
         QCOMPARE(value, 1);

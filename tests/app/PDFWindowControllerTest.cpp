@@ -76,6 +76,20 @@ private slots:
         QVERIFY(action(QStringLiteral("PDF_reloadDocument:"), 0)
                     ->shortcuts()
                     .contains(QKeySequence(Qt::Key_F5)));
+
+        // Open asks for PDF files; cancelled, it leaves the start tab.
+        QList<FilePanelRequest> asked;
+        FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
+            asked << request;
+            return QUrl();
+        });
+        action(QStringLiteral("openDocument:"))->trigger();
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(asked.first().kind, FilePanelRequest::Open);
+        QCOMPARE(asked.first().allowedFileTypes, (QStringList { "pdf", "PDF" }));
+        QCOMPARE(m_window->tabStripModel()->count(), 1);
+        QVERIFY(
+            qobject_cast<NewTabContents *>(m_window->tabStripModel()->getSelectedTabContents()));
     }
 
     void themeItemsShowAndSetTheCurrentTheme()
@@ -100,7 +114,7 @@ private slots:
         FDThemeProvider::setCurrent(FDThemeProvider::blue());
     }
 
-    void newTabAndCloseTabCommands()
+    void newTabAndCloseTabCommandsAndTheLastTabClosesTheWindow()
     {
         TabStripModel *model = m_window->tabStripModel();
         action(QStringLiteral("newDocument:"))->trigger();
@@ -111,10 +125,8 @@ private slots:
         QCOMPARE(model->selectedIndex(), 0);
         action(QStringLiteral("performCloseTabAction:"))->trigger();
         QCOMPARE(model->count(), 1);
-    }
 
-    void closingTheLastTabClosesTheWindowAndSavesFirst()
-    {
+        // Closing the last tab closes the window, which is told while the tab is still there.
         QPointer<PDFWindowController> window(m_window);
         int tabsWhenAsked = -1;
         NotificationCenter::defaultCenter().addObserver(this,
@@ -122,7 +134,6 @@ private slots:
             [&](const Notification &) { tabsWhenAsked = window->tabStripModel()->count(); });
         action(QStringLiteral("performCloseTabAction:"))->trigger();
         NotificationCenter::defaultCenter().removeObserver(this);
-        // The window was told while its last tab was still there, then went.
         QCOMPARE(tabsWhenAsked, 1);
         QVERIFY(!TabWindowController::allControllers().contains(window.data()));
         QTRY_VERIFY(window.isNull());
@@ -176,30 +187,25 @@ private slots:
         QVERIFY(AppWindow::closeWindow(to));
     }
 
-    void aCancelledOpenPanelOpensNothing()
-    {
-        QList<FilePanelRequest> asked;
-        FDFilePanel::setHandlerForTesting([&](const FilePanelRequest &request) {
-            asked << request;
-            return QUrl();
-        });
-        action(QStringLiteral("openDocument:"))->trigger();
-        QCOMPARE(asked.size(), 1);
-        QCOMPARE(asked.first().kind, FilePanelRequest::Open);
-        QCOMPARE(asked.first().allowedFileTypes, (QStringList { "pdf", "PDF" }));
-        QCOMPARE(m_window->tabStripModel()->count(), 1);
-        QVERIFY(
-            qobject_cast<NewTabContents *>(m_window->tabStripModel()->getSelectedTabContents()));
-    }
-
-    void documentCommandsFollowTheDocumentTab()
+    void aDroppedDocumentReplacesTheStartTabAndItsCommandsFollow()
     {
         QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("paper.pdf"));
         QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
-        m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
-        // The start tab was replaced by the document.
+        // Dropped on the start tab, the file takes its place.
+        QMimeData data;
+        data.setUrls({ QUrl::fromLocalFile(path) });
+        const QPoint at = m_window->rect().center();
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(m_window, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(m_window, &drop);
         QCOMPARE(m_window->tabStripModel()->count(), 1);
+        auto *document
+            = qobject_cast<PDFContents *>(m_window->tabStripModel()->getSelectedTabContents());
+        QVERIFY(document);
+        QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
         QTRY_VERIFY(m_window->selectedPDFView() && m_window->selectedPDFView()->document());
         const auto validated = [this](const QString &command, int tag = -1) {
             QAction *item = action(command, tag);
@@ -240,26 +246,6 @@ private slots:
         QVERIFY(qobject_cast<NewTabContents *>(other->tabStripModel()->getSelectedTabContents()));
         QCOMPARE(m_window->tabStripModel()->count(), 1);
         delete other.data();
-    }
-
-    void droppingAFileOnAStartTabReplacesIt()
-    {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("dropped.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
-        QMimeData data;
-        data.setUrls({ QUrl::fromLocalFile(path) });
-        const QPoint at = m_window->rect().center();
-        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(m_window, &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(m_window, &drop);
-        QCOMPARE(m_window->tabStripModel()->count(), 1);
-        auto *document
-            = qobject_cast<PDFContents *>(m_window->tabStripModel()->getSelectedTabContents());
-        QVERIFY(document);
-        QCOMPARE(document->url(), QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
     }
 
     void closingAWindowAsksForTheChangedTabFirst_data()

@@ -20,7 +20,6 @@
 #include <view/FDPDFView.h>
 
 #include <QClipboard>
-#include <QJsonDocument>
 #include <QMimeData>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -96,144 +95,47 @@ private slots:
         QVERIFY(AppWindow::closeWindow(m_window));
     }
 
-    void insertionIndexFollowsTheHighestSelected_data()
+    void insertionPlaceAndExtractName()
     {
-        QTest::addColumn<QList<int>>("selected");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("expected");
-        QTest::newRow("no selection appends") << QList<int>() << 7 << 7;
-        QTest::newRow("pages 2 and 5 insert after 5") << rows({ 1, 4 }) << 7 << 5;
-        QTest::newRow("unsorted selection") << rows({ 4, 0, 2 }) << 7 << 5;
-        QTest::newRow("the last page") << rows({ 6 }) << 7 << 7;
-        QTest::newRow("empty document") << QList<int>() << 0 << 0;
-    }
-
-    void insertionIndexFollowsTheHighestSelected()
-    {
-        QFETCH(QList<int>, selected);
-        QFETCH(int, count);
-        QFETCH(int, expected);
-        QCOMPARE(PDFPagesEditor::insertionIndex(selected, count), expected);
-    }
-
-    void extractNamesUseZeroBasedIndexes_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QList<int>>("selected");
-        QTest::addColumn<QString>("expected"); // empty: a UUID name
-        QTest::newRow("first and third") << "/tmp/base.pdf" << rows({ 0, 2 }) << "base-0,2.pdf";
-        QTest::newRow("sorted") << "/x/Report.v2.pdf" << rows({ 9, 3 }) << "Report.v2-3,9.pdf";
-        QTest::newRow("one page") << "/x/a.pdf" << rows({ 4 }) << "a-4.pdf";
-        QTest::newRow("no URL") << "" << rows({ 1 }) << "";
-        QTest::newRow("no pages") << "/x/a.pdf" << QList<int>() << "";
-    }
-
-    void extractNamesUseZeroBasedIndexes()
-    {
-        QFETCH(QString, path);
-        QFETCH(QList<int>, selected);
-        QFETCH(QString, expected);
-        const QUrl url = path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path);
-        const QString name = PDFPagesEditor::proposedExtractName(url, selected);
-        if (expected.isEmpty())
+        // Pasted and added pages go after the highest selected page, else at the end.
+        QCOMPARE(PDFPagesEditor::insertionIndex({}, 7), 7);
+        QCOMPARE(PDFPagesEditor::insertionIndex({ 4, 0, 2 }, 7), 5);
+        QCOMPARE(PDFPagesEditor::insertionIndex({ 6 }, 7), 7);
+        QCOMPARE(PDFPagesEditor::insertionIndex({}, 0), 0);
+        // Extracted files are named by the zero-based indexes, sorted; a UUID without both.
+        QCOMPARE(PDFPagesEditor::proposedExtractName(
+                     QUrl::fromLocalFile(QStringLiteral("/x/Report.v2.pdf")), { 9, 3 }),
+            QStringLiteral("Report.v2-3,9.pdf"));
+        QCOMPARE(PDFPagesEditor::proposedExtractName(QUrl::fromLocalFile("/x/a.pdf"), { 4 }),
+            QStringLiteral("a-4.pdf"));
+        for (const QString &name : { PDFPagesEditor::proposedExtractName(QUrl(), { 1 }),
+                 PDFPagesEditor::proposedExtractName(QUrl::fromLocalFile("/x/a.pdf"), {}) })
             QVERIFY2(!QUuid::fromString(name).isNull(), qPrintable(name));
-        else
-            QCOMPARE(name, expected);
     }
 
-    void theEditorOpensWithTheKeyAndLeavesWithEscape_data()
+    // The editor's key opens it, Escape or the key again leaves; keys and clicks select pages, and
+    // the edit bar follows the selection.
+    void theEditorIsOpenedAndItsPagesSelected()
     {
-        QTest::addColumn<QKeySequence>("leaveKey");
-        QTest::newRow("Escape") << QKeySequence(Qt::Key_Escape);
-        QTest::newRow("Ctrl+Alt+P again") << QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P);
-    }
-
-    void theEditorOpensWithTheKeyAndLeavesWithEscape()
-    {
-        QFETCH(QKeySequence, leaveKey);
         PDFContents *const tab = openTab(QStringLiteral("Keys.pdf"));
         QVERIFY(tab);
-        QVERIFY(!tab->isPagesEditingMode());
-        QTest::keySequence(m_window, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_P));
-        QVERIFY(tab->isPagesEditingMode());
         PDFCollectionView *const grid = editorOf(tab)->collectionView();
-        QTRY_VERIFY(grid->isVisible());
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-        QCOMPARE(grid->model()->rowCount(), 5);
-        QTest::keySequence(grid, leaveKey);
-        QVERIFY(!tab->isPagesEditingMode());
-        QVERIFY(!grid->isVisible());
-        QVERIFY(tab->primaryPDFView()->isVisible());
-    }
-
-    void keysAndClicksSelectPages_data()
-    {
-        // Each step: "k:<key>" presses a key, "c:<row>" clicks, with "C" or "S" for Ctrl or Shift.
-        QTest::addColumn<QStringList>("steps");
-        QTest::addColumn<QList<int>>("expected");
-        QTest::newRow("click") << QStringList { "c:2" } << rows({ 2 });
-        QTest::newRow("ctrl+click adds") << QStringList { "c:0", "Cc:3" } << rows({ 0, 3 });
-        QTest::newRow("ctrl+click removes") << QStringList { "c:0", "Cc:3", "Cc:0" } << rows({ 3 });
-        QTest::newRow("shift+click extends") << QStringList { "c:1", "Sc:3" } << rows({ 1, 2, 3 });
-        QTest::newRow("right arrow moves") << QStringList { "c:1", "k:Right" } << rows({ 2 });
-        QTest::newRow("shift+arrow extends")
-            << QStringList { "c:1", "Sk:Right", "Sk:Right" } << rows({ 1, 2, 3 });
-        QTest::newRow("end goes last") << QStringList { "c:1", "k:End" } << rows({ 4 });
-        QTest::newRow("home goes first") << QStringList { "c:3", "k:Home" } << rows({ 0 });
-        QTest::newRow("ctrl+a selects all")
-            << QStringList { "c:3", "Ck:A" } << rows({ 0, 1, 2, 3, 4 });
-    }
-
-    void keysAndClicksSelectPages()
-    {
-        QFETCH(QStringList, steps);
-        QFETCH(QList<int>, expected);
-        PDFContents *const tab = openTab(QStringLiteral("Select.pdf"));
-        QVERIFY(tab);
-        tab->setIsPagesEditingMode(true);
-        PDFCollectionView *const grid = editorOf(tab)->collectionView();
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
-        const QHash<QString, Qt::Key> keys { { "Right", Qt::Key_Right }, { "End", Qt::Key_End },
-            { "Home", Qt::Key_Home }, { "A", Qt::Key_A } };
-        for (const QString &step : steps) {
-            const QString kind = step.section(QLatin1Char(':'), 0, 0);
-            const QString what = step.section(QLatin1Char(':'), 1);
-            const Qt::KeyboardModifiers modifiers = kind.startsWith(QLatin1Char('C'))
-                ? Qt::ControlModifier
-                : kind.startsWith(QLatin1Char('S')) ? Qt::ShiftModifier
-                                                    : Qt::NoModifier;
-            if (kind.endsWith(QLatin1Char('c')))
-                QTest::mouseClick(
-                    grid->viewport(), Qt::LeftButton, modifiers, centreOfRow(grid, what.toInt()));
-            else
-                QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
+        const QKeySequence editorKey(Qt::CTRL | Qt::ALT | Qt::Key_P);
+        for (const QKeySequence &leave :
+            { QKeySequence(Qt::Key_Escape), editorKey, QKeySequence() }) {
+            QVERIFY(!tab->isPagesEditingMode());
+            QTest::keySequence(m_window, editorKey);
+            QVERIFY(tab->isPagesEditingMode());
+            QTRY_VERIFY(grid->isVisible());
+            QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
+            QCOMPARE(grid->model()->rowCount(), 5);
+            if (leave.isEmpty())
+                break;
+            QTest::keySequence(grid, leave);
+            QVERIFY(!tab->isPagesEditingMode());
+            QVERIFY(!grid->isVisible());
+            QVERIFY(tab->primaryPDFView()->isVisible());
         }
-        QCOMPARE(grid->selectedRows(), expected);
-    }
-
-    void aRightClickActsOnOneItemOrNone()
-    {
-        PDFContents *const tab = openTab(QStringLiteral("Right.pdf"));
-        QVERIFY(tab);
-        tab->setIsPagesEditingMode(true);
-        PDFCollectionView *const grid = editorOf(tab)->collectionView();
-        QTRY_VERIFY(grid->isVisible());
-        grid->selectRows({ 0, 1, 2 });
-        QTest::mousePress(grid->viewport(), Qt::RightButton, {}, centreOfRow(grid, 1));
-        QCOMPARE(grid->selectedRows(), rows({ 1 }));
-        // Far below the last row is empty space.
-        QTest::mousePress(grid->viewport(), Qt::RightButton, {},
-            QPoint(grid->viewport()->width() - 5, grid->viewport()->height() - 5));
-        QCOMPARE(grid->selectedRows(), QList<int>());
-    }
-
-    void theEditBarFollowsTheSelection()
-    {
-        PDFContents *const tab = openTab(QStringLiteral("Bar.pdf"));
-        QVERIFY(tab);
-        tab->setIsPagesEditingMode(true);
-        PDFCollectionView *const grid = editorOf(tab)->collectionView();
-        QTRY_VERIFY(grid->isVisible());
         PDFEditBar *const bar = m_window->findChild<PDFEditBar *>();
         QVERIFY(bar);
         QTRY_VERIFY(bar->isVisible());
@@ -241,6 +143,47 @@ private slots:
         QVERIFY(!bar->rotateLeftButton()->isEnabled());
         QVERIFY(!bar->extractButton()->isEnabled());
         QVERIFY(bar->removeButton()->isEnabled());
+
+        // Each step: "k:<key>" presses a key, "c:<row>" clicks, with "C" or "S" for Ctrl or Shift;
+        // every line starts with a plain click, which resets the selection.
+        const QList<std::pair<QStringList, QList<int>>> cases {
+            { { "c:2" }, { 2 } },
+            { { "c:0", "Cc:3" }, { 0, 3 } },
+            { { "c:0", "Cc:3", "Cc:0" }, { 3 } },
+            { { "c:1", "Sc:3" }, { 1, 2, 3 } },
+            { { "c:1", "k:Right" }, { 2 } },
+            { { "c:1", "Sk:Right", "Sk:Right" }, { 1, 2, 3 } },
+            { { "c:1", "k:End" }, { 4 } },
+            { { "c:3", "k:Home" }, { 0 } },
+            { { "c:3", "Ck:A" }, { 0, 1, 2, 3, 4 } },
+        };
+        const QHash<QString, Qt::Key> keys { { "Right", Qt::Key_Right }, { "End", Qt::Key_End },
+            { "Home", Qt::Key_Home }, { "A", Qt::Key_A } };
+        for (const auto &[steps, expected] : cases) {
+            for (const QString &step : steps) {
+                const QString kind = step.section(QLatin1Char(':'), 0, 0);
+                const QString what = step.section(QLatin1Char(':'), 1);
+                const Qt::KeyboardModifiers modifiers = kind.startsWith(QLatin1Char('C'))
+                    ? Qt::ControlModifier
+                    : kind.startsWith(QLatin1Char('S')) ? Qt::ShiftModifier
+                                                        : Qt::NoModifier;
+                if (kind.endsWith(QLatin1Char('c')))
+                    QTest::mouseClick(grid->viewport(), Qt::LeftButton, modifiers,
+                        centreOfRow(grid, what.toInt()));
+                else
+                    QTest::keyClick(QApplication::focusWidget(), keys.value(what), modifiers);
+            }
+            QVERIFY2(grid->selectedRows() == expected, qPrintable(steps.join(QLatin1Char(' '))));
+        }
+
+        // A right click acts on one item, or on none in the empty space below the last row.
+        grid->selectRows({ 0, 1, 2 });
+        QTest::mousePress(grid->viewport(), Qt::RightButton, {}, centreOfRow(grid, 1));
+        QCOMPARE(grid->selectedRows(), QList<int>({ 1 }));
+        QTest::mousePress(grid->viewport(), Qt::RightButton, {},
+            QPoint(grid->viewport()->width() - 5, grid->viewport()->height() - 5));
+        QCOMPARE(grid->selectedRows(), QList<int>());
+
         grid->selectRows({ 0, 3 });
         QVERIFY(bar->rotateLeftButton()->isEnabled());
         QVERIFY(bar->extractButton()->isEnabled());
@@ -283,13 +226,11 @@ private slots:
         QFETCH(int, answer);
         QFETCH(QStringList, expected);
         FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-        PDFContents *const tab = openTab(QStringLiteral("Operations.pdf"));
+        PDFContents *const tab = openEditing(QStringLiteral("Operations.pdf"));
         QVERIFY(tab);
         const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-        tab->setIsPagesEditingMode(true);
         PDFPagesEditor *const editor = editorOf(tab);
         PDFCollectionView *const grid = editor->collectionView();
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(grid));
         grid->selectRows(selected);
         m_answer = answer;
         for (const QString &step : operation.split(QLatin1Char(','))) {
@@ -312,23 +253,13 @@ private slots:
         QCOMPARE(AppFixtures::pageTags(path), expected);
         const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
         QVERIFY2(check.exitCode == 0, check.out.constData());
-        const auto json = TestTools::run(
-            qpdf, { QStringLiteral("--json"), QStringLiteral("--json-key=pages"), path });
-        QCOMPARE(QJsonDocument::fromJson(json.out)
-                     .object()
-                     .value(QStringLiteral("pages"))
-                     .toArray()
-                     .size(),
-            expected.size());
     }
 
     void extractWritesTheSelectedPages()
     {
-        PDFContents *const tab = openTab(QStringLiteral("Source.pdf"));
+        PDFContents *const tab = openEditing(QStringLiteral("Source.pdf"));
         QVERIFY(tab);
-        tab->setIsPagesEditingMode(true);
         PDFPagesEditor *const editor = editorOf(tab);
-        QTRY_VERIFY(editor->collectionView()->isVisible());
         editor->collectionView()->selectRows({ 3, 1 });
         QString proposed;
         const QString target = m_dir.filePath(QStringLiteral("Extracted.pdf"));
@@ -360,25 +291,19 @@ private slots:
         QFETCH(bool, otherTab);
         QFETCH(QList<int>, target);
         QFETCH(QStringList, expected);
-        PDFContents *const source = openTab(QStringLiteral("CopySource.pdf"));
+        PDFContents *const source = openEditing(QStringLiteral("CopySource.pdf"));
         QVERIFY(source);
-        source->setIsPagesEditingMode(true);
         PDFPagesEditor *const from = editorOf(source);
-        QTRY_VERIFY(from->collectionView()->isVisible());
         from->collectionView()->selectRows({ 0, 3 });
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(from->collectionView()));
         QApplication::clipboard()->clear();
         QVERIFY(!from->canPaste());
         QTest::keySequence(from->collectionView(), QKeySequence::Copy);
         const QMimeData *const copied = QApplication::clipboard()->mimeData();
         QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
 
-        PDFContents *const tab = otherTab ? openTab(QStringLiteral("CopyTarget.pdf")) : source;
+        PDFContents *const tab = otherTab ? openEditing(QStringLiteral("CopyTarget.pdf")) : source;
         QVERIFY(tab);
-        tab->setIsPagesEditingMode(true);
         PDFPagesEditor *const to = editorOf(tab);
-        QTRY_VERIFY(to->collectionView()->isVisible());
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(to->collectionView()));
         to->collectionView()->selectRows(target);
         QVERIFY(to->canPaste());
         QTest::keySequence(to->collectionView(), QKeySequence::Paste);
@@ -423,13 +348,11 @@ private slots:
         QFETCH(int, index);
         QFETCH(QStringList, added);
         FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-        PDFContents *const tab = openTab(QStringLiteral("Add.pdf"));
+        PDFContents *const tab = openEditing(QStringLiteral("Add.pdf"));
         QVERIFY(tab);
         const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-        tab->setIsPagesEditingMode(true);
         PDFPagesEditor *const editor = editorOf(tab);
         PDFCollectionView *const grid = editor->collectionView();
-        QTRY_VERIFY(grid->isVisible());
         grid->selectRows(selected);
         QDir folder(m_dir.filePath(QStringLiteral("add")));
         QVERIFY(folder.mkpath(QStringLiteral(".")));
@@ -554,6 +477,8 @@ private slots:
 
 private:
     PDFContents *openTab(const QString &name);
+    // openTab in page editing, once the grid has the focus.
+    PDFContents *openEditing(const QString &name);
     PDFPagesEditor *editorOf(PDFContents *tab) const;
     QPoint centreOfRow(PDFCollectionView *view, int row) const;
     // Waits for the editor's save of every changed document of the window to be written.
@@ -572,6 +497,16 @@ PDFContents *PagesEditorTest::openTab(const QString &name)
     if (!PdfFixtures::write(AppFixtures::taggedPages("p", 5), path))
         return nullptr;
     return AppWindow::openTab(m_window, QUrl::fromLocalFile(path));
+}
+
+PDFContents *PagesEditorTest::openEditing(const QString &name)
+{
+    PDFContents *const tab = openTab(name);
+    if (!tab)
+        return nullptr;
+    tab->setIsPagesEditingMode(true);
+    QWidget *const grid = editorOf(tab)->collectionView();
+    return QTest::qWaitFor([grid] { return QApplication::focusWidget() == grid; }) ? tab : nullptr;
 }
 
 PDFPagesEditor *PagesEditorTest::editorOf(PDFContents *tab) const

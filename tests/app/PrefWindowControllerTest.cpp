@@ -26,57 +26,39 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window()));
     }
 
-    void togglingACheckBoxWritesItsKey_data()
+    void checkBoxesAndMenusWriteTheirKeys()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("after");
-        QTest::newRow("SavingPrompt") << FDDefaults::SavingPrompt << 0 << 1;
-        QTest::newRow("DisableHistory, shown as keeping a history")
-            << FDDefaults::DisableHistory << 0 << 1;
-        QTest::newRow("RememberCurrentTheme") << FDDefaults::RememberCurrentTheme << 1 << 0;
-        QTest::newRow("RememberLastPosition") << FDDefaults::RememberLastPosition << 1 << 0;
-        QTest::newRow("AlwaysShowSidebar") << FDDefaults::AlwaysShowSidebar << 0 << 1;
-    }
+        // key, its value before and after a click (DisableHistory shows as keeping a history).
+        const QList<std::tuple<QString, int, int>> boxes {
+            { FDDefaults::SavingPrompt, 0, 1 },
+            { FDDefaults::DisableHistory, 0, 1 },
+            { FDDefaults::RememberCurrentTheme, 1, 0 },
+            { FDDefaults::RememberLastPosition, 1, 0 },
+            { FDDefaults::AlwaysShowSidebar, 0, 1 },
+        };
+        for (const auto &[key, before, after] : boxes) {
+            auto *box = qobject_cast<QCheckBox *>(window().controlForKey(key));
+            QVERIFY2(box, qPrintable(key));
+            window().onTabButtonClickedWithButton(
+                box->parentWidget() == window().advancedContentsView() ? window().advancedButton()
+                                                                       : window().generalButton());
+            QVERIFY(box->isVisible());
+            QCOMPARE(UserDefaults::standard().integerForKey(key), before);
+            QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+            QCOMPARE(UserDefaults::standard().integerForKey(key), after);
+            QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+            QCOMPARE(UserDefaults::standard().integerForKey(key), before);
+        }
 
-    void togglingACheckBoxWritesItsKey()
-    {
-        QFETCH(QString, key);
-        QFETCH(int, before);
-        QFETCH(int, after);
-        auto *box = qobject_cast<QCheckBox *>(window().controlForKey(key));
-        QVERIFY(box);
-        window().onTabButtonClickedWithButton(box->parentWidget() == window().advancedContentsView()
-                ? window().advancedButton()
-                : window().generalButton());
-        QVERIFY(box->isVisible());
-        QCOMPARE(UserDefaults::standard().integerForKey(key), before);
-        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
-        QCOMPARE(UserDefaults::standard().integerForKey(key), after);
-        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
-        QCOMPARE(UserDefaults::standard().integerForKey(key), before);
-    }
-
-    void choosingFromAMenuWritesItsKey_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("after");
-        QTest::newRow("LaunchWith") << FDDefaults::LaunchWith << 1 << 0;
-        QTest::newRow("DefaultScaleMode") << FDDefaults::DefaultScaleMode << 0 << 1;
-    }
-
-    void choosingFromAMenuWritesItsKey()
-    {
-        QFETCH(QString, key);
-        QFETCH(int, before);
-        QFETCH(int, after);
         window().onTabButtonClickedWithButton(window().generalButton());
-        auto *combo = qobject_cast<QComboBox *>(window().controlForKey(key));
-        QVERIFY(combo);
-        QCOMPARE(combo->currentIndex(), before);
-        QTest::keyClick(combo, after > before ? Qt::Key_Down : Qt::Key_Up);
-        QCOMPARE(UserDefaults::standard().integerForKey(key), after);
+        for (const auto &[key, before, after] : QList<std::tuple<QString, int, int>> {
+                 { FDDefaults::LaunchWith, 1, 0 }, { FDDefaults::DefaultScaleMode, 0, 1 } }) {
+            auto *combo = qobject_cast<QComboBox *>(window().controlForKey(key));
+            QVERIFY2(combo, qPrintable(key));
+            QCOMPARE(combo->currentIndex(), before);
+            QTest::keyClick(combo, after > before ? Qt::Key_Down : Qt::Key_Up);
+            QCOMPARE(UserDefaults::standard().integerForKey(key), after);
+        }
     }
 
     void typingTheNameWritesUserName()

@@ -1,7 +1,5 @@
-// Typing into free text boxes and notes of a real document tab over generated PDFs: the in-place
-// field and the note's popover, ended by each road (Escape, a press elsewhere, another selection,
-// closing the tab), the text in the saved file, the removal of boxes left empty as one undo step,
-// Tab and Return in the field, and the field following the annotation bar's changes.
+// Typing into free text boxes and notes of a real document tab: the in-place field and the note's
+// popover, each way of ending them, the saved text, and empty boxes removed as one undo step.
 
 #include "support/AppWindow.h"
 

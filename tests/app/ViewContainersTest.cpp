@@ -1,8 +1,5 @@
-// The places of a tab's two views over generated PDFs: which place and which information bar
-// shows in each split mode, the A and B markers (drawn once a bar unfolds) following the
-// selected view and a swap, the bar's
-// button and a drop opening a second document in view B, the page indicator fading, and the page
-// field it turns into.
+// The places of a tab's two views: the places and information bars of each split mode, the A and B
+// markers, a second document in view B, the page indicator and the page field it turns into.
 
 #include "support/AppWindow.h"
 
@@ -171,43 +168,34 @@ private slots:
         QCOMPARE(m_tab->primaryPDFView()->document()->pageCount(), 5);
     }
 
-    void pageFieldJumpsOnReturnOnly_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("pageAfter");
-        QTest::newRow("3 and Return") << "3" << int(Qt::Key_Return) << 2;
-        QTest::newRow("letters are refused") << "x4y" << int(Qt::Key_Return) << 3;
-        QTest::newRow("0 goes nowhere") << "0" << int(Qt::Key_Return) << 0;
-        QTest::newRow("past the end goes nowhere") << "99" << int(Qt::Key_Enter) << 0;
-        QTest::newRow("Escape goes nowhere") << "4" << int(Qt::Key_Escape) << 0;
-    }
-
     void pageFieldJumpsOnReturnOnly()
     {
-        QFETCH(QString, typed);
-        QFETCH(int, key);
-        QFETCH(int, pageAfter);
         PDFViewContainer *const place = m_tab->container()->topLeftContainer();
         FDPDFView *const view = m_tab->primaryPDFView();
-        QCOMPARE(view->document()->indexForPage(view->currentPage()), 0);
-        // A click on the indicator turns it into the field, holding the current page.
-        QTest::mouseClick(place->pageIndicator(), Qt::LeftButton);
-        PageNavigatorController *const navigator = place->pageNavController();
-        QVERIFY(navigator);
-        QVERIFY(!view->isPageNavigatorHidden());
-        QCOMPARE(navigator->pageField()->text(), QStringLiteral("1"));
-        QCOMPARE(navigator->totalLabel()->text(), QStringLiteral("/ 5"));
-        navigator->pageField()->clear();
-        QTest::keyClicks(navigator->pageField(), typed);
-        QTest::keyClick(navigator->pageField(), Qt::Key(key));
-        QTRY_VERIFY(!place->pageNavController());
-        QVERIFY(view->isPageNavigatorHidden());
-        QCOMPARE(view->document()->indexForPage(view->currentPage()), pageAfter);
-        // The indicator works again afterwards.
-        QVERIFY(place->pageIndicator()->isVisibleTo(place));
-        QTest::mouseClick(place->pageIndicator(), Qt::LeftButton);
-        QVERIFY(place->pageNavController());
+        // Typed text, the key that ends it, and the page shown after, from the first page.
+        const QList<std::tuple<QString, Qt::Key, int>> cases { { "3", Qt::Key_Return, 2 },
+            { "x4y", Qt::Key_Return, 3 }, // letters are refused
+            { "0", Qt::Key_Return, 0 }, { "99", Qt::Key_Enter, 0 }, { "4", Qt::Key_Escape, 0 } };
+        for (const auto &[typed, key, pageAfter] : cases) {
+            view->goToPage(view->document()->pageAtIndex(0));
+            QCOMPARE(view->document()->indexForPage(view->currentPage()), 0);
+            // A click on the indicator turns it into the field, holding the current page.
+            QTest::mouseClick(place->pageIndicator(), Qt::LeftButton);
+            PageNavigatorController *const navigator = place->pageNavController();
+            QVERIFY(navigator);
+            QVERIFY(!view->isPageNavigatorHidden());
+            QCOMPARE(navigator->pageField()->text(), QStringLiteral("1"));
+            QCOMPARE(navigator->totalLabel()->text(), QStringLiteral("/ 5"));
+            navigator->pageField()->clear();
+            QTest::keyClicks(navigator->pageField(), typed);
+            QTest::keyClick(navigator->pageField(), key);
+            QTRY_VERIFY(!place->pageNavController());
+            QVERIFY(view->isPageNavigatorHidden());
+            QVERIFY2(view->document()->indexForPage(view->currentPage()) == pageAfter,
+                qPrintable(typed));
+            // The indicator works again afterwards.
+            QVERIFY(place->pageIndicator()->isVisibleTo(place));
+        }
     }
 
     void indicatorShowsThePageAndFades()

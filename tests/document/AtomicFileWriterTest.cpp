@@ -39,9 +39,7 @@ private slots:
         const QByteArray native = QFile::encodeName(path);
         QCOMPARE(::chmod(native.constData(), mode_t(mode)), 0);
         const bool attributes = ::setxattr(native.constData(), "user.xdg.tags", "work", 4, 0) == 0;
-        struct stat before
-        {
-        };
+        struct stat before = {};
         QCOMPARE(::stat(native.constData(), &before), 0);
 
         const mode_t mask = ::umask(077);
@@ -50,9 +48,7 @@ private slots:
 
         QCOMPARE(error, QString());
         QCOMPARE(contents(path), QByteArray("new"));
-        struct stat after
-        {
-        };
+        struct stat after = {};
         QCOMPARE(::stat(native.constData(), &after), 0);
         QCOMPARE(after.st_mode & 07777, mode_t(mode));
         QCOMPARE(after.st_uid, before.st_uid);
@@ -74,9 +70,7 @@ private slots:
         ::umask(mask);
         QCOMPARE(error, QString());
         QCOMPARE(contents(path), QByteArray("fresh"));
-        struct stat status
-        {
-        };
+        struct stat status = {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &status), 0);
         QCOMPARE(status.st_mode & 07777, mode_t(0640));
     }

@@ -44,12 +44,11 @@ private slots:
         QTest::addColumn<QUrl>("url");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("digest");
-        QTest::newRow("no URL") << QUrl() << "Untitled"
-                                << "(empty)";
-        QTest::newRow("two dots") << QUrl::fromLocalFile("/tmp/My a.b.pdf") << "My a.b"
-                                  << "My a.b";
-        QTest::newRow("no extension") << QUrl::fromLocalFile("/tmp/notes") << "notes"
-                                      << "notes";
+        QTest::newRow("no URL") << QUrl() << QStringLiteral("Untitled") << "(empty)";
+        QTest::newRow("two dots") << QUrl::fromLocalFile("/tmp/My a.b.pdf")
+                                  << QStringLiteral("My a.b") << "My a.b";
+        QTest::newRow("no extension")
+            << QUrl::fromLocalFile("/tmp/notes") << QStringLiteral("notes") << "notes";
     }
 
     void titles()

@@ -48,9 +48,7 @@ FileState stateOf(const QString &path)
     if (file.open(QIODevice::ReadOnly))
         state.bytes = file.readAll();
     const QByteArray native = QFile::encodeName(path);
-    struct stat status
-    {
-    };
+    struct stat status = {};
     if (::stat(native.constData(), &status) == 0)
         state.mode = status.st_mode & 07777;
     char names[4096];

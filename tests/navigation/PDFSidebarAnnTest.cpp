@@ -25,6 +25,19 @@
 
 using namespace SidebarFixture;
 
+namespace {
+
+// A header as "#page", an annotation by its text.
+QString rowText(const QAbstractItemModel *model, int row)
+{
+    const QModelIndex index = model->index(row, 0);
+    return index.data(PDFAnnotationListModel::IsGroupRole).toBool()
+        ? QStringLiteral("#%1").arg(index.data(PDFAnnotationListModel::PageNumberRole).toInt())
+        : index.data().toString();
+}
+
+} // namespace
+
 class PDFSidebarAnnTest : public QObject
 {
     Q_OBJECT
@@ -71,7 +84,7 @@ private slots:
         QSignalSpy inserted(model, &QAbstractItemModel::rowsInserted);
         QSignalSpy removed(model, &QAbstractItemModel::rowsRemoved);
         // Pages 3, then 1, then 2: headers land in page order.
-        const auto onThree = addNote(2, QStringLiteral("three"));
+        addNote(2, QStringLiteral("three"));
         const auto onOne = addNote(0, QStringLiteral("one"));
         const auto onTwo = addNote(1, QString());
         QCOMPARE(rows(), QStringList({ "#1", "one", "#2", "(empty)", "#3", "three" }));
@@ -95,7 +108,6 @@ private slots:
         view->removeAnnotation(onOne);
         QCOMPARE(rows(), QStringList({ "#1", "one again" }));
         QCOMPARE(m_list->title(), QStringLiteral("Annotations ( 1 )"));
-        Q_UNUSED(onThree);
     }
 
     void aHiddenListIsMadeWhenFirstShown_data()
@@ -193,29 +205,13 @@ private slots:
         QCOMPARE(rows(), expected);
     }
 
-    void changedTextResizesItsRowOnly()
+    // A row is as tall as its text at the list's width: longer text or a narrower list grows
+    // that row alone, and the rows below move with it, neither overlapping nor leaving a gap.
+    void rowsFitTheirTextAndTheListWidth()
     {
         QVERIFY(open());
-        const auto first = addNote(0, QStringLiteral("short"));
-        addNote(1, QStringLiteral("other"));
-        QListView *const list = m_list->listView();
-        const auto heightOf
-            = [&](int row) { return list->visualRect(m_list->model()->index(row)).height(); };
-        QTRY_VERIFY(heightOf(1) > 0);
-        const int before = heightOf(1);
-        const int otherBefore = heightOf(3);
-        first->setContents(QString(QStringLiteral("a longer note that wraps ")).repeated(12));
-        QTRY_VERIFY(heightOf(1) > before);
-        QCOMPARE(heightOf(3), otherBefore);
-        QCOMPARE(rows().at(1), first->contents());
-    }
-
-    // A narrower list wraps a note over more lines: its row grows and the rows below move down
-    // with it, neither overlapping nor leaving a gap.
-    void rowsFollowTheListWidth()
-    {
-        QVERIFY(open());
-        addNote(0, QStringLiteral("a note long enough to wrap once the list is narrow"));
+        const auto first
+            = addNote(0, QStringLiteral("a note long enough to wrap once the list is narrow"));
         addNote(1, QStringLiteral("next"));
         QListView *const list = m_list->listView();
         const auto rectOf = [&](int row) { return list->visualRect(m_list->model()->index(row)); };
@@ -224,6 +220,13 @@ private slots:
         const int wide = rectOf(1).height();
         list->resize(140, list->height());
         QTRY_VERIFY(rectOf(1).height() > wide);
+        QCOMPARE(rectOf(2).top(), rectOf(1).bottom() + 1);
+        const int narrow = rectOf(1).height();
+        const int otherBefore = rectOf(3).height();
+        first->setContents(QString(QStringLiteral("a longer note that wraps ")).repeated(12));
+        QTRY_VERIFY(rectOf(1).height() > narrow);
+        QCOMPARE(rows().at(1), first->contents());
+        QCOMPARE(rectOf(3).height(), otherBefore);
         QCOMPARE(rectOf(2).top(), rectOf(1).bottom() + 1);
     }
 
@@ -234,26 +237,19 @@ private:
         RowRecording(QAbstractItemModel *model, std::function<QStringList()> all)
         {
             rows = all();
-            const auto rowText = [model](int row) {
-                const QModelIndex index = model->index(row, 0);
-                return index.data(PDFAnnotationListModel::IsGroupRole).toBool()
-                    ? QStringLiteral("#%1").arg(
-                        index.data(PDFAnnotationListModel::PageNumberRole).toInt())
-                    : index.data().toString();
-            };
             QObject::connect(model, &QAbstractItemModel::rowsInserted, &guard,
-                [this, rowText](const QModelIndex &, int first, int last) {
+                [this, model](const QModelIndex &, int first, int last) {
                     for (int row = first; row <= last; ++row)
-                        rows.insert(row, rowText(row));
+                        rows.insert(row, rowText(model, row));
                 });
             QObject::connect(model, &QAbstractItemModel::rowsRemoved, &guard,
                 [this](const QModelIndex &, int first, int last) {
                     rows.remove(first, last - first + 1);
                 });
             QObject::connect(model, &QAbstractItemModel::dataChanged, &guard,
-                [this, rowText](const QModelIndex &from, const QModelIndex &to) {
+                [this, model](const QModelIndex &from, const QModelIndex &to) {
                     for (int row = from.row(); row <= to.row(); ++row)
-                        rows[row] = rowText(row);
+                        rows[row] = rowText(model, row);
                 });
             QObject::connect(
                 model, &QAbstractItemModel::modelReset, &guard, [this, all] { rows = all(); });
@@ -287,18 +283,11 @@ private:
         m_tab->primaryPDFView()->addAnnotation(note, page);
         return note;
     }
-    // Headers as "#page", annotations by their text.
     QStringList rows() const
     {
         QStringList made;
-        PDFAnnotationListModel *const model = m_list->model();
-        for (int row = 0; row < model->rowCount(); ++row) {
-            const QModelIndex index = model->index(row);
-            made.append(index.data(PDFAnnotationListModel::IsGroupRole).toBool()
-                    ? QStringLiteral("#%1").arg(
-                        index.data(PDFAnnotationListModel::PageNumberRole).toInt())
-                    : index.data().toString());
-        }
+        for (int row = 0; row < m_list->model()->rowCount(); ++row)
+            made.append(rowText(m_list->model(), row));
         return made;
     }
 

@@ -83,11 +83,8 @@ private slots:
     {
         QVERIFY(open(m_dir.filePath(QStringLiteral("marks.pdf"))));
         const auto document = m_tab->primaryPDFView()->fdDocument();
-        for (const int page : { 2, 5, 7 }) {
-            QVERIFY(document->addBookmarkWith(
-                std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(page)),
-                QStringLiteral("T")));
-        }
+        for (const int page : { 2, 5, 7 })
+            QVERIFY(mark(*document, page));
         QCOMPARE(m_list->model()->rowCount(), 3);
         const QString longTitle
             = QStringLiteral("A title long enough to need a second line in the list");
@@ -169,11 +166,8 @@ private slots:
             QVERIFY(PdfFixtures::write(PdfFixtures::textPages(1001, 1, 0), path));
         QVERIFY(open(path));
         const auto document = m_tab->primaryPDFView()->fdDocument();
-        for (const int page : pages) {
-            QVERIFY(document->addBookmarkWith(
-                std::dynamic_pointer_cast<FDPage>(document->pageAtIndex(page)),
-                QStringLiteral("T")));
-        }
+        for (const int page : pages)
+            QVERIFY(mark(*document, page));
         QCOMPARE(m_list->pageColumnWidth(), width);
         QVERIFY(m_list->tableView()->columnWidth(1) >= int(width));
     }
@@ -183,6 +177,11 @@ private:
     void goTo(int page);
     void trigger(const QString &command);
     QStringList rows() const;
+    static bool mark(FDDocument &document, int page)
+    {
+        const auto fdPage = std::dynamic_pointer_cast<FDPage>(document.pageAtIndex(page));
+        return document.addBookmarkWith(fdPage, QStringLiteral("T"));
+    }
 
     QTemporaryDir m_dir;
     QPointer<PDFWindowController> m_window;

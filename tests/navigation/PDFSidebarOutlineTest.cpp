@@ -137,27 +137,17 @@ private slots:
 
     void editRetitlesAndRetargets_data()
     {
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("page"); // as typed
+        QTest::addColumn<QString>("page"); // as typed, with "Bee" as the new title
         QTest::addColumn<QString>("expected");
-        QTest::newRow("retitle and re-target") << "Bee"
-                                               << "6"
-                                               << "A@1(A1@1,A2@2,A3@2),Bee@6,C@4(C1@5),D@5,E@6";
-        QTest::newRow("same page loses nothing but the title")
-            << "Bee"
-            << "3"
-            << "A@1(A1@1,A2@2,A3@2),Bee@3,C@4(C1@5),D@5,E@6";
-        QTest::newRow("page 0 drops the whole edit") << "Bee"
-                                                     << "0" << initialTree;
-        QTest::newRow("empty page drops the whole edit") << "Bee"
-                                                         << "" << initialTree;
-        QTest::newRow("page past the end drops the whole edit") << "Bee"
-                                                                << "7" << initialTree;
+        const QString bee = QStringLiteral("A@1(A1@1,A2@2,A3@2),Bee@%1,C@4(C1@5),D@5,E@6");
+        QTest::newRow("retitle and re-target") << "6" << bee.arg(6);
+        QTest::newRow("same page loses nothing but the title") << "3" << bee.arg(3);
+        for (const char *page : { "0", "", "7" }) // none, and one past the end
+            QTest::addRow("page \"%s\" drops the whole edit", page) << page << initialTree;
     }
 
     void editRetitlesAndRetargets()
     {
-        QFETCH(QString, label);
         QFETCH(QString, page);
         QFETCH(QString, expected);
         QVERIFY(open(writeFixture(QStringLiteral("edit.pdf"))));
@@ -169,7 +159,7 @@ private slots:
         QCOMPARE(editor.labelField()->text(), QStringLiteral("B"));
         QCOMPARE(editor.pageIndexField()->text(), QStringLiteral("3"));
         QCOMPARE(editor.numberOfPages(), QStringLiteral("of 6"));
-        editor.labelField()->setText(label);
+        editor.labelField()->setText(QStringLiteral("Bee"));
         editor.pageIndexField()->setText(page);
         // There is no cancel: closing commits, whichever way it closes.
         editor.close();

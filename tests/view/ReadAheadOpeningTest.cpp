@@ -20,87 +20,76 @@ class ReadAheadOpeningTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void cleanup();
-    void opensWhatWasReadAtTheAskedPage_data();
-    void opensWhatWasReadAtTheAskedPage();
-    void viewClosedWhileWaitingIsNotCalled();
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        AppTestEnvironment::clearStore();
+        FDDefaults::registerDefaults();
+    }
+    void cleanup() { QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0); }
+
+    void opensWhatWasReadAtTheAskedPage_data()
+    {
+        QTest::addColumn<int>("pages");
+        QTest::addColumn<QString>("fragment");
+        QTest::addColumn<int>("expectedPage");
+        QTest::newRow("first page") << 6 << QString() << 0;
+        QTest::newRow("page fragment") << 6 << QStringLiteral("4") << 4;
+        // Long enough for the page list to be walked as pages are asked for.
+        QTest::newRow("far page of a long file") << 700 << QStringLiteral("650") << 650;
+    }
+    void opensWhatWasReadAtTheAskedPage()
+    {
+        QFETCH(int, pages);
+        QFETCH(QString, fragment);
+        QFETCH(int, expectedPage);
+        const QString path
+            = m_dir.filePath(QStringLiteral("ahead-%1.pdf").arg(QTest::currentDataTag()));
+        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(pages, 5, 0), path));
+
+        const PDFDocumentPrefetch prefetch(path);
+        FDPDFView view;
+        view.resize(600, 500);
+        QUrl url = QUrl::fromLocalFile(path);
+        if (!fragment.isEmpty())
+            url.setFragment(fragment);
+        view.loadDocument(url);
+        view.show();
+        QTRY_VERIFY(view.document());
+        QTRY_VERIFY(!view.isLoading());
+        QVERIFY(prefetch.taken());
+        QCOMPARE(view.document()->pageCount(), pages);
+        QTRY_VERIFY(view.currentPage());
+        QTRY_COMPARE(view.document()->indexForPage(view.currentPage()), expectedPage);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        QVERIFY(view.currentPage()->string().contains(
+            QStringLiteral("Page %1 line").arg(expectedPage + 1)));
+    }
+
+    void viewClosedWhileWaitingIsNotCalled()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("closed.pdf"));
+        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(700, 20), path));
+        auto prefetch = std::make_unique<PDFDocumentPrefetch>(path);
+        auto view = std::make_unique<FDPDFView>();
+        view->loadDocument(QUrl::fromLocalFile(path));
+        view->show();
+        view.reset();
+        QVERIFY(!prefetch->taken());
+        // The reading ends with the prefetch; whatever it posted finds no view to call.
+        prefetch.reset();
+        QTest::qWait(50);
+        FDPDFView again;
+        again.resize(600, 500);
+        again.loadDocument(QUrl::fromLocalFile(path));
+        again.show();
+        QTRY_VERIFY(again.document());
+        QCOMPARE(again.document()->pageCount(), 700);
+    }
 
 private:
     QTemporaryDir m_dir;
 };
-
-void ReadAheadOpeningTest::initTestCase()
-{
-    QVERIFY(m_dir.isValid());
-    AppTestEnvironment::clearStore();
-    FDDefaults::registerDefaults();
-}
-
-void ReadAheadOpeningTest::cleanup()
-{
-    QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0);
-}
-
-void ReadAheadOpeningTest::opensWhatWasReadAtTheAskedPage_data()
-{
-    QTest::addColumn<int>("pages");
-    QTest::addColumn<QString>("fragment");
-    QTest::addColumn<int>("expectedPage");
-    QTest::newRow("first page") << 6 << QString() << 0;
-    QTest::newRow("page fragment") << 6 << QStringLiteral("4") << 4;
-    // Long enough for the page list to be walked as pages are asked for.
-    QTest::newRow("far page of a long file") << 700 << QStringLiteral("650") << 650;
-}
-
-void ReadAheadOpeningTest::opensWhatWasReadAtTheAskedPage()
-{
-    QFETCH(int, pages);
-    QFETCH(QString, fragment);
-    QFETCH(int, expectedPage);
-    const QString path
-        = m_dir.filePath(QStringLiteral("ahead-%1.pdf").arg(QTest::currentDataTag()));
-    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(pages, 5, 0), path));
-
-    const PDFDocumentPrefetch prefetch(path);
-    FDPDFView view;
-    view.resize(600, 500);
-    QUrl url = QUrl::fromLocalFile(path);
-    if (!fragment.isEmpty())
-        url.setFragment(fragment);
-    view.loadDocument(url);
-    view.show();
-    QTRY_VERIFY(view.document());
-    QTRY_VERIFY(!view.isLoading());
-    QVERIFY(prefetch.taken());
-    QCOMPARE(view.document()->pageCount(), pages);
-    QTRY_VERIFY(view.currentPage());
-    QTRY_COMPARE(view.document()->indexForPage(view.currentPage()), expectedPage);
-    QTRY_VERIFY(view.isVisibleAreaRendered());
-    QVERIFY(view.currentPage()->string().contains(
-        QStringLiteral("Page %1 line").arg(expectedPage + 1)));
-}
-
-void ReadAheadOpeningTest::viewClosedWhileWaitingIsNotCalled()
-{
-    const QString path = m_dir.filePath(QStringLiteral("closed.pdf"));
-    QVERIFY(PdfFixtures::write(PdfFixtures::textPages(700, 20), path));
-    auto prefetch = std::make_unique<PDFDocumentPrefetch>(path);
-    auto view = std::make_unique<FDPDFView>();
-    view->loadDocument(QUrl::fromLocalFile(path));
-    view->show();
-    view.reset();
-    QVERIFY(!prefetch->taken());
-    // The reading ends with the prefetch; whatever it posted finds no view to call.
-    prefetch.reset();
-    QTest::qWait(50);
-    FDPDFView again;
-    again.resize(600, 500);
-    again.loadDocument(QUrl::fromLocalFile(path));
-    again.show();
-    QTRY_VERIFY(again.document());
-    QCOMPARE(again.document()->pageCount(), 700);
-}
 
 int main(int argc, char *argv[])
 {

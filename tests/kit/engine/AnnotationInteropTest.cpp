@@ -137,30 +137,21 @@ QRgb pixel(const QImage &image, int x, int y)
     return reinterpret_cast<const QRgb *>(image.constScanLine(y))[x];
 }
 
-// The share of the area's pixels that show the colour.
-double coverage(const QImage &image, const QRectF &pageRect, const QColor &color)
+// The pixels of the area that show the colour: their share of it and their bounding rect.
+std::pair<double, QRect> shownIn(const QImage &image, const QRect &area, const QColor &color)
 {
-    const QRect area = pixelsOf(pageRect).intersected(image.rect());
-    int hits = 0;
-    for (int y = area.top(); y <= area.bottom(); ++y) {
-        for (int x = area.left(); x <= area.right(); ++x)
-            hits += near(pixel(image, x, y), color);
-    }
-    return area.isEmpty() ? 0 : double(hits) / (area.width() * area.height());
-}
-
-// The pixels of the image's area that show the colour, as one bounding rect.
-QRect extent(const QImage &image, const QColor &color, const QRect &area)
-{
-    QRect found;
     const QRect within = area.intersected(image.rect());
+    int hits = 0;
+    QRect found;
     for (int y = within.top(); y <= within.bottom(); ++y) {
         for (int x = within.left(); x <= within.right(); ++x) {
-            if (near(pixel(image, x, y), color))
+            if (near(pixel(image, x, y), color)) {
+                ++hits;
                 found = found.united(QRect(x, y, 1, 1));
+            }
         }
     }
-    return found;
+    return { within.isEmpty() ? 0 : double(hits) / (within.width() * within.height()), found };
 }
 
 // qpdf's reading of a file: every object by its "obj:N G R" name.
@@ -248,13 +239,8 @@ bool sameValue(const QJsonValue &a, const QJsonValue &b)
     if (a.isArray() && b.isArray()) {
         const QJsonArray x = a.toArray();
         const QJsonArray y = b.toArray();
-        if (x.size() != y.size())
-            return false;
-        for (qsizetype i = 0; i < x.size(); ++i) {
-            if (!sameValue(x[i], y[i]))
-                return false;
-        }
-        return true;
+        return std::equal(x.begin(), x.end(), y.begin(), y.end(),
+            [](const QJsonValue &p, const QJsonValue &q) { return sameValue(p, q); });
     }
     return a == b;
 }
@@ -426,62 +412,54 @@ private slots:
         QTest::addColumn<QRectF>("outside"); // shows none of the colour
         QTest::addColumn<int>("slack"); // points the colour's extent may differ by across
 
+        const auto row
+            = [](const char *name, const char *kind, const QColor &color, const QRectF &inside,
+                  double least, double most, const QRectF &outside, int slack = 2) {
+                  QTest::newRow(name)
+                      << QString(kind) << color << inside << least << most << outside << slack;
+              };
         // "brown" on the first line spans about x 127 to 160 and y 716 to 733.
-        QTest::newRow("highlight") << "Highlight" << Yellow << QRectF(130, 718, 27, 13) << 0.3
-                                   << 1.0 << QRectF(110, 736, 70, 6) << 2;
-        QTest::newRow("highlight's ends") << "Highlight" << Yellow << QRectF(128, 718, 2, 13) << 0.3
-                                          << 1.0 << QRectF(118, 718, 6, 13) << 2;
-        QTest::newRow("underline") << "Underline" << Red << QRectF(130, 716, 27, 4) << 0.2 << 1.0
-                                   << QRectF(110, 722, 70, 14) << 2;
-        QTest::newRow("strike-out") << "StrikeOut" << Red << QRectF(130, 722, 27, 3) << 0.2 << 1.0
-                                    << QRectF(110, 727, 70, 10) << 2;
-        QTest::newRow("ink") << "Ink" << Blue << QRectF(120, 449, 160, 2) << 0.9 << 1.0
-                             << QRectF(120, 455, 160, 30) << 2;
-        QTest::newRow("line") << "Line open" << Red << QRectF(140, 299, 220, 2) << 0.9 << 1.0
-                              << QRectF(140, 305, 220, 20) << 2;
+        row("highlight", "Highlight", Yellow, { 130, 718, 27, 13 }, 0.3, 1.0, { 110, 736, 70, 6 });
+        row("highlight's ends", "Highlight", Yellow, { 128, 718, 2, 13 }, 0.3, 1.0,
+            { 118, 718, 6, 13 });
+        row("underline", "Underline", Red, { 130, 716, 27, 4 }, 0.2, 1.0, { 110, 722, 70, 14 });
+        row("strike-out", "StrikeOut", Red, { 130, 722, 27, 3 }, 0.2, 1.0, { 110, 727, 70, 10 });
+        row("ink", "Ink", Blue, { 120, 449, 160, 2 }, 0.9, 1.0, { 120, 455, 160, 30 });
+        row("line", "Line open", Red, { 140, 299, 220, 2 }, 0.9, 1.0, { 140, 305, 220, 20 });
         // Open arrows are 3 widths long and 1.5 wide on each side of the line.
-        QTest::newRow("line's arrow heads") << "Line open" << Red << QRectF(374, 301, 2, 2) << 0.5
-                                            << 1.0 << QRectF(350, 309, 40, 10) << 2;
-        QTest::newRow("dashed line") << "Line closed dashed" << Red << QRectF(140, 299.5, 200, 1)
-                                     << 0.4 << 0.8 << QRectF(140, 305, 200, 20) << 2;
-        QTest::newRow("circle's fill") << "Circle filled" << Green << QRectF(200, 240, 100, 40)
-                                       << 0.95 << 1.0 << QRectF(150, 200, 15, 15) << 2;
-        QTest::newRow("circle's border") << "Circle filled" << Red << QRectF(230, 316.5, 40, 2)
-                                         << 0.9 << 1.0 << QRectF(230, 250, 40, 20) << 2;
-        QTest::newRow("dashed circle without fill")
-            << "Circle dashed" << Red << QRectF(235, 316.5, 30, 1.5) << 0.3 << 0.85
-            << QRectF(200, 240, 100, 40) << 2;
-        QTest::newRow("dashed square's fill")
-            << "Square filled dashed" << Green << QRectF(160, 210, 180, 100) << 0.95 << 1.0
-            << QRectF(100, 200, 45, 120) << 2;
-        QTest::newRow("dashed square's border")
-            << "Square filled dashed" << Red << QRectF(170, 316.5, 160, 2) << 0.3 << 0.85
-            << QRectF(170, 250, 160, 40) << 2;
+        row("line's arrow heads", "Line open", Red, { 374, 301, 2, 2 }, 0.5, 1.0,
+            { 350, 309, 40, 10 });
+        row("dashed line", "Line closed dashed", Red, { 140, 299.5, 200, 1 }, 0.4, 0.8,
+            { 140, 305, 200, 20 });
+        row("circle's fill", "Circle filled", Green, { 200, 240, 100, 40 }, 0.95, 1.0,
+            { 150, 200, 15, 15 });
+        row("circle's border", "Circle filled", Red, { 230, 316.5, 40, 2 }, 0.9, 1.0,
+            { 230, 250, 40, 20 });
+        row("dashed circle without fill", "Circle dashed", Red, { 235, 316.5, 30, 1.5 }, 0.3, 0.85,
+            { 200, 240, 100, 40 });
+        row("dashed square's fill", "Square filled dashed", Green, { 160, 210, 180, 100 }, 0.95,
+            1.0, { 100, 200, 45, 120 });
+        row("dashed square's border", "Square filled dashed", Red, { 170, 316.5, 160, 2 }, 0.3,
+            0.85, { 170, 250, 160, 40 });
         // No border: the fill reaches the bounds and no line is drawn round it.
-        QTest::newRow("square without border") << "Square no border filled" << Red << QRectF()
-                                               << 0.0 << 0.0 << QRectF(140, 190, 220, 140) << 2;
-        QTest::newRow("square without border's fill")
-            << "Square no border filled" << Green << QRectF(151, 201, 198, 118) << 0.97 << 1.0
-            << QRectF(140, 190, 8, 140) << 2;
-        QTest::newRow("half transparent square")
-            << "Square half transparent" << QColor(255, 162, 158) << QRectF(152, 202, 196, 1) << 0.9
-            << 1.0 << QRectF(200, 240, 100, 40) << 2;
+        row("square without border", "Square no border filled", Red, {}, 0.0, 0.0,
+            { 140, 190, 220, 140 });
+        row("square without border's fill", "Square no border filled", Green,
+            { 151, 201, 198, 118 }, 0.97, 1.0, { 140, 190, 8, 140 });
+        row("half transparent square", "Square half transparent", QColor(255, 162, 158),
+            { 152, 202, 196, 1 }, 0.9, 1.0, { 200, 240, 100, 40 });
         // Free text is 24 point "MMMM" in a box from x 100 to 500, y 400 to 460.
-        QTest::newRow("free text at the left") << "FreeText left" << Red << QRectF(100, 425, 80, 30)
-                                               << 0.1 << 1.0 << QRectF(200, 400, 300, 60) << 6;
-        QTest::newRow("free text in the centre")
-            << "FreeText centre" << Red << QRectF(260, 425, 80, 30) << 0.1 << 1.0
-            << QRectF(100, 400, 130, 60) << 6;
-        QTest::newRow("free text at the right")
-            << "FreeText right" << Red << QRectF(420, 425, 80, 30) << 0.1 << 1.0
-            << QRectF(100, 400, 300, 60) << 6;
-        QTest::newRow("free text's background")
-            << "FreeText background" << Orange << QRectF(101, 401, 398, 10) << 0.95 << 1.0
-            << QRectF(100, 462, 400, 10) << 2;
-        QTest::newRow("free text without border") << "FreeText background" << Red << QRectF() << 0.0
-                                                  << 0.0 << QRectF(100, 400, 400, 18) << 6;
-        QTest::newRow("note") << "Text" << Orange << QRectF(302, 502, 3, 20) << 0.9 << 1.0
-                              << QRectF(280, 480, 18, 60) << 3;
+        row("free text at the left", "FreeText left", Red, { 100, 425, 80, 30 }, 0.1, 1.0,
+            { 200, 400, 300, 60 }, 6);
+        row("free text in the centre", "FreeText centre", Red, { 260, 425, 80, 30 }, 0.1, 1.0,
+            { 100, 400, 130, 60 }, 6);
+        row("free text at the right", "FreeText right", Red, { 420, 425, 80, 30 }, 0.1, 1.0,
+            { 100, 400, 300, 60 }, 6);
+        row("free text's background", "FreeText background", Orange, { 101, 401, 398, 10 }, 0.95,
+            1.0, { 100, 462, 400, 10 });
+        row("free text without border", "FreeText background", Red, {}, 0.0, 0.0,
+            { 100, 400, 400, 18 }, 6);
+        row("note", "Text", Orange, { 302, 502, 3, 20 }, 0.9, 1.0, { 280, 480, 18, 60 }, 3);
     }
     void eachKindShowsInOtherReadersWhereTheKitDrawsIt()
     {
@@ -503,26 +481,22 @@ private slots:
         // could pass for a light colour.
         const QRect window = pixelsOf(inside.united(outside))
                                  .adjusted(-40 * Scale, -40 * Scale, 40 * Scale, 40 * Scale);
-        const QRect kitExtent = extent(made->kit, color, window);
+        const QRect kitExtent = shownIn(made->kit, window, color).second;
         for (const auto &[name, image] : images) {
-            const double shown = coverage(*image, inside, color);
+            const double shown = shownIn(*image, pixelsOf(inside), color).first;
             QVERIFY2(inside.isEmpty() || (shown >= least && shown <= most),
                 qPrintable(QStringLiteral("%1 shows %2 of the colour").arg(name).arg(shown)));
-            const double stray = coverage(*image, outside, color);
+            const double stray = shownIn(*image, pixelsOf(outside), color).first;
             QVERIFY2(stray < 0.03,
                 qPrintable(QStringLiteral("%1 shows %2 of it outside").arg(name).arg(stray)));
-            const QRect found = extent(*image, color, window);
+            const QRect found = shownIn(*image, window, color).second;
             // Across, text may run wider in the kit's stand-in font; up and down it may not.
             const int across = std::max(std::abs(found.left() - kitExtent.left()),
                 std::abs(found.right() - kitExtent.right()));
             const int upDown = std::max(std::abs(found.top() - kitExtent.top()),
                 std::abs(found.bottom() - kitExtent.bottom()));
             const auto where = [](const QRect &r) {
-                return QStringLiteral("%1,%2 %3x%4")
-                    .arg(r.x())
-                    .arg(r.y())
-                    .arg(r.width())
-                    .arg(r.height());
+                return QString::asprintf("%d,%d %dx%d", r.x(), r.y(), r.width(), r.height());
             };
             QVERIFY2(across <= slack * Scale && upDown <= std::min(slack, 3) * Scale,
                 qPrintable(QStringLiteral("%1 shows the colour over %2, the kit over %3")
@@ -588,10 +562,7 @@ private slots:
             << QJsonObject { { "/DA", QJsonArray { "/Helv", 24, 1, 68 / 255.0, 60 / 255.0 } },
                    { "/Q", 0 }, { "/BS/W", 0 } }
             << QStringList { "/C", "/IC", "/CA" };
-        QTest::newRow("free text in the centre")
-            << "FreeText centre" << QJsonObject { { "/Q", 1 } } << QStringList { "/C" };
-        QTest::newRow("free text at the right")
-            << "FreeText right" << QJsonObject { { "/Q", 2 } } << QStringList { "/C" };
+        // Other alignments' /Q: freeTextFontAndAlignmentReachTheFile.
         QTest::newRow("free text with a background")
             << "FreeText background" << QJsonObject { { "/C", rgb(Orange) }, { "/BS/W", 0 } }
             << QStringList { "/CA" };

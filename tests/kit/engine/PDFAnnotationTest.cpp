@@ -187,6 +187,7 @@ private slots:
         square->removeObserver(&recorder);
         square->setContents(QStringLiteral("unseen"));
         QCOMPARE(recorder.changes.size(), 4);
+        square->border()->setDashPattern({ 8, 8 }); // in place, on the page
 
         // The bytes are made on a worker, as a save makes them.
         QByteArray bytes;
@@ -201,6 +202,7 @@ private slots:
         QCOMPARE(read->interiorColor(), QColor(0, 255, 0));
         QCOMPARE(read->border()->lineWidth(), 3.0);
         QCOMPARE(read->border()->style(), int(PDFBorder::Dashed));
+        QCOMPARE(read->border()->dashPattern(), QList<double>({ 8, 8 }));
         QCOMPARE(read->contents(), QStringLiteral("unseen"));
     }
 

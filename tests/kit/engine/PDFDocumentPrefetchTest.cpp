@@ -186,9 +186,7 @@ void PDFDocumentPrefetchTest::changedFileIsReadAgain()
 
 void PDFDocumentPrefetchTest::lockedFileStaysLocked()
 {
-    const QString qpdf = TestTools::findTool(QStringLiteral("qpdf"));
-    if (qpdf.isEmpty())
-        QSKIP("qpdf is not installed");
+    FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
     QTemporaryDir dir;
     const QString plain = dir.filePath(QStringLiteral("plain.pdf"));
     const QString locked = dir.filePath(QStringLiteral("locked.pdf"));

@@ -140,55 +140,25 @@ private slots:
         QVERIFY(!isDark(image, QPointF(1, 1)));
     }
 
-    void tilesRenderedInParallelMatchOneRender()
-    {
-        PdfFixtures::Document spec = PdfFixtures::standard();
-        auto doc = std::make_shared<PDFDocument>();
-        QVERIFY(doc->initWithData(PdfFixtures::build(spec)));
-        const auto source = doc->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);
-        const double scale = 1.5;
-        const QSize size = source->geometry().viewSize(scale).toSize();
-        const auto list = source->buildDisplayList();
-        QVERIFY(list);
-        const QImage whole = list->renderTile(QRect(QPoint(0, 0), size), scale);
-
-        const int tileHeight = 128;
-        const int tiles = (size.height() + tileHeight - 1) / tileHeight;
-        std::vector<QImage> parts(static_cast<size_t>(tiles));
-        std::vector<std::thread> workers;
-        for (int i = 0; i < tiles; ++i) {
-            workers.emplace_back([&, i] {
-                const QRect tile(0, i * tileHeight, size.width(),
-                    std::min(tileHeight, size.height() - i * tileHeight));
-                parts[static_cast<size_t>(i)] = list->renderTile(tile, scale);
-            });
-        }
-        for (auto &worker : workers)
-            worker.join();
-        for (int i = 0; i < tiles; ++i) {
-            const QImage &part = parts[static_cast<size_t>(i)];
-            QVERIFY(!part.isNull());
-            QCOMPARE(part, whole.copy(0, i * tileHeight, size.width(), part.height()));
-        }
-    }
-
-    void displayListsAreBuiltOnWorkers()
+    // Lists built on workers while the main thread reads the pages, and one list drawn in bands
+    // by several workers at once, draw what the page draws in one piece.
+    void workersBuildAndDrawListsAlike()
     {
         auto doc = std::make_shared<PDFDocument>();
         QVERIFY(doc->initWithData(PdfFixtures::build(PdfFixtures::textPages(8))));
         std::vector<std::shared_ptr<PDFPageRenderSource>> sources;
         for (int i = 0; i < doc->pageCount(); ++i)
             sources.push_back(doc->pageAtIndex(i)->renderSource(PDFDisplayBox::CropBox));
+        std::vector<std::shared_ptr<PDFDisplayList>> lists(sources.size());
         std::vector<QImage> images(sources.size());
         std::vector<std::thread> workers;
         for (size_t i = 0; i < sources.size(); ++i) {
             workers.emplace_back([&, i] {
-                const auto list = sources[i]->buildDisplayList();
-                if (list)
-                    images[i] = list->renderTile(QRect(0, 0, 306, 396), 0.5);
+                lists[i] = sources[i]->buildDisplayList();
+                if (lists[i])
+                    images[i] = lists[i]->renderTile(QRect(0, 0, 306, 396), 0.5);
             });
         }
-        // The main thread keeps using the document meanwhile.
         for (int i = 0; i < doc->pageCount(); ++i)
             QVERIFY(
                 doc->pageAtIndex(i)->string().startsWith(QStringLiteral("Page %1 ").arg(i + 1)));
@@ -199,6 +169,28 @@ private slots:
             QCOMPARE(images[i],
                 doc->pageAtIndex(static_cast<int>(i))
                     ->imageForBox(PDFDisplayBox::CropBox, QSize(306, 396)));
+        }
+
+        const double scale = 1.5;
+        const QSize size = sources[0]->geometry().viewSize(scale).toSize();
+        const QImage whole = lists[0]->renderTile(QRect(QPoint(0, 0), size), scale);
+        const int tileHeight = 128;
+        const int tiles = (size.height() + tileHeight - 1) / tileHeight;
+        std::vector<QImage> parts(static_cast<size_t>(tiles));
+        workers.clear();
+        for (int i = 0; i < tiles; ++i) {
+            workers.emplace_back([&, i] {
+                const QRect tile(0, i * tileHeight, size.width(),
+                    std::min(tileHeight, size.height() - i * tileHeight));
+                parts[static_cast<size_t>(i)] = lists[0]->renderTile(tile, scale);
+            });
+        }
+        for (auto &worker : workers)
+            worker.join();
+        for (int i = 0; i < tiles; ++i) {
+            const QImage &part = parts[static_cast<size_t>(i)];
+            QVERIFY(!part.isNull());
+            QCOMPARE(part, whole.copy(0, i * tileHeight, size.width(), part.height()));
         }
     }
 

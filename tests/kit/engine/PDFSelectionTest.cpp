@@ -108,6 +108,7 @@ private slots:
         QCOMPARE(twoLines->lineRectsForPage(page),
             std::vector<QRectF>({ lines[0]->boundsForPage(page), lines[1]->boundsForPage(page) }));
         QVERIFY(twoLines->lineRectsForPage(doc->pageAtIndex(1)).empty());
+        QVERIFY(!page->selectionForRect(QRectF(0, 0, 10, 10))); // no text there
 
         const int fox = text.indexOf("fox");
         auto hit = page->selectionForRange({ fox, 3 });
@@ -146,17 +147,6 @@ private slots:
         QVERIFY(drag->string().contains("marker\nCropped page text\nSec"));
         QVERIFY(!drag->string().contains("Alpha"));
         QVERIFY(!drag->string().contains("here"));
-    }
-
-    void wordsAndLinesSnap()
-    {
-        const auto page = doc->pageAtIndex(0);
-        const auto fox = page->selectionForRect(QRectF(60, 712, 540, 20))->boundsForPage(page);
-        const auto word = page->selectionForWordAtPoint(QPointF(fox.left() + 2, 724));
-        QCOMPARE(word->string(), QString("The"));
-        const auto line = page->selectionForLineAtPoint(QPointF(300, 708));
-        QCOMPARE(line->string(), QString("Alpha beta gamma delta"));
-        QVERIFY(!page->selectionForRect(QRectF(0, 0, 10, 10)));
     }
 
     void dragsSnapToWordsAndLines_data()

@@ -75,14 +75,14 @@ QImage viewImage(PDFView &view)
     return view.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
 }
 
-bool hasDarkPixel(const QImage &image, const QRect &rect)
+int darkPixels(const QImage &image, const QRect &rect)
 {
     const QRect area = rect.intersected(image.rect());
+    int dark = 0;
     for (int y = area.top(); y <= area.bottom(); ++y)
         for (int x = area.left(); x <= area.right(); ++x)
-            if (qGray(image.pixel(x, y)) < 100)
-                return true;
-    return false;
+            dark += qGray(image.pixel(x, y)) < 100 ? 1 : 0;
+    return dark;
 }
 
 } // namespace
@@ -93,6 +93,16 @@ class PDFRenderingTest : public QObject
 
     QTemporaryDir m_dir;
     std::shared_ptr<PDFDocument> m_document;
+
+    std::shared_ptr<PDFDocument> openWritten(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(m_dir.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            return nullptr;
+        file.close();
+        auto document = std::make_shared<PDFDocument>();
+        return document->initWithURL(QUrl::fromLocalFile(file.fileName())) ? document : nullptr;
+    }
 
     void show(PDFView &view, const std::shared_ptr<PDFDocument> &document, double scale)
     {
@@ -107,10 +117,9 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        const QString path = m_dir.filePath(QStringLiteral("standard.pdf"));
-        QVERIFY(PdfFixtures::write(PdfFixtures::standard(), path));
-        m_document = std::make_shared<PDFDocument>();
-        QVERIFY(m_document->initWithURL(QUrl::fromLocalFile(path)));
+        m_document = openWritten(
+            QStringLiteral("standard.pdf"), PdfFixtures::build(PdfFixtures::standard()));
+        QVERIFY(m_document);
     }
 
     void tilesMatchTheEngineAtTheDevicePixelRatio()
@@ -190,13 +199,8 @@ private slots:
 
     void bandsOfATileMatchTheTileDrawnWhole()
     {
-        const QString path = m_dir.filePath(QStringLiteral("mixed.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(mixedPdf());
-        file.close();
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openWritten(QStringLiteral("mixed.pdf"), mixedPdf());
+        QVERIFY(document);
         PDFView view;
         show(view, document, 2.0);
         view.horizontalScrollBar()->setValue(0);
@@ -280,11 +284,7 @@ private slots:
         const double ratio = view.viewport()->devicePixelRatioF();
         const QRectF inside = view.convertRectFromPage(QRectF(150 + edits, 620, 100, 60), edited);
         const QRect pixels((inside.topLeft() * ratio).toPoint(), (inside.size() * ratio).toSize());
-        const QImage image = viewImage(view);
-        int dark = 0;
-        for (int y = pixels.top(); y <= pixels.bottom(); ++y)
-            for (int x = pixels.left(); x <= pixels.right(); ++x)
-                dark += qGray(image.pixel(x, y)) < 100 ? 1 : 0;
+        const int dark = darkPixels(viewImage(view), pixels);
         // Filled black where the engine draws it; the page's own text covers far less.
         QCOMPARE(dark > pixels.width() * pixels.height() * 9 / 10, shown && edits > 0);
         // The edited page only, each of its tiles once, however many edits the turn held.
@@ -299,10 +299,9 @@ private slots:
 
     void theFirstScreenComesBeforeThePagesAheadOfIt()
     {
-        const QString path = m_dir.filePath(QStringLiteral("text5.pdf"));
-        QVERIFY(PdfFixtures::write(PdfFixtures::textPages(5, 10, 0), path));
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openWritten(
+            QStringLiteral("text5.pdf"), PdfFixtures::build(PdfFixtures::textPages(5, 10, 0)));
+        QVERIFY(document);
         PDFView view;
         QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
         qsizetype firstScreenTiles = -1;
@@ -325,8 +324,9 @@ private slots:
         QVERIFY(view.isVisibleAreaRendered());
         const QRectF line = view.convertRectFromPage(QRectF(56, 750, 300, 14), second);
         const double ratio = view.viewport()->devicePixelRatioF();
-        QVERIFY2(hasDarkPixel(
-                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect()),
+        QVERIFY2(darkPixels(
+                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect())
+                > 0,
             "the second page's first line is not drawn");
         QCOMPARE(view.pageForPoint(line.center(), false), second);
         QCOMPARE(view.convertPointToPage(line.topLeft(), second).toPoint(), QPoint(56, 764));
@@ -342,21 +342,17 @@ private slots:
         const double ratio = view.viewport()->devicePixelRatioF();
         const QRectF line = view.convertRectFromPage(QRectF(72, 712, 260, 14), page);
         QVERIFY(!view.isVisibleAreaRendered());
-        QVERIFY2(hasDarkPixel(
-                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect()),
+        QVERIFY2(darkPixels(
+                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect())
+                > 0,
             "the page is not blank while it renders");
         QTRY_VERIFY(view.isVisibleAreaRendered());
     }
 
     void aPageThatCannotRenderShowsBlankWithAMark()
     {
-        const QString path = m_dir.filePath(QStringLiteral("broken.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(brokenPdf());
-        file.close();
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openWritten(QStringLiteral("broken.pdf"), brokenPdf());
+        QVERIFY(document);
         QCOMPARE(document->pageCount(), 2);
 
         PDFView view;

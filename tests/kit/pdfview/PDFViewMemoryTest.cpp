@@ -1,6 +1,7 @@
 // Memory while reading a long document: once the reader has passed every page, what the view and
 // the engine keep stays near what the first screens needed.
 
+#include "support/FixtureDocuments.h"
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
 
@@ -41,10 +42,12 @@ PdfFixtures::Image pagePicture(int page)
     return { raw.width, raw.height, jpeg, true };
 }
 
+const QString DejaVuSans = QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
+
 // Writes pages of fonts of their own to path and opens them; null without the system's font.
 std::shared_ptr<PDFDocument> openOwnFontPages(const QString &path, int pages)
 {
-    QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+    QFile fontFile(DejaVuSans);
     QFile file(path);
     if (!fontFile.open(QIODevice::ReadOnly) || !file.open(QIODevice::WriteOnly))
         return nullptr;
@@ -79,10 +82,8 @@ private slots:
             source.pages[i].imageRect = QRectF(72, 72, 400, 300);
         }
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("pictures.pdf"));
-        QVERIFY(PdfFixtures::write(source, path));
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = FixtureDocuments::open(dir, source, QStringLiteral("pictures.pdf"));
+        QVERIFY(document);
 
         PDFView view;
         QVERIFY(showSharp(view, document));
@@ -109,19 +110,12 @@ private slots:
     // stays near what the first pages needed all through the document.
     void fontsOfThePagesPassedDoNotPileUp()
     {
-        QFile fontFile(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
-        if (!fontFile.open(QIODevice::ReadOnly))
+        if (!QFile::exists(DejaVuSans))
             QSKIP("DejaVu Sans is not installed");
-        const QByteArray font = fontFile.readAll();
         constexpr int Pages = 80;
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("fonts.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(PdfFixtures::ownFontPages(Pages, font, 2));
-        file.close();
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = openOwnFontPages(dir.filePath(QStringLiteral("fonts.pdf")), Pages);
+        QVERIFY(document);
 
         PDFView view;
         QVERIFY(showSharp(view, document));
@@ -147,7 +141,7 @@ private slots:
     // behind: what they load is given back as soon as it adds up, not once the reader stops.
     void aFlickThroughFontsGivesBackAsItGoes()
     {
-        if (!QFile::exists(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")))
+        if (!QFile::exists(DejaVuSans))
             QSKIP("DejaVu Sans is not installed");
         QTemporaryDir dir;
         const auto document = openOwnFontPages(dir.filePath(QStringLiteral("fonts.pdf")), 120);
@@ -186,7 +180,7 @@ private slots:
     // under it.
     void drawingWhileReleasingDrawsTheSame()
     {
-        if (!QFile::exists(QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")))
+        if (!QFile::exists(DejaVuSans))
             QSKIP("DejaVu Sans is not installed");
         constexpr int Pages = 24;
         constexpr int Threads = 3;
@@ -251,10 +245,8 @@ private slots:
             source.pages[i].imageRect = QRectF(36, 36, 540, 540);
         }
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("pictures.pdf"));
-        QVERIFY(PdfFixtures::write(source, path));
-        auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto document = FixtureDocuments::open(dir, source, QStringLiteral("pictures.pdf"));
+        QVERIFY(document);
         // Whatever the engine holds beyond what the open pages need goes.
         const auto releaseAll = [&] {
             BackgroundQueue::pool().waitForDone();

@@ -195,34 +195,23 @@ private slots:
 
     void appendReportsInsertionThenSelection()
     {
-        add("A", true);
-        add("B", false);
-        add("C", true);
-        const QStringList expected { "insert A 0 fg", "select - A 0 auto", "didBecomeSelected A",
-            "insert B 1 bg", "insert C 2 fg", "select A C 2 auto", "didBecomeSelected C" };
-        QCOMPARE(journal, expected);
-        QCOMPARE(model->selectedIndex(), 2);
-    }
-
-    void backgroundTabsLeaveNothingSelected()
-    {
+        // Background tabs alone leave nothing selected.
         add("A", false);
         add("B", false);
-        QCOMPARE(model->count(), 2);
         QCOMPARE(model->selectedIndex(), -1);
         QCOMPARE(model->getSelectedTabContents(), nullptr);
         model->selectNextTab();
-        QCOMPARE(model->selectedIndex(), 0);
-    }
-
-    void insertBeforeSelectionKeepsSelectedContents()
-    {
-        makeThree();
-        TabContents *selected = model->getSelectedTabContents();
+        add("C", true);
+        const QStringList expected { "insert A 0 bg", "insert B 1 bg", "select - A 0 gesture",
+            "didBecomeSelected A", "insert C 2 fg", "select A C 2 auto", "didBecomeSelected C" };
+        QCOMPARE(journal, expected);
+        QCOMPARE(model->selectedIndex(), 2);
+        // An insertion before the selection keeps the selected contents.
+        journal.clear();
         model->insertTabContentsAt(0, std::make_unique<RecordingContents>("Z", &journal), false);
         QCOMPARE(titles(), QStringList({ "Z", "A", "B", "C" }));
-        QCOMPARE(model->getSelectedTabContents(), selected);
-        QCOMPARE(model->selectedIndex(), 2);
+        QCOMPARE(nameOf(model->getSelectedTabContents()), "C");
+        QCOMPARE(model->selectedIndex(), 3);
         QCOMPARE(journal, QStringList { "insert Z 0 bg" });
     }
 
@@ -321,7 +310,7 @@ private slots:
         QTRY_VERIFY(!closing);
     }
 
-    void refusedCloseKeepsEverything()
+    void refusedCloseKeepsEverythingButCloseAllAsksNobody()
     {
         add("A", true);
         add("Dirty", true, false);
@@ -333,6 +322,15 @@ private slots:
         QCOMPARE(model->selectedIndex(), 1);
         QCOMPARE(journal, QStringList({ "shouldClose Dirty", "shouldClose Dirty" }));
         QVERIFY(!model->closeTabContentsAtIndex(5, TabStripModel::CloseNone));
+        // Closing all asks nobody and selects no neighbour on the way.
+        journal.clear();
+        model->closeAllTabs();
+        QVERIFY(model->isEmpty());
+        QCOMPARE(model->selectedIndex(), -1);
+        const QStringList expected { "closing C 2", "detach C 2", "destroy C model",
+            "closing Dirty 1", "detach Dirty 1", "destroy Dirty model", "closing A 0", "detach A 0",
+            "empty", "destroy A model" };
+        QCOMPARE(journal, expected);
     }
 
     void delegateDecidesInsteadOfTheTab()
@@ -346,19 +344,6 @@ private slots:
         QCOMPARE(delegate.asked, QList<int>({ 1, 0 }));
         QCOMPARE(titles(), QStringList { "Dirty" });
         model->setDelegate(nullptr);
-    }
-
-    void closeAllTabsAsksNobodyAndSelectsNothing()
-    {
-        add("A", true);
-        add("Dirty", true, false);
-        journal.clear();
-        model->closeAllTabs();
-        QVERIFY(model->isEmpty());
-        QCOMPARE(model->selectedIndex(), -1);
-        const QStringList expected { "closing Dirty 1", "detach Dirty 1", "destroy Dirty model",
-            "closing A 0", "detach A 0", "empty", "destroy A model" };
-        QCOMPARE(journal, expected);
     }
 
     void replaceTakesThePlaceAndTheSelection_data()
@@ -390,11 +375,15 @@ private slots:
         QTest::addColumn<int>("to");
         QTest::addColumn<QStringList>("order");
         QTest::addColumn<int>("selectedIndex");
-        QTest::newRow("selected to front") << 1 << 0 << QStringList { "B", "A", "C" } << 0;
-        QTest::newRow("first past selected") << 0 << 2 << QStringList { "B", "C", "A" } << 0;
-        QTest::newRow("last before selected") << 2 << 0 << QStringList { "C", "A", "B" } << 2;
+        QTest::addColumn<bool>("selectMoved");
+        QTest::newRow("selected to front") << 1 << 0 << QStringList { "B", "A", "C" } << 0 << false;
+        QTest::newRow("first past selected")
+            << 0 << 2 << QStringList { "B", "C", "A" } << 0 << false;
+        QTest::newRow("last before selected")
+            << 2 << 0 << QStringList { "C", "A", "B" } << 2 << false;
         QTest::newRow("after selected, stays after")
-            << 2 << 2 << QStringList { "A", "B", "C" } << 1;
+            << 2 << 2 << QStringList { "A", "B", "C" } << 1 << false;
+        QTest::newRow("moved and selected") << 2 << 0 << QStringList { "C", "A", "B" } << 0 << true;
     }
     void moveKeepsTheSelectedContentsSelected()
     {
@@ -402,24 +391,20 @@ private slots:
         QFETCH(int, to);
         QFETCH(QStringList, order);
         QFETCH(int, selectedIndex);
+        QFETCH(bool, selectMoved);
         makeThree();
         const QString moved = titles().at(from);
-        model->moveTabContentsAt(from, to, false);
+        model->moveTabContentsAt(from, to, selectMoved);
         QCOMPARE(titles(), order);
         QCOMPARE(model->selectedIndex(), selectedIndex);
-        QCOMPARE(nameOf(model->getSelectedTabContents()), "B");
-        const QStringList expected = from == to
-            ? QStringList {}
-            : QStringList { QStringLiteral("move %1 %2 %3").arg(moved).arg(from).arg(to) };
+        QCOMPARE(nameOf(model->getSelectedTabContents()), selectMoved ? moved : "B");
+        QStringList expected;
+        if (from != to)
+            expected << QStringLiteral("move %1 %2 %3").arg(moved).arg(from).arg(to);
+        if (selectMoved)
+            expected << "select B " + moved + " 0 gesture"
+                     << "didBecomeSelected " + moved;
         QCOMPARE(journal, expected);
-    }
-
-    void moveCanSelectTheMovedTab()
-    {
-        makeThree();
-        model->moveTabContentsAt(2, 0, true);
-        QCOMPARE(
-            journal, QStringList({ "move C 2 0", "select B C 0 gesture", "didBecomeSelected C" }));
     }
 
     void retitlingATabIsReportedInPlace()

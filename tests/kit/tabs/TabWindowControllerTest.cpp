@@ -92,9 +92,9 @@ private:
     Bar m_bar;
 };
 
-Window *makeWindow(const QStringList &titles, int selected = 0)
+Window *makeWindow(const QStringList &titles, int selected = 0, Bar bar = Bar::None)
 {
-    auto *window = TabWindowController::create<Window>();
+    auto *window = TabWindowController::create<Window>(bar);
     for (int i = 0; i < titles.size(); ++i)
         window->tabStripModel()->appendTabContents(
             std::make_unique<Page>(titles[i]), i == selected);
@@ -167,16 +167,22 @@ private slots:
         QCOMPARE(TabWindowController::fromView(nullptr), nullptr);
     }
 
-    void contentsAreaShowsTheSelectedTab()
+    void selectedTabDecidesContentsToolbarAndTitle()
     {
         Window *w = makeWindow({ "a", "b", "c" }, 1);
         TabStripModel *model = w->tabStripModel();
         QVERIFY(model->getTabContentsAtIndex(1)->view()->isVisible());
         QVERIFY(!model->getTabContentsAtIndex(0)->view()->isVisible());
+        QCOMPARE(w->windowTitle(), "b");
+        model->getTabContentsAtIndex(2)->setTitle("Background");
+        QCOMPARE(w->windowTitle(), "b");
+        model->getTabContentsAtIndex(1)->setTitle("* b");
+        QCOMPARE(w->windowTitle(), "* b");
         model->selectTabContentsAt(2, true);
         QVERIFY(model->getTabContentsAtIndex(2)->view()->isVisible());
         QVERIFY(!model->getTabContentsAtIndex(1)->view()->isVisible());
-        QCOMPARE(w->toolbar()->calls, QStringList({ "update b 0", "update c 1" }));
+        QCOMPARE(w->windowTitle(), "Background");
+        QCOMPARE(w->toolbar()->calls, QStringList({ "update b 0", "update Background 1" }));
     }
 
     void toolbarSitsBetweenStripAndContents_data()
@@ -188,25 +194,11 @@ private slots:
     void toolbarSitsBetweenStripAndContents()
     {
         QFETCH(Bar, bar);
-        auto *w = TabWindowController::create<Window>(bar);
-        w->tabStripModel()->appendTabContents(std::make_unique<Page>("a"), true);
-        w->show();
+        Window *w = makeWindow({ "a" }, 0, bar);
         QWidget *view = w->tabStripModel()->getSelectedTabContents()->view();
         const int stripBottom
             = w->tabStripView()->mapTo(w, QPoint(0, w->tabStripView()->height())).y();
         QTRY_COMPARE(view->mapTo(w, QPoint(0, 0)).y(), stripBottom + 40);
-    }
-
-    void windowTitleFollowsTheSelectedTab()
-    {
-        Window *w = makeWindow({ "First", "Second" });
-        QCOMPARE(w->windowTitle(), "First");
-        w->tabStripModel()->getTabContentsAtIndex(1)->setTitle("Background");
-        QCOMPARE(w->windowTitle(), "First");
-        w->tabStripModel()->getTabContentsAtIndex(0)->setTitle("* First");
-        QCOMPARE(w->windowTitle(), "* First");
-        w->tabStripModel()->selectTabContentsAt(1, true);
-        QCOMPARE(w->windowTitle(), "Background");
     }
 
     void closingTheLastTabClosesTheWindow()
