@@ -128,11 +128,9 @@ private:
 
 } // namespace
 
-FindJob::FindJob(std::shared_ptr<mu::DocumentHandle> handle, std::vector<pdf_obj *> pages,
-    std::vector<int> indexes, const QString &needle, bool caseInsensitive)
+FindJob::FindJob(
+    std::shared_ptr<mu::DocumentHandle> handle, const QString &needle, bool caseInsensitive)
     : m_handle(std::move(handle))
-    , m_pages(std::move(pages))
-    , m_indexes(std::move(indexes))
     , m_needle(needle)
     , m_caseInsensitive(caseInsensitive)
 { }
@@ -145,6 +143,40 @@ FindJob::~FindJob()
         mu::runQuietly(ctx, [&] { pdf_drop_obj(ctx, obj); });
 }
 
+void FindJob::addPages(std::vector<pdf_obj *> pages, std::vector<int> indexes, bool last)
+{
+    {
+        const std::lock_guard lock(m_pagesMutex);
+        m_pages.insert(m_pages.end(), pages.begin(), pages.end());
+        m_indexes.insert(m_indexes.end(), indexes.begin(), indexes.end());
+        m_allAdded = m_allAdded || last;
+    }
+    m_pagesAdded.notify_all();
+}
+
+void FindJob::cancel()
+{
+    {
+        const std::lock_guard lock(m_pagesMutex);
+        m_cancelled = true;
+    }
+    m_cancellation.cancel();
+    m_pagesAdded.notify_all();
+}
+
+bool FindJob::takeSlot(size_t *slot, pdf_obj **page, int *hint)
+{
+    std::unique_lock lock(m_pagesMutex);
+    m_pagesAdded.wait(
+        lock, [this] { return m_cancelled || m_allAdded || m_next < m_pages.size(); });
+    if (m_cancelled || m_next >= m_pages.size())
+        return false;
+    *slot = m_next++;
+    *page = m_pages[*slot];
+    *hint = m_indexes[*slot];
+    return true;
+}
+
 std::vector<PDFTextRange> FindJob::matches(
     const QString &text, const QString &needle, bool caseInsensitive)
 {
@@ -155,27 +187,25 @@ std::vector<PDFTextRange> FindJob::matches(
     return Haystack(text, caseInsensitive, keepHyphens).find(pattern);
 }
 
-fz_stext_page *FindJob::extractPage(size_t slot)
+fz_stext_page *FindJob::extractPage(pdf_obj *wanted, int hint)
 {
     // A page gives way to the main thread sixteen times at most; then it is read through.
     constexpr int MaxGiveWays = 16;
     for (int attempt = 0;; ++attempt) {
         m_handle->mutex().waitForMainThread();
         bool gaveWay = false;
-        fz_stext_page *const stext = extractPageOnce(slot, attempt < MaxGiveWays, &gaveWay);
+        fz_stext_page *const stext = extractPageOnce(wanted, hint, attempt < MaxGiveWays, &gaveWay);
         if (!gaveWay)
             return stext;
     }
 }
 
-fz_stext_page *FindJob::extractPageOnce(size_t slot, bool mayGiveWay, bool *gaveWay)
+fz_stext_page *FindJob::extractPageOnce(pdf_obj *wanted, int hint, bool mayGiveWay, bool *gaveWay)
 {
     fz_context *ctx = mu::context();
     pdf_document *const doc = m_handle->doc();
     mu::DocumentMutex &mutex = m_handle->mutex();
     const mu::Lock lock(mutex);
-    pdf_obj *const wanted = m_pages[slot];
-    const int hint = m_indexes[slot];
     mu::CookieScope scope(&m_cancellation);
     mu::Error error;
     mu::run(ctx, error, [&] {
@@ -207,7 +237,6 @@ void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
 {
     // Two threads: while one reads a page under the document's lock, the other flattens and
     // searches the text of the page before, outside it. Hits still go out in page order.
-    const size_t count = m_pages.size();
     const std::u16string pattern = Haystack::needle(m_needle, m_caseInsensitive);
     const bool keepHyphens = pattern.find_first_of(u"-\u2010\u2011") != std::u16string::npos;
     struct PageResult
@@ -215,17 +244,16 @@ void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
         std::vector<PDFTextRange> hits;
         QString text;
     };
-    std::atomic<size_t> next { 0 };
     std::mutex resultsMutex;
-    std::vector<std::optional<PageResult>> results(count);
+    std::vector<std::optional<PageResult>> results;
     size_t delivered = 0;
     const auto work = [&] {
-        for (;;) {
-            const size_t slot = next++;
-            if (slot >= count || m_cancelled)
-                return;
+        size_t slot = 0;
+        pdf_obj *page = nullptr;
+        int hint = 0;
+        while (takeSlot(&slot, &page, &hint)) {
             PageResult result;
-            const mu::StextPage stext(extractPage(slot));
+            const mu::StextPage stext(extractPage(page, hint));
             if (stext && !m_cancelled && !pattern.empty() && pattern != u" ") {
                 const auto layout = TextLayout::fromStext(stext.p, false);
                 result.hits = Haystack(layout->text, m_caseInsensitive, keepHyphens).find(pattern);
@@ -233,8 +261,10 @@ void FindJob::run(const PageHits &onPage, const std::function<void()> &onEnd)
                     result.text = layout->text;
             }
             const std::lock_guard lock(resultsMutex);
+            if (results.size() <= slot)
+                results.resize(slot + 1);
             results[slot] = std::move(result);
-            while (delivered < count && results[delivered]) {
+            while (delivered < results.size() && results[delivered]) {
                 PageResult &ready = *results[delivered];
                 if (!ready.hits.empty() && !m_cancelled)
                     onPage(

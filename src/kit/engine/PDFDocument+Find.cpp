@@ -8,6 +8,11 @@
 #include <kit/base/MainQueue.h>
 #include <kit/base/NotificationCenter.h>
 
+#include <QDeadlineTimer>
+
+#include <algorithm>
+#include <unordered_set>
+
 // Asynchronous find and selections across pages.
 
 void PDFDocument::beginFindString(const QString &string, int options)
@@ -16,44 +21,32 @@ void PDFDocument::beginFindString(const QString &string, int options)
     d->stopFind();
     if (!d->handle || string.trimmed().isEmpty())
         return;
-    d->resolveAll();
-    std::vector<pdf_obj *> objects;
-    std::vector<int> indexes;
-    std::vector<quint64> revisions;
     d->findPages.clear();
-    {
-        const mu::Lock lock(d->handle->mutex());
-        fz_context *ctx = mu::context();
-        for (const auto &page : d->pages) {
-            if (page->d->handle != d->handle)
-                continue;
-            pdf_obj *const obj = page->d->object;
-            mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, obj); });
-            objects.push_back(obj);
-            indexes.push_back(static_cast<int>(d->findPages.size()));
-            revisions.push_back(page->d->contentRevision);
-            d->findPages.push_back(page);
-        }
-    }
-    d->findJob = std::make_shared<FindJob>(d->handle, std::move(objects), std::move(indexes),
-        string, (options & CaseInsensitiveSearch) != 0);
+    d->findRevisions.clear();
+    d->findWaiting = d->pages;
+    d->findHandedOver = 0;
+    d->findPageOrder = d->pageOrder;
+    d->findJob
+        = std::make_shared<FindJob>(d->handle, string, (options & CaseInsensitiveSearch) != 0);
     d->finding = true;
     const quint64 generation = ++d->findGeneration;
+    if (!d->feedFind())
+        d->feedFindLater(generation);
     const std::weak_ptr<PDFDocument> weakSelf = weak_from_this();
     // Delivery happens on the main thread, and only while this find is the current one.
     const auto current = [weakSelf, generation]() -> std::shared_ptr<PDFDocument> {
         auto self = weakSelf.lock();
         return self && self->d->finding && self->d->findGeneration == generation ? self : nullptr;
     };
-    const auto onPage = [current, revisions = std::move(revisions)](
-                            int slot, std::vector<PDFTextRange> hits, QString text) {
-        const quint64 revision = revisions[static_cast<size_t>(slot)];
-        MainQueue::async([current, slot, revision, hits = std::move(hits), text = std::move(text)] {
+    const auto onPage = [current](int slot, std::vector<PDFTextRange> hits, QString text) {
+        MainQueue::async([current, slot, hits = std::move(hits), text = std::move(text)] {
             auto self = current();
             const auto page = self ? self->d->findPages[static_cast<size_t>(slot)].lock() : nullptr;
-            // The text read is the page's while its content has not changed since.
+            // The text read is the page's while its content has not changed since it was handed
+            // to the find.
             if (page)
-                PDFPageInternals::setFoundText(*page, revision, text);
+                PDFPageInternals::setFoundText(
+                    *page, self->d->findRevisions[static_cast<size_t>(slot)], text);
             for (const PDFTextRange &hit : hits) {
                 if (!self)
                     return;
@@ -76,6 +69,68 @@ void PDFDocument::beginFindString(const QString &string, int options)
         });
     };
     d->findThread = std::thread([job = d->findJob, onPage, onEnd] { job->run(onPage, onEnd); });
+}
+
+bool PDFDocumentPrivate::feedFind()
+{
+    std::vector<pdf_obj *> objects;
+    std::vector<int> indexes;
+    const bool walked = resolved >= static_cast<int>(pages.size());
+    bool all = true;
+    {
+        const mu::Lock lock(handle->mutex());
+        fz_context *ctx = mu::context();
+        const auto handOver = [&](const std::shared_ptr<PDFPage> &page) {
+            mu::runQuietly(ctx, [&] { pdf_keep_obj(ctx, page->d->object); });
+            objects.push_back(page->d->object);
+            indexes.push_back(static_cast<int>(findPages.size()));
+            findRevisions.push_back(page->d->contentRevision);
+            findPages.push_back(page);
+        };
+        for (; findHandedOver < findWaiting.size(); ++findHandedOver) {
+            const auto &page = findWaiting[findHandedOver];
+            // A page not reached yet waits; one still without its object once the walk is
+            // through is gone from a rebuilt tree.
+            if (page->d->handle == handle && page->d->object)
+                handOver(page);
+            else if (!walked && page->d->handle == handle) {
+                all = false;
+                break;
+            }
+        }
+        // A tree rebuilt on the way may hold pages it did not claim; they are searched last.
+        if (all && findPageOrder != pageOrder) {
+            std::unordered_set<const PDFPage *> handed;
+            for (const auto &page : findWaiting)
+                handed.insert(page.get());
+            for (const auto &page : pages) {
+                if (!handed.count(page.get()) && page->d->handle == handle && page->d->object)
+                    handOver(page);
+            }
+        }
+    }
+    if (all)
+        findWaiting.clear();
+    findJob->addPages(std::move(objects), std::move(indexes), all);
+    return all;
+}
+
+void PDFDocumentPrivate::feedFindLater(quint64 generation)
+{
+    MainQueue::async([weakSelf = q.weak_from_this(), generation] {
+        const auto self = weakSelf.lock();
+        if (!self || !self->d->finding || self->d->findGeneration != generation)
+            return;
+        PDFDocumentPrivate &d = *self->d;
+        constexpr int MillisecondsPerTurn = 8;
+        constexpr int PagesPerStep = 16;
+        const QDeadlineTimer deadline(MillisecondsPerTurn);
+        const int last = static_cast<int>(d.pages.size()) - 1;
+        while (d.resolved <= last && !deadline.hasExpired())
+            d.resolveThrough(std::min(d.resolved + PagesPerStep, last));
+        if (!d.feedFind())
+            d.feedFindLater(generation);
+    });
 }
 
 void PDFDocument::cancelFindString()

@@ -60,6 +60,7 @@ void PDFDocumentPrivate::stopFind()
     if (findThread.joinable())
         findThread.join();
     findJob.reset();
+    findWaiting.clear();
 }
 
 bool PDFDocumentPrivate::adopt(pdf_document *doc)

@@ -79,6 +79,10 @@ struct PDFDocumentPrivate
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
+    // Hands the find the waiting pages whose objects are known, in order; true once all are.
+    bool feedFind();
+    // Walks the page tree on for a few milliseconds a turn, feeding the find, until it is fed.
+    void feedFindLater(quint64 generation);
     // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened,
     // setting repaired when it repaired the file. False, with error set, when the repair took
     // more memory than a file of this size warrants. The lock is held.
@@ -133,7 +137,13 @@ struct PDFDocumentPrivate
 
     std::shared_ptr<FindJob> findJob;
     std::thread findThread;
-    std::vector<std::weak_ptr<PDFPage>> findPages;
+    std::vector<std::weak_ptr<PDFPage>> findPages; // by slot of the find
+    std::vector<quint64> findRevisions; // of each page's content when handed to the find
+    // The pages of the find's start not yet handed to it: a long tree's walk reaches them in
+    // steps, so that the first pages are searched at once.
+    std::vector<std::shared_ptr<PDFPage>> findWaiting;
+    size_t findHandedOver = 0; // of findWaiting
+    quint64 findPageOrder = 0; // the page order when the find began
     quint64 findGeneration = 0;
     bool finding = false;
 };
