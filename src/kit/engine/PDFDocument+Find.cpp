@@ -71,11 +71,11 @@ void PDFDocument::beginFindString(const QString &string, int options)
     d->findThread = std::thread([job = d->findJob, onPage, onEnd] { job->run(onPage, onEnd); });
 }
 
-bool PDFDocumentPrivate::feedFind()
+bool PDFDocumentPrivate::feedFind(bool walkEnded)
 {
     std::vector<pdf_obj *> objects;
     std::vector<int> indexes;
-    const bool walked = resolved >= static_cast<int>(pages.size());
+    const bool walked = walkEnded || resolved >= static_cast<int>(pages.size());
     bool all = true;
     {
         const mu::Lock lock(handle->mutex());
@@ -126,9 +126,11 @@ void PDFDocumentPrivate::feedFindLater(quint64 generation)
         constexpr int PagesPerStep = 16;
         const QDeadlineTimer deadline(MillisecondsPerTurn);
         const int last = static_cast<int>(d.pages.size()) - 1;
+        const int before = d.resolved;
         while (d.resolved <= last && !deadline.hasExpired())
             d.resolveThrough(std::min(d.resolved + PagesPerStep, last));
-        if (!d.feedFind())
+        // A walk that cannot go on ends the find's wait with the pages it has.
+        if (!d.feedFind(d.resolved == before))
             d.feedFindLater(generation);
     });
 }

@@ -79,8 +79,9 @@ struct PDFDocumentPrivate
     std::shared_ptr<PDFPage> takePage(int index);
     QString labelForIndex(int index) const;
     void stopFind();
-    // Hands the find the waiting pages whose objects are known, in order; true once all are.
-    bool feedFind();
+    // Hands the find the waiting pages whose objects are known, in order; true once all are,
+    // or once the walk has ended (walkEnded: it can go no further).
+    bool feedFind(bool walkEnded = false);
     // Walks the page tree on for a few milliseconds a turn, feeding the find, until it is fed.
     void feedFindLater(quint64 generation);
     // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened,
