@@ -7,8 +7,6 @@
 #include <QPainter>
 #include <QStyleOptionSlider>
 
-#include <algorithm>
-
 PDFScrollBar::PDFScrollBar(Qt::Orientation orientation, QWidget *parent)
     : QScrollBar(orientation, parent)
 { }
