@@ -589,6 +589,12 @@ private slots:
         QTest::mouseRelease(&banded, Qt::LeftButton, {}, slider);
         QTest::mouseRelease(&plain, Qt::LeftButton, {}, slider);
         QCOMPARE(look(banded), look(plain));
+        // A slider moved, to the ends too, is the picture it had laid at its new place.
+        for (const int value : { 4000, 0, 5, 10, 20, 5000, 4990, 4980, 2500 }) {
+            banded.setValue(value);
+            plain.setValue(value);
+            QCOMPARE(look(banded), look(plain));
+        }
     }
 
     void theFirstScreenShowsItsPagesAtTheirOwnSizes()
