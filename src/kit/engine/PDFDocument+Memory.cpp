@@ -9,10 +9,12 @@
 #include <kit/base/BackgroundQueue.h>
 #include <kit/base/ThreadHandoff.h>
 
+#include <QDeadlineTimer>
 #include <QThreadPool>
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -106,7 +108,30 @@ void PDFDocument::readPageTreeAhead()
     if (!d->handle || d->locked || d->resolved >= pageCount() || d->readingTreeAhead)
         return;
     d->readingTreeAhead = true;
-    PageTreeReadAhead::start(d->handle, d->treeWalked);
+    PageTreeReadAhead::start(d->handle, d->treeWalked, d->treeReadAheadRunning);
+}
+
+int PDFDocument::readyPages(int first, int last, QDeadlineTimer deadline)
+{
+    last = std::min(last, pageCount() - 1);
+    if (!d->handle || d->locked || first > last)
+        return first;
+    const std::unique_lock lock(d->handle->mutex(), std::try_to_lock);
+    if (!lock.owns_lock())
+        return first;
+    const auto reading = d->treeReadAheadRunning->load() ? PageTreeWalk::Reading::HeldOnly
+                                                         : PageTreeWalk::Reading::File;
+    constexpr int PagesPerStep = 16;
+    int at = first;
+    while (at <= last && !deadline.hasExpired()) {
+        if (at >= d->resolved)
+            d->resolveThroughLocked(std::min(at + PagesPerStep - 1, last), reading);
+        if (at >= d->resolved || at >= int(d->pages.size()))
+            break;
+        PDFPageInternals::loadBoxesLocked(*d->pages[size_t(at)]);
+        ++at;
+    }
+    return at;
 }
 
 bool PDFDocument::releaseCachedContent()

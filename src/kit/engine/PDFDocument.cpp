@@ -267,7 +267,7 @@ mu::DisplayList PDFDocumentPrivate::takeFirstPageContents(int pageObject)
     return std::move(firstPageContents);
 }
 
-void PDFDocumentPrivate::resolveThroughLocked(int index)
+void PDFDocumentPrivate::resolveThroughLocked(int index, PageTreeWalk::Reading reading)
 {
     const int count = static_cast<int>(pages.size());
     index = std::min(index, count - 1);
@@ -280,7 +280,7 @@ void PDFDocumentPrivate::resolveThroughLocked(int index)
     PageTreeWalk::Step step = PageTreeWalk::Step::Page;
     while (resolved <= target && step == PageTreeWalk::Step::Page) {
         pdf_obj *object = nullptr;
-        step = walk.next(ctx, object);
+        step = walk.next(ctx, object, reading);
         if (step != PageTreeWalk::Step::Page)
             break;
         if (resolved >= count) {
@@ -292,7 +292,8 @@ void PDFDocumentPrivate::resolveThroughLocked(int index)
     }
     if (resolved >= count)
         treeWalked->store(true);
-    if (step == PageTreeWalk::Step::Page || (step == PageTreeWalk::Step::End && resolved == count))
+    if (step == PageTreeWalk::Step::Page || step == PageTreeWalk::Step::Unread
+        || (step == PageTreeWalk::Step::End && resolved == count))
         return;
     // The tree does not add up: it is read whole, repaired and rebuilt flat, and the page list
     // follows it. Pages found so far keep their place where the tree agrees.

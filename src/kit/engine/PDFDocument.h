@@ -17,6 +17,7 @@
 #include <vector>
 
 class PDFDocumentDelegate;
+class QDeadlineTimer;
 class PDFOutline;
 class PDFPage;
 struct PDFDocumentPrivate;
@@ -115,6 +116,11 @@ public:
     // are later found without parsing the file on the caller's thread. Once per document; the
     // view asks for it once its first screen is drawn.
     void readPageTreeAhead();
+    // Readies the pages from first through last as time allows (their objects and boxes), for
+    // work that can wait: it never waits for the document, and leaves nodes of the page tree
+    // not parsed yet to the read ahead while it runs. Answers the first page not readied.
+    // Main thread.
+    int readyPages(int first, int last, QDeadlineTimer deadline);
 
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,

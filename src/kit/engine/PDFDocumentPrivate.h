@@ -47,7 +47,10 @@ struct PDFDocumentPrivate
     // come first in the list, so that index i is MuPDF's page i, and the list only grows.
     // Main thread; takes the lock.
     void resolveThrough(int index);
-    void resolveThroughLocked(int index); // the same, with the lock held
+    // The same, with the lock held. Held only, the walk stops before a node not parsed yet, which
+    // the read ahead is to parse off this thread.
+    void resolveThroughLocked(
+        int index, PageTreeWalk::Reading reading = PageTreeWalk::Reading::File);
     static PDFDocumentPrivate &of(const PDFDocument &document);
     // The first page's contents as read ahead, for the page object numbered so, once: the
     // render source that takes them keeps them.
@@ -108,6 +111,9 @@ struct PDFDocumentPrivate
     // Shared by each outline destination of this document still unread.
     const std::shared_ptr<const void> unreadOutlineDestinations = std::make_shared<char>();
     bool readingTreeAhead = false;
+    // Set while a read ahead of the tree runs.
+    std::shared_ptr<std::atomic<bool>> treeReadAheadRunning
+        = std::make_shared<std::atomic<bool>>(false);
     // Set once every page has its object, which ends a read ahead of the tree.
     std::shared_ptr<std::atomic<bool>> treeWalked = std::make_shared<std::atomic<bool>>(false);
     QHash<int, std::weak_ptr<PDFPage>> pagesByNumber;

@@ -147,10 +147,18 @@ int treeIndex(const PDFPage &page)
 
 void loadBoxes(const PDFPage &page)
 {
-    PDFPagePrivate &d = PDFPagePrivate::of(page);
+    const PDFPagePrivate &d = PDFPagePrivate::of(page);
     if (d.boxesValid || !d.handle)
         return;
     const mu::Lock lock(d.handle->mutex());
+    loadBoxesLocked(page);
+}
+
+void loadBoxesLocked(const PDFPage &page)
+{
+    PDFPagePrivate &d = PDFPagePrivate::of(page);
+    if (d.boxesValid || !d.handle)
+        return;
     fz_context *ctx = mu::context();
     pdf_obj *const obj = d.object;
     fz_rect media = fz_make_rect(0, 0, 612, 792);

@@ -95,6 +95,7 @@ namespace PDFPageInternals {
 int treeIndex(const PDFPage &page);
 // Loads (if needed) the boxes and rotation. Main thread.
 void loadBoxes(const PDFPage &page);
+void loadBoxesLocked(const PDFPage &page); // the same, with the lock held
 std::shared_ptr<const TextLayout> textLayout(const PDFPage &page);
 // The page's text: the layout's when it is built, else what a find read at this revision,
 // else the layout built now. Main thread.

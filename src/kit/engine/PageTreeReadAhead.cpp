@@ -17,6 +17,7 @@ struct Job
 {
     std::shared_ptr<mu::DocumentHandle> handle;
     std::shared_ptr<const std::atomic<bool>> walked;
+    std::shared_ptr<std::atomic<bool>> running;
     PageTreeWalk walk;
     bool started = false;
 };
@@ -44,6 +45,7 @@ void walkOn(const std::shared_ptr<Job> &job)
         }
         if (!more) {
             job->walk.clear();
+            job->running->store(false);
             return;
         }
         if (deadline.hasExpired())
@@ -55,13 +57,16 @@ void walkOn(const std::shared_ptr<Job> &job)
 } // namespace
 
 void start(const std::shared_ptr<mu::DocumentHandle> &handle,
-    const std::shared_ptr<const std::atomic<bool>> &walked)
+    const std::shared_ptr<const std::atomic<bool>> &walked,
+    const std::shared_ptr<std::atomic<bool>> &running)
 {
-    if (!handle || !walked)
+    if (!handle || !walked || !running)
         return;
     auto job = std::make_shared<Job>();
     job->handle = handle;
     job->walked = walked;
+    job->running = running;
+    running->store(true);
     BackgroundQueue::async([job] { walkOn(job); });
 }
 

@@ -6,6 +6,21 @@ namespace {
 
 constexpr size_t MaxDepth = 64;
 
+// Whether the object is at hand without a read of the file: a direct one, or one MuPDF parsed
+// before.
+bool isHeld(fz_context *ctx, pdf_obj *obj)
+{
+    bool held = true;
+    mu::runQuietly(ctx, [&] {
+        if (pdf_is_indirect(ctx, obj))
+            held = pdf_get_xref_entry_no_null(
+                       ctx, pdf_get_indirect_document(ctx, obj), pdf_to_num(ctx, obj))
+                       ->obj
+                != nullptr;
+    });
+    return held;
+}
+
 } // namespace
 
 PageTreeWalk::~PageTreeWalk()
@@ -51,7 +66,7 @@ int PageTreeWalk::start(fz_context *ctx, pdf_document *doc)
     return root.claimed;
 }
 
-PageTreeWalk::Step PageTreeWalk::next(fz_context *ctx, pdf_obj *&page)
+PageTreeWalk::Step PageTreeWalk::next(fz_context *ctx, pdf_obj *&page, Reading reading)
 {
     page = nullptr;
     while (!m_path.empty()) {
@@ -64,6 +79,16 @@ PageTreeWalk::Step PageTreeWalk::next(fz_context *ctx, pdf_obj *&page)
         bool dict = false;
         bool inner = false;
         int claimed = 0;
+        if (reading == Reading::HeldOnly) {
+            bool unread = !isHeld(ctx, kids);
+            mu::runQuietly(ctx, [&] {
+                unread = unread
+                    || (at < pdf_array_len(ctx, kids)
+                        && !isHeld(ctx, pdf_array_get(ctx, kids, at)));
+            });
+            if (unread)
+                return Step::Unread;
+        }
         mu::Error error;
         // Classified as MuPDF's own page lookup does, so a sound tree means the same to both.
         mu::run(ctx, error, [&] {

@@ -13,7 +13,9 @@
 class PageTreeWalk
 {
 public:
-    enum class Step { Page, End, Broken };
+    enum class Step { Page, End, Broken, Unread };
+    // Whether a step may read objects from the file, or only take those MuPDF holds already.
+    enum class Reading { File, HeldOnly };
 
     PageTreeWalk() = default;
     PageTreeWalk(const PageTreeWalk &) = delete;
@@ -24,8 +26,10 @@ public:
     // root cannot be walked this way. The caller holds the document's lock here and below.
     int start(fz_context *ctx, pdf_document *doc);
     // The next page in tree order as a new reference in page (Page), the end of a tree whose
-    // counts all added up (End), or a loop, a node that is not one, a wrong count (Broken).
-    Step next(fz_context *ctx, pdf_obj *&page);
+    // counts all added up (End), or a loop, a node that is not one, a wrong count (Broken). Held
+    // only, it stops before a node that would have to be read from the file (Unread), and takes
+    // it up again from there on the next call.
+    Step next(fz_context *ctx, pdf_obj *&page, Reading reading = Reading::File);
     void clear();
     bool active() const { return !m_path.empty(); }
 

@@ -75,7 +75,7 @@ void PDFView::loadPageSizes(int count, int atLeast, QDeadlineTimer deadline)
     }
     m_layout.setPageSizes(std::move(sizes));
     if (m_sizesKnown < total)
-        m_sizeTimer.start();
+        m_sizeTimer.start(0);
 }
 
 void PDFView::loadMorePageSizes()
@@ -85,10 +85,19 @@ void PDFView::loadMorePageSizes()
         m_sizesWaitForPaint = true;
         return;
     }
-    if (m_document)
-        m_document->readPageTreeAhead();
-    refinePageSizes(
-        m_sizesKnown + PageSizesPerTurn, 0, QDeadlineTimer(PageSizeMillisecondsPerTurn));
+    if (!m_document)
+        return;
+    m_document->readPageTreeAhead();
+    // These sizes can wait: a turn takes the pages that are ready without waiting for a worker
+    // inside the document or parsing the file here, and else comes back a little later.
+    const QDeadlineTimer deadline(PageSizeMillisecondsPerTurn);
+    const int ready
+        = m_document->readyPages(m_sizesKnown, m_sizesKnown + PageSizesPerTurn - 1, deadline);
+    if (ready <= m_sizesKnown) {
+        m_sizeTimer.start(PageSizeRetryMilliseconds);
+        return;
+    }
+    refinePageSizes(ready, 0, deadline);
     updatePageViews();
     // Reading every page's node parsed much of the file, which no screen may need again.
     if (m_sizesKnown >= int(m_pages.size()))

@@ -206,7 +206,7 @@ void PDFView::noteRenderProgress()
     }
     if (becameComplete && m_sizesWaitForPaint) {
         m_sizesWaitForPaint = false;
-        m_sizeTimer.start();
+        m_sizeTimer.start(0);
     }
     if (becameComplete)
         emit visibleAreaRendered();

@@ -329,6 +329,7 @@ private:
     // A page whose tree node lies in an object stream not read yet costs a parse of the stream:
     // a turn of the event loop reads sizes for this long at most.
     static constexpr int PageSizeMillisecondsPerTurn = 4;
+    static constexpr int PageSizeRetryMilliseconds = 4; // when no page was ready
     mutable std::unordered_map<const PDFPage *, int> m_pageIndexes; // of the pages fetched
     PDFLayout m_layout;
     PDFDocumentView m_documentView { *this };

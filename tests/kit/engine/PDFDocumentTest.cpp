@@ -17,11 +17,13 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QThreadPool>
 #include <QtTest>
 
 #include <cmath>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -555,6 +557,41 @@ private slots:
             if (round == 2)
                 doc.reset();
         }
+        BackgroundQueue::pool().waitForDone();
+    }
+
+    // Pages readied for work that can wait: all at once while nothing reads the tree ahead; while
+    // a read ahead is due, only as far as it has parsed the tree, and every page once it has.
+    void pagesAreReadiedNoFurtherThanTheTreeIsRead()
+    {
+        const QByteArray file = treePdf(twoNodeTree(300, 600, true), 600,
+            "<< /Type /Catalog /Pages 2 0 R >>", [](int n) { return n < 300 ? 3 : 4; });
+        QList<int> all(600);
+        std::iota(all.begin(), all.end(), 0);
+        const QDeadlineTimer noLimit(QDeadlineTimer::Forever);
+        auto alone = openData(file);
+        QVERIFY(alone);
+        QCOMPARE(alone->readyPages(0, 599, noLimit), 600);
+        QCOMPARE(pageNames(*alone, all), all);
+
+        // The background threads are kept busy: the read ahead is due but has not begun.
+        const int threads = BackgroundQueue::pool().maxThreadCount();
+        QSemaphore busy;
+        QSemaphore release;
+        for (int i = 0; i < threads; ++i)
+            BackgroundQueue::async([&] {
+                busy.release();
+                release.acquire();
+            });
+        busy.acquire(threads);
+        auto doc = openData(file);
+        QVERIFY(doc);
+        QCOMPARE(pageNames(*doc, { 0 }).at(0), 0);
+        doc->readPageTreeAhead();
+        QCOMPARE(doc->readyPages(0, 599, noLimit), 1);
+        release.release(threads);
+        QTRY_COMPARE(doc->readyPages(0, 599, noLimit), 600);
+        QCOMPARE(pageNames(*doc, all), all);
         BackgroundQueue::pool().waitForDone();
     }
 
