@@ -154,6 +154,12 @@ void FindJob::addPages(std::vector<pdf_obj *> pages, std::vector<int> indexes, b
     m_pagesAdded.notify_all();
 }
 
+size_t FindJob::pagesWaiting()
+{
+    const std::lock_guard lock(m_pagesMutex);
+    return m_pages.size() - m_next;
+}
+
 void FindJob::cancel()
 {
     {

@@ -32,6 +32,8 @@ public:
     // indexes are where the pages were when handed over (pages may move while the find runs).
     // The workers wait for more pages until one call says they are the last.
     void addPages(std::vector<pdf_obj *> pages, std::vector<int> indexes, bool last);
+    // Pages handed over and not yet taken up by a worker.
+    size_t pagesWaiting();
     // Runs on the worker: onPage for each page with hits, in order; onEnd unless cancelled.
     void run(const PageHits &onPage, const std::function<void()> &onEnd);
     void cancel();

@@ -115,24 +115,45 @@ bool PDFDocumentPrivate::feedFind(bool walkEnded)
     return all;
 }
 
-void PDFDocumentPrivate::feedFindLater(quint64 generation)
+void PDFDocumentPrivate::feedFindLater(quint64 generation, int milliseconds)
 {
-    MainQueue::async([weakSelf = q.weak_from_this(), generation] {
+    auto turn = [weakSelf = q.weak_from_this(), generation] {
         const auto self = weakSelf.lock();
         if (!self || !self->d->finding || self->d->findGeneration != generation)
             return;
         PDFDocumentPrivate &d = *self->d;
         constexpr int MillisecondsPerTurn = 8;
         constexpr int PagesPerStep = 16;
+        // Pages enough to keep the workers reading for a few hundred milliseconds.
+        constexpr size_t PagesAhead = 48;
         const QDeadlineTimer deadline(MillisecondsPerTurn);
         const int last = static_cast<int>(d.pages.size()) - 1;
+        if (d.findJob->pagesWaiting() >= PagesAhead) {
+            // While the workers are busy the walk takes the document only when it is free:
+            // waiting for it would stop the page a worker reads, to be read again.
+            self->readyPages(d.resolved, last, deadline);
+            if (!d.feedFind())
+                d.feedFindLater(generation, MillisecondsPerTurn);
+            return;
+        }
+        // The workers run short: the walk goes on now, in one hold of the document.
         const int before = d.resolved;
-        while (d.resolved <= last && !deadline.hasExpired())
-            d.resolveThrough(std::min(d.resolved + PagesPerStep, last));
+        if (d.handle) {
+            // A step at least, however long the lock took: a turn that walks nothing means the
+            // walk can go no further.
+            const mu::Lock lock(d.handle->mutex());
+            do
+                d.resolveThroughLocked(std::min(d.resolved + PagesPerStep, last));
+            while (d.resolved <= last && !deadline.hasExpired());
+        }
         // A walk that cannot go on ends the find's wait with the pages it has.
         if (!d.feedFind(d.resolved == before))
             d.feedFindLater(generation);
-    });
+    };
+    if (milliseconds > 0)
+        MainQueue::asyncAfter(milliseconds / 1000.0, std::move(turn));
+    else
+        MainQueue::async(std::move(turn));
 }
 
 void PDFDocument::cancelFindString()

@@ -85,8 +85,9 @@ struct PDFDocumentPrivate
     // Hands the find the waiting pages whose objects are known, in order; true once all are,
     // or once the walk has ended (walkEnded: it can go no further).
     bool feedFind(bool walkEnded = false);
-    // Walks the page tree on for a few milliseconds a turn, feeding the find, until it is fed.
-    void feedFindLater(quint64 generation);
+    // Walks the page tree on for a few milliseconds a turn, feeding the find, until it is fed;
+    // the first turn comes after the delay.
+    void feedFindLater(quint64 generation, int milliseconds = 0);
     // Makes MuPDF meet a misplaced object now (PageTree::repairIfDamaged) on the bytes opened,
     // setting repaired when it repaired the file. False, with error set, when the repair took
     // more memory than a file of this size warrants. The lock is held.
