@@ -1,5 +1,7 @@
 #include "PDFTileCache.h"
 
+#include <kit/base/BackgroundQueue.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -83,10 +85,14 @@ void PDFTileCache::removeOtherRevisions(const void *page, quint64 revision)
     }
     for (const PDFTileKey &key : stale)
         erase(key);
+    letGoOfEvicted();
 }
 
 void PDFTileCache::clear()
 {
+    for (auto &entry : m_entries)
+        m_evicted.push_back(std::move(entry.second.image));
+    letGoOfEvicted();
     m_entries.clear();
     m_byPage.clear();
     m_uses.clear();
@@ -100,6 +106,7 @@ void PDFTileCache::erase(PDFTileKey key)
     if (found == m_entries.end())
         return;
     m_pixels -= qint64(found->second.image.width()) * found->second.image.height();
+    m_evicted.push_back(std::move(found->second.image));
     m_uses.erase(found->second.use);
     m_entries.erase(found);
     auto page = m_byPage.find(key.page);
@@ -113,4 +120,15 @@ void PDFTileCache::trim()
 {
     while (m_pixels > m_budget && !m_uses.empty())
         erase(m_uses.front());
+    letGoOfEvicted();
+}
+
+void PDFTileCache::letGoOfEvicted()
+{
+    if (m_evicted.empty())
+        return;
+    // Freeing a tile's pixels may hand pages back to the system, which every core then has to
+    // forget: on the main thread that costs a frame now and then while scrolling.
+    BackgroundQueue::async([images = std::move(m_evicted)] { });
+    m_evicted.clear();
 }

@@ -52,10 +52,13 @@ private:
     };
     void erase(PDFTileKey key);
     void trim();
+    // The tiles erase() took out are freed off this thread.
+    void letGoOfEvicted();
 
     qint64 m_budget;
     qint64 m_pixels = 0;
     std::unordered_map<PDFTileKey, Entry, PDFTileKeyHash> m_entries;
     std::unordered_map<const void *, std::vector<PDFTileKey>> m_byPage;
     std::list<PDFTileKey> m_uses; // most recent at the back
+    std::vector<QImage> m_evicted;
 };
