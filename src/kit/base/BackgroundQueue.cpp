@@ -1,5 +1,7 @@
 #include "BackgroundQueue.h"
 
+#include "ThreadHandoff.h"
+
 #include <QThreadPool>
 
 namespace BackgroundQueue {
@@ -18,7 +20,14 @@ QThreadPool &pool()
 
 void async(std::function<void()> fn)
 {
-    pool().start(std::move(fn));
+    // Held by pointer so that the job, and all it captured, ends on the pool's thread.
+    auto *const job = new std::function<void()>(std::move(fn));
+    ThreadHandoff::handOver(job);
+    pool().start([job] {
+        ThreadHandoff::takeOver(job);
+        (*job)();
+        delete job;
+    });
 }
 
 } // namespace BackgroundQueue

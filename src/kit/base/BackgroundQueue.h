@@ -6,13 +6,22 @@
 // them, so a chore queued there would hold up painting.
 
 #include <functional>
+#include <utility>
 
 class QThreadPool;
 
 namespace BackgroundQueue {
 
-// Runs fn on a background thread, after work already queued there.
+// Runs fn on a background thread, after work already queued there. What fn holds is let go
+// there too.
 void async(std::function<void()> fn);
+// Lets go of value on a background thread: what it alone holds (pixels, display lists) is freed
+// there, where giving pages back to the system costs no frame.
+template <typename T>
+void dispose(T &&value)
+{
+    async([held = std::forward<T>(value)] { });
+}
 // The threads themselves, for waiting until what was queued is done (tests, shutdown).
 QThreadPool &pool();
 

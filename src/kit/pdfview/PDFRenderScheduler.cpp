@@ -473,13 +473,16 @@ void PDFRenderScheduler::invalidatePage(const void *page)
 
 void PDFRenderScheduler::keepListsOf(const std::vector<const void *> &pages)
 {
-    // Dropped outside the lock: the last reference frees the fonts and pictures.
+    // Dropped off this thread: the last reference frees the fonts and pictures, and may wait
+    // for MuPDF's locks that the workers take.
     std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
         m_state->kept = pages;
         dropped = m_state->takeUnwantedLists();
     }
+    if (!dropped.empty())
+        BackgroundQueue::dispose(std::move(dropped));
 }
 
 void PDFRenderScheduler::cancelAll()
@@ -539,7 +542,7 @@ void PDFRenderScheduler::pump()
 {
     int start = 0;
     int startShown = 0;
-    // Lists are let go here, on the main thread, outside the lock, as the view lets them go.
+    // Lists the view no longer wants are let go off this thread, as in keepListsOf.
     std::vector<State::List> dropped;
     {
         const std::lock_guard lock(m_state->mutex);
@@ -556,6 +559,8 @@ void PDFRenderScheduler::pump()
         start = std::max(0, wanted - m_state->workers);
         m_state->workers += start;
     }
+    if (!dropped.empty())
+        BackgroundQueue::dispose(std::move(dropped));
     for (int i = 0; i < startShown; ++i) {
         auto *worker = new Worker(m_state, true);
         worker->setAutoDelete(true);

@@ -129,6 +129,6 @@ void PDFTileCache::letGoOfEvicted()
         return;
     // Freeing a tile's pixels may hand pages back to the system, which every core then has to
     // forget: on the main thread that costs a frame now and then while scrolling.
-    BackgroundQueue::async([images = std::move(m_evicted)] { });
+    BackgroundQueue::dispose(std::move(m_evicted));
     m_evicted.clear();
 }
