@@ -501,9 +501,18 @@ private slots:
     }
 
     // A find begun before a long tree is walked does not wait for the walk, and still goes
-    // through every page in order, the page a rebuilt tree adds at the end included.
+    // through every page in order, the page a rebuilt tree adds at the end included: whether
+    // the workers start with a few pages, or with enough in hand that the walk goes on only when
+    // the document is free (and there rebuilds the tree).
+    void findsGoThroughATreeStillBeingWalked_data()
+    {
+        QTest::addColumn<int>("pagesKnown");
+        QTest::newRow("the first screen's") << 1;
+        QTest::newRow("a hundred") << 100;
+    }
     void findsGoThroughATreeStillBeingWalked()
     {
+        QFETCH(int, pagesKnown);
         const QByteArray text = "BT /F1 12 Tf 20 100 Td (needle) Tj ET";
         const QList<QByteArray> nodes = twoNodeTree(550, 599, false)
             + QList<QByteArray> { "null", "null", "null",
@@ -513,6 +522,7 @@ private slots:
         auto doc = openData(treePdf(nodes, 600, "<< /Type /Catalog /Pages 2 0 R >>", nullptr,
             " /Contents 8 0 R /Resources << /Font << /F1 9 0 R >> >>"));
         QVERIFY(doc);
+        QVERIFY(doc->pageAtIndex(pagesKnown - 1));
         QList<int> found;
         bool ended = false;
         NotificationCenter &center = NotificationCenter::defaultCenter();
