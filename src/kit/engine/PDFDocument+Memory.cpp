@@ -134,6 +134,30 @@ int PDFDocument::readyPages(int first, int last, QDeadlineTimer deadline)
     return at;
 }
 
+void PDFDocument::loadPagesAhead(const std::vector<std::shared_ptr<PDFPage>> &pages)
+{
+    if (!d->handle || d->locked)
+        return;
+    if (!d->loadAhead || d->loadAhead->handle() != d->handle) {
+        // The pages loaded for a document no longer shown go under its lock, off this thread.
+        BackgroundQueue::dispose(std::exchange(d->loadAhead, nullptr));
+        d->loadAhead = std::make_shared<PageLoadAhead>(d->handle);
+    }
+    std::vector<PageLoadAhead::Wanted> wanted;
+    wanted.reserve(pages.size());
+    fz_context *ctx = mu::context();
+    for (const auto &page : pages) {
+        const PDFPagePrivate &pd = *page->d;
+        const int index = indexForPage(page);
+        if (pd.page || pd.handle != d->handle || !pd.object || index < 0 || index >= d->resolved)
+            continue;
+        int object = 0;
+        mu::runQuietly(ctx, [&] { object = pdf_to_num(ctx, pd.object); });
+        wanted.push_back({ index, object });
+    }
+    d->loadAhead->want(std::move(wanted));
+}
+
 bool PDFDocument::releaseCachedContent()
 {
     if (!d->handle || d->locked)

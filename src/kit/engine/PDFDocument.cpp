@@ -351,6 +351,9 @@ void PDFDocumentPrivate::renumberLocked()
     // MuPDF hands out an open page with the number asked for before it loads one, so every
     // open page answers for its place now, and one this list does not hold (taken out, or
     // kept by a worker after a release) for none. The list changes under the allocation lock.
+    // Pages loaded ahead were loaded for places that may have changed.
+    if (loadAhead && loadAhead->handle() == handle)
+        loadAhead->dropLocked();
     fz_context *ctx = mu::context();
     const mu::AllocationLock lock(ctx);
     for (fz_page *open = handle->doc()->super.open; open; open = open->next) {

@@ -121,6 +121,10 @@ public:
     // not parsed yet to the read ahead while it runs. Answers the first page not readied.
     // Main thread.
     int readyPages(int first, int last, QDeadlineTimer deadline);
+    // Loads the pages on a background thread, nearest first, so that drawing them later finds
+    // them loaded; each call replaces the last. Pages loaded already, of another document or
+    // with their place not known yet are passed over. Main thread.
+    void loadPagesAhead(const std::vector<std::shared_ptr<PDFPage>> &pages);
 
     // The text between two page points, in reading order, for a drag across pages.
     std::shared_ptr<PDFSelection> selectionFromPage(const std::shared_ptr<PDFPage> &startPage,

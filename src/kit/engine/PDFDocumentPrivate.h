@@ -6,6 +6,7 @@
 #include "FindJob.h"
 #include "PDFDocumentDelegate.h"
 #include "PageLabels.h"
+#include "PageLoadAhead.h"
 #include "PageTreeWalk.h"
 #include "mupdf/DocumentHandle.h"
 #include "mupdf/MuOwned.h"
@@ -134,6 +135,8 @@ struct PDFDocumentPrivate
     // and the number of the page object they belong to.
     mu::DisplayList firstPageContents;
     int firstPageObject = 0;
+    // Pages loaded ahead of the reader, for the document the handle holds now.
+    std::shared_ptr<PageLoadAhead> loadAhead;
     qsizetype sourceSize = 0;
     // The bytes opened, for one more try with MuPDF's repair when no page tree can be found.
     std::function<QByteArray()> sourceBytes;

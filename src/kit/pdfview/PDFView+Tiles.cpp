@@ -118,8 +118,42 @@ void PDFView::updateRenderRequests()
         return !item.second.failed
             && std::find(nearby.begin(), nearby.end(), item.first) == nearby.end();
     }));
+    loadPagesAhead(visible);
     releaseIfGrown();
     noteRenderProgress();
+}
+
+void PDFView::loadPagesAhead(const QRectF &visible)
+{
+    // Loading a page parses its resources, which on some pages takes most of a frame: done on
+    // a background thread for the pages a few screens on, drawing them later does not wait.
+    if (m_firstScreenPending || !m_document)
+        return;
+    constexpr double Screens = 3;
+    const QRectF further = visible.adjusted(-visible.width(), -Screens * visible.height(),
+        visible.width(), Screens * visible.height());
+    const QPointF middle = visible.center();
+    std::vector<std::pair<double, std::shared_ptr<PDFPage>>> ranked;
+    for (const int index : m_layout.pagesInRect(
+             QRectF(further.topLeft() / m_scale, further.size() / m_scale))) {
+        auto page = pageAt(index);
+        if (!page || m_renderStates.count(page.get()))
+            continue;
+        const QPointF offset = pageRectInDocument(index).center() - middle;
+        ranked.emplace_back(std::hypot(offset.x(), offset.y()), std::move(page));
+    }
+    std::stable_sort(ranked.begin(), ranked.end(),
+        [](const auto &a, const auto &b) { return a.first < b.first; });
+    std::vector<const PDFPage *> wanted;
+    std::vector<std::shared_ptr<PDFPage>> pages;
+    for (auto &entry : ranked) {
+        wanted.push_back(entry.second.get());
+        pages.push_back(std::move(entry.second));
+    }
+    if (wanted == m_pagesLoadingAhead)
+        return;
+    m_pagesLoadingAhead = std::move(wanted);
+    m_document->loadPagesAhead(pages);
 }
 
 void PDFView::releaseIfGrown()

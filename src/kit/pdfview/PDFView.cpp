@@ -93,6 +93,7 @@ void PDFView::setDocument(const std::shared_ptr<PDFDocument> &document)
     m_releaseTimer.stop();
     m_firstScreenPending = document != nullptr;
     m_pagesAheadWaiting = false;
+    m_pagesLoadingAhead.clear();
     m_layout.setAnchorPage(0);
     reloadPageSizes();
     m_layout.setAnchorPage(0);

@@ -293,6 +293,9 @@ private:
     void drawErrorMark(QPainter &painter, const QRect &pageRect) const;
     void scheduleRendering();
     void updateRenderRequests();
+    // Has the pages a few screens on loaded in the background, before they come near enough
+    // to be drawn.
+    void loadPagesAhead(const QRectF &visible);
     void flushChangedPages();
     void tileFinished(const PDFTileKey &key, const QImage &image);
     void tileTopDrawn(const PDFTileKey &key, const QImage &image);
@@ -349,6 +352,8 @@ private:
     std::unordered_map<const PDFPage *, RenderState> m_renderStates;
     quint64 m_epoch = 0; // rises with every new document or display box
     QTimer m_renderTimer;
+    // The pages last asked to be loaded ahead of the reader.
+    std::vector<const PDFPage *> m_pagesLoadingAhead;
     // Pages whose sources were let go since the engine last gave back their memory.
     int m_pagesLeftBehind = 0;
     static constexpr int ReleaseAfterPages = 16;

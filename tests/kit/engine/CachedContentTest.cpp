@@ -263,6 +263,52 @@ private slots:
         QCOMPARE(draw(*inHand), before[2]);
     }
 
+    // Pages loaded ahead of the reader are loaded for the places they had when asked for: once
+    // pages move, or memory is given back, each place still draws the page it holds now; and a
+    // document closed while pages are loaded for it goes with everything they held.
+    void pagesLoadedAheadDrawAsThemselves()
+    {
+        auto document = std::make_shared<PDFDocument>();
+        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        const auto drawAt = [&](int index) {
+            const auto source = document->pageAtIndex(index)->renderSource(PDFDisplayBox::CropBox);
+            return source ? draw(*source) : QImage();
+        };
+        std::vector<QImage> before;
+        for (int i = 0; i < 12; ++i)
+            before.push_back(drawAt(i));
+        QVERIFY(release(*document));
+        const auto ahead = [&](int first, int last) {
+            std::vector<std::shared_ptr<PDFPage>> pages;
+            for (int i = first; i <= last; ++i)
+                pages.push_back(document->pageAtIndex(i));
+            document->loadPagesAhead(pages);
+            BackgroundQueue::pool().waitForDone();
+        };
+        ahead(4, 11);
+        // The last page moves to the front: every page loaded ahead now has the next place.
+        document->exchangePageAtIndex(4, 11);
+        document->insertPage(document->pageAtIndex(Pages - 1), 0);
+        QCOMPARE(drawAt(5), before[11]);
+        for (int i = 6; i <= 11; ++i)
+            QCOMPARE(drawAt(i), before[size_t(i - 1)]);
+        QCOMPARE(drawAt(12), before[4]);
+
+        ahead(20, 27);
+        QVERIFY(release(*document));
+        for (int i = 20; i <= 27; ++i)
+            QVERIFY(!drawAt(i).isNull());
+
+        // Closed while its pages load: the sanitizers' builds see anything left behind.
+        std::vector<std::shared_ptr<PDFPage>> pages;
+        for (int i = 40; i < 60; ++i)
+            pages.push_back(document->pageAtIndex(i));
+        document->loadPagesAhead(pages);
+        pages.clear();
+        document.reset();
+        BackgroundQueue::pool().waitForDone();
+    }
+
     // Render workers live side by side and take turns as the pages they are given come and go:
     // each records and draws its pages, holds their display lists while they are near the
     // view, then lets them go. The memory one gave back is what the next one uses, so later
