@@ -7,10 +7,8 @@
 #include "mupdf/WorkBudget.h"
 
 #include <kit/base/BackgroundQueue.h>
-#include <kit/base/ThreadHandoff.h>
 
 #include <QDeadlineTimer>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <atomic>
@@ -189,8 +187,7 @@ bool PDFDocument::releaseCachedContent()
     releasing = true;
     // Growth counts from here while the release runs, so that it is not asked for again.
     g_heldAfterRelease = mu::liveBytes();
-    QRunnable *const job = QRunnable::create([handle = d->handle, dropped = std::move(dropped)] {
-        ThreadHandoff::takeOver(&g_heldAfterRelease);
+    BackgroundQueue::async([handle = d->handle, dropped = std::move(dropped)] {
         fz_context *ctx = mu::context();
         pdf_document *const doc = handle->doc();
         mu::DocumentMutex &mutex = handle->mutex();
@@ -250,8 +247,5 @@ bool PDFDocument::releaseCachedContent()
         malloc_trim(0);
         releasing = false;
     });
-    // Handed over once made: the job's captures are written as it is made.
-    ThreadHandoff::handOver(&g_heldAfterRelease);
-    BackgroundQueue::pool().start(job);
     return true;
 }

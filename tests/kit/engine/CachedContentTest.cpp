@@ -148,6 +148,13 @@ QByteArray bitmapFontPages(int pages, int fonts, int glyphs)
     return PdfFixtures::fromObjects(objects);
 }
 
+// The page at the index as the document has it now; null when it cannot be drawn.
+QImage drawAt(const PDFDocument &document, int index)
+{
+    const auto source = document.pageAtIndex(index)->renderSource(PDFDisplayBox::CropBox);
+    return source ? draw(*source) : QImage();
+}
+
 bool release(PDFDocument &document)
 {
     if (!document.releaseCachedContent())
@@ -243,23 +250,19 @@ private slots:
     {
         auto document = std::make_shared<PDFDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
-        const auto drawAt = [&](int index) {
-            const auto source = document->pageAtIndex(index)->renderSource(PDFDisplayBox::CropBox);
-            return source ? draw(*source) : QImage();
-        };
         std::vector<QImage> before;
         for (int i = 0; i < 4; ++i)
-            before.push_back(drawAt(i));
+            before.push_back(drawAt(*document, i));
         QVERIFY(before[2] != before[3]);
         const auto inHand = document->pageAtIndex(2)->renderSource(PDFDisplayBox::CropBox);
         QVERIFY(release(*document));
         document->insertPage(document->pageAtIndex(0), document->pageCount());
-        QCOMPARE(drawAt(1), before[2]);
-        QCOMPARE(drawAt(2), before[3]);
-        QCOMPARE(drawAt(Pages - 1), before[0]);
+        QCOMPARE(drawAt(*document, 1), before[2]);
+        QCOMPARE(drawAt(*document, 2), before[3]);
+        QCOMPARE(drawAt(*document, Pages - 1), before[0]);
         // Deleted, the first page gives its place to the next, which was loaded just above.
         document->removePageAtIndex(0);
-        QCOMPARE(drawAt(0), before[2]);
+        QCOMPARE(drawAt(*document, 0), before[2]);
         QCOMPARE(draw(*inHand), before[2]);
     }
 
@@ -270,13 +273,9 @@ private slots:
     {
         auto document = std::make_shared<PDFDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
-        const auto drawAt = [&](int index) {
-            const auto source = document->pageAtIndex(index)->renderSource(PDFDisplayBox::CropBox);
-            return source ? draw(*source) : QImage();
-        };
         std::vector<QImage> before;
         for (int i = 0; i < 12; ++i)
-            before.push_back(drawAt(i));
+            before.push_back(drawAt(*document, i));
         QVERIFY(release(*document));
         const auto ahead = [&](int first, int last) {
             std::vector<std::shared_ptr<PDFPage>> pages;
@@ -289,15 +288,15 @@ private slots:
         // The last page moves to the front: every page loaded ahead now has the next place.
         document->exchangePageAtIndex(4, 11);
         document->insertPage(document->pageAtIndex(Pages - 1), 0);
-        QCOMPARE(drawAt(5), before[11]);
+        QCOMPARE(drawAt(*document, 5), before[11]);
         for (int i = 6; i <= 11; ++i)
-            QCOMPARE(drawAt(i), before[size_t(i - 1)]);
-        QCOMPARE(drawAt(12), before[4]);
+            QCOMPARE(drawAt(*document, i), before[size_t(i - 1)]);
+        QCOMPARE(drawAt(*document, 12), before[4]);
 
         ahead(20, 27);
         QVERIFY(release(*document));
         for (int i = 20; i <= 27; ++i)
-            QVERIFY(!drawAt(i).isNull());
+            QVERIFY(!drawAt(*document, i).isNull());
 
         // Closed while its pages load: the sanitizers' builds see anything left behind.
         std::vector<std::shared_ptr<PDFPage>> pages;
