@@ -72,12 +72,13 @@ void PageLoadAhead::loadOn()
                 m_loading = false;
                 return;
             }
-            // The main thread waiting for the document, or the slice spent: another turn.
-            if (mutex.isMainThreadWaiting() || deadline.hasExpired())
+            if (deadline.hasExpired())
                 break;
             next = m_wanted.front();
             m_wanted.erase(m_wanted.begin());
         }
+        // A main thread waiting for the document goes first.
+        mutex.waitForMainThread();
         const mu::Lock lock(mutex);
         loadLocked(next);
     }

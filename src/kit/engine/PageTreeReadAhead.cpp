@@ -29,11 +29,10 @@ void walkOn(const std::shared_ptr<Job> &job)
     bool more = true;
     while (more) {
         // The job alone holds the document: it was closed; or the reader's walk is through.
-        if (job->handle.use_count() == 1 || job->walked->load()) {
+        if (job->handle.use_count() == 1 || job->walked->load())
             more = false;
-        } else if (handle.mutex().isMainThreadWaiting()) {
-            break;
-        }
+        // A main thread waiting for the document goes first.
+        handle.mutex().waitForMainThread();
         const mu::Lock lock(handle.mutex());
         fz_context *ctx = mu::context();
         if (more && !std::exchange(job->started, true))
