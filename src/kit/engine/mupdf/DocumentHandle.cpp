@@ -1,5 +1,7 @@
 #include "DocumentHandle.h"
 
+#include "DocumentLockCheck.h"
+
 #include <chrono>
 #include <thread>
 
@@ -7,10 +9,11 @@ namespace mu {
 
 void DocumentMutex::lock()
 {
-    if (m_mutex.try_lock())
+    if (try_lock())
         return;
     if (!isMainThread()) {
         m_mutex.lock();
+        DocumentLockCheck::lockTaken(this);
         return;
     }
     ++m_mainWaiting;
@@ -22,7 +25,22 @@ void DocumentMutex::lock()
         }
     }
     m_mutex.lock();
+    DocumentLockCheck::lockTaken(this);
     --m_mainWaiting;
+}
+
+bool DocumentMutex::try_lock()
+{
+    if (!m_mutex.try_lock())
+        return false;
+    DocumentLockCheck::lockTaken(this);
+    return true;
+}
+
+void DocumentMutex::unlock()
+{
+    DocumentLockCheck::lockReleased(this);
+    m_mutex.unlock();
 }
 
 bool DocumentMutex::offerToGiveWay(int *abort)
@@ -48,13 +66,16 @@ void DocumentMutex::waitForMainThread() const
 
 DocumentHandle::DocumentHandle(pdf_document *doc)
     : m_doc(doc)
-{ }
+{
+    DocumentLockCheck::shareDocument(doc, &m_mutex);
+}
 
 DocumentHandle::~DocumentHandle()
 {
     const Lock lock(m_mutex);
     fz_context *ctx = context();
     pdf_document *const doc = m_doc;
+    DocumentLockCheck::forgetDocument(doc);
     runQuietly(ctx, [&] { pdf_drop_document(ctx, doc); });
 }
 

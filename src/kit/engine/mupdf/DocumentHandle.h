@@ -20,8 +20,8 @@ class DocumentMutex
 {
 public:
     void lock();
-    bool try_lock() { return m_mutex.try_lock(); }
-    void unlock() { m_mutex.unlock(); }
+    bool try_lock();
+    void unlock();
 
     // Called by the holder: while abort is set, a waiting main thread stores 1 into it. Clearing
     // it (null) tells whether the main thread asked.
