@@ -2,11 +2,11 @@
 
 #ifdef FOLIDOC_LOCK_CHECK
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include <execinfo.h>
 
@@ -22,7 +22,15 @@ struct Shared
 };
 std::array<Shared, 256> g_shared;
 
-thread_local std::vector<const DocumentMutex *> t_held;
+// The locks this thread holds, innermost last. Plain data, with no destructor: a thread's
+// objects destroyed after its thread-locals (the main thread's statics at exit) still take locks.
+constexpr int MaxHeld = 32;
+struct Held
+{
+    const DocumentMutex *locks[MaxHeld];
+    int count; // past MaxHeld: the thread goes unchecked until it is back under
+};
+thread_local constinit Held t_held {};
 
 // A PDF document is its own fz_document: either pointer finds it.
 void check(const void *doc, const char *call)
@@ -35,8 +43,10 @@ void check(const void *doc, const char *call)
         const DocumentMutex *const mutex = entry.mutex.load(std::memory_order_acquire);
         if (!mutex)
             return;
-        for (const DocumentMutex *held : t_held) {
-            if (held == mutex)
+        if (t_held.count > MaxHeld)
+            return;
+        for (int i = 0; i < t_held.count; ++i) {
+            if (t_held.locks[i] == mutex)
                 return;
         }
         std::fprintf(stderr, "%s on a shared document without its lock\n", call);
@@ -73,15 +83,21 @@ void forgetDocument(const pdf_document *doc)
 
 void lockTaken(const DocumentMutex *mutex)
 {
-    t_held.push_back(mutex);
+    if (t_held.count < MaxHeld)
+        t_held.locks[t_held.count] = mutex;
+    ++t_held.count;
 }
 
 void lockReleased(const DocumentMutex *mutex)
 {
-    for (auto at = t_held.end(); at != t_held.begin();) {
-        --at;
-        if (*at == mutex) {
-            t_held.erase(at);
+    if (t_held.count > MaxHeld) {
+        --t_held.count;
+        return;
+    }
+    for (int i = t_held.count - 1; i >= 0; --i) {
+        if (t_held.locks[i] == mutex) {
+            std::copy(t_held.locks + i + 1, t_held.locks + t_held.count, t_held.locks + i);
+            --t_held.count;
             return;
         }
     }
