@@ -28,8 +28,6 @@ public:
     bool offerToGiveWay(int *abort);
     // The holder, having stopped and unlocked, waits until the main thread that asked is through.
     void waitForMainThread() const;
-    // Whether the main thread waits for the lock now: work that can stop anywhere leaves it be.
-    bool isMainThreadWaiting() const { return m_mainWaiting.load() > 0; }
 
 private:
     std::mutex m_mutex;
