@@ -231,9 +231,13 @@ bool PDFDocument::releaseCachedContent()
         mu::runQuietly(ctx, [&] {
             fz_purge_glyph_cache(ctx);
             // The store counts a font by its descriptor, not by its file and FreeType face,
-            // so its limit never bites on documents that embed many fonts: emptied here, it
-            // keeps what the pages in view hold through their display lists.
-            fz_empty_store(ctx);
+            // so its limit never bites on documents that embed many fonts: it lets go here of
+            // everything that only it holds, and the pages in view keep theirs through their
+            // display lists. Never fz_empty_store: MuPDF's lookup reads the store's entry after
+            // giving back the lock, so taking out an entry that another thread has just found
+            // (a worker reading a page finds its fonts there) hands that thread freed memory.
+            // What it has found it holds, which keeps the entry from this release.
+            fz_shrink_store(ctx, 0);
         });
         // With the store empty, the Type 3 fonts of the pages passed are held by the document
         // alone.
