@@ -76,7 +76,7 @@ int referenceCount(fz_context *ctx, const fz_font *font)
 }
 
 // Drops the Type 3 fonts that only the document still holds. MuPDF keeps each Type 3 font it
-// loads until the document closes, while its store forgets the font: once the store is emptied,
+// loads until the document closes, while its store forgets the font: once the store lets it go,
 // the next page set in that font loads a copy of its own, glyph pictures and all, and every
 // release would add one more copy for the rest of the document's life. A font that nothing else
 // holds (no display list, no glyph cache entry, no description in the store) cannot be held
@@ -239,8 +239,8 @@ bool PDFDocument::releaseCachedContent()
             // What it has found it holds, which keeps the entry from this release.
             fz_shrink_store(ctx, 0);
         });
-        // With the store empty, the Type 3 fonts of the pages passed are held by the document
-        // alone.
+        // With the store's own entries gone, the Type 3 fonts of the pages passed are held by
+        // the document alone.
         mutex.waitForMainThread();
         {
             const mu::Lock lock(mutex);
