@@ -10,9 +10,8 @@
 #include <kit/engine/PDFAnnotationSquare.h>
 #include <kit/engine/PDFAnnotationStamp.h>
 
+#include <array>
 #include <typeinfo>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -52,21 +51,33 @@ unsigned classify(const PDFAnnotation &annotation)
 
 unsigned AnnotationKind::of(const PDFAnnotation &annotation)
 {
-    // A handful of classes exist, so a short list scanned by pointer beats any hash.
-    thread_local std::vector<std::pair<const std::type_info *, unsigned>> known;
+    // A handful of classes exist, so a short list scanned by pointer beats any hash. Plain thread
+    // data with no destructor, so that a destructor running as the thread ends may still ask.
+    struct Known
+    {
+        const std::type_info *type;
+        unsigned flags;
+    };
+    constexpr int Capacity = 32;
+    thread_local constinit std::array<Known, Capacity> known {};
+    thread_local constinit int count = 0;
     const std::type_info *const type = &typeid(annotation);
-    for (const auto &[seen, flags] : known) {
-        if (seen == type)
-            return flags;
+    for (int i = 0; i < count; ++i) {
+        if (known[size_t(i)].type == type)
+            return known[size_t(i)].flags;
     }
-    // The same class may have two type_info objects across libraries: still one entry each.
-    for (const auto &[seen, flags] : known) {
-        if (*seen == *type) {
-            known.emplace_back(type, flags);
-            return flags;
+    // The same class may have two type_info objects across libraries: one entry each.
+    unsigned flags = 0;
+    bool found = false;
+    for (int i = 0; i < count && !found; ++i) {
+        if (*known[size_t(i)].type == *type) {
+            flags = known[size_t(i)].flags;
+            found = true;
         }
     }
-    const unsigned flags = classify(annotation);
-    known.emplace_back(type, flags);
+    if (!found)
+        flags = classify(annotation);
+    if (count < Capacity)
+        known[size_t(count++)] = { type, flags };
     return flags;
 }
