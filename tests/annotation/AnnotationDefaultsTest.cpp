@@ -242,8 +242,6 @@ private slots:
         QVERIFY(freeText);
         freeText->adjustBoundsIfNeeded();
         QCOMPARE(freeText->bounds(), expected);
-        if (dpi == 110.0 && expected != bounds)
-            QCOMPARE(qRound(freeText->bounds().height() * 100), 2433);
     }
 
     void unknownScreenResolutionIsNinetySix()

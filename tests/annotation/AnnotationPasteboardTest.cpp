@@ -1,11 +1,10 @@
 #include "support/AnnotationTestKit.h"
 
-#include <app/support/AppTestEnvironment.h>
+#include <app/support/AppWindow.h>
 
 #include <annotation/FDAnnotationMarkup.h>
 #include <annotation/FDAnnotationText.h>
 #include <annotation/PDFAnnotation+XExtensions.h>
-#include <app/FDDefaults.h>
 #include <kit/base/Archiver.h>
 #include <kit/engine/PDFAnnotationCircle.h>
 #include <kit/engine/PDFAnnotationFreeText.h>
@@ -17,7 +16,6 @@
 #include <kit/engine/PDFPage.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QtTest>
 
 using namespace AnnotationTestKit;
@@ -114,11 +112,7 @@ class AnnotationPasteboardTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
-    }
+    void init() { AppWindow::reset(); }
 
     void pasteKeepsAllButTheDesignedLosses_data()
     {
@@ -287,12 +281,6 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    AnnotationPasteboardTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(AnnotationPasteboardTest)
 
 #include "AnnotationPasteboardTest.moc"

@@ -139,9 +139,7 @@ private slots:
 
     void closingTheOnlyWindowSavesTheList()
     {
-        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-        m_service->applicationDidFinishLaunching(); // a blank window, and the closing observed
-        QCOMPARE(windows().size(), 1);
+        launchWithABlankWindow(); // and the closing observed
         TabWindowController *const blank = windows().first();
         auto *second = TabWindowController::create<PDFWindowController>();
         second->openNewTab();
@@ -175,12 +173,10 @@ private slots:
     void closingTheLastWindowLeavesWhatQuitLeaves()
     {
         QFETCH(QString, how);
-        QTemporaryDir folder;
-        const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("kept.pdf")));
-        QVERIFY(AppFixtures::writeColourPDF(url.toLocalFile(), Qt::white));
-        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        const QUrl url = QUrl::fromLocalFile(
+            AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("kept-%1.pdf").arg(how))));
         m_service->setQuitHandlerForTesting([] {});
-        m_service->applicationDidFinishLaunching(); // a window with a start tab
+        launchWithABlankWindow();
         auto *const window = qobject_cast<PDFWindowController *>(windows().first());
         auto *const document
             = qobject_cast<PDFContents *>(window->openPDFDocumentWithURL(url, false, true));
@@ -227,9 +223,7 @@ private slots:
 
     void quitWaitsForAPendingSave()
     {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("changed.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::yellow));
+        const QString path = AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("changed.pdf")));
         const qint64 sizeBefore = QFileInfo(path).size();
         auto document = std::make_shared<FDDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path), nullptr));
@@ -253,16 +247,12 @@ private slots:
 
     void twoPathsOfOneFileOpenOneTabInPlaceOfTheStartTab()
     {
-        QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("sub")));
-        const QString path = folder.filePath(QStringLiteral("one.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
-        const QString link = folder.filePath(QStringLiteral("link.pdf"));
+        QVERIFY(QDir(m_dir.path()).mkpath(QStringLiteral("sub")));
+        const QString path = AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("one.pdf")));
+        const QString link = m_dir.filePath(QStringLiteral("link.pdf"));
         QVERIFY(QFile::link(path, link));
-        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
-        m_service->applicationDidFinishLaunching();
-        QCOMPARE(windows().size(), 1);
-        m_service->openFiles({ path, folder.filePath(QStringLiteral("sub/../one.pdf")), link });
+        launchWithABlankWindow();
+        m_service->openFiles({ path, m_dir.filePath(QStringLiteral("sub/../one.pdf")), link });
         TabStripModel *model = windows().first()->tabStripModel();
         QCOMPARE(model->count(), 1);
         auto *contents = qobject_cast<PDFContents *>(model->getSelectedTabContents());
@@ -272,12 +262,9 @@ private slots:
 
     void aDocumentStoredTwiceIsRestoredOnceWithItsSplit()
     {
-        QTemporaryDir folder;
         QList<QUrl> urls;
-        for (const char *name : { "x.pdf", "y.pdf", "z.pdf" }) {
-            urls << QUrl::fromLocalFile(folder.filePath(QLatin1String(name)));
-            QVERIFY(AppFixtures::writeColourPDF(urls.last().toLocalFile(), Qt::white));
-        }
+        for (const char *name : { "x.pdf", "y.pdf", "z.pdf" })
+            urls << QUrl::fromLocalFile(AppFixtures::whitePDF(m_dir.filePath(QLatin1String(name))));
         const auto documentTab = [](const QList<QUrl> &tabURLs, int splitMode) {
             return QVariantMap { { GlobalService::kLOW_IsNewTab, false },
                 { GlobalService::kLOW_SplitMode, splitMode },
@@ -316,18 +303,14 @@ private slots:
     {
         QFETCH(bool, newWindow);
         QTemporaryDir folder;
-        const QString first = folder.filePath(QStringLiteral("first.pdf"));
-        const QString second = folder.filePath(QStringLiteral("second.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(first, Qt::white));
-        QVERIFY(AppFixtures::writeColourPDF(second, Qt::white));
+        const QString first = AppFixtures::whitePDF(folder.filePath(QStringLiteral("first.pdf")));
+        const QString second = AppFixtures::whitePDF(folder.filePath(QStringLiteral("second.pdf")));
         qputenv("FOLIDOC_INSTANCE_NAME", QStringLiteral("folidoc-test-%1").arg(getpid()).toUtf8());
-        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
         QVERIFY(!m_service->handOverOrListen());
-        m_service->applicationDidFinishLaunching();
+        launchWithABlankWindow();
         TabWindowController *const mainWindow = windows().first();
 
-        // A real second process, started as the desktop starts it, with a path relative to its
-        // folder.
+        // A real second process, as the desktop starts it, with a path relative to its folder.
         QProcess launch;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("FOLIDOC_TEST_CHILD"), QStringLiteral("launch"));
@@ -375,7 +358,15 @@ private:
         return UserDefaults::standard().arrayForKey(FDDefaults::LastOpenedWindows);
     }
     static QList<TabWindowController *> windows() { return TabWindowController::allControllers(); }
+    // A launch that restores nothing: one window with a start tab.
+    void launchWithABlankWindow()
+    {
+        UserDefaults::standard().setInteger(0, FDDefaults::LaunchWith);
+        m_service->applicationDidFinishLaunching();
+        QCOMPARE(windows().size(), 1);
+    }
 
+    QTemporaryDir m_dir;
     std::unique_ptr<GlobalService> m_service;
 };
 

@@ -100,63 +100,53 @@ private slots:
         QTest::addColumn<QString>("command");
         QTest::addColumn<Observe>("observe");
         QTest::addColumn<bool>("acts");
+        using T = PDFWindowCommandsTest;
 
-        const Step nothing = [](PDFWindowCommandsTest &) {};
+        const Step nothing = [](T &) {};
         const Step changeDocument
-            = [](PDFWindowCommandsTest &t) { t.view()->fdDocument()->setNumberOfOtherChanges(1); };
-        const Step enterPagesEditor
-            = [](PDFWindowCommandsTest &t) { t.tab->setIsPagesEditingMode(true); };
-        const Step leavePagesEditor
-            = [](PDFWindowCommandsTest &t) { t.tab->setIsPagesEditingMode(false); };
-        const Step split
-            = [](PDFWindowCommandsTest &t) { t.tab->setSplitMode(PDFSplitViewMode::vertical); };
-        const Step unsplit
-            = [](PDFWindowCommandsTest &t) { t.tab->setSplitMode(PDFSplitViewMode::none); };
-        const Step edit = [](PDFWindowCommandsTest &t) {
+            = [](T &t) { t.view()->fdDocument()->setNumberOfOtherChanges(1); };
+        const Step enterPagesEditor = [](T &t) { t.tab->setIsPagesEditingMode(true); };
+        const Step leavePagesEditor = [](T &t) { t.tab->setIsPagesEditingMode(false); };
+        const Step split = [](T &t) { t.tab->setSplitMode(PDFSplitViewMode::vertical); };
+        const Step unsplit = [](T &t) { t.tab->setSplitMode(PDFSplitViewMode::none); };
+        const Step edit = [](T &t) {
             t.setValue(1);
             t.finishTurn();
         };
-        const Step editAndUndo = [](PDFWindowCommandsTest &t) {
+        const Step editAndUndo = [](T &t) {
             t.setValue(1);
             t.finishTurn();
             t.tab->undoManager()->undo();
         };
-        const Step selectText = [](PDFWindowCommandsTest &t) { t.view()->selectAll(); };
+        const Step selectText = [](T &t) { t.view()->selectAll(); };
         // A square drawn in the view, which selects it: one undo step of the window.
-        const Step drawSquare = [](PDFWindowCommandsTest &t) {
+        const Step drawSquare = [](T &t) {
             const auto square = std::make_shared<FDAnnotationSquare>();
             square->initWithBounds(QRectF(100, 100, 80, 60));
             t.view()->addAnnotation(square, t.view()->document()->pageAtIndex(0));
             t.finishTurn();
         };
 
-        const Observe changes = [](PDFWindowCommandsTest &t) {
-            return QVariant(t.view()->fdDocument()->numberOfChanges());
-        };
-        const Observe scale
-            = [](PDFWindowCommandsTest &t) { return QVariant(t.view()->scaleFactor()); };
-        const Observe tool
-            = [](PDFWindowCommandsTest &t) { return QVariant(int(t.tab->toolMode())); };
-        const Observe page = [](PDFWindowCommandsTest &t) {
+        const Observe changes
+            = [](T &t) { return QVariant(t.view()->fdDocument()->numberOfChanges()); };
+        const Observe scale = [](T &t) { return QVariant(t.view()->scaleFactor()); };
+        const Observe tool = [](T &t) { return QVariant(int(t.tab->toolMode())); };
+        const Observe page = [](T &t) {
             return QVariant(t.view()->document()->indexForPage(t.view()->currentPage()));
         };
-        const Observe sidebar
-            = [](PDFWindowCommandsTest &t) { return QVariant(t.tab->isSidebarHidden()); };
-        const Observe place = [](PDFWindowCommandsTest &t) {
-            return QVariant::fromValue<QObject *>(t.view()->parentWidget());
-        };
-        const Observe edited = [](PDFWindowCommandsTest &t) { return QVariant(t.value); };
-        const Observe selection = [](PDFWindowCommandsTest &t) {
+        const Observe sidebar = [](T &t) { return QVariant(t.tab->isSidebarHidden()); };
+        const Observe place
+            = [](T &t) { return QVariant::fromValue<QObject *>(t.view()->parentWidget()); };
+        const Observe edited = [](T &t) { return QVariant(t.value); };
+        const Observe selection = [](T &t) {
             const auto selected = t.view()->currentSelection();
             return QVariant(selected ? selected->string() : QString());
         };
-        const Observe clipboard
-            = [](PDFWindowCommandsTest &) { return QVariant(QApplication::clipboard()->text()); };
-        const Observe annotations = [](PDFWindowCommandsTest &t) {
+        const Observe clipboard = [](T &) { return QVariant(QApplication::clipboard()->text()); };
+        const Observe annotations = [](T &t) {
             return QVariant(qsizetype(t.view()->document()->pageAtIndex(0)->annotations().size()));
         };
-        const Observe tabs
-            = [](PDFWindowCommandsTest &t) { return QVariant(t.window->tabStripModel()->count()); };
+        const Observe tabs = [](T &t) { return QVariant(t.window->tabStripModel()->count()); };
 
         const QKeySequence ctrlS(Qt::CTRL | Qt::Key_S);
         QTest::newRow("Save: off when shown, on when pressed")

@@ -114,58 +114,53 @@ private slots:
         FDThemeProvider::setCurrent(FDThemeProvider::blue());
     }
 
-    void newTabAndCloseTabCommandsAndTheLastTabClosesTheWindow()
+    void tabCommandsAndClosingTheLastTabOrTheWindowCloseIt_data()
     {
-        TabStripModel *model = m_window->tabStripModel();
+        QTest::addColumn<bool>("byWindow");
+        QTest::newRow("the last tab") << false;
+        QTest::newRow("the window, with every tab") << true;
+    }
+
+    void tabCommandsAndClosingTheLastTabOrTheWindowCloseIt()
+    {
+        QFETCH(bool, byWindow);
+        TabStripModel *const model = m_window->tabStripModel();
         action(QStringLiteral("newDocument:"))->trigger();
         QCOMPARE(model->count(), 2);
         QCOMPARE(model->selectedIndex(), 1);
         QVERIFY(qobject_cast<NewTabContents *>(model->getSelectedTabContents()));
         action(QStringLiteral("performSelectPreviousTabAction:"))->trigger();
         QCOMPARE(model->selectedIndex(), 0);
-        action(QStringLiteral("performCloseTabAction:"))->trigger();
-        QCOMPARE(model->count(), 1);
-
-        // Closing the last tab closes the window, which is told while the tab is still there.
-        QPointer<PDFWindowController> window(m_window);
-        int tabsWhenAsked = -1;
-        NotificationCenter::defaultCenter().addObserver(this,
-            PDFWindowController::ShouldCloseNotification, m_window,
-            [&](const Notification &) { tabsWhenAsked = window->tabStripModel()->count(); });
-        action(QStringLiteral("performCloseTabAction:"))->trigger();
-        NotificationCenter::defaultCenter().removeObserver(this);
-        QCOMPARE(tabsWhenAsked, 1);
-        QVERIFY(!TabWindowController::allControllers().contains(window.data()));
-        QTRY_VERIFY(window.isNull());
-    }
-
-    void closingTheWindowClosesEveryTab()
-    {
-        m_window->openNewTab();
-        m_window->openNewTab();
-        m_window->tabStripModel()->selectTabContentsAt(0, true);
         m_window->openCompressTab(); // takes the place of the selected start tab
-        QCOMPARE(m_window->tabStripModel()->count(), 3);
-        QCOMPARE(m_window->tabStripModel()->getTabContentsAtIndex(0)->title(),
-            QStringLiteral("Compress"));
+        QCOMPARE(model->count(), 2);
+        QCOMPARE(model->getTabContentsAtIndex(0)->title(), QStringLiteral("Compress"));
+        if (!byWindow) {
+            action(QStringLiteral("performCloseTabAction:"))->trigger();
+            QCOMPARE(model->count(), 1);
+        }
+
+        // The window is told once; by its last tab's closing, while that tab is still there.
         QPointer<PDFWindowController> window(m_window);
-        int notices = 0;
+        QList<int> tabsWhenAsked;
         NotificationCenter::defaultCenter().addObserver(this,
             PDFWindowController::ShouldCloseNotification, m_window,
-            [&](const Notification &) { ++notices; });
-        QVERIFY(m_window->windowShouldClose(nullptr));
+            [&](const Notification &) { tabsWhenAsked << window->tabStripModel()->count(); });
+        if (byWindow) {
+            QVERIFY(m_window->windowShouldClose(nullptr));
+            QVERIFY(m_window->isClosingTabByUser());
+        } else {
+            action(QStringLiteral("performCloseTabAction:"))->trigger();
+        }
         NotificationCenter::defaultCenter().removeObserver(this);
-        QCOMPARE(notices, 1);
-        QVERIFY(m_window->isClosingTabByUser());
+        QCOMPARE(tabsWhenAsked, QList<int> { byWindow ? 0 : 1 });
+        QVERIFY(!TabWindowController::allControllers().contains(window.data()));
         QTRY_VERIFY(window.isNull());
     }
 
     // A document tab moved to another window is the same document there, with that window's undo.
     void aMovedTabKeepsItsDocumentAndTakesTheNewWindowsUndo()
     {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("moved.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        const QString path = AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("moved.pdf")));
         m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
         m_window->openNewTab();
         TabStripModel *const from = m_window->tabStripModel();
@@ -189,9 +184,7 @@ private slots:
 
     void aDroppedDocumentReplacesTheStartTabAndItsCommandsFollow()
     {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("paper.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        const QString path = AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("paper.pdf")));
         // Dropped on the start tab, the file takes its place.
         QMimeData data;
         data.setUrls({ QUrl::fromLocalFile(path) });
@@ -231,15 +224,13 @@ private slots:
 
     void aFileOpenInAnotherWindowIsBroughtForward()
     {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("once.pdf"));
-        QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        const QString path = AppFixtures::whitePDF(m_dir.filePath(QStringLiteral("once.pdf")));
         m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true);
         QPointer<PDFWindowController> other = TabWindowController::create<PDFWindowController>();
         other->openNewTab();
         // The same file under another spelling of its path.
         other->openPDFDocumentWithURL(
-            QUrl::fromLocalFile(folder.path() + QStringLiteral("/./once.pdf"))
+            QUrl::fromLocalFile(m_dir.path() + QStringLiteral("/./once.pdf"))
                 .adjusted(QUrl::NormalizePathSegments),
             true, true);
         QCOMPARE(other->tabStripModel()->count(), 1);
@@ -261,11 +252,10 @@ private slots:
         QFETCH(int, answer);
         QFETCH(int, tabsLeft);
         UserDefaults::standard().setInteger(1, FDDefaults::SavingPrompt);
-        QTemporaryDir folder;
+        QTemporaryDir folder; // the tabs' names, for each row
         QList<PDFContents *> tabs;
         for (const char *name : { "first.pdf", "middle.pdf", "last.pdf" }) {
-            const QString path = folder.filePath(QLatin1String(name));
-            QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+            const QString path = AppFixtures::whitePDF(folder.filePath(QLatin1String(name)));
             tabs << qobject_cast<PDFContents *>(
                 m_window->openPDFDocumentWithURL(QUrl::fromLocalFile(path), true, true));
             QVERIFY(tabs.last());
@@ -296,12 +286,11 @@ private slots:
     void openRecentListsAndOpensTheRecentDocuments()
     {
         QTemporaryDir folder;
-        const QString older = folder.filePath(QStringLiteral("older.pdf"));
-        const QString newer = folder.filePath(QStringLiteral("R&D notes.pdf"));
-        for (const QString &path : { older, newer }) {
-            QVERIFY(AppFixtures::writeColourPDF(path, Qt::white));
+        const QString older = AppFixtures::whitePDF(folder.filePath(QStringLiteral("older.pdf")));
+        const QString newer
+            = AppFixtures::whitePDF(folder.filePath(QStringLiteral("R&D notes.pdf")));
+        for (const QString &path : { older, newer })
             FDRecentDocuments::noteNewRecentDocumentURL(QUrl::fromLocalFile(path));
-        }
         QMenu *recent = m_window->menus()->recentMenu();
         const auto titles = [recent] {
             QStringList shown;
@@ -358,6 +347,7 @@ private:
     {
         return m_window->menus()->actionForCommand(command, tag);
     }
+    QTemporaryDir m_dir;
     QPointer<PDFWindowController> m_window;
 };
 

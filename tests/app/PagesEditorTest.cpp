@@ -62,10 +62,7 @@ QUrl fileToAdd(const QDir &dir, const QString &name)
     return QUrl::fromLocalFile(path);
 }
 
-QList<int> rows(std::initializer_list<int> list)
-{
-    return QList<int>(list);
-}
+using Rows = QList<int>;
 
 } // namespace
 
@@ -205,16 +202,16 @@ private slots:
         QTest::addColumn<QStringList>("expected");
         const QStringList untouched { "p1", "p2", "p3", "p4", "p5" };
         QTest::newRow("rotate right")
-            << rows({ 1 }) << "right" << 0 << QStringList { "p1", "p2/90", "p3", "p4", "p5" };
-        QTest::newRow("rotate left twice over") << rows(
-            { 0, 4 }) << "left,left" << 0 << QStringList { "p1/180", "p2", "p3", "p4", "p5/180" };
+            << Rows { 1 } << "right" << 0 << QStringList { "p1", "p2/90", "p3", "p4", "p5" };
+        QTest::newRow("rotate left twice over") << Rows { 0,
+            4 } << "left,left" << 0 << QStringList { "p1/180", "p2", "p3", "p4", "p5/180" };
         QTest::newRow("delete confirmed")
-            << rows({ 0, 2 }) << "delete" << int(Alert::FirstButtonReturn)
+            << Rows { 0, 2 } << "delete" << int(Alert::FirstButtonReturn)
             << QStringList { "p2", "p4", "p5" };
-        QTest::newRow("delete by key") << rows({ 4, 3 }) << "key" << int(Alert::FirstButtonReturn)
+        QTest::newRow("delete by key") << Rows { 4, 3 } << "key" << int(Alert::FirstButtonReturn)
                                        << QStringList { "p1", "p2", "p3" };
         QTest::newRow("delete cancelled")
-            << rows({ 0, 2 }) << "delete" << int(Alert::SecondButtonReturn) << untouched;
+            << Rows { 0, 2 } << "delete" << int(Alert::SecondButtonReturn) << untouched;
         QTest::newRow("delete with nothing selected")
             << QList<int>() << "key" << int(Alert::FirstButtonReturn) << untouched;
     }
@@ -275,47 +272,6 @@ private slots:
         QCOMPARE(tab->primaryPDFView()->fdDocument()->numberOfChanges(), 0);
     }
 
-    void copiedPagesArePastedAfterTheSelection_data()
-    {
-        QTest::addColumn<bool>("otherTab");
-        QTest::addColumn<QList<int>>("target");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("same document, after page 2")
-            << false << rows({ 1 }) << QStringList { "p1", "p2", "p1", "p4", "p3", "p4", "p5" };
-        QTest::newRow("other tab, nothing selected: the end")
-            << true << QList<int>() << QStringList { "p1", "p2", "p3", "p4", "p5", "p1", "p4" };
-    }
-
-    void copiedPagesArePastedAfterTheSelection()
-    {
-        QFETCH(bool, otherTab);
-        QFETCH(QList<int>, target);
-        QFETCH(QStringList, expected);
-        PDFContents *const source = openEditing(QStringLiteral("CopySource.pdf"));
-        QVERIFY(source);
-        PDFPagesEditor *const from = editorOf(source);
-        from->collectionView()->selectRows({ 0, 3 });
-        QApplication::clipboard()->clear();
-        QVERIFY(!from->canPaste());
-        QTest::keySequence(from->collectionView(), QKeySequence::Copy);
-        const QMimeData *const copied = QApplication::clipboard()->mimeData();
-        QVERIFY(copied && copied->hasFormat(PDFPagesEditor::PageMarkerType));
-
-        PDFContents *const tab = otherTab ? openEditing(QStringLiteral("CopyTarget.pdf")) : source;
-        QVERIFY(tab);
-        PDFPagesEditor *const to = editorOf(tab);
-        to->collectionView()->selectRows(target);
-        QVERIFY(to->canPaste());
-        QTest::keySequence(to->collectionView(), QKeySequence::Paste);
-        const int first = PDFPagesEditor::insertionIndex(target, 5);
-        QCOMPARE(to->collectionView()->selectedRows(), rows({ first, first + 1 }));
-        QVERIFY(everythingSaved());
-        const QString path = tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile();
-        QCOMPARE(AppFixtures::pageTags(path), expected);
-        // The source keeps its pages.
-        QCOMPARE(source->primaryPDFView()->fdDocument()->pageCount(), otherTab ? 5 : 7);
-    }
-
     void addedFilesGoInAtARunningIndex_data()
     {
         QTest::addColumn<QStringList>("files");
@@ -326,15 +282,15 @@ private slots:
             << QStringList { "a.png", "two.pdf", "c.gif", "d.jpg" } << QList<int>() << -1
             << QStringList { "image 2:1", "Page 71", "Page 72", "image 2:1", "image 2:1" };
         QTest::newRow("after the highest selected page")
-            << QStringList { "two.pdf" } << rows({ 3, 0 }) << -1
+            << QStringList { "two.pdf" } << Rows { 3, 0 } << -1
             << QStringList { "Page 71", "Page 72" };
         QTest::newRow("unreadable files keep the place")
             << QStringList { "bad.png", "broken.pdf", "c.gif", "notes.txt", "empty.pdf", "two.pdf" }
-            << rows({ 1 }) << -1 << QStringList { "image 2:1", "Page 71", "Page 72" };
+            << Rows { 1 } << -1 << QStringList { "image 2:1", "Page 71", "Page 72" };
         QTest::newRow("at the front")
             << QStringList { "a.png" } << QList<int>() << 0 << QStringList { "image 2:1" };
         QTest::newRow("nothing readable")
-            << QStringList { "bad.png", "notes.txt" } << rows({ 2 }) << -1 << QStringList();
+            << QStringList { "bad.png", "notes.txt" } << Rows { 2 } << -1 << QStringList();
         QTest::newRow("an index past the end")
             << QStringList { "a.png" } << QList<int>() << 6 << QStringList();
         QTest::newRow("a negative index")
@@ -452,16 +408,16 @@ private slots:
         QTest::mouseClick(left->viewport(), Qt::LeftButton, {}, centreOfRow(left, 0));
         QTRY_COMPARE(tab->selectedPDFView(), tab->primaryPDFView());
         QCOMPARE(editor->selectedCollectionView(), left);
-        QCOMPARE(other->selectedRows(), rows({ 1 }));
+        QCOMPARE(other->selectedRows(), Rows { 1 });
 
         // No paste while either pane runs a batch of item changes.
         QVERIFY(editor->canPaste());
         bool couldPaste = true;
         other->performBatchUpdates([&] { couldPaste = editor->canPaste(); });
         QVERIFY(!couldPaste);
-        editor->paste();
+        QTest::keySequence(left, QKeySequence::Paste);
         QCOMPARE(left->model()->rowCount(), 6);
-        QCOMPARE(left->selectedRows(), rows({ 1 }));
+        QCOMPARE(left->selectedRows(), Rows { 1 });
         QCOMPARE(other->model()->rowCount(), 3);
         QVERIFY(everythingSaved());
         QCOMPARE(AppFixtures::pageTags(tab->primaryPDFView()->fdDocument()->fileURL().toLocalFile())

@@ -71,10 +71,13 @@ private slots:
         QCOMPARE(FDDefaults::userName(), QStringLiteral("Ada L"));
     }
 
-    void keyChangedBehindTheWindowShowsAtNextShow()
+    void closingOnlyHidesAndShowingAgainReadsTheStore()
     {
-        window().performCloseTabAction();
+        PrefWindowController *const before = &window();
+        window().close();
         QVERIFY(!window().isVisible());
+        QCOMPARE(&PrefWindowController::shared(), before);
+        // Keys changed behind the hidden window show when it comes back.
         UserDefaults &store = UserDefaults::standard();
         store.setInteger(2, FDDefaults::DefaultScaleMode);
         store.setInteger(1, FDDefaults::SavingPrompt);
@@ -87,34 +90,18 @@ private slots:
                     ->isChecked());
         QCOMPARE(qobject_cast<QLineEdit *>(window().controlForKey(FDDefaults::UserName))->text(),
             QStringLiteral("Grace"));
-    }
-
-    void themeButtonSetsTheTheme()
-    {
-        window().onTabButtonClickedWithButton(window().generalButton());
-        auto *picker = window().generalContentsView()->findChild<FDThemePicker *>();
-        QVERIFY(picker);
-        QTest::mouseClick(picker->sunsetButton(), Qt::LeftButton);
-        QCOMPARE(FDThemeProvider::current(), FDThemeProvider::sunset());
-        QCOMPARE(UserDefaults::standard().integerForKey(FDDefaults::CurrentTheme), 3);
-        QTest::mouseClick(picker->blueButton(), Qt::LeftButton);
-        QCOMPARE(FDThemeProvider::current(), FDThemeProvider::blue());
-    }
-
-    void closingOnlyHides()
-    {
-        PrefWindowController *before = &window();
-        window().close();
-        QVERIFY(!window().isVisible());
-        QCOMPARE(&PrefWindowController::shared(), before);
-        window().showWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window()));
         QTest::keyClick(&window(), Qt::Key_W, Qt::ControlModifier);
         QVERIFY(!window().isVisible());
     }
 
-    void windowFollowsTheTheme()
+    void windowFollowsTheThemeItsPickerSets()
     {
+        window().onTabButtonClickedWithButton(window().generalButton());
+        auto *const picker = window().generalContentsView()->findChild<FDThemePicker *>();
+        QVERIFY(picker);
+        QTest::mouseClick(picker->sunsetButton(), Qt::LeftButton);
+        QCOMPARE(FDThemeProvider::current(), FDThemeProvider::sunset());
         for (int id = 0; id < 5; ++id) {
             const FDTheme *theme = FDThemeProvider::themeFor(id);
             FDThemeProvider::setCurrent(theme);

@@ -140,9 +140,7 @@ private slots:
         QVERIFY(!isEditing(*box));
         QVERIFY(box->page());
         QCOMPARE(box->contents(), typed);
-        QCOMPARE(
-            savedContents(m_view->document()->dataRepresentation(), QStringLiteral("FreeText")),
-            QStringList { typed });
+        QCOMPARE(saved(QStringLiteral("FreeText")), QStringList { typed });
         // A press elsewhere still reaches the page it was aimed at.
         if (road == QLatin1String("press"))
             QCOMPARE(pressesOnPage.count, 1);
@@ -153,16 +151,12 @@ private slots:
     void emptyTextsAreRemovedAsOneUndoStep_data()
     {
         QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("kept");
-        QTest::newRow("free text left empty") << "FreeText"
-                                              << "" << false;
-        QTest::newRow("free text of blanks") << "FreeText"
-                                             << "  \n " << false;
-        QTest::newRow("note left empty") << "Text"
-                                         << "" << false;
-        QTest::newRow("note of one space") << "Text"
-                                           << " " << true;
+        QTest::addColumn<QString>("text");
+        QTest::newRow("free text left empty") << "FreeText" << false << "";
+        QTest::newRow("free text of blanks") << "FreeText" << false << "  \n ";
+        QTest::newRow("note left empty") << "Text" << false << "";
+        QTest::newRow("note of one space") << "Text" << true << " ";
     }
 
     void emptyTextsAreRemovedAsOneUndoStep()
@@ -240,14 +234,12 @@ private slots:
         QVERIFY(!isEditing(*note));
         if (road == QLatin1String("remove")) {
             QVERIFY(!note->page());
-            QVERIFY(savedContents(m_view->document()->dataRepresentation(), QStringLiteral("Text"))
-                        .isEmpty());
+            QVERIFY(saved(QStringLiteral("Text")).isEmpty());
             return;
         }
         QVERIFY(note->page());
         QVERIFY(note->modificationDate() > before);
-        QCOMPARE(savedContents(m_view->document()->dataRepresentation(), QStringLiteral("Text")),
-            QStringList { QStringLiteral("Remember") });
+        QCOMPARE(saved(QStringLiteral("Text")), QStringList { QStringLiteral("Remember") });
     }
 
     void openFieldFollowsTheAnnotationBar()
@@ -279,6 +271,10 @@ private:
         turn();
     }
     std::shared_ptr<PDFAnnotation> addAndWaitForEditor(const QString &type);
+    QStringList saved(const QString &type) const
+    {
+        return savedContents(m_view->document()->dataRepresentation(), type);
+    }
 
     QTemporaryDir m_dir;
     QString m_path;

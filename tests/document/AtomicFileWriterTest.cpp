@@ -25,8 +25,6 @@ private slots:
     void existingFileKeepsItsOwnPermissions_data()
     {
         QTest::addColumn<int>("mode");
-        QTest::newRow("private") << 0600;
-        QTest::newRow("group may read") << 0640;
         QTest::newRow("group may write") << 0664;
         QTest::newRow("executable") << 0750;
     }

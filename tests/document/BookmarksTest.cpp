@@ -350,27 +350,32 @@ private slots:
         PdfFixtures::Document description = PdfFixtures::textPages(3, 1, 0);
         description.outline = { { QStringLiteral("Chapter One"), 0, {}, 0, true, {} } };
         const QString path = fixture(QStringLiteral("reopen.pdf"), description);
-        std::shared_ptr<FDDocument> document;
+        const QUrl url = QUrl::fromLocalFile(path);
+        std::weak_ptr<FDDocument> document;
         {
             ViewDelegate closing;
-            document = DocumentFixtures::open(path, closing.delegate());
-            document->addBookmarkWith(fdPage(*document, 1), QStringLiteral("Kept"));
+            const auto closed = DocumentFixtures::open(path, closing.delegate());
+            closed->addBookmarkWith(fdPage(*closed, 1), QStringLiteral("Kept"));
             // The tab closes: the document goes to the saving service without its view, and its
             // bytes are made on the saving queue with the branch in the tree.
-            document->setPdfView(nullptr);
-            document->save();
+            closed->setPdfView(nullptr);
+            closed->save();
             QCOMPARE(PDFSavingService::shared().fastExcutor().runningTasks().count(), 1);
+            document = closed;
         }
+        QVERIFY2(!document.expired(), "the task keeps the closed tab's document alive");
 
         // The file is opened again while that save runs, and saved again.
         ViewDelegate view;
-        const auto taken = PDFSavingService::shared().getDocumentByURL(QUrl::fromLocalFile(path));
-        QCOMPARE(taken, document);
+        const auto taken = PDFSavingService::shared().getDocumentByURL(url);
+        QCOMPARE(taken, document.lock());
         taken->resetWith(view.delegate());
+        QCOMPARE(taken->pdfView(), view.view());
         QCOMPARE(titles(*taken), QStringList { "Kept@1" });
         QVERIFY(fdPage(*taken, 1)->isBookmarked());
-        // Once that save has ended the outline shows no bookmarks root.
+        // Once that save has ended the service lets go, and the outline shows no bookmarks root.
         QTRY_COMPARE_WITH_TIMEOUT(PDFSavingService::shared().numberOfTasks(), 0, 30000);
+        QVERIFY(!PDFSavingService::shared().getDocumentByURL(url));
         QCOMPARE(outlineLabels(*taken), QStringList { "Chapter One" });
         QCOMPARE(
             qpdfOutline(qpdf, path), (QStringList { "My Bookmarks[Kept@1]", "Chapter One@0" }));

@@ -178,9 +178,6 @@ private slots:
         QCOMPARE(alone->numberOfPageChanges(), 1);
         QVERIFY(!m_records.isEmpty());
         QCOMPARE(std::get<1>(m_records.first()), static_cast<const void *>(view.view()));
-        const auto loose = std::make_shared<FDPage>();
-        QVERIFY(loose->init());
-        QCOMPARE(pageIndex(*loose), -1);
     }
 
     void validAnnotationsLeaveOutLinksAndPopups()

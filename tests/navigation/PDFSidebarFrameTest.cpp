@@ -1,8 +1,5 @@
-// The sidebar of a real document tab: it follows the selected view of a split (with the "A"/"B"
-// marker), shows a tab only through the tab's notification, keeps following while hidden, and
-// its thumbnails follow the reader while shown, are drawn on workers for the rows in view only,
-// and change one row when an annotation of a page changes. A tab is made when first shown and
-// then shows what changed before.
+// The sidebar of a real document tab: split views, tab switching, tabs made when first shown, and
+// thumbnails that follow the reader, are drawn for the rows in view only and redrawn one by one.
 
 #include "app/support/AppWindow.h"
 #include "support/SidebarFixture.h"

@@ -122,12 +122,9 @@ private slots:
             << size << white << QList<QRect> { QRect(10, 5, 10, 10), QRect(70, 60, 20, 8) } << black
             << QRect(10, 12, 80, 63);
         // The background is read at (2, 2), so these marks stay clear of it.
-        QTest::newRow("reaches the top edge")
-            << size << white << QList<QRect> { QRect(20, 0, 20, 10) } << black
-            << QRect(20, 70, 20, 10);
-        QTest::newRow("reaches the left edge")
-            << size << white << QList<QRect> { QRect(0, 30, 10, 10) } << black
-            << QRect(0, 40, 10, 10);
+        QTest::newRow("reaches the top and left edges")
+            << size << white << QList<QRect> { QRect(20, 0, 20, 10), QRect(0, 30, 10, 10) } << black
+            << QRect(0, 40, 40, 40);
         QTest::newRow("reaches the bottom-right edges")
             << size << white << QList<QRect> { QRect(80, 70, 20, 10) } << black
             << QRect(80, 0, 20, 10);

@@ -20,6 +20,12 @@ bool AppFixtures::writeColourPDF(const QString &path, const QColor &colour, cons
     return document->writeToURL(QUrl::fromLocalFile(path));
 }
 
+QString AppFixtures::whitePDF(const QString &path)
+{
+    writeColourPDF(path, Qt::white);
+    return path;
+}
+
 PdfFixtures::Document AppFixtures::taggedPages(const QByteArray &tag, int count)
 {
     PdfFixtures::Document document = PdfFixtures::textPages(count, 3, 0);

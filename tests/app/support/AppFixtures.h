@@ -12,6 +12,8 @@ namespace AppFixtures {
 
 // A one-page PDF whose page is an image of one colour, of size points; true when written.
 bool writeColourPDF(const QString &path, const QColor &colour, const QSize &size = { 200, 300 });
+// The same, white, answering path: a file that could not be written fails the opening that follows.
+QString whitePDF(const QString &path);
 
 // count pages of text, each with a square whose contents are tag and the page's number ("a3"),
 // so that a file read back tells where every page of which document went, with its annotation.

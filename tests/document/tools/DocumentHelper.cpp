@@ -1,8 +1,6 @@
 // A separate process for the document tests.
 //   document_helper set-xattr FILE NAME_LENGTH   sets an attribute with a name of that many bytes
 //   document_helper get-xattr FILE NAME_LENGTH   reads it; prints its bytes
-//   document_helper save-loop FILE               adds and removes a last page in turn and saves,
-//                                                forever, printing "saved" after each save
 //   document_helper save-once FILE               adds a last page, a position to store with it,
 //                                                saves and waits until the save has ended
 
@@ -66,28 +64,6 @@ int saveOnce(QCoreApplication &application, const QString &path)
     return 0;
 }
 
-// Each round changes the page count by one and waits for the save to end.
-int saveLoop(QCoreApplication &application, const QString &path)
-{
-    const auto document = openDocument(path);
-    if (!document)
-        return 1;
-    const int pageCount = document->pageCount();
-    for (;;) {
-        if (document->pageCount() == pageCount) {
-            auto page = std::make_shared<FDPage>();
-            page->init();
-            document->insertPage(page, pageCount);
-        } else {
-            document->removePageAtIndex(pageCount);
-        }
-        document->save();
-        waitForSaves(application);
-        std::puts("saved");
-        std::fflush(stdout);
-    }
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -98,12 +74,9 @@ int main(int argc, char **argv)
     if (arguments.size() == 4
         && (command == QLatin1String("set-xattr") || command == QLatin1String("get-xattr")))
         return attributeCommand(arguments);
-    if (arguments.size() == 3 && command == QLatin1String("save-loop"))
-        return saveLoop(application, arguments.at(2));
     if (arguments.size() == 3 && command == QLatin1String("save-once"))
         return saveOnce(application, arguments.at(2));
-    std::fputs("usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | save-loop FILE "
-               "| save-once FILE\n",
-        stderr);
+    std::fputs(
+        "usage: document_helper set-xattr|get-xattr FILE NAME_LENGTH | save-once FILE\n", stderr);
     return 2;
 }

@@ -7,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -126,35 +125,6 @@ QString outlineByPoppler(const QString &pdftohtml, const QString &path)
         }
     }
     return format(nodes);
-}
-
-QString outlineByMuPDF(const QString &mutool, const QString &path)
-{
-    const TestTools::RunResult result
-        = TestTools::run(mutool, { QStringLiteral("show"), path, QStringLiteral("outline") });
-    if (result.exitCode != 0)
-        return QStringLiteral("error: ") + QString::fromUtf8(result.err);
-    // A line: a mark, one tab per level, the quoted title, a tab, "#page=N..." or nothing.
-    static const QRegularExpression line(QStringLiteral("^.(\\t+)\"(.*)\"(?:\\t#page=(\\d+))?"));
-    QList<Node> top;
-    QList<QList<Node> *> levels { &top };
-    for (const QString &text : QString::fromUtf8(result.out).split(QLatin1Char('\n'))) {
-        const QRegularExpressionMatch match = line.match(text);
-        if (!match.hasMatch())
-            continue;
-        const int depth = int(match.captured(1).size()) - 1;
-        while (levels.size() > depth + 1)
-            levels.removeLast();
-        if (levels.size() < depth + 1)
-            return QStringLiteral("error: a level skipped in ") + text;
-        // The tool writes a title as a C string: line breaks and quotes escaped.
-        QString title = match.captured(2);
-        title.replace(QStringLiteral("\\n"), QStringLiteral("\n"))
-            .replace(QStringLiteral("\\\""), QStringLiteral("\""));
-        levels.last()->append({ title, match.captured(3).toInt(), {} });
-        levels.append(&levels.last()->last().children);
-    }
-    return format(top);
 }
 
 } // namespace SidebarFixture

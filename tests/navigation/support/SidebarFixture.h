@@ -1,8 +1,8 @@
 #pragma once
 
-// The sidebar tests' window helpers, and the outline of a saved file as three other readers see
-// it (qpdf's JSON, poppler's XML and MuPDF's tool), all written in one form: "Title@page" with
-// children in parentheses, siblings separated by commas; an item without a page has no "@".
+// The sidebar tests' window helpers, and the outline of a saved file as two independent readers
+// see it (qpdf's JSON, poppler's XML), both written in one form: "Title@page" with children in
+// parentheses, siblings separated by commas; an item without a page has no "@".
 
 #include "app/support/AppWindow.h"
 
@@ -29,6 +29,5 @@ std::shared_ptr<PDFOutline> itemAt(const std::shared_ptr<PDFOutline> &root, cons
 // The outline of a file as each reader prints it; a string starting with "error:" on failure.
 QString outlineByQpdf(const QString &qpdf, const QString &path);
 QString outlineByPoppler(const QString &pdftohtml, const QString &path);
-QString outlineByMuPDF(const QString &mutool, const QString &path);
 
 } // namespace SidebarFixture
