@@ -15,15 +15,9 @@
 
 namespace {
 
-// A one-page PDF with a correct cross-reference table.
 QByteArray minimalPdf()
 {
-    const QList<QByteArray> objects {
-        "<< /Type /Catalog /Pages 2 0 R >>",
-        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
-        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>",
-    };
-    return PdfFixtures::fromObjects(objects);
+    return PdfFixtures::build(PdfFixtures::textPages(1, 1, 0));
 }
 
 } // namespace

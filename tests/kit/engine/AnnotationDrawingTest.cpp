@@ -1,6 +1,4 @@
-// How annotations look: each kind drawn on its own into a painter, engine rendering that shows
-// only displayed annotations, and sanitising that redraws what the engine can draw while a stamp
-// keeps its picture.
+// How annotations look, drawn on their own and in the engine's rendering of their page.
 
 #include "support/AnnotationFixtures.h"
 

@@ -1,6 +1,4 @@
-// Saved annotations as other readers see them: each kind the application makes shows in poppler
-// and MuPDF where and in the colour the kit draws it, carries the keys readers rely on, and
-// annotations of kinds the application does not make survive a save untouched.
+// Saved annotations as other readers (poppler, MuPDF, qpdf) see them.
 
 #include "support/AnnotationFixtures.h"
 #include "support/RawPdf.h"
@@ -58,8 +56,7 @@ QVariant border(double width, bool dashed)
     return QVariant::fromValue(made);
 }
 
-// Each kind the application makes, named with its variant ("Square filled dashed"), with
-// geometry in page space and an author and date as the application stamps them.
+// Each kind the application makes, named with its variant ("Square filled dashed").
 std::shared_ptr<PDFAnnotation> makeKind(const QString &kind, const PDFPage &page)
 {
     const QString type = kind.section(QLatin1Char(' '), 0, 0);
@@ -190,8 +187,7 @@ QList<QJsonObject> annotationsOf(const QJsonObject &objects)
     return list;
 }
 
-// A value with every reference followed, so that files with other object numbers compare
-// equal; the back references to the page and other annotations become what they point at.
+// A value with every reference followed, so that files numbered otherwise compare equal.
 QJsonValue resolved(const QJsonObject &objects, const QJsonValue &value, int depth = 0)
 {
     const QJsonValue target = deref(objects, value);
@@ -230,8 +226,7 @@ QJsonValue resolved(const QJsonObject &objects, const QJsonValue &value, int dep
     return out;
 }
 
-// Numbers as the file holds them (a float written by the engine, e.g. 0.26666669) compare
-// equal to the exact ones of the expectation.
+// Numbers as the file holds them (floats, e.g. 0.26666669) compare equal to exact ones.
 bool sameValue(const QJsonValue &a, const QJsonValue &b)
 {
     if (a.isDouble() && b.isDouble())
@@ -251,9 +246,8 @@ QString shown(const QJsonValue &value)
         QJsonDocument(QJsonArray { value }).toJson(QJsonDocument::Compact).mid(1).chopped(1));
 }
 
-// A file written by hand that holds kinds the application does not make: a link, a form
-// field, a stamp with its picture, a file attachment without one, a note with its popup, and
-// a square of the application's kinds.
+// Kinds the application does not make (link, field, stamp, attachment, note with popup) and a
+// square.
 QByteArray handWrittenFile()
 {
     using RawPdf::stream;
@@ -293,8 +287,7 @@ QByteArray handWrittenFile()
     return RawPdf::build(objects);
 }
 
-// An annotation's keys as readers take them: /BS's entries as "/BS/W" and so on, text strings
-// without qpdf's "u:" mark, and /DA as [font, size, red, green, blue].
+// An annotation's keys as readers take them: "/BS/W", plain text, /DA as [font, size, r, g, b].
 QJsonObject readerKeys(const QJsonObject &objects, const QJsonObject &annotation)
 {
     QJsonObject keys;
@@ -320,8 +313,7 @@ QJsonObject readerKeys(const QJsonObject &objects, const QJsonObject &annotation
     return keys;
 }
 
-// The quadrilateral of a word of the text page, in the file's order: top left, top right,
-// bottom left, bottom right.
+// The quadrilateral of a word of the text page, in the file's order.
 QJsonArray quadOf(const QString &word)
 {
     const auto doc = textDocument();
@@ -351,8 +343,7 @@ class AnnotationInteropTest : public QObject
     QTemporaryDir m_dir;
     QHash<QString, Renders> m_renders;
 
-    // The kind saved on the text page and shown by the kit's drawing, poppler and MuPDF; made
-    // once per kind.
+    // The kind saved on the text page and drawn by the kit, poppler and MuPDF, once per kind.
     const Renders *renders(const QString &kind)
     {
         if (m_renders.contains(kind))
@@ -477,8 +468,7 @@ private slots:
         QVERIFY2(made, "the file could not be made, checked or rendered");
         const QList<std::pair<const char *, const QImage *>> images
             = { { "kit", &made->kit }, { "poppler", &made->poppler }, { "MuPDF", &made->mupdf } };
-        // The colour's extent is measured near the annotation only: the page's grey text
-        // could pass for a light colour.
+        // Measured near the annotation only: the page's grey text could pass for a light colour.
         const QRect window = pixelsOf(inside.united(outside))
                                  .adjusted(-40 * Scale, -40 * Scale, 40 * Scale, 40 * Scale);
         const QRect kitExtent = shownIn(made->kit, window, color).second;
@@ -664,10 +654,7 @@ private slots:
         QFETCH(QString, edit);
         FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
         const QString original = m_dir.filePath(QStringLiteral("hand.pdf"));
-        QFile file(original);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(handWrittenFile());
-        file.close();
+        QVERIFY(RawPdf::writeFile(original, handWrittenFile()));
         const auto before = qpdfObjects(qpdf, original);
         QCOMPARE(annotationsOf(before).size(), 7);
 

@@ -1,7 +1,6 @@
-// What the engine keeps of the pages read and gives back when asked: reading a long document
-// page by page, with releases as the view makes them, holds no more at the end than after the
-// first pages, and what is still on screen draws the same after a release, even once pages
-// moved; render threads that take turns reuse the memory the others gave back.
+// What the engine keeps of the pages read, and gives back when asked without changing what shows.
+
+#include "support/RawPdf.h"
 
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
@@ -12,12 +11,10 @@
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFPageRenderSource.h>
 
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QThreadPool>
 #include <QtTest>
-
-#include <QFile>
-#include <QScopeGuard>
 
 #include <malloc.h>
 
@@ -119,8 +116,7 @@ QByteArray bitmapFontPages(int pages, int fonts, int glyphs)
                 + QByteArray::number(Height) + " 0 0 cm\nBI /W " + QByteArray::number(Width)
                 + " /H " + QByteArray::number(Height) + " /IM true /BPC 1 /D [1 0]\nID " + bits
                 + "\nEI\nQ\n";
-            objects.append("<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n"
-                + content + "\nendstream");
+            objects.append(RawPdf::stream({}, content));
         }
         fontResources
             += "/T" + QByteArray::number(f) + ' ' + QByteArray::number(fontObject) + " 0 R ";
@@ -141,8 +137,7 @@ QByteArray bitmapFontPages(int pages, int fonts, int glyphs)
         objects.append(
             "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << "
             + fontResources + ">> >> /Contents " + QByteArray::number(pageObject + 1) + " 0 R >>");
-        objects.append("<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n"
-            + content + "endstream");
+        objects.append(RawPdf::stream({}, content));
     }
     objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + QByteArray::number(pages) + " >>";
     return PdfFixtures::fromObjects(objects);
@@ -177,9 +172,7 @@ private slots:
         QVERIFY(PdfFixtures::write(formPages(), path));
     }
 
-    // Every page is drawn once, as scrolling through does, while the page in view stays open
-    // across the releases; the appearances made up for the fields of the pages passed are
-    // given back, and those of the page in view are made again.
+    // Scrolling through with releases gives back the field appearances made up for pages passed.
     void readingEveryPageKeepsNoMoreThanTheFirstPages()
     {
         auto document = std::make_shared<PDFDocument>();
@@ -209,8 +202,7 @@ private slots:
         QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
-    // A worker that keeps the document busy, recording one display list after another, does not
-    // put a release off: what the pages passed left behind is given back while it works.
+    // A worker recording display lists without pause does not put a release off.
     void releaseGoesThroughWhileAWorkerIsInside()
     {
         auto document = std::make_shared<PDFDocument>();
@@ -243,9 +235,8 @@ private slots:
         QCOMPARE(draw(*inView), shown);
     }
 
-    // A drawing still in hand keeps its page open in the engine through a release; once pages
-    // move, that page must not stand in for the one that now has its place. A page already
-    // loaded when another is deleted keeps its fields drawn.
+    // A page kept open through a release by a drawing in hand must not stand in for another once
+    // pages move.
     void pagesMovedAfterAReleaseDrawAsThemselves()
     {
         auto document = std::make_shared<PDFDocument>();
@@ -266,9 +257,8 @@ private slots:
         QCOMPARE(draw(*inHand), before[2]);
     }
 
-    // Pages loaded ahead of the reader are loaded for the places they had when asked for: once
-    // pages move, or memory is given back, each place still draws the page it holds now; and a
-    // document closed while pages are loaded for it goes with everything they held.
+    // Pages loaded ahead draw as the page each place holds now, after moves and releases; a
+    // document closed while they load leaves nothing behind.
     void pagesLoadedAheadDrawAsThemselves()
     {
         auto document = std::make_shared<PDFDocument>();
@@ -308,10 +298,7 @@ private slots:
         BackgroundQueue::pool().waitForDone();
     }
 
-    // Render workers live side by side and take turns as the pages they are given come and go:
-    // each records and draws its pages, holds their display lists while they are near the
-    // view, then lets them go. The memory one gave back is what the next one uses, so later
-    // turns add nothing to what the first one needed.
+    // Render threads taking turns reuse the memory the previous ones gave back.
     void renderThreadsTakingTurnsShareWhatTheyGiveBack()
     {
         constexpr int Threads = 4;
@@ -365,19 +352,14 @@ private slots:
         QVERIFY2(growth < 1024 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
-    // Reading a long document set in bitmap fonts, with the releases the view makes: the fonts
-    // loaded again after each release are given back at the next, so the end holds no more than
-    // the first pages, and what is on screen, or drawn anew, looks as it did before any release.
+    // Bitmap fonts loaded again after each release are given back at the next, and what is on
+    // screen looks as it did.
     void readingBitmapFontPagesKeepsNoMoreThanTheFirstPages()
     {
         constexpr int FontPages = 64;
         constexpr int ReleaseEveryFew = 4;
         const QString fontPath = dir.filePath(QStringLiteral("bitmap-fonts.pdf"));
-        const QByteArray pdf = bitmapFontPages(FontPages, 4, 40);
-        QFile file(fontPath);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(pdf), pdf.size());
-        file.close();
+        QVERIFY(RawPdf::writeFile(fontPath, bitmapFontPages(FontPages, 4, 40)));
         auto document = std::make_shared<PDFDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(fontPath)));
         const auto inView = document->pageAtIndex(0)->renderSource(PDFDisplayBox::CropBox);

@@ -1,8 +1,8 @@
-// The find over text as real writers put it on pages: documents drawn by Qt's PDF writer with
-// fonts of the machine embedded (shaped, ligatures and right-to-left runs included), searched as
-// a user types the word.
+// The find over text as real writers put it on pages, searched as a user types the word.
 
-#include <kit/base/NotificationCenter.h>
+#include "support/FindRecorder.h"
+#include "support/RawPdf.h"
+
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFPage.h>
 #include <kit/engine/PDFPageRenderSource.h>
@@ -38,42 +38,17 @@ bool writeLines(const QString &path, const QString &family, const QStringList &l
     return painter.end();
 }
 
-// Each hit's text as the find selected it.
-QStringList findAll(const std::shared_ptr<PDFDocument> &document, const QString &word)
-{
-    QStringList found;
-    bool ended = false;
-    int observer = 0;
-    NotificationCenter &center = NotificationCenter::defaultCenter();
-    center.addObserver(&observer, PDFDocument::DidFindMatchNotification, document.get(),
-        [&](const Notification &notification) {
-            found.append(notification.userInfo.value(PDFDocument::FoundSelectionKey)
-                             .value<std::shared_ptr<PDFSelection>>()
-                             ->string());
-        });
-    center.addObserver(&observer, PDFDocument::DidEndFindNotification, document.get(),
-        [&](const Notification &) { ended = true; });
-    document->beginFindString(word, PDFDocument::CaseInsensitiveSearch);
-    const bool done = QTest::qWaitFor([&] { return ended; }, 20000);
-    center.removeObserver(&observer);
-    if (!done)
-        found.append(QStringLiteral("(no end)"));
-    return found;
-}
-
 // One line of two-byte codes in a composite font (Identity-H) whose text comes from toUnicode: a
 // ToUnicode stream's body, which uses the map named uses when there is one, or a map's name.
 QByteArray compositeFontPage(
     const QByteArray &toUnicode, const QByteArray &uses, const QByteArray &codes)
 {
     const bool named = toUnicode.startsWith('/');
-    const QByteArray content = "BT /F1 24 Tf 72 700 Td <" + codes + "> Tj ET";
     QList<QByteArray> objects { "<< /Type /Catalog /Pages 2 0 R >>",
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << /F1 5 0 R "
         ">> >> /Contents 4 0 R >>",
-        "<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content
-            + "\nendstream",
+        RawPdf::stream({}, "BT /F1 24 Tf 72 700 Td <" + codes + "> Tj ET"),
         "<< /Type /Font /Subtype /Type0 /BaseFont /Composite /Encoding /Identity-H "
         "/DescendantFonts [6 0 R] /ToUnicode "
             + (named ? toUnicode : QByteArray("8 0 R")) + " >>",
@@ -86,10 +61,9 @@ QByteArray compositeFontPage(
         const QByteArray map = "/CIDInit /ProcSet findresource begin 12 dict begin begincmap\n"
                                "/CMapName /Own def\n"
             + toUnicode + "\nendcmap CMapName currentdict /CMap defineresource pop end end";
-        objects.append("<< " + (uses.isEmpty() ? QByteArray() : "/UseCMap " + uses) + " /Length "
-            + QByteArray::number(map.size()) + " >>\nstream\n" + map + "\nendstream");
+        objects.append(RawPdf::stream(uses.isEmpty() ? QByteArray() : "/UseCMap " + uses, map));
     }
-    return PdfFixtures::fromObjects(objects);
+    return RawPdf::build(objects);
 }
 
 } // namespace
@@ -150,10 +124,12 @@ private slots:
         QVERIFY(writeLines(path, family, lines));
         const auto document = std::make_shared<PDFDocument>();
         QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
-        const QStringList found = findAll(document, word);
+        FindRecorder recorder(document);
+        document->beginFindString(word, PDFDocument::CaseInsensitiveSearch);
+        QVERIFY(recorder.waitForEnd(20000));
         // Shaped scripts come back as the letters typed, whatever forms the font drew.
         QStringList normalized;
-        for (const QString &hit : found)
+        for (const QString &hit : recorder.strings())
             normalized.append(hit.normalized(QString::NormalizationForm_KC));
         if (normalized != hits)
             qWarning() << "page text:" << document->pageAtIndex(0)->string();
@@ -192,14 +168,8 @@ private slots:
         QFETCH(QByteArray, uses);
         QFETCH(QByteArray, codes);
         QFETCH(QString, text);
-        const QString path = m_dir.filePath(
-            QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-') + ".pdf");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(compositeFontPage(toUnicode, uses, codes));
-        file.close();
         const auto document = std::make_shared<PDFDocument>();
-        QVERIFY(document->initWithURL(QUrl::fromLocalFile(path)));
+        QVERIFY(document->initWithData(compositeFontPage(toUnicode, uses, codes)));
         QString found = document->pageAtIndex(0)->string().trimmed();
         found.remove(QChar::ReplacementCharacter);
         QCOMPARE(found, text);
@@ -231,30 +201,19 @@ private slots:
         QCOMPARE(document->pageAtIndex(Pages - 1)->string().count(QStringLiteral("needle")), Lines);
         const double pageRead = double(timer.nsecsElapsed()) / 1e6;
 
-        std::vector<int> hitPages;
-        bool ended = false;
-        int observer = 0;
-        NotificationCenter &center = NotificationCenter::defaultCenter();
-        center.addObserver(&observer, PDFDocument::DidFindMatchNotification, document.get(),
-            [&](const Notification &notification) {
-                const auto selection = notification.userInfo.value(PDFDocument::FoundSelectionKey)
-                                           .value<std::shared_ptr<PDFSelection>>();
-                hitPages.push_back(document->indexForPage(selection->pages().front()));
-            });
-        center.addObserver(&observer, PDFDocument::DidEndFindNotification, document.get(),
-            [&](const Notification &) { ended = true; });
+        FindRecorder recorder(document);
         document->beginFindString(QStringLiteral("needle"), PDFDocument::CaseInsensitiveSearch);
         double longestWait = 0;
         // Twice in a page read, as a busy main thread might, while the find runs.
-        for (int ask = 0; ask < 2 * Pages && !ended; ++ask) {
+        for (int ask = 0; ask < 2 * Pages && !recorder.ends; ++ask) {
             QTest::qWait(std::max(3, int(pageRead / 2)));
             // Drawing a page asks for the lock on the main thread.
             timer.restart();
             QVERIFY(document->pageAtIndex(ask % Pages)->renderSource(PDFDisplayBox::CropBox));
             longestWait = std::max(longestWait, double(timer.nsecsElapsed()) / 1e6);
         }
-        QVERIFY(QTest::qWaitFor([&] { return ended; }, 60000));
-        center.removeObserver(&observer);
+        QVERIFY(recorder.waitForEnd());
+        const QList<int> hitPages = recorder.pages();
         QCOMPARE(int(hitPages.size()), Pages * Lines);
         QVERIFY(std::is_sorted(hitPages.begin(), hitPages.end()));
         QCOMPARE(hitPages.front(), 0);

@@ -1,6 +1,4 @@
-// Inputs the fuzz targets found faults with, minimised: each file opens, and what the engine
-// saves from it is of the input's order of size, reads back with the same pages, and passes
-// qpdf's check.
+// Minimised inputs the fuzz targets found faults with: each opens, and saves small and sound.
 
 #include "support/RawPdf.h"
 #include <support/TestTools.h>
@@ -192,10 +190,9 @@ private slots:
         if (qpdf.isEmpty())
             QSKIP("checking tool 'qpdf' is not installed");
         QTemporaryDir dir;
-        QFile file(dir.filePath(QStringLiteral("saved.pdf")));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(saved) == saved.size());
-        file.close();
-        const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), file.fileName() });
+        const QString path = dir.filePath(QStringLiteral("saved.pdf"));
+        QVERIFY(RawPdf::writeFile(path, saved));
+        const auto check = TestTools::run(qpdf, { QStringLiteral("--check"), path });
         QVERIFY2(check.exitCode == 0, check.out.right(400) + check.err.right(400));
     }
 };

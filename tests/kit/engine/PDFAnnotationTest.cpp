@@ -1,6 +1,4 @@
-// Annotations in the file: what the engine writes reads back in an independent reader, changes
-// of properties reach the file and their observers, annotations live without a page and move
-// with their page, and existing annotations of a file are read with their geometry.
+// Annotations in the file: written and read back, observed as they change, moved with pages.
 
 #include "support/AnnotationFixtures.h"
 
@@ -107,8 +105,6 @@ private slots:
     }
     void kindsComeBackFromTheFile()
     {
-        // What other readers take from the file is checked key by key in AnnotationInteropTest;
-        // here the engine reads back its own kind, contents and geometry.
         QFETCH(QString, type);
         auto doc = textDocument();
         const auto page = doc->pageAtIndex(0);
@@ -281,29 +277,6 @@ private slots:
         QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(3));
     }
 
-    void annotationLivesWithoutAPageAndComesBack()
-    {
-        auto doc = textDocument();
-        const auto page = doc->pageAtIndex(0);
-        const auto line = makeAnnotation(QStringLiteral("Line"), QRectF(10, 10, 200, 100));
-        QVERIFY(!line->page());
-        line->setColor(QColor(0, 128, 0)); // before any page: kept by the object
-        page->addAnnotation(line);
-        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(1));
-
-        page->removeAnnotation(line);
-        QVERIFY(!line->page());
-        QVERIFY(page->annotations().empty());
-        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(0));
-        line->setContents(QStringLiteral("edited while off the page"));
-
-        page->addAnnotation(line);
-        const auto read = only(reopen(*doc)->pageAtIndex(0), QStringLiteral("Line"));
-        QVERIFY(read);
-        QCOMPARE(read->contents(), QStringLiteral("edited while off the page"));
-        QCOMPARE(read->color(), QColor(0, 128, 0));
-    }
-
     void archivedAnnotationsComeBackAsTheyWere_data() { kindsComeBackFromTheFile_data(); }
     void archivedAnnotationsComeBackAsTheyWere()
     {
@@ -404,7 +377,7 @@ private slots:
         QCOMPARE(reopen(*target)->pageAtIndex(0)->annotations().size(), size_t(1));
     }
 
-    void removingANoteTakesItsPopupAlong()
+    void removedNoteTakesItsPopupAlongAndComesBackAlone()
     {
         PdfFixtures::Page page;
         page.annotations = {
@@ -421,11 +394,15 @@ private slots:
         QCOMPARE(first->annotations()[1]->type(), QStringLiteral("Popup"));
         const auto note = first->annotations()[0];
         first->removeAnnotation(note);
+        QVERIFY(!note->page());
         QVERIFY(first->annotations().empty());
         QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(0));
-        // Added again, the note comes back alone.
+        // Edited off the page and added again, the note comes back alone, as edited.
+        note->setContents(QStringLiteral("edited while off the page"));
         first->addAnnotation(note);
-        QCOMPARE(reopen(*doc)->pageAtIndex(0)->annotations().size(), size_t(1));
+        const auto read = reopen(*doc)->pageAtIndex(0)->annotations();
+        QCOMPARE(read.size(), size_t(1));
+        QCOMPARE(read[0]->contents(), QStringLiteral("edited while off the page"));
     }
 
     void existingAnnotationsAreReadWithTheirGeometry()
@@ -508,9 +485,7 @@ private slots:
             reopen(*doc)->pageAtIndex(0)->annotations().back()->type(), QStringLiteral("Polygon"));
     }
 
-    // A link names its target by page object, directly or through the document's named
-    // destinations; it leads to that page wherever the page is by the time it is followed, and
-    // an edit of the link keeps its target in the file.
+    // A link, direct or through a named destination, leads to its page wherever that page is now.
     void linksLeadToTheirPageWhereverItIsNow()
     {
         const QByteArray page = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] ";

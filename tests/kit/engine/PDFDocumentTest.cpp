@@ -1,13 +1,12 @@
-// Opening, page list changes, labels, permissions and saving of PDFDocument, checked against
-// generated files and, where installed, an independent reader (qpdf).
+// Opening, page list changes, labels and saving of PDFDocument, checked where installed by qpdf.
 
+#include "support/FindRecorder.h"
 #include "support/RawPdf.h"
 
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
 
 #include <kit/base/BackgroundQueue.h>
-#include <kit/base/NotificationCenter.h>
 #include <kit/engine/PDFDestination.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentDelegate.h>
@@ -70,9 +69,7 @@ QStringList firstWords(const PDFDocument &doc)
     return words;
 }
 
-// A file whose page tree is given as it stands: object 2 is the root /Pages node, pages are
-// objects 10 + n with a media box n * 10 + 100 points wide, so that a width names the page;
-// pageKeys go into every page.
+// A page tree as it stands: node 2 is the root, page n is object 10 + n, n * 10 + 100 points wide.
 QByteArray treePdf(const QList<QByteArray> &nodes, int pageCount,
     const QByteArray &catalog = "<< /Type /Catalog /Pages 2 0 R >>",
     const std::function<int(int)> &parentOf = nullptr, const QByteArray &pageKeys = {})
@@ -90,6 +87,14 @@ QByteArray treePdf(const QList<QByteArray> &nodes, int pageCount,
     return RawPdf::build(objects);
 }
 
+// 0, 1, ..., count - 1.
+QList<int> indexes(int count)
+{
+    QList<int> list(count);
+    std::iota(list.begin(), list.end(), 0);
+    return list;
+}
+
 // Pages by the width that names them (see treePdf), in the order the document gives them.
 QList<int> pageNames(const PDFDocument &doc, const QList<int> &order)
 {
@@ -101,8 +106,7 @@ QList<int> pageNames(const PDFDocument &doc, const QList<int> &order)
     return names;
 }
 
-// The page tree of treePdf's 600 pages in two nodes (objects 3 and 4) under a root (object 2)
-// that claims rootCount pages; with parents, the nodes and their pages name their parents.
+// treePdf's 600 pages in nodes 3 and 4 under a root claiming rootCount; parents: named upwards.
 QList<QByteArray> twoNodeTree(int firstNodePages, int rootCount, bool parents)
 {
     QByteArray first;
@@ -126,8 +130,8 @@ class PDFDocumentTest : public QObject
 private slots:
     void savingOnAWorkerWhilePagesAreRead()
     {
-        // A reopened document still being saved: its bytes are made on a worker while the main
-        // thread builds and edits its pages' annotations. Run under ThreadSanitizer too.
+        // Bytes made on a worker while the main thread edits annotations: a race for the
+        // sanitizers.
         PdfFixtures::Document fixture = PdfFixtures::textPages(8, 4, 0);
         for (PdfFixtures::Page &page : fixture.pages)
             page.annotations.append(
@@ -192,12 +196,8 @@ private slots:
         QFETCH(bool, repaired);
         const QString path
             = dir.filePath(QStringLiteral("input-%1.pdf").arg(QTest::currentDataTag()));
-        QFile file(path);
-        if (!bytes.isNull()) {
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(bytes);
-            file.close();
-        }
+        if (!bytes.isNull())
+            QVERIFY(RawPdf::writeFile(path, bytes));
         auto doc = std::make_shared<PDFDocument>();
         QCOMPARE(doc->initWithURL(QUrl::fromLocalFile(path)), opens);
         if (!opens) {
@@ -211,9 +211,7 @@ private slots:
         QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick brown fox")));
     }
 
-    // Files of many objects, their check shared between two threads: an object out of place in
-    // either half is found and repaired before any page is listed, whether the file is one
-    // table of objects or has an update appended that replaces one of them.
+    // The object check of long files is split between two threads: either half finds misplacement.
     void objectsOutOfPlaceAreFoundInLongFiles_data()
     {
         QTest::addColumn<int>("misplaced"); // object number whose offset is off by one; 0: none
@@ -256,20 +254,16 @@ private slots:
         }
         const QString path
             = dir.filePath(QStringLiteral("long-%1-%2.pdf").arg(misplaced).arg(update));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.close();
-        auto doc = std::make_shared<PDFDocument>();
-        QVERIFY(doc->initWithURL(QUrl::fromLocalFile(path)));
+        QVERIFY(RawPdf::writeFile(path, bytes));
+        auto doc = openFile(path);
+        QVERIFY(doc);
         QCOMPARE(doc->wasRepaired(), repaired);
         QCOMPARE(doc->pageCount(), 1);
         QCOMPARE(
             doc->pageAtIndex(0)->boundsForBox(PDFDisplayBox::MediaBox).size(), QSizeF(200, 300));
     }
 
-    // Bytes damaged anywhere: the document opens (repaired) or refuses with a message, and
-    // whatever opened can be read, drawn and written without a crash.
+    // Bytes damaged anywhere open (repaired) or refuse with a message; what opens never crashes.
     void damagedBytesNeverCrash()
     {
         const QByteArray good = PdfFixtures::build(PdfFixtures::standard());
@@ -352,8 +346,7 @@ private slots:
         QCOMPARE(doc->pageAtIndex(2)->label(), third);
     }
 
-    // The page tree is walked only as far as pages are asked for; whatever the order of asking
-    // and however the tree is built, page i is the page every reader counts as page i.
+    // Trees walked lazily, in any order of asking and of any shape, number pages as readers do.
     void pageTreesOfEveryShapeNumberPagesAlike_data()
     {
         QTest::addColumn<QList<QByteArray>>("nodes");
@@ -379,16 +372,13 @@ private slots:
             << QList<QByteArray> { "<< /Type /Pages /Kids [10 0 R 3 0 R] /Count 4 >>",
                    "<< /Type /Pages /Kids [11 0 R] /Count 3 >>" }
             << 2 << QList<int> { 0, 1 };
-        // Long trees are walked as pages are asked for: what does not add up past the first
-        // pages is met late, and the tree is rebuilt then.
+        // Damage past the first pages of a long tree is met late, and the tree rebuilt then.
         const auto late = [](int rootCount, const QByteArray &from, const QByteArray &to) {
             QList<QByteArray> nodes = twoNodeTree(550, rootCount, false);
             nodes[2].replace(from, to);
             return nodes;
         };
-        QList<int> all600;
-        for (int n = 0; n < 600; ++n)
-            all600.append(n);
+        const QList<int> all600 = indexes(600);
         QTest::newRow("a loop back to the root, late")
             << late(601, "] /Count 50", "2 0 R] /Count 51") << 600 << all600;
         QTest::newRow("a page listed twice, late")
@@ -402,21 +392,17 @@ private slots:
         QFETCH(int, objects);
         QFETCH(QList<int>, expected);
         const QByteArray bytes = treePdf(nodes, objects);
-        QList<int> forward;
         auto inOrder = openData(bytes);
         QVERIFY(inOrder);
-        for (int i = 0; i < inOrder->pageCount(); ++i)
-            forward.append(i);
+        const QList<int> forward = indexes(inOrder->pageCount());
         QList<int> backward(forward.rbegin(), forward.rend());
         auto lastFirst = openData(bytes);
         QVERIFY(lastFirst);
-        // What MuPDF counts may differ from the tree's own /Count when the tree lies; the
-        // pages that exist come out alike in any order of asking.
+        // The tree's /Count may lie; the pages that exist come out alike in any order of asking.
         const QList<int> names = pageNames(*inOrder, forward);
         QCOMPARE(pageNames(*lastFirst, backward), names);
         QCOMPARE(names.mid(0, expected.size()), expected);
-        // Both have met the whole tree by now: a page found beyond a count too small has
-        // joined either list.
+        // A page found beyond a count too small has joined either list.
         QCOMPARE(inOrder->pageCount(), lastFirst->pageCount());
         // Every page the document names renders with its own size.
         for (int i = 0; i < expected.size(); ++i) {
@@ -428,10 +414,8 @@ private slots:
         auto reread = openData(inOrder->dataRepresentation());
         QVERIFY(reread);
         QVERIFY(!reread->wasRepaired());
-        QList<int> all;
-        for (int i = 0; i < reread->pageCount(); ++i)
-            all.append(i);
-        QCOMPARE(pageNames(*reread, all).mid(0, expected.size()), expected);
+        QCOMPARE(
+            pageNames(*reread, indexes(reread->pageCount())).mid(0, expected.size()), expected);
     }
 
     // The outline is read without walking the page tree until an item's page is asked for.
@@ -464,8 +448,7 @@ private slots:
         }
     }
 
-    // An item's page is found from its parents, without a walk through the pages before it;
-    // items never asked for still lead to their pages after pages move, and when written.
+    // An item's page is found from its parents without a walk, and followed through moves.
     void outlineItemsFindTheirPagesWithoutAWalk()
     {
         // The root counts one page too few, so a walk to the end shows in the count.
@@ -500,10 +483,8 @@ private slots:
         QCOMPARE(reread->indexForPage(written->childAtIndex(1)->destination()->page()), 10);
     }
 
-    // A find begun before a long tree is walked does not wait for the walk, and still goes
-    // through every page in order, the page a rebuilt tree adds at the end included: whether
-    // the workers start with a few pages, or with enough in hand that the walk goes on only when
-    // the document is free (and there rebuilds the tree).
+    // A find begun before a long tree is walked goes through every page in order without waiting,
+    // the page a rebuilt tree adds at the end included.
     void findsGoThroughATreeStillBeingWalked_data()
     {
         QTest::addColumn<int>("pagesKnown");
@@ -513,40 +494,23 @@ private slots:
     void findsGoThroughATreeStillBeingWalked()
     {
         QFETCH(int, pagesKnown);
-        const QByteArray text = "BT /F1 12 Tf 20 100 Td (needle) Tj ET";
         const QList<QByteArray> nodes = twoNodeTree(550, 599, false)
             + QList<QByteArray> { "null", "null", "null",
-                  "<< /Length " + QByteArray::number(text.size()) + " >>\nstream\n" + text
-                      + "\nendstream",
+                  RawPdf::stream({}, "BT /F1 12 Tf 20 100 Td (needle) Tj ET"),
                   "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>" };
         auto doc = openData(treePdf(nodes, 600, "<< /Type /Catalog /Pages 2 0 R >>", nullptr,
             " /Contents 8 0 R /Resources << /Font << /F1 9 0 R >> >>"));
         QVERIFY(doc);
         QVERIFY(doc->pageAtIndex(pagesKnown - 1));
-        QList<int> found;
-        bool ended = false;
-        NotificationCenter &center = NotificationCenter::defaultCenter();
-        center.addObserver(this, PDFDocument::DidFindMatchNotification, doc.get(),
-            [&](const Notification &notification) {
-                const auto selection = notification.userInfo.value(PDFDocument::FoundSelectionKey)
-                                           .value<std::shared_ptr<PDFSelection>>();
-                found.append(doc->indexForPage(selection->pages().front()));
-            });
-        center.addObserver(this, PDFDocument::DidEndFindNotification, doc.get(),
-            [&](const Notification &) { ended = true; });
+        FindRecorder finds(doc);
         doc->beginFindString(QStringLiteral("needle"), 0);
         QCOMPARE(doc->pageCount(), 599);
-        QVERIFY(QTest::qWaitFor([&] { return ended; }, 20000));
-        center.removeObserver(this);
+        QVERIFY(finds.waitForEnd(20000));
         QCOMPARE(doc->pageCount(), 600);
-        QList<int> all;
-        for (int i = 0; i < 600; ++i)
-            all.append(i);
-        QCOMPARE(found, all);
+        QCOMPARE(finds.pages(), indexes(600));
     }
 
-    // The tree read ahead on a background thread while the pages are asked for, moved and taken
-    // out here, and while the document goes: every page stays itself. Run under the sanitizers.
+    // The tree read ahead on a worker while pages move and the document goes: a sanitizer race.
     void pageTreesReadAheadWhileThePagesChange()
     {
         const QByteArray file = treePdf(twoNodeTree(300, 600, true), 600,
@@ -570,14 +534,12 @@ private slots:
         BackgroundQueue::pool().waitForDone();
     }
 
-    // Pages readied for work that can wait: all at once while nothing reads the tree ahead; while
-    // a read ahead is due, only as far as it has parsed the tree, and every page once it has.
+    // Pages are readied only as far as a due read ahead has parsed the tree.
     void pagesAreReadiedNoFurtherThanTheTreeIsRead()
     {
         const QByteArray file = treePdf(twoNodeTree(300, 600, true), 600,
             "<< /Type /Catalog /Pages 2 0 R >>", [](int n) { return n < 300 ? 3 : 4; });
-        QList<int> all(600);
-        std::iota(all.begin(), all.end(), 0);
+        const QList<int> all = indexes(600);
         const QDeadlineTimer noLimit(QDeadlineTimer::Forever);
         auto alone = openData(file);
         QVERIFY(alone);
@@ -605,8 +567,7 @@ private slots:
         BackgroundQueue::pool().waitForDone();
     }
 
-    // A document opened lazily and written at once keeps its outline, labels and every page;
-    // one whose memory was given back keeps its edits and still reads and draws.
+    // A lazily opened document writes whole, and after giving memory back keeps its edits.
     void lazilyOpenedDocumentsWriteAndReleaseWhole_data()
     {
         QTest::addColumn<bool>("release");
@@ -670,8 +631,7 @@ private slots:
             QRectF(QPointF(10, 20), QPointF(590, 780)));
     }
 
-    // A saved file leaves numbers unused (a removed page, an old outline); poppler must still
-    // read a long string written before the first of them whole.
+    // poppler must read a long string written before an unused object number whole.
     void longStringsBeforeAnUnusedNumberReadWholeInPoppler()
     {
         FOLIDOC_REQUIRE_TOOL(pdfinfo, "pdfinfo");
@@ -757,32 +717,6 @@ private slots:
         const QImage shown
             = reread->pageAtIndex(1)->imageForBox(PDFDisplayBox::MediaBox, QSize(20, 10));
         QCOMPARE(QColor(shown.pixel(10, 5)), QColor(0, 0, 255));
-    }
-
-    void encryptedFilesOpenLocked()
-    {
-        FOLIDOC_REQUIRE_TOOL(qpdf, "qpdf");
-        const QString out = dir.filePath(QStringLiteral("locked.pdf"));
-        QString error;
-        QVERIFY2(PdfFixtures::encryptWithQpdf(qpdf, standardPath, out, QStringLiteral("user"),
-                     QStringLiteral("owner"), false, true, &error),
-            qPrintable(error));
-        auto doc = openFile(out);
-        QVERIFY(doc->isEncrypted());
-        QVERIFY(doc->isLocked());
-        QCOMPARE(doc->pageCount(), 0);
-        QVERIFY(!doc->unlockWithPassword(QStringLiteral("wrong")));
-        QVERIFY(doc->isLocked());
-        QVERIFY(doc->unlockWithPassword(QStringLiteral("user")));
-        QVERIFY(!doc->isLocked());
-        QCOMPARE(doc->pageCount(), 6);
-        QVERIFY(doc->pageAtIndex(0)->string().contains(QLatin1String("quick")));
-        QVERIFY(!doc->allowsPrinting());
-        QVERIFY(doc->allowsCopying());
-
-        auto plain = openFile(standardPath);
-        QVERIFY(!plain->isEncrypted());
-        QVERIFY(plain->allowsPrinting());
     }
 
 private:

@@ -1,5 +1,4 @@
-// The outline tree: read from the file, edited live, and written back exactly, as an
-// independent reader (qpdf) sees it. Destinations hold pages by identity.
+// The outline tree: read, edited live and written back exactly as qpdf sees it.
 
 #include <support/PdfFixtures.h>
 #include <support/TestTools.h>
@@ -93,7 +92,6 @@ private slots:
         const auto action = std::dynamic_pointer_cast<PDFActionGoTo>(section->action());
         QVERIFY(action);
         QCOMPARE(action->destination(), section->destination());
-        // A file without an outline: PDFDocumentTest::outlinesWalkThePageTreeOnlyForTheirPages.
     }
 
     void editsSurviveASaveExactly()

@@ -1,6 +1,6 @@
-// Page space, view space and rendering: boxes with their true origins, rotations, the render
-// path used by the reading view (display list built once, rasterised in parallel tiles), the
-// synchronous drawing calls, and cancellation.
+// Page space, view space and rendering: display lists, tiles, drawing calls and cancellation.
+
+#include "support/RawPdf.h"
 
 #include <support/PdfFixtures.h>
 
@@ -40,10 +40,8 @@ bool isDark(const QImage &image, QPointF at)
     return qGray(image.pixel(at.toPoint())) < 60;
 }
 
-// A 600 × 600 page of 20 × 20 blue squares, 10 points wide at (30i + 10, 30j + 10), whose
-// content spells each number one of the ways PDF writers do (signs, points, leading zeros, long
-// fractions), names and operators among them, compressed so that tokens straddle the buffers the
-// content is read in.
+// A page of 20 × 20 blue squares at (30i + 10, 30j + 10), each number spelled one of the ways
+// writers do, compressed so that tokens straddle the buffers the content is read in.
 QByteArray spelledSquaresPdf()
 {
     const auto spell = [](int value, int way) -> QByteArray {
@@ -73,13 +71,12 @@ QByteArray spelledSquaresPdf()
         }
     }
     const QByteArray packed = qCompress(content).mid(4);
-    return PdfFixtures::fromObjects(
+    return RawPdf::build(
         { "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
             "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 600] /Contents 4 0 R /Resources << "
             "/ColorSpace << /Blue [/Separation /B /DeviceRGB << /FunctionType 2 /Domain [0 1] "
             "/C0 [1 1 1] /C1 [0 0 1] /N 1 >>] >> /ExtGState << /Name#20x << /CA 1 >> >> >> >>",
-            "<< /Filter /FlateDecode /Length " + QByteArray::number(packed.size()) + " >>\nstream\n"
-                + packed + "\nendstream" });
+            RawPdf::stream("/Filter /FlateDecode", packed) });
 }
 
 } // namespace
@@ -302,10 +299,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("spelled.pdf"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(spelledSquaresPdf());
-        file.close();
+        QVERIFY(RawPdf::writeFile(path, spelledSquaresPdf()));
         PDFDocument document;
         QVERIFY(document.initWithURL(QUrl::fromLocalFile(path)));
         const QImage image

@@ -1,7 +1,6 @@
 #pragma once
 
-// Helpers for the annotation tests: documents from fixture bytes, a save-and-reopen through the
-// engine, and annotations of each kind the application makes.
+// Documents and annotations of each kind the application makes, for the annotation tests.
 
 #include <QRectF>
 #include <QString>

@@ -2,6 +2,8 @@
 
 #include <support/PdfFixtures.h>
 
+#include <QFile>
+
 #include <zlib.h>
 
 namespace RawPdf {
@@ -99,6 +101,12 @@ QByteArray pagesAround(const QByteArray &content, const QByteArray &before, cons
     return build({ "<< /Type /Catalog /Pages 2 0 R >>",
         "<< /Type /Pages /Kids [3 0 R 5 0 R 7 0 R] /Count 3 >>", page(2, 4), textContent(before),
         page(2, 6), content, page(2, 8), textContent(after) });
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 QByteArray pageLostByRescan()

@@ -1,11 +1,10 @@
 #pragma once
 
-// Hand-made PDF files for tests of hostile and damaged input: objects written as they stand, so
-// that a test can state exactly the lie or the damage it wants, with a correct cross-reference
-// table unless the test breaks it afterwards.
+// Hand-made PDF files stating exactly the lie or damage a test wants, objects as they stand.
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 namespace RawPdf {
 
@@ -31,6 +30,9 @@ qint64 lastXrefOffset(const QByteArray &pdf);
 // Appends an incremental update that adds an /Info dictionary, whose trailer's /Prev is prev
 // (negative: the update's own section, a loop).
 QByteArray withUpdate(const QByteArray &pdf, qint64 prev);
+
+// Writes the bytes to the file at path; false when that fails.
+bool writeFile(const QString &path, const QByteArray &bytes);
 
 // Two pages under a table that looks sound, the first broken so that a repair's rescan reads its
 // array on into the second, and a header ("obju") that passes for "obj": MuPDF repairs the file
