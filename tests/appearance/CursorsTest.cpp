@@ -1,11 +1,10 @@
-// The drawn cursors and note images: nothing before the images are made, then each cursor's hot
-// spot sits on what its picture points with, at the screen's density.
+// The drawn cursors: each one's hot spot sits on what its picture points with, at the screen's
+// density, and the tools take theirs.
 
 #include <appearance/FDCursors.h>
 #include <appearance/NSImage+XExtensions.h>
 #include <view/PDFToolMode.h>
 
-#include <QApplication>
 #include <QtTest>
 
 namespace {
@@ -31,55 +30,40 @@ class CursorsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void noteCursorsPointWithTheArrowTip_data()
+    void cursorsPointWithTheirHotSpot_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<double>("ratio");
-        for (const double ratio : { 1.0, 2.0 }) {
-            for (const char *name : { "textNoteCursor", "lineNoteCursor", "inkNoteCursor" })
-                QTest::addRow("%s@%g", name, ratio) << QString::fromLatin1(name) << ratio;
-        }
-    }
-
-    void noteCursorsPointWithTheArrowTip()
-    {
-        QFETCH(QString, name);
-        QFETCH(double, ratio);
-        makeImages();
-        const std::optional<QCursor> cursor = FDCursors::cursorNamed(name, ratio);
-        QVERIFY(cursor);
-        const QImage image = cursorImage(*cursor);
-        QCOMPARE(image.size(), QSize(qRound(24 * ratio), qRound(40 * ratio)));
-        const QPoint hot = cursor->hotSpot();
-        // The tip is drawn at the hot spot, and nothing lies above or to the left of it.
-        QVERIFY2(alphaAt(image, QPointF(hot) + QPointF(0.3, 0.3)) > 128,
-            qPrintable(
-                QStringLiteral("nothing at the hot spot (%1, %2)").arg(hot.x()).arg(hot.y())));
-        QCOMPARE(alphaAt(image, QPointF(hot) - QPointF(1.5, 1.5)), 0);
-        QCOMPARE(alphaAt(image, QPointF(hot.x() + 4, hot.y() - 1.5)), 0);
-        // The note picture hangs below the arrow.
-        QVERIFY(alphaAt(image, QPointF(13, 30)) > 0);
-    }
-
-    void centredCursorsHaveTheirPictureUnderTheHotSpot_data()
-    {
-        QTest::addColumn<QString>("name");
+        QTest::addColumn<QSize>("size"); // at a ratio of 1
+        QTest::addColumn<bool>("tip"); // an arrow whose tip is the hot spot, else centred on it
+        for (const char *name : { "textNoteCursor", "lineNoteCursor", "inkNoteCursor" })
+            QTest::newRow(name) << QString::fromLatin1(name) << QSize(24, 40) << true;
         for (const char *name :
             { "zoomInCursor", "zoomOutCursor", "resizeDiagonal45Cursor", "resizeDiagonal135Cursor",
                 "cameraCursor", "openHandBarCursor", "closedHandBarCursor" })
-            QTest::newRow(name) << QString::fromLatin1(name);
+            QTest::newRow(name) << QString::fromLatin1(name) << QSize(16, 16) << false;
     }
 
-    void centredCursorsHaveTheirPictureUnderTheHotSpot()
+    void cursorsPointWithTheirHotSpot()
     {
         QFETCH(QString, name);
+        QFETCH(QSize, size);
+        QFETCH(bool, tip);
         makeImages();
         for (const double ratio : { 1.0, 2.0 }) {
             const std::optional<QCursor> cursor = FDCursors::cursorNamed(name, ratio);
             QVERIFY(cursor);
             const QImage image = cursorImage(*cursor);
-            QCOMPARE(image.size(), QSize(qRound(16 * ratio), qRound(16 * ratio)));
-            QVERIFY(alphaAt(image, cursor->hotSpot()) > 128);
+            QCOMPARE(image.size(), size * ratio);
+            const QPointF hot = cursor->hotSpot();
+            // Something is drawn at the hot spot; a tip has nothing above or to the left of it.
+            QVERIFY2(alphaAt(image, hot + (tip ? QPointF(0.3, 0.3) : QPointF())) > 128,
+                qPrintable(QStringLiteral("nothing at the hot spot at %1").arg(ratio)));
+            if (!tip)
+                continue;
+            QCOMPARE(alphaAt(image, hot - QPointF(1.5, 1.5)), 0);
+            QCOMPARE(alphaAt(image, hot + QPointF(4, -1.5)), 0);
+            // The note picture hangs below the arrow.
+            QVERIFY(alphaAt(image, QPointF(13, 30)) > 0);
         }
         // The resize arrows turn about the middle of their picture.
         if (name.startsWith(QLatin1String("resize")))
@@ -98,11 +82,5 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    QApplication app(argc, argv);
-    CursorsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(CursorsTest)
 #include "CursorsTest.moc"

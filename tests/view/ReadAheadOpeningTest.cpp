@@ -1,9 +1,8 @@
 // A view whose file is being read ahead at start-up opens it from that reading, at the page its
 // link asked for, and a view closed while it waited leaves nothing behind to call it.
 
-#include "app/support/AppTestEnvironment.h"
+#include "app/support/AppWindow.h"
 
-#include <app/FDDefaults.h>
 #include <document/PDFSavingService.h>
 #include <kit/engine/PDFDocument.h>
 #include <kit/engine/PDFDocumentPrefetch.h>
@@ -11,7 +10,6 @@
 #include <support/PdfFixtures.h>
 #include <view/FDPDFView.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -23,36 +21,31 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        AppTestEnvironment::clearStore();
-        FDDefaults::registerDefaults();
+        AppWindow::reset();
     }
     void cleanup() { QTRY_COMPARE(PDFSavingService::shared().numberOfTasks(), 0); }
 
+    // The first page of a file read ahead is FDPDFViewTest's.
     void opensWhatWasReadAtTheAskedPage_data()
     {
         QTest::addColumn<int>("pages");
-        QTest::addColumn<QString>("fragment");
         QTest::addColumn<int>("expectedPage");
-        QTest::newRow("first page") << 6 << QString() << 0;
-        QTest::newRow("page fragment") << 6 << QStringLiteral("4") << 4;
+        QTest::newRow("page fragment") << 6 << 4;
         // Long enough for the page list to be walked as pages are asked for.
-        QTest::newRow("far page of a long file") << 700 << QStringLiteral("650") << 650;
+        QTest::newRow("far page of a long file") << 700 << 650;
     }
     void opensWhatWasReadAtTheAskedPage()
     {
         QFETCH(int, pages);
-        QFETCH(QString, fragment);
         QFETCH(int, expectedPage);
         const QString path
             = m_dir.filePath(QStringLiteral("ahead-%1.pdf").arg(QTest::currentDataTag()));
         QVERIFY(PdfFixtures::write(PdfFixtures::textPages(pages, 5, 0), path));
-
         const PDFDocumentPrefetch prefetch(path);
         FDPDFView view;
         view.resize(600, 500);
         QUrl url = QUrl::fromLocalFile(path);
-        if (!fragment.isEmpty())
-            url.setFragment(fragment);
+        url.setFragment(QString::number(expectedPage));
         view.loadDocument(url);
         view.show();
         QTRY_VERIFY(view.document());
@@ -91,12 +84,6 @@ private:
     QTemporaryDir m_dir;
 };
 
-int main(int argc, char *argv[])
-{
-    AppTestEnvironment::isolate();
-    QApplication app(argc, argv);
-    ReadAheadOpeningTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FOLIDOC_APP_TEST_MAIN(ReadAheadOpeningTest)
 
 #include "ReadAheadOpeningTest.moc"

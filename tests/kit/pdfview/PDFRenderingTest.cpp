@@ -1,9 +1,5 @@
-// Tiles as the reader sees them, at device pixel ratios of 2 and 1.5: they arrive from the workers
-// and match the engine's own rendering pixel for pixel, a shown tile drawn in bands by several
-// workers matches the tile drawn in one piece, a page edit re-renders that page only, a
-// zoom shows stretched tiles until sharp ones come, a page that cannot render shows blank with a
-// mark and a warning, the cache stays within its pixel budget, and a new document's first screen
-// is drawn before the pages ahead of it, which follow.
+// Tiles as the reader sees them at device pixel ratios of 2 and 1.5, against the engine's own
+// rendering: bands, edits, zoom, a page that cannot render, the cache and the first screen.
 
 #include "support/PdfFixtures.h"
 #include "support/TestTools.h"
@@ -122,21 +118,32 @@ private slots:
         QVERIFY(m_document);
     }
 
-    void tilesMatchTheEngineAtTheDevicePixelRatio()
+    // A zoom shows the old tiles stretched until sharp ones come, drawn at the device pixel ratio
+    // as the engine draws the page.
+    void zoomedTilesMatchTheEngineAtTheDevicePixelRatio()
     {
         PDFView view;
-        show(view, m_document, 1.0);
-        // An odd scroll position puts the page between device pixels at a ratio of 1.5.
-        view.verticalScrollBar()->setValue(1);
+        show(view, m_document, 0.5);
+        QTRY_VERIFY(view.isVisibleAreaRendered());
+        QTRY_VERIFY(view.renderScheduler()->isIdle());
+        const auto page = m_document->pageAtIndex(0);
         const double ratio = view.viewport()->devicePixelRatioF();
         QVERIFY(ratio > 1);
         QSignalSpy tiles(view.renderScheduler(), &PDFRenderScheduler::tileFinished);
+        view.setScaleFactor(1.0, QPointF(0, 0));
+        const QRectF line = view.convertRectFromPage(QRectF(72, 712, 260, 14), page);
+        QVERIFY(!view.isVisibleAreaRendered());
+        QVERIFY2(darkPixels(
+                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect())
+                > 0,
+            "the page is not blank while it renders");
+        // An odd scroll position puts the page between device pixels at a ratio of 1.5.
+        view.verticalScrollBar()->setValue(1);
         QTRY_VERIFY(view.isVisibleAreaRendered());
         QVERIFY(!tiles.isEmpty());
         for (const auto &arguments : std::as_const(tiles))
             QCOMPARE(arguments.at(0).value<PDFTileKey>().devicePixelsPerPoint(), ratio);
 
-        const auto page = m_document->pageAtIndex(0);
         const QRect rect
             = view.convertRectFromPage(page->boundsForBox(PDFDisplayBox::CropBox), page).toRect();
         QImage shown = viewImage(view).copy(
@@ -219,9 +226,8 @@ private slots:
         QVERIFY(list);
         const QImage whole
             = list->renderTile(tile, 2 * ratio).convertToFormat(QImage::Format_RGB32);
-        // A shading's colours and a scaled picture's samples may step a few units apart where a
-        // drawing starts, as they do at a tile's edge; a band drawn out of place or not at all
-        // differs by far more.
+        // Shadings and scaled pictures may step a few units apart where a drawing starts, as at a
+        // tile's edge; a band drawn out of place or not at all differs by far more.
         QCOMPARE(shown.size(), whole.size());
         int largest = 0;
         for (int y = 0; y < shown.height(); ++y) {
@@ -237,18 +243,15 @@ private slots:
 
     void anEditRendersOnlyWhatTheEngineDraws_data()
     {
-        QTest::addColumn<bool>("shown"); // the engine draws the edited annotation
         QTest::addColumn<int>("edits"); // property edits in one turn
         QTest::addColumn<bool>("renders");
-        QTest::newRow("shown, one edit") << true << 1 << true;
-        QTest::newRow("shown, a drag's worth of edits in one turn") << true << 30 << true;
-        QTest::newRow("drawn by the application, not the engine") << false << 30 << false;
-        QTest::newRow("reported without a change") << true << 0 << false;
+        QTest::newRow("one edit") << 1 << true;
+        QTest::newRow("a drag's worth of edits in one turn") << 30 << true;
+        QTest::newRow("reported without a change") << 0 << false;
     }
 
     void anEditRendersOnlyWhatTheEngineDraws()
     {
-        QFETCH(bool, shown);
         QFETCH(int, edits);
         QFETCH(bool, renders);
         // A document of its own: no square of another row shows.
@@ -261,7 +264,6 @@ private slots:
         const auto edited = visible[1];
         auto square = std::make_shared<PDFAnnotationSquare>();
         QVERIFY(square->initWithBounds(QRectF(100, 600, 200, 100)));
-        square->setShouldDisplay(shown);
         square->setInteriorColor(Qt::white);
         edited->addAnnotation(square);
         QTRY_VERIFY(view.isVisibleAreaRendered());
@@ -285,8 +287,8 @@ private slots:
         const QRectF inside = view.convertRectFromPage(QRectF(150 + edits, 620, 100, 60), edited);
         const QRect pixels((inside.topLeft() * ratio).toPoint(), (inside.size() * ratio).toSize());
         const int dark = darkPixels(viewImage(view), pixels);
-        // Filled black where the engine draws it; the page's own text covers far less.
-        QCOMPARE(dark > pixels.width() * pixels.height() * 9 / 10, shown && edits > 0);
+        // Filled black once edited; the page's own text covers far less.
+        QCOMPARE(dark > pixels.width() * pixels.height() * 9 / 10, edits > 0);
         // The edited page only, each of its tiles once, however many edits the turn held.
         QSet<int> seen;
         for (const auto &arguments : std::as_const(tiles)) {
@@ -330,23 +332,6 @@ private slots:
             "the second page's first line is not drawn");
         QCOMPARE(view.pageForPoint(line.center(), false), second);
         QCOMPARE(view.convertPointToPage(line.topLeft(), second).toPoint(), QPoint(56, 764));
-    }
-
-    void zoomShowsStretchedTilesUntilSharpOnesArrive()
-    {
-        PDFView view;
-        show(view, m_document, 0.5);
-        QTRY_VERIFY(view.isVisibleAreaRendered());
-        const auto page = m_document->pageAtIndex(0);
-        view.setScaleFactor(1.0, QPointF(0, 0));
-        const double ratio = view.viewport()->devicePixelRatioF();
-        const QRectF line = view.convertRectFromPage(QRectF(72, 712, 260, 14), page);
-        QVERIFY(!view.isVisibleAreaRendered());
-        QVERIFY2(darkPixels(
-                     viewImage(view), QRectF(line.topLeft() * ratio, line.size() * ratio).toRect())
-                > 0,
-            "the page is not blank while it renders");
-        QTRY_VERIFY(view.isVisibleAreaRendered());
     }
 
     void aPageThatCannotRenderShowsBlankWithAMark()

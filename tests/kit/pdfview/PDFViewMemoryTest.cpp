@@ -105,9 +105,8 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(TestTools::resident() - firstScreens < 40LL * 1024 * 1024, 5000);
     }
 
-    // MuPDF's store counts a font by its descriptor alone, so its own limit never bites on fonts:
-    // the view gives back what the pages passed left once it adds up, and what the engine holds
-    // stays near what the first pages needed all through the document.
+    // MuPDF's store counts a font by its descriptor alone, so its limit never bites on fonts: the
+    // view gives back what the pages passed left, and the engine stays near the first pages' needs.
     void fontsOfThePagesPassedDoNotPileUp()
     {
         if (!QFile::exists(DejaVuSans))
@@ -174,10 +173,8 @@ private slots:
             growth < 21LL * 512 * 1024, qPrintable(QStringLiteral("%1 bytes more").arg(growth)));
     }
 
-    // Pages in fonts of their own are recorded and drawn on three threads while the pages passed
-    // are let go and what the engine kept of them given back, over and over, as a reader racing
-    // through does: every drawing is the one made alone, and nothing a worker uses is freed
-    // under it.
+    // Pages are drawn on three threads while the pages passed are let go over and over, as a reader
+    // racing through does: every drawing is the one made alone, nothing is freed under a worker.
     void drawingWhileReleasingDrawsTheSame()
     {
         if (!QFile::exists(DejaVuSans))

@@ -1,5 +1,5 @@
-// Tabs dragged as in a browser, driven by mouse events under the offscreen platform: out of the
-// window into a new one, into another window, and a strip with more tabs than fit.
+// Tabs dragged as in a browser, driven by mouse events under the offscreen platform: along the
+// strip, out of the window into a new one, into another window, and more tabs than fit.
 
 #include <kit/tabs/TabContents.h>
 #include <kit/tabs/TabStripModel.h>
@@ -72,6 +72,16 @@ private slots:
             window->tabStripModel()->closeAllTabs();
             delete window;
         }
+    }
+
+    void draggedAlongTheStripTheTabMovesAndStaysSelected()
+    {
+        Window *w = makeWindow({ "a", "b", "c" }, QPoint(0, 0));
+        w->tabStripModel()->selectTabContentsAt(0, true);
+        TabStripView *strip = w->tabStripView();
+        dragTab(w, 0, strip->mapToGlobal(strip->tabRectAt(2).center()));
+        QCOMPARE(titlesOf(w), QStringList({ "b", "c", "a" }));
+        QCOMPARE(w->tabStripModel()->selectedIndex(), 2);
     }
 
     void draggedOutOfTheWindowTheTabMakesANewWindow()
