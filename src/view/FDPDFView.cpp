@@ -30,6 +30,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 const QString FDPDFView::URLDidChangeNotification = QStringLiteral("PDFView_URLDidChange");
@@ -378,7 +379,8 @@ void FDPDFView::restoreStatus()
     const QVariantMap status = archived.toMap();
 
     if (const QVariant mode = status.value(kDisplayMode); isInteger(mode))
-        setDisplayMode(int(mode.toLongLong()));
+        setDisplayMode(int(std::clamp<qint64>(
+            mode.toLongLong(), std::numeric_limits<int>::min(), std::numeric_limits<int>::max())));
     if (const QVariant mode = status.value(kScaleMode); isInteger(mode)) {
         switch (mode.toLongLong()) {
         case qint64(PDFViewScaleMode::none):

@@ -211,7 +211,9 @@ void XPDFView::setDisplayMode(int mode)
         return;
     const auto remembered = currentPage();
     PDFView::setDisplayMode(mode);
-    setDisplaysPageBreaks(mode == SinglePage || mode == SinglePageContinuous);
+    // The mode as the view took it: one out of range is taken as the nearest.
+    const int shown = displayMode();
+    setDisplaysPageBreaks(shown == SinglePage || shown == SinglePageContinuous);
     if (remembered && currentPage() != remembered)
         goToPage(remembered);
 }

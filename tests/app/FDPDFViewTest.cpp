@@ -120,30 +120,35 @@ private slots:
     {
         QTest::addColumn<QString>("destination");
         QTest::addColumn<int>("scaleMode");
-        QTest::addColumn<int>("displayMode");
+        QTest::addColumn<qint64>("displayMode");
         QTest::addColumn<int>("page");
         QTest::addColumn<double>("scale");
 
         QTest::newRow("position and zoom")
-            << "3,72.000000,400.000000,1.250000" << 0 << 1 << 3 << 1.25;
-        QTest::newRow("no position, still the scale") << "-1,0,0,0" << 0 << 1 << 0 << 1.75;
-        QTest::newRow("no position, still two-up") << "-1,0,0,0" << 0 << 3 << 0 << 1.75;
-        QTest::newRow("three fields") << "3,72,400" << 0 << 1 << 0 << 1.75;
-        QTest::newRow("blank inside a field") << "3, 72,400,1.25" << 0 << 1 << 0 << 1.75;
-        QTest::newRow("not a number") << "3,x,400,1.25" << 0 << 1 << 0 << 1.75;
-        QTest::newRow("no such page") << "42,0,0,1.25" << 0 << 1 << 0 << 1.75;
-        QTest::newRow("fit width, no position") << "-1,0,0,0" << 1 << 1 << 0 << -1.0;
+            << "3,72.000000,400.000000,1.250000" << 0 << qint64(1) << 3 << 1.25;
+        QTest::newRow("no position, still the scale") << "-1,0,0,0" << 0 << qint64(1) << 0 << 1.75;
+        QTest::newRow("no position, still two-up") << "-1,0,0,0" << 0 << qint64(3) << 0 << 1.75;
+        QTest::newRow("three fields") << "3,72,400" << 0 << qint64(1) << 0 << 1.75;
+        QTest::newRow("blank inside a field") << "3, 72,400,1.25" << 0 << qint64(1) << 0 << 1.75;
+        QTest::newRow("not a number") << "3,x,400,1.25" << 0 << qint64(1) << 0 << 1.75;
+        QTest::newRow("no such page") << "42,0,0,1.25" << 0 << qint64(1) << 0 << 1.75;
+        QTest::newRow("fit width, no position") << "-1,0,0,0" << 1 << qint64(1) << 0 << -1.0;
         // Found by fuzzing: numbers no int holds, for the page and for the point on it.
-        QTest::newRow("page beyond an int") << "1e30,0,0,1.25" << 0 << 1 << 0 << 1.75;
+        QTest::newRow("page beyond an int") << "1e30,0,0,1.25" << 0 << qint64(1) << 0 << 1.75;
         QTest::newRow("point far above its page")
-            << "3,72.000000,4007000000,1.250000" << 0 << 1 << 0 << 1.25;
+            << "3,72.000000,4007000000,1.250000" << 0 << qint64(1) << 0 << 1.25;
+        // A mode out of range is taken as the nearest, with that mode's page breaks.
+        QTest::newRow("display mode below the range")
+            << "3,72.000000,400.000000,1.250000" << 0 << qint64(-7) << 3 << 1.25;
+        QTest::newRow("display mode beyond an int")
+            << "3,72.000000,400.000000,1.250000" << 0 << (qint64(1) << 32) << 3 << 1.25;
     }
 
     void storedStatusIsParsedStrictly()
     {
         QFETCH(QString, destination);
         QFETCH(int, scaleMode);
-        QFETCH(int, displayMode);
+        QFETCH(qint64, displayMode);
         QFETCH(int, page);
         QFETCH(double, scale);
 
@@ -152,7 +157,9 @@ private slots:
         auto view = openView(url);
         QTRY_VERIFY(!view->isLoading());
         QCOMPARE(currentIndex(*view), page);
-        QCOMPARE(view->displayMode(), displayMode);
+        const int shownMode = int(std::clamp<qint64>(displayMode, 0, 3));
+        QCOMPARE(view->displayMode(), shownMode);
+        QCOMPARE(view->displaysPageBreaks(), shownMode < 2);
         QCOMPARE(int(view->scaleMode()), scaleMode);
         if (scale > 0)
             QCOMPARE(view->scaleFactor(), scale);
@@ -489,14 +496,14 @@ private slots:
 private:
     QString writeFixture(const QString &name, int pages = 8);
     // Stores a reading position as closing a view writes it.
-    static void storeStatus(
-        const QUrl &url, const QString &destination, int scaleMode, double scale, int displayMode)
+    static void storeStatus(const QUrl &url, const QString &destination, int scaleMode,
+        double scale, qint64 displayMode)
     {
         const QVariantMap status {
             { QStringLiteral("Destination"), destination },
             { QStringLiteral("ScaleMode"), qint64(scaleMode) },
             { QStringLiteral("ScaleFactor"), scale },
-            { QStringLiteral("DisplayMode"), qint64(displayMode) },
+            { QStringLiteral("DisplayMode"), displayMode },
         };
         FDSetXAttr(url, FDPDFView::LastPositionAttributeName, Archiver::archivedData(status));
     }
