@@ -111,9 +111,9 @@ const bool g_oneHeap = mallopt(M_ARENA_MAX, 1) == 1;
 
 // A render allocates pixmaps of megabytes: the page's own at a high zoom, one for each
 // transparency group. Above the C library's threshold each is mapped anew, its pages faulted in
-// and zeroed by the kernel, and one freed at the heap's top is given back at once: a page of
-// transparency groups drew ten times slower at 2x so. Blocks up to this size come from the heap
-// and are reused; its free pages go back when rendering rests (malloc_trim).
+// and zeroed by the kernel, and one freed at the heap's top is given back at once, which made a
+// page of transparency groups draw ten times slower at 2x. Blocks up to this size come from the
+// heap and are reused; its free pages go back when rendering rests (malloc_trim).
 constexpr int HeapBlockBytes = 16 << 20;
 const bool g_heapKeepsPixmaps = mallopt(M_MMAP_THRESHOLD, HeapBlockBytes) == 1
     && mallopt(M_TRIM_THRESHOLD, 2 * HeapBlockBytes) == 1;
